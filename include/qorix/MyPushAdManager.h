@@ -1,0 +1,137 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "platform/Object.h"
+#include "platform/View.h"
+#include "platform/Window.h"
+#include "qorix/MyPushAdInfo.h"
+#include "qorix/MyPushAdOperator.h"
+#include "qorix/MyPushAdSource.h"
+
+namespace qorix {
+
+/// Where the ad configuration document of a show request lives.
+enum MyPushAdFileHostMode : std::int64_t {
+  MyPushAdFileHostModeWebServer = 0,  // the address is a URL
+  MyPushAdFileHostModeCloudKit = 1,   // the address is a container identifier
+};
+
+/// The library's front door. A host takes the one shared manager, configures it with its bundle and
+/// asks once for each view in which an advertisement may appear; the rest happens by itself.
+/// Reports no errors: faults are logged, and downloads are tried again every 60 seconds until one
+/// succeeds. Main thread only, but for `sharedPushAdManager` and `appBundleIdentifier`.
+class MyPushAdManager : public Object,
+                        public MyPushAdDownloadDelegate,
+                        public std::enable_shared_from_this<MyPushAdManager> {
+ public:
+  /// The shared manager, made by the first call as a `Self`; it lives until the process ends. Null
+  /// when the host has allocated a manager of its own before. Any thread.
+  template <class Self = MyPushAdManager>
+  static std::shared_ptr<MyPushAdManager> sharedPushAdManager() {
+    return sharedPushAdManagerMadeBy(
+        [] { return std::shared_ptr<MyPushAdManager>(alloc<Self>()); });
+  }
+
+  /// The first call in a process makes a manager; every other one logs and answers null. Any
+  /// thread.
+  template <class Self = MyPushAdManager>
+  static std::shared_ptr<Self> alloc() {
+    return claimTheOneAllocation() ? std::shared_ptr<Self>(new Self()) : nullptr;
+  }
+
+  /// The manager itself: there is only one.
+  std::shared_ptr<MyPushAdManager> copy() { return shared_from_this(); }
+
+  ~MyPushAdManager() override = default;
+
+  /// Tells the manager who the host is: takes the identifier of a Bundle. Anything else is ignored.
+  void configureWithAppBundle(const std::shared_ptr<const Object>& bundle);
+
+  /// Offers the advertisement to `hostView`; null stands for a view that nobody sees, for hosts
+  /// that only want the pop-up. The first call starts the one download and fixes mode and address
+  /// for the process. Two calls with one view make two presenters.
+  void prepareAndShowAdWithHostView(const std::shared_ptr<View>& hostView,
+                                    MyPushAdFileHostMode fileHostMode,
+                                    const std::optional<std::string>& address);
+
+  /// The same with the platform's default container and default URL.
+  void prepareAndShowAdByUsingDefaultCloudKitContainerWithHostView(
+      const std::shared_ptr<View>& hostView);
+  void prepareAndShowAdByUsingMyAppWebServerURLWithHostView(const std::shared_ptr<View>& hostView);
+
+  // MyPushAdDownloadDelegate.
+  void downloadFailedWithError(const Error& error) override;
+  void downloadSuccessfullyWithString(const std::string& text) override;
+
+  // The last good document, kept in the host's settings.
+
+  /// Forgets it. What is loaded in this run stays in force.
+  void clearCachedAdContents();
+  /// Parses it anew; null when there is none or it does not parse any more.
+  std::shared_ptr<MyPushAdInfo> fetchCachedPushAdInfo();
+  /// Keeps `text` durably; an absent or empty text is ignored.
+  void saveAsCachedPushAdWith(const std::optional<std::string>& text);
+
+  /// Whether the source was chosen and started; true for the rest of the process then.
+  bool isDownloadFileRequested() const { return isDownloadFileRequested_; }
+  void setIsDownloadFileRequested(bool value) { isDownloadFileRequested_ = value; }
+
+  /// The host's bundle identifier; nothing until it is configured. Any thread.
+  std::optional<std::string> appBundleIdentifier() const;
+  void setAppBundleIdentifier(std::optional<std::string> value);
+
+  /// The one source; null until the first show request, and after one with an unknown mode.
+  const std::shared_ptr<MyPushAdSource>& pushAdSource() const { return pushAdSource_; }
+  void setPushAdSource(std::shared_ptr<MyPushAdSource> source) {
+    pushAdSource_ = std::move(source);
+  }
+
+  /// The definition that all host views share; null until there is one.
+  const std::shared_ptr<MyPushAdInfo>& lonePushAdInfo() const { return lonePushAdInfo_; }
+  void setLonePushAdInfo(std::shared_ptr<MyPushAdInfo> info) { lonePushAdInfo_ = std::move(info); }
+
+  /// Every presenter ever made, in order; nothing only if somebody set it so.
+  using Operators = std::vector<std::shared_ptr<MyPushAdOperator>>;
+  const std::optional<Operators>& pushAdOperators() const { return pushAdOperators_; }
+  void setPushAdOperators(std::optional<Operators> operators) {
+    pushAdOperators_ = std::move(operators);
+  }
+
+  /// The hidden window whose content stands in for a host view; null until it is needed.
+  const std::shared_ptr<Window>& stubMemoryHostWindow() const { return stubMemoryHostWindow_; }
+  void setStubMemoryHostWindow(std::shared_ptr<Window> window) {
+    stubMemoryHostWindow_ = std::move(window);
+  }
+
+ protected:
+  MyPushAdManager() = default;
+
+  /// Makes the presenter for a view; null when a subclass cannot.
+  virtual std::shared_ptr<MyPushAdOperator> createOperatorWithHostView(
+      const std::shared_ptr<View>& hostView);
+
+ private:
+  static std::shared_ptr<MyPushAdManager> sharedPushAdManagerMadeBy(
+      const std::function<std::shared_ptr<MyPushAdManager>()>& make);
+  static bool claimTheOneAllocation();
+  std::shared_ptr<View> stubHostView();
+  void startSource(MyPushAdFileHostMode fileHostMode, const std::optional<std::string>& address);
+
+  bool isDownloadFileRequested_ = false;
+  mutable std::mutex appBundleIdentifierMutex_;
+  std::optional<std::string> appBundleIdentifier_;
+  std::shared_ptr<MyPushAdSource> pushAdSource_;
+  std::shared_ptr<MyPushAdInfo> lonePushAdInfo_;
+  std::optional<Operators> pushAdOperators_ = Operators();
+  std::shared_ptr<Window> stubMemoryHostWindow_;
+};
+
+}  // namespace qorix

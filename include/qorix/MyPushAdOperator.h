@@ -1,0 +1,118 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <utility>
+
+#include "platform/NotificationCenter.h"
+#include "platform/Value.h"
+#include "platform/View.h"
+#include "platform/Window.h"
+#include "qorix/MyPushAdInfo.h"
+#include "qorix/MyPushAdViewController.h"
+
+namespace qorix {
+
+/// Presents the advertisement for one host view: decides once whether it is due, shows it, places
+/// it and reports what becomes of it. Main thread only.
+class MyPushAdOperator : public MyPushAdViewControllerDelegate,
+                         public std::enable_shared_from_this<MyPushAdOperator> {
+ public:
+  /// A new presenter for that view (null allowed), allocated as a `Self`. Turns on the view's
+  /// frame-change notifications.
+  template <class Self = MyPushAdOperator>
+  static std::shared_ptr<Self> createInstanceWithHostView(const std::shared_ptr<View>& hostView) {
+    if (hostView != nullptr) {
+      hostView->setPostsFrameChangedNotifications(true);
+    }
+    auto presenter = std::make_shared<Self>();
+    presenter->setHostView(hostView);
+    return presenter;
+  }
+
+  MyPushAdOperator();
+  ~MyPushAdOperator() override;
+
+  /// Decides whether `info` is due, counts the showing and prepares it. Only the first record is
+  /// decided; later calls have no effect. Null logs and leaves the decision open.
+  void processShowAdIfNeededWithPushAdInfo(const std::shared_ptr<MyPushAdInfo>& info);
+
+  /// Makes the view controller and the pop-up window as needed and schedules `showAd`.
+  void prepareToShowAd();
+
+  /// Brings the advertisement on screen and loads its page.
+  void showAd();
+
+  /// Whether the advertisement belongs into the host view; also true after the banner was closed.
+  bool isAdShownAsBanner() const;
+
+  /// Places the banner in the host view or the pop-up window on its screen.
+  void relayoutPushAdFrame();
+
+  // Reactions to the host's views and windows.
+  void handleViewFrameDidChangeNotification(const Notification& notification);
+  void handleWindowWillCloseNotification(const Notification& notification);
+
+  // MyPushAdViewControllerDelegate.
+  void pushAdViewControllerCloseButtonDidClick(
+      const std::shared_ptr<MyPushAdViewController>& controller) override;
+  void pushAdViewControllerOpenIAPButtonDidClickWithURL(
+      const std::shared_ptr<MyPushAdViewController>& controller,
+      const std::optional<Url>& url) override;
+
+  // Notifications to the host.
+  void postPushAdWillShowNotification();
+  void postPushAdDidCloseNotification();
+  void postPushAdOpenIAPNotificationWithURL(const std::optional<Url>& url);
+  /// The user info of those notifications; nothing without a record.
+  std::optional<Dictionary> composeNotificationUserInfo() const;
+
+  /// Whether a record has been decided: due, disabled or used up.
+  bool isProcessShowAdRequested() const { return isProcessShowAdRequested_; }
+  void setIsProcessShowAdRequested(bool value) { isProcessShowAdRequested_ = value; }
+
+  /// The host's view, held weakly; null once the host has dropped it.
+  std::shared_ptr<View> hostView() const { return hostView_.lock(); }
+  void setHostView(const std::shared_ptr<View>& hostView) { hostView_ = hostView; }
+
+  /// The controller of the page; null until the advertisement is prepared.
+  const std::shared_ptr<MyPushAdViewController>& pushAdViewController() const {
+    return pushAdViewController_;
+  }
+  void setPushAdViewController(std::shared_ptr<MyPushAdViewController> controller) {
+    pushAdViewController_ = std::move(controller);
+  }
+
+  /// The process's one pop-up window, as far as this presenter has it; it exists from the first
+  /// pop-up's preparation on and is never released.
+  const std::shared_ptr<Window>& popupAdWindow() const { return popupAdWindow_; }
+  void setPopupAdWindow(std::shared_ptr<Window> window) { popupAdWindow_ = std::move(window); }
+
+  /// The record of the last request that was decided.
+  const std::shared_ptr<MyPushAdInfo>& myPushAdInfo() const { return myPushAdInfo_; }
+  void setMyPushAdInfo(std::shared_ptr<MyPushAdInfo> info) { myPushAdInfo_ = std::move(info); }
+
+ protected:
+  /// Makes the controller; null when a subclass cannot.
+  virtual std::shared_ptr<MyPushAdViewController> createPushAdViewController(std::int64_t mode);
+
+ private:
+  void startObservingNotifications();
+  void stopObservingNotifications();
+  bool decideAndCount(const MyPushAdInfo& info);
+  void showBanner(const std::optional<std::string>& title, const std::optional<std::string>& html);
+  void showPopup(const std::optional<std::string>& title, const std::optional<std::string>& html);
+  void layOutBanner();
+  void layOutPopup();
+  std::shared_ptr<View> adView() const;
+
+  bool isProcessShowAdRequested_ = false;
+  std::weak_ptr<View> hostView_;
+  std::shared_ptr<MyPushAdViewController> pushAdViewController_;
+  std::shared_ptr<Window> popupAdWindow_;
+  std::shared_ptr<MyPushAdInfo> myPushAdInfo_;
+  NotificationCenter::Observation frameObservation_ = 0;
+  NotificationCenter::Observation closeObservation_ = 0;
+};
+
+}  // namespace qorix

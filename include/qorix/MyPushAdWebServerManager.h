@@ -1,0 +1,60 @@
+#pragma once
+
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+
+#include "platform/UrlSession.h"
+#include "qorix/MyPushAdSource.h"
+
+namespace qorix {
+
+/// Fetches the ad configuration document from one URL. The body is read as UTF-8 whatever the
+/// response declares, and the HTTP status is not looked at: an error page is a text like any other.
+class MyPushAdWebServerManager : public MyPushAdSource,
+                                 public UrlSessionDelegate,
+                                 public std::enable_shared_from_this<MyPushAdWebServerManager> {
+ public:
+  /// A new source for that address, allocated as a `Self`, with a session of its own.
+  template <class Self = MyPushAdWebServerManager>
+  static std::shared_ptr<Self> createInstanceWithFileURLString(
+      std::optional<std::string> fileUrlString) {
+    auto source = std::make_shared<Self>();
+    source->setFileUrlString(std::move(fileUrlString));
+    source->openSession();
+    return source;
+  }
+
+  /// Without an address, or with one that is no URL, the attempt ends silently.
+  void downloadAdFileAsync() override;
+  void retryDownloadAdFileWithDelay(double delay) override;
+  std::shared_ptr<MyPushAdDownloadDelegate> delegate() const override { return delegate_.lock(); }
+  void setDelegate(const std::shared_ptr<MyPushAdDownloadDelegate>& delegate) override {
+    delegate_ = delegate;
+  }
+
+  /// Where the document is; a change counts from the next attempt on.
+  const std::optional<std::string>& fileUrlString() const { return fileUrlString_; }
+  void setFileUrlString(std::optional<std::string> value) { fileUrlString_ = std::move(value); }
+
+  // UrlSessionDelegate: called on the session's thread.
+  void urlSessionDidReceiveData(std::string_view data) override;
+  void urlSessionDidCompleteWithError(const std::optional<Error>& error) override;
+
+ protected:
+  /// Tells the delegate; main thread.
+  void handleWithError(const Error& error);
+  void handleWithFetchedString(const std::string& text);
+
+ private:
+  void openSession();
+
+  std::weak_ptr<MyPushAdDownloadDelegate> delegate_;
+  std::optional<std::string> fileUrlString_;
+  std::shared_ptr<UrlSession> session_;
+  std::mutex receivedDataMutex_;  // the session's thread appends, a new attempt starts afresh
+  std::optional<std::string> receivedData_;
+};
+
+}  // namespace qorix

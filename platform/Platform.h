@@ -1,0 +1,57 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "platform/ApplicationRegistry.h"
+#include "platform/ApplicationsFolder.h"
+#include "platform/Bundle.h"
+#include "platform/CloudContainer.h"
+#include "platform/InterfaceLoader.h"
+#include "platform/Log.h"
+#include "platform/NotificationCenter.h"
+#include "platform/RunLoop.h"
+#include "platform/UrlSession.h"
+#include "platform/UserDefaults.h"
+#include "platform/Window.h"
+#include "platform/Workspace.h"
+
+namespace qorix {
+
+/// The services of the machine that the library runs on, one of each. No member is ever null.
+struct Platform {
+  std::shared_ptr<Log> log;
+  std::shared_ptr<UserDefaults> standardUserDefaults;
+  std::shared_ptr<NotificationCenter> notificationCenter;
+  std::shared_ptr<RunLoop> mainRunLoop;
+  /// The host application.
+  std::shared_ptr<const Bundle> mainBundle;
+  /// This library.
+  std::shared_ptr<const Bundle> libraryBundle;
+  std::shared_ptr<UrlSessionFactory> urlSessions;
+  std::shared_ptr<ApplicationsFolder> applicationsFolder;
+  std::shared_ptr<ApplicationRegistry> applicationRegistry;
+  std::shared_ptr<Workspace> workspace;
+  std::shared_ptr<WindowFactory> windows;
+  std::shared_ptr<InterfaceLoader> interfaceLoader;
+  std::shared_ptr<CloudContainerFactory> cloudContainers;
+
+  /// Where the maker of the hosts publishes the ad configuration document, for show requests that
+  /// name no address of their own.
+  std::string defaultAdFileUrl = "https://www.example.com/mac/ads/commonad.xml";
+  std::string defaultCloudContainerIdentifier = "iCloud.com.example.ads";
+};
+
+/// A platform whose every service does nothing, but for a log on standard error, settings that last
+/// as long as the process, and notifications. For members that a platform lacks, and in force until
+/// one is installed.
+Platform nullPlatform();
+
+/// Puts `services` in force for the whole process. Call it on the main thread before anything else
+/// of the library; members left null are taken from `nullPlatform`. Never undone.
+void installPlatform(Platform services);
+
+/// The services in force. Any thread, once installed.
+const Platform& platform();
+
+}  // namespace qorix

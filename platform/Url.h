@@ -1,0 +1,41 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace qorix {
+
+/// An absolute address, kept exactly as it was spelled. An immutable value; usable on any thread.
+class Url {
+ public:
+  /// Reads `text` as an absolute URL by the strict grammar of RFC 3986; an http or https URL also
+  /// needs a host. Answers nothing for anything else: an empty or relative text, blanks, control
+  /// characters, brackets outside a host.
+  static std::optional<Url> parse(std::string_view text);
+
+  /// The file URL of an absolute `path`, with every byte escaped that a URL cannot hold.
+  static Url fileUrl(std::string_view path);
+
+  /// Takes over an address that a web engine has already made canonical. Engines keep characters
+  /// that the strict grammar refuses ("|" in a query, say), so nothing is checked.
+  static Url fromWebEngine(std::string text);
+
+  /// The whole address as spelled.
+  const std::string& absoluteString() const { return text_; }
+
+  /// What precedes the first ":", as spelled; empty when there is none.
+  std::string_view scheme() const;
+
+  /// What lies between the first "?" and the "#" (or the end), not decoded; nothing without "?".
+  std::optional<std::string_view> query() const;
+
+  bool operator==(const Url&) const = default;
+
+ private:
+  explicit Url(std::string text) : text_(std::move(text)) {}
+
+  std::string text_;
+};
+
+}  // namespace qorix

@@ -1,0 +1,50 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string_view>
+
+#include "platform/Error.h"
+#include "platform/Url.h"
+
+namespace qorix {
+
+class UrlSession;
+
+/// Receives what a session's tasks bring. Called on the session's private thread, one call at a
+/// time.
+class UrlSessionDelegate {
+ public:
+  virtual ~UrlSessionDelegate() = default;
+
+  /// The next bytes of a response's body, in the order of arrival. `data` is valid during the call.
+  virtual void urlSessionDidReceiveData(std::string_view data) = 0;
+
+  /// The task has ended; nothing follows. `error` is empty when the whole body has been delivered,
+  /// whatever the HTTP status.
+  virtual void urlSessionDidCompleteWithError(const std::optional<Error>& error) = 0;
+};
+
+/// Fetches addresses over HTTP(S). Keeps no cookies, cache or credentials between tasks.
+class UrlSession {
+ public:
+  /// Ends the tasks under way without a further call to the delegate; returns without waiting for
+  /// the network.
+  virtual ~UrlSession() = default;
+
+  /// Starts one plain GET that by-passes every cache and follows redirects (from https only to
+  /// https), and returns at once. The task ends with an error after 60 seconds without data; there
+  /// is no limit on the whole. Any thread.
+  virtual void startDataTask(const Url& url) = 0;
+};
+
+class UrlSessionFactory {
+ public:
+  virtual ~UrlSessionFactory() = default;
+
+  /// A new session. The delegate is held weakly: once it is gone, outcomes are dropped.
+  virtual std::shared_ptr<UrlSession> createEphemeralSession(
+      std::weak_ptr<UrlSessionDelegate> delegate) = 0;
+};
+
+}  // namespace qorix

@@ -1,0 +1,73 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <variant>
+#include <vector>
+
+#include "platform/Object.h"
+#include "platform/Url.h"
+
+namespace qorix {
+
+class Value;
+using Array = std::vector<Value>;
+using Dictionary = std::map<std::string, Value>;
+
+/// One value of a loosely typed dictionary: a notification's user info, the action information of a
+/// navigation, the members of a JSON object. Readers ask for the type that they need and get
+/// nothing when the value is of another one.
+class Value {
+ public:
+  Value() = default;  // null
+  Value(bool value) : content_(value) {}
+  Value(std::int64_t value) : content_(value) {}
+  Value(int value) : content_(static_cast<std::int64_t>(value)) {}
+  Value(double value) : content_(value) {}
+  Value(std::string value) : content_(std::move(value)) {}
+  Value(const char* value) : content_(std::string(value)) {}
+  Value(Url value) : content_(std::move(value)) {}
+  Value(Array value) : content_(std::move(value)) {}
+  Value(Dictionary value) : content_(std::move(value)) {}
+  template <class T>
+  Value(std::shared_ptr<T> object) : content_(std::shared_ptr<Object>(std::move(object))) {}
+
+  bool isNull() const { return std::holds_alternative<std::monostate>(content_); }
+
+  /// True for integers, fractions and booleans alike.
+  bool isNumber() const;
+
+  /// The number truncated toward zero; a boolean is 1 or 0; beyond 64 bits the nearest bound (NaN
+  /// is 0). Nothing when the value is not a number.
+  std::optional<std::int64_t> integerValue() const;
+
+  /// Whether the number differs from 0. Nothing when the value is not a number.
+  std::optional<bool> booleanValue() const;
+
+  /// The value as the alternative `T` (std::string, Url, Array, Dictionary, ...) or null.
+  template <class T>
+  const T* as() const {
+    return std::get_if<T>(&content_);
+  }
+
+  /// The object when it is a `T`, else null.
+  template <class T>
+  std::shared_ptr<T> object() const {
+    const auto* held = as<std::shared_ptr<Object>>();
+    return held == nullptr ? nullptr : std::dynamic_pointer_cast<T>(*held);
+  }
+
+ private:
+  std::variant<std::monostate, bool, std::int64_t, double, std::string, Url, Array, Dictionary,
+               std::shared_ptr<Object>>
+      content_;
+};
+
+/// The value under `key`, or null when there is none.
+const Value* find(const Dictionary& dictionary, const std::string& key);
+
+}  // namespace qorix

@@ -1,0 +1,93 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "platform/DomNode.h"
+#include "platform/Url.h"
+#include "platform/Value.h"
+#include "platform/View.h"
+
+namespace qorix {
+
+class WebView;
+
+/// The frame of a page that an event is about.
+struct WebFrame {
+  bool isMainFrame = true;
+};
+
+/// What made a page ask for a navigation; the value under kWebActionNavigationTypeKey.
+enum class WebNavigationType : int {
+  linkClicked = 0,
+  formSubmitted = 1,
+  backForward = 2,
+  reload = 3,
+  formResubmitted = 4,
+  other = 5,
+};
+
+/// Keys of a navigation's action information. The element dictionary is there when the navigation
+/// came from a click and its DOM node is the innermost node that was hit.
+inline constexpr const char* kWebActionNavigationTypeKey = "WebActionNavigationTypeKey";
+inline constexpr const char* kWebActionElementKey = "WebActionElementKey";
+inline constexpr const char* kWebElementDomNodeKey = "WebElementDOMNode";
+
+/// Takes the answer to one policy question. Answer exactly once, before the question returns.
+class WebPolicyDecisionListener {
+ public:
+  virtual ~WebPolicyDecisionListener() = default;
+  virtual void use() = 0;
+  virtual void ignore() = 0;
+};
+
+/// Hears what happens in a web view. Called on the main thread. Every method may be left out.
+class WebViewDelegate {
+ public:
+  virtual ~WebViewDelegate() = default;
+
+  virtual void webViewDidStartProvisionalLoadForFrame(const std::shared_ptr<WebView>& /*webView*/,
+                                                      const WebFrame& /*frame*/) {}
+
+  /// The frame and everything in it has loaded; inner frames report before the main frame.
+  virtual void webViewDidFinishLoadForFrame(const std::shared_ptr<WebView>& /*webView*/,
+                                            const WebFrame& /*frame*/) {}
+
+  virtual void webViewMouseDidMoveOverElement(const std::shared_ptr<WebView>& /*webView*/,
+                                              const Dictionary& /*element*/) {}
+
+  /// May the page go to `url`?
+  virtual void webViewDecidePolicyForNavigationAction(const std::shared_ptr<WebView>& /*webView*/,
+                                                      const Dictionary& /*actionInformation*/,
+                                                      const Url& /*url*/, const WebFrame& /*frame*/,
+                                                      WebPolicyDecisionListener& listener) {
+    listener.use();
+  }
+};
+
+/// A view that shows a web page. A view, never a window or a loop.
+class WebView : public View {
+ public:
+  /// Loads `html` into the main frame. Relative references resolve against the folder of `baseUrl`.
+  virtual void loadHtmlString(const std::string& html, const Url& baseUrl) = 0;
+
+  /// Evaluates `script` in the main frame, together with the page's own scripts, and answers its
+  /// value as text when that is a text, a number or a boolean. Anything else, a script that fails
+  /// or takes longer than kScriptTimeLimit, and a page whose process has died answer the empty
+  /// text.
+  ///
+  /// Returns when the answer is there. Events of the host's own windows are handled meanwhile, so
+  /// the view and whoever calls may lose their last other owner: hold what you use. Tasks of the
+  /// run loop port wait until it has returned.
+  virtual std::string stringByEvaluatingJavaScriptFromString(const std::string& script) = 0;
+
+  /// Whether the view paints a background where the page paints none. When off, what lies behind
+  /// the view shows through.
+  virtual void setDrawsBackground(bool draws) = 0;
+};
+
+/// Seconds that a page's script may take before its evaluation is given up.
+inline constexpr double kScriptTimeLimit = 2.0;
+
+}  // namespace qorix
