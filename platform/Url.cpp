@@ -45,6 +45,15 @@ Url Url::fileUrl(std::string_view path) {
   return Url(std::string(text.data()));
 }
 
+std::optional<std::string> Url::filePath() const {
+  if (!equalsIgnoringCase(scheme(), "file")) {
+    return std::nullopt;
+  }
+  std::vector<char> path(text_.size() + 1);
+  uriUriStringToUnixFilenameA(text_.c_str(), path.data());
+  return std::string(path.data());
+}
+
 Url Url::fromWebEngine(std::string text) { return Url(std::move(text)); }
 
 std::string_view Url::scheme() const {

@@ -17,6 +17,9 @@ class Url {
   /// The file URL of an absolute `path`, with every byte escaped that a URL cannot hold.
   static Url fileUrl(std::string_view path);
 
+  /// The path that a file URL names, decoded; nothing for other URLs.
+  std::optional<std::string> filePath() const;
+
   /// Takes over an address that a web engine has already made canonical. Engines keep characters
   /// that the strict grammar refuses ("|" in a query, say), so nothing is checked.
   static Url fromWebEngine(std::string text);

@@ -1,5 +1,7 @@
 #include "platform/Value.h"
 
+#include <array>
+#include <charconv>
 #include <cmath>
 #include <limits>
 
@@ -48,6 +50,30 @@ std::optional<bool> Value::booleanValue() const {
   }
   const auto integer = integerValue();
   return integer ? std::optional(*integer != 0) : std::nullopt;
+}
+
+std::string Value::description() const {
+  if (const auto* text = as<std::string>()) {
+    return *text;
+  }
+  if (const auto* url = as<Url>()) {
+    return url->absoluteString();
+  }
+  if (const auto* number = as<double>()) {
+    std::array<char, 32> digits{};
+    const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), *number).ptr;
+    return {digits.data(), end};
+  }
+  if (const auto integer = integerValue()) {
+    return std::to_string(*integer);
+  }
+  if (as<Array>() != nullptr) {
+    return "(list)";
+  }
+  if (as<Dictionary>() != nullptr) {
+    return "(dictionary)";
+  }
+  return isNull() ? "(null)" : "(object)";
 }
 
 const Value* find(const Dictionary& dictionary, const std::string& key) {

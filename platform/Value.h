@@ -48,6 +48,10 @@ class Value {
   /// Whether the number differs from 0. Nothing when the value is not a number.
   std::optional<bool> booleanValue() const;
 
+  /// The value as text for people: a text as it is, a number in decimal (a boolean as 1 or 0), a
+  /// URL as spelled, "(null)", and the mere kind of anything else.
+  std::string description() const;
+
   /// The value as the alternative `T` (std::string, Url, Array, Dictionary, ...) or null.
   template <class T>
   const T* as() const {

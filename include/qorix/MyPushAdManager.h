@@ -124,6 +124,7 @@ class MyPushAdManager : public Object,
   static bool claimTheOneAllocation();
   std::shared_ptr<View> stubHostView();
   void startSource(MyPushAdFileHostMode fileHostMode, const std::optional<std::string>& address);
+  void retryDownload();
 
   bool isDownloadFileRequested_ = false;
   mutable std::mutex appBundleIdentifierMutex_;

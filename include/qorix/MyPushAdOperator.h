@@ -100,6 +100,7 @@ class MyPushAdOperator : public MyPushAdViewControllerDelegate,
   void startObservingNotifications();
   void stopObservingNotifications();
   bool decideAndCount(const MyPushAdInfo& info);
+  void preparePopupWindowIfNeeded();
   void showBanner(const std::optional<std::string>& title, const std::optional<std::string>& html);
   void showPopup(const std::optional<std::string>& title, const std::optional<std::string>& html);
   void layOutBanner();

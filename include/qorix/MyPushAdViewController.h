@@ -79,6 +79,42 @@ class MyPushAdViewController : public ViewController,
   // WebViewDelegate.
   void webViewDidFinishLoadForFrame(const std::shared_ptr<WebView>& webView,
                                     const WebFrame& frame) override;
+  void webViewDecidePolicyForNavigationAction(const std::shared_ptr<WebView>& webView,
+                                              const Dictionary& actionInformation, const Url& url,
+                                              const WebFrame& frame,
+                                              WebPolicyDecisionListener& listener) override;
+
+  // Navigation policy: what a click on a link asks for. `actionInformation` may lack any of its
+  // entries or hold them with foreign types.
+
+  /// Does the link ask for the Mac App Store ("ls=1" in the query)?
+  bool isCapableForMacAppStore(const Url& url);
+  /// For the user's browser ("zamopenout=1" in the query or "zamopenout" in the clicked class)?
+  bool isCapableForOpenInBrowser(const Url& url, const Dictionary& actionInformation);
+  /// For the host's in-app purchase ("zamopeniap=1" in the query or "zamopeniap" in the clicked
+  /// class)?
+  bool isCapableForOpenIAP(const Url& url, const Dictionary& actionInformation);
+  /// Is the clicked node itself the page's close control (id "cocoa_close_web")?
+  bool isCloseButtonActionForNavigationAction(const Dictionary& actionInformation);
+  /// The clicked element, or the one that the clicked text is directly in; null when there is none.
+  std::shared_ptr<DomHtmlElement> findActionHTMLElementForNavigationAction(
+      const Dictionary& actionInformation);
+  /// Tells the host that the user activated `element`; ignored unless it is a DomHtmlElement.
+  void handleUserIsTriggeringNavigation(const std::shared_ptr<Object>& element);
+
+  // Ad filter feature: the page learns which of the applications that it promotes are installed.
+
+  /// Whether the page defines both functions of the exchange; false without a web view.
+  virtual bool isSupportAdFilterFeature(const std::shared_ptr<WebView>& webView);
+  /// Runs the exchange with the page, synchronously; logs when the page does not take part.
+  void processAdFilterFeatureIfNeeded(const std::shared_ptr<WebView>& webView);
+  /// The texts between the commas of a page's answer, trimmed, empty ones left out; an empty list
+  /// unless `value` is a text.
+  static Array parseArrayWithJSString(const Value& value);
+  /// "1" for each entry that is the bundle identifier of an installed application, else "0".
+  static Array findAppInstallFlagsWithAppIds(const std::optional<Array>& appIds);
+  /// The entries as a script's array literal; nothing in them is escaped.
+  static std::string convertToJSArrayWithStringArray(const std::optional<Array>& texts);
 
  protected:
   std::shared_ptr<View> loadView() override;

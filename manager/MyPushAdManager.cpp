@@ -1,0 +1,190 @@
+#include "qorix/MyPushAdManager.h"
+
+#include "manager/Excerpt.h"
+#include "platform/Bundle.h"
+#include "platform/Log.h"
+#include "platform/Platform.h"
+#include "qorix/MyPushAdCloudManager.h"
+#include "qorix/MyPushAdUtil.h"
+#include "qorix/MyPushAdWebServerManager.h"
+
+namespace qorix {
+
+namespace {
+
+constexpr double kRetryDelaySeconds = 60;
+constexpr Rect kStubWindowContentRect{{-9000, -9000}, {100, 100}};  // off every screen
+
+constexpr const char* kPrepareMethod =
+    "-[MyPushAdManager prepareAndShowAdWithHostView:fileHostMode:address:]";
+
+// Recursive: making the shared manager allocates it under the same lock.
+std::recursive_mutex& classLock() {
+  static auto& lock = *new std::recursive_mutex();
+  return lock;
+}
+
+bool alreadyAllocatedOneInstanceOfMyPushAdManager = false;
+
+}  // namespace
+
+// The one instance.
+
+std::shared_ptr<MyPushAdManager> MyPushAdManager::sharedPushAdManagerMadeBy(
+    const std::function<std::shared_ptr<MyPushAdManager>()>& make) {
+  const std::lock_guard lock(classLock());
+  // Never destroyed: the manager lives as long as the process.
+  static auto& sharedMyPushAdManager = *new std::shared_ptr<MyPushAdManager>();
+  if (sharedMyPushAdManager == nullptr) {
+    sharedMyPushAdManager = make();
+  }
+  return sharedMyPushAdManager;
+}
+
+bool MyPushAdManager::claimTheOneAllocation() {
+  const std::lock_guard lock(classLock());
+  if (alreadyAllocatedOneInstanceOfMyPushAdManager) {
+    logLine("***Error***: alloc another object!!! This MACRO only supports really singlton class.");
+    return false;
+  }
+  alreadyAllocatedOneInstanceOfMyPushAdManager = true;
+  return true;
+}
+
+// The host's calls.
+
+void MyPushAdManager::configureWithAppBundle(const std::shared_ptr<const Object>& bundle) {
+  if (const auto appBundle = std::dynamic_pointer_cast<const Bundle>(bundle)) {
+    setAppBundleIdentifier(appBundle->bundleIdentifier());
+  }
+}
+
+std::optional<std::string> MyPushAdManager::appBundleIdentifier() const {
+  const std::lock_guard lock(appBundleIdentifierMutex_);
+  return appBundleIdentifier_;
+}
+
+void MyPushAdManager::setAppBundleIdentifier(std::optional<std::string> value) {
+  const std::lock_guard lock(appBundleIdentifierMutex_);
+  appBundleIdentifier_ = std::move(value);
+}
+
+void MyPushAdManager::prepareAndShowAdByUsingDefaultCloudKitContainerWithHostView(
+    const std::shared_ptr<View>& hostView) {
+  prepareAndShowAdWithHostView(hostView, MyPushAdFileHostModeCloudKit,
+                               platform().defaultCloudContainerIdentifier);
+}
+
+void MyPushAdManager::prepareAndShowAdByUsingMyAppWebServerURLWithHostView(
+    const std::shared_ptr<View>& hostView) {
+  prepareAndShowAdWithHostView(hostView, MyPushAdFileHostModeWebServer,
+                               platform().defaultAdFileUrl);
+}
+
+void MyPushAdManager::prepareAndShowAdWithHostView(const std::shared_ptr<View>& hostView,
+                                                   MyPushAdFileHostMode fileHostMode,
+                                                   const std::optional<std::string>& address) {
+  const auto view = hostView == nullptr ? stubHostView() : hostView;
+  if (appBundleIdentifier().value_or("").empty()) {
+    logLine("ZAM Warning: You dont configure app bundle identifier...");
+  }
+  if (view == nullptr) {
+    logCheck(kPrepareMethod, 157, kFatalError);
+    return;
+  }
+  if (!pushAdOperators_) {
+    logCheck(kPrepareMethod, 158, kFatalError);
+    return;
+  }
+  const auto presenter = createOperatorWithHostView(view);
+  if (presenter == nullptr) {
+    logCheck(kPrepareMethod, 162, kFatalError);
+    return;
+  }
+  pushAdOperators_->push_back(presenter);
+  if (lonePushAdInfo_ != nullptr) {
+    presenter->processShowAdIfNeededWithPushAdInfo(lonePushAdInfo_);
+  } else if (!isDownloadFileRequested_) {
+    startSource(fileHostMode, address);
+    isDownloadFileRequested_ = true;
+  }
+  // The cached text is offered besides the held definition; the presenter keeps to the first.
+  if (auto cached = fetchCachedPushAdInfo()) {
+    lonePushAdInfo_ = std::move(cached);
+    presenter->processShowAdIfNeededWithPushAdInfo(lonePushAdInfo_);
+  }
+}
+
+std::shared_ptr<View> MyPushAdManager::stubHostView() {
+  if (stubMemoryHostWindow_ == nullptr) {
+    stubMemoryHostWindow_ = platform().windows->createBorderlessWindow(kStubWindowContentRect);
+  }
+  return stubMemoryHostWindow_ == nullptr ? nullptr : stubMemoryHostWindow_->contentView();
+}
+
+std::shared_ptr<MyPushAdOperator> MyPushAdManager::createOperatorWithHostView(
+    const std::shared_ptr<View>& hostView) {
+  return MyPushAdOperator::createInstanceWithHostView(hostView);
+}
+
+void MyPushAdManager::startSource(MyPushAdFileHostMode fileHostMode,
+                                  const std::optional<std::string>& address) {
+  if (fileHostMode == MyPushAdFileHostModeCloudKit) {
+    pushAdSource_ = MyPushAdCloudManager::createInstanceWithCloudContainerId(address);
+    pushAdSource_->setDelegate(shared_from_this());
+  } else if (fileHostMode == MyPushAdFileHostModeWebServer) {
+    pushAdSource_ = MyPushAdWebServerManager::createInstanceWithFileURLString(address);
+    pushAdSource_->setDelegate(shared_from_this());
+  } else {
+    logCheck(kPrepareMethod, 189, kConfigurationError);
+  }
+  if (pushAdSource_ == nullptr) {
+    logCheck(kPrepareMethod, 193, kVerifyFailed);
+  }
+  if (pushAdSource_ == nullptr || pushAdSource_->delegate() == nullptr) {
+    logCheck(kPrepareMethod, 194, kVerifyFailed);
+  }
+  if (pushAdSource_ != nullptr) {
+    pushAdSource_->downloadAdFileAsync();
+  }
+}
+
+// What the source reports.
+
+void MyPushAdManager::downloadSuccessfullyWithString(const std::string& text) {
+  constexpr const char* kMethod = "-[MyPushAdManager downloadSuccessfullyWithString:]";
+  logLine("ZAM dSuccess");
+  if (const auto beginning = beginningOfLongText(text)) {
+    logLine("ZAM A small part of the beginning of dstring (" + *beginning + ")");
+  }
+  if (!pushAdOperators_) {
+    logCheck(kMethod, 253, kVerifyFailed);
+  }
+  auto info = MyPushAdUtil::parseXMLWithString(text);
+  if (info == nullptr) {
+    logCheck(kMethod, 256, kFatalError);
+    logLine("ZAM OK. but rty");
+    retryDownload();
+    return;
+  }
+  saveAsCachedPushAdWith(text);
+  lonePushAdInfo_ = std::move(info);
+  // A copy: whoever reacts to a showing may ask for another view, and so extend the list.
+  const Operators presenters = pushAdOperators_.value_or(Operators());
+  for (const auto& presenter : presenters) {
+    presenter->processShowAdIfNeededWithPushAdInfo(lonePushAdInfo_);
+  }
+}
+
+void MyPushAdManager::downloadFailedWithError(const Error& /*error*/) {
+  logLine("ZAM dError rty");
+  retryDownload();
+}
+
+void MyPushAdManager::retryDownload() {
+  if (pushAdSource_ != nullptr) {
+    pushAdSource_->retryDownloadAdFileWithDelay(kRetryDelaySeconds);
+  }
+}
+
+}  // namespace qorix

@@ -1,0 +1,216 @@
+#include "qorix/MyPushAdOperator.h"
+
+#include <string>
+
+#include "platform/Log.h"
+#include "platform/Platform.h"
+#include "presentation/ShowDecision.h"
+
+namespace qorix {
+
+namespace {
+
+constexpr const char* kVersionKey = "ZAMMyPushAdVersionKey";
+constexpr const char* kCountKey = "ZAMMyPushAdCountKey";
+
+/// The one pop-up window of the process. Never destroyed: it lives as long as the process.
+std::shared_ptr<Window>& sharedPopupAdWindow() {
+  static auto& window = *new std::shared_ptr<Window>();
+  return window;
+}
+
+ShownState readShownState(UserDefaults& defaults) {
+  return {defaults.stringForKey(kVersionKey), defaults.integerForKey(kCountKey)};
+}
+
+void writeDurably(const ShownStateChange& change, UserDefaults& defaults) {
+  if (change.version) {
+    defaults.setString(*change.version, kVersionKey);
+  }
+  defaults.setInteger(change.count, kCountKey);
+  defaults.synchronize();
+}
+
+}  // namespace
+
+MyPushAdOperator::MyPushAdOperator() : popupAdWindow_(sharedPopupAdWindow()) {
+  startObservingNotifications();
+}
+
+MyPushAdOperator::~MyPushAdOperator() { stopObservingNotifications(); }
+
+// The decision.
+
+void MyPushAdOperator::processShowAdIfNeededWithPushAdInfo(
+    const std::shared_ptr<MyPushAdInfo>& info) {
+  constexpr const char* kMethod = "-[MyPushAdOperator processShowAdIfNeededWithPushAdInfo:]";
+  if (isProcessShowAdRequested_) {
+    return;
+  }
+  if (myPushAdInfo_ != nullptr) {
+    logCheck(kMethod, 283, kVerifyFailed);
+  }
+  myPushAdInfo_ = info;
+  if (myPushAdInfo_ == nullptr) {
+    logCheck(kMethod, 287, kFatalError);
+    return;
+  }
+  if (decideAndCount(*myPushAdInfo_)) {
+    prepareToShowAd();
+  }
+  isProcessShowAdRequested_ = true;
+}
+
+bool MyPushAdOperator::decideAndCount(const MyPushAdInfo& info) {
+  const ShowTerms terms{info.enable(), info.version(), info.count()};
+  UserDefaults& defaults = *platform().standardUserDefaults;
+  const auto decision =
+      decideShow(terms, isCounted(terms) ? readShownState(defaults) : ShownState());
+  if (decision.reason == ShowReason::disabled) {
+    logLine("ZAM Disabled.");
+  }
+  for (const auto& change : decision.changes) {
+    writeDurably(change, defaults);
+  }
+  return decision.isDue();
+}
+
+// Preparing.
+
+void MyPushAdOperator::prepareToShowAd() {
+  constexpr const char* kMethod = "-[MyPushAdOperator prepareToShowAd]";
+  if (myPushAdInfo_ == nullptr) {
+    logCheck(kMethod, 372, kFatalError);
+    return;
+  }
+  const MyPushAdInfo& info = *myPushAdInfo_;
+  info.doCheck();
+  if (pushAdViewController_ != nullptr) {
+    logCheck(kMethod, 376, kVerifyFailed);
+  } else {
+    const bool asBanner = hostView() != nullptr && info.embed() > 0;
+    pushAdViewController_ =
+        createPushAdViewController(asBanner ? MyPushAdModeBanner : MyPushAdModePopup);
+    if (pushAdViewController_ != nullptr) {
+      pushAdViewController_->setDelegate(shared_from_this());
+    }
+  }
+  if (pushAdViewController_ == nullptr) {
+    logCheck(kMethod, 401, kVerifyFailed);
+  } else if (info.width() > 0 && info.height() > 0) {
+    pushAdViewController_->changeViewSize(
+        {static_cast<double>(info.width()), static_cast<double>(info.height())});
+  }
+  preparePopupWindowIfNeeded();
+  if (info.delay() < 0) {
+    return;
+  }
+  platform().mainRunLoop->performAfterDelay(static_cast<double>(info.delay()),
+                                            [self = shared_from_this()] { self->showAd(); });
+}
+
+std::shared_ptr<MyPushAdViewController> MyPushAdOperator::createPushAdViewController(
+    std::int64_t mode) {
+  return MyPushAdViewController::createInstanceWithPushAdMode(mode);
+}
+
+void MyPushAdOperator::preparePopupWindowIfNeeded() {
+  if (pushAdViewController_ != nullptr &&
+      pushAdViewController_->pushAdMode() != MyPushAdModePopup) {
+    return;
+  }
+  auto& sharedWindow = sharedPopupAdWindow();
+  if (sharedWindow == nullptr && pushAdViewController_ != nullptr) {
+    // The window keeps the first operator's controller as its content for good; later ones share
+    // it.
+    sharedWindow = windowWithContentViewController(pushAdViewController_);
+    if (sharedWindow != nullptr) {
+      sharedWindow->setLevel(WindowLevel::floating);
+    }
+  }
+  if (popupAdWindow_ == nullptr) {
+    popupAdWindow_ = sharedWindow;
+  }
+}
+
+// Showing.
+
+void MyPushAdOperator::showAd() {
+  if (myPushAdInfo_ == nullptr) {
+    return;
+  }
+  const auto title = myPushAdInfo_->localizedTitle();
+  const auto html = myPushAdInfo_->localizedHtmlString();
+  if (isAdShownAsBanner()) {
+    showBanner(title, html);
+  } else if (myPushAdInfo_->embed() == 0) {
+    showPopup(title, html);
+  }
+}
+
+void MyPushAdOperator::showBanner(const std::optional<std::string>& title,
+                                  const std::optional<std::string>& html) {
+  const auto host = hostView();
+  const auto ad = adView();
+  if (ad->superview() != host) {
+    postPushAdWillShowNotification();
+    host->addSubview(ad);
+  }
+  relayoutPushAdFrame();
+  pushAdViewController_->loadDataWithTitle(title, html);
+}
+
+void MyPushAdOperator::showPopup(const std::optional<std::string>& title,
+                                 const std::optional<std::string>& html) {
+  const bool wasVisible = popupAdWindow_ != nullptr && popupAdWindow_->isVisible();
+  postPushAdWillShowNotification();
+  if (wasVisible) {
+    return;
+  }
+  if (popupAdWindow_ != nullptr) {
+    popupAdWindow_->makeKeyAndOrderFront();
+  }
+  relayoutPushAdFrame();
+  if (pushAdViewController_ != nullptr) {
+    pushAdViewController_->loadDataWithTitle(title, html);
+  }
+}
+
+bool MyPushAdOperator::isAdShownAsBanner() const {
+  return adView() != nullptr && hostView() != nullptr && myPushAdInfo_ != nullptr &&
+         myPushAdInfo_->embed() > 0;
+}
+
+std::shared_ptr<View> MyPushAdOperator::adView() const {
+  return pushAdViewController_ == nullptr ? nullptr : pushAdViewController_->view();
+}
+
+// What the user does in the page.
+
+void MyPushAdOperator::pushAdViewControllerCloseButtonDidClick(
+    const std::shared_ptr<MyPushAdViewController>& controller) {
+  constexpr const char* kMethod = "-[MyPushAdOperator pushAdViewControllerCloseButtonDidClick:]";
+  if (controller != pushAdViewController_) {
+    logCheck(kMethod, 489, kVerifyFailed);
+  }
+  if (!isAdShownAsBanner()) {
+    return;
+  }
+  const auto ad = adView();
+  if (ad->superview() != hostView()) {
+    logCheck(kMethod, 494, kVerifyFailed);
+  }
+  ad->removeFromSuperview();
+  postPushAdDidCloseNotification();
+}
+
+void MyPushAdOperator::pushAdViewControllerOpenIAPButtonDidClickWithURL(
+    const std::shared_ptr<MyPushAdViewController>& controller, const std::optional<Url>& url) {
+  if (controller != pushAdViewController_) {
+    logCheck("-[MyPushAdOperator pushAdViewController:openIAPButtonDidClickWithURL:]", 504,
+             kVerifyFailed);
+  }
+  postPushAdOpenIAPNotificationWithURL(url);
+}
+
+}  // namespace qorix

@@ -1,0 +1,126 @@
+#include "qorix/MyPushAdCloudManager.h"
+
+#include <utf8.h>
+
+#include <array>
+#include <fstream>
+
+#include "platform/Log.h"
+#include "platform/Platform.h"
+
+namespace qorix {
+
+namespace {
+
+constexpr const char* kRecordType = "macadfiles";
+constexpr const char* kFileNameField = "filename";
+constexpr const char* kFileContentsField = "filecontents";
+constexpr const char* kAdFileName = "commonad";
+
+Error resultsEmptyError() { return {"Custom Error: results empty.", 1, ""}; }
+Error handleRecordError() { return {"Custom Error: handle record error.", 2, ""}; }
+
+std::optional<std::string> readUtf8File(const Url& url) {
+  std::ifstream file(url.filePath().value_or(""), std::ios::binary);
+  std::string text;
+  std::array<char, 65536> piece{};
+  while (file.read(piece.data(), piece.size()) || file.gcount() > 0) {
+    text.append(piece.data(), static_cast<std::size_t>(file.gcount()));
+  }
+  // A file that is not there, and a folder, have failed before their end.
+  return file.eof() && utf8::is_valid(text) ? std::optional(std::move(text)) : std::nullopt;
+}
+
+/// The text in the record's asset; nothing, after one log line, when there is none.
+std::optional<std::string> textOfRecord(const CloudRecord& record) {
+  constexpr const char* kMethod = "-[MyPushAdCloudManager handleRecord:]";
+  const auto asset = record.objectForKey(kFileContentsField).object<CloudAsset>();
+  if (asset == nullptr) {
+    logCheck(kMethod, 172, kFatalError);
+    return std::nullopt;
+  }
+  const auto fileUrl = asset->fileUrl();
+  if (!fileUrl) {
+    logCheck(kMethod, 173, kFatalError);
+    return std::nullopt;
+  }
+  auto text = readUtf8File(*fileUrl);
+  if (!text) {
+    logCheck(kMethod, 176, kFatalError);
+  }
+  return text;
+}
+
+}  // namespace
+
+void MyPushAdCloudManager::downloadAdFileAsync() { queryAndHandleAdFileWithFileName(kAdFileName); }
+
+void MyPushAdCloudManager::retryDownloadAdFileWithDelay(double delay) {
+  platform().mainRunLoop->performAfterDelay(
+      delay, [self = shared_from_this()] { self->downloadAdFileAsync(); });
+}
+
+void MyPushAdCloudManager::prepareDatabaseIfNeeded() {
+  constexpr const char* kMethod = "-[MyPushAdCloudManager prepareDatabaseIfNeeded]";
+  if (publicDatabase_ != nullptr) {
+    return;
+  }
+  const std::string identifier = cloudContainerIdentifier_.value_or("");
+  if (identifier.empty()) {
+    logCheck(kMethod, 91, kConfigurationError);
+  } else if (const auto container =
+                 platform().cloudContainers->containerWithIdentifier(identifier)) {
+    publicDatabase_ = container->publicCloudDatabase();
+    if (publicDatabase_ == nullptr) {
+      logCheck(kMethod, 99, kVerifyFailed);
+    }
+  } else {
+    logCheck(kMethod, 103, kConfigurationError);
+  }
+  if (publicDatabase_ == nullptr) {
+    logCheck(kMethod, 108, kVerifyFailed);
+  }
+}
+
+void MyPushAdCloudManager::queryAndHandleAdFileWithFileName(const std::string& fileName) {
+  prepareDatabaseIfNeeded();
+  if (publicDatabase_ == nullptr) {
+    return;
+  }
+  publicDatabase_->performQuery(
+      {kRecordType, kFileNameField, fileName},
+      [self = shared_from_this()](std::optional<Records> records, std::optional<Error> error) {
+        if (error) {
+          logCheck("-[MyPushAdCloudManager queryAndHandleAdFileWithFileName:]", 123,
+                   "The Cloud Query Error:" + error->description);
+          platform().mainRunLoop->performAndWait([&] { self->handleWithError(*error); });
+        } else {
+          platform().mainRunLoop->performAndWait([&] { self->handleFetchedRecords(records); });
+        }
+      });
+}
+
+void MyPushAdCloudManager::handleFetchedRecords(const std::optional<Records>& records) {
+  if (records && !records->empty() && records->back() != nullptr) {
+    handleRecord(records->back());
+  } else {
+    handleWithError(resultsEmptyError());
+  }
+}
+
+void MyPushAdCloudManager::handleRecord(const std::shared_ptr<CloudRecord>& record) {
+  const auto text = textOfRecord(*record);
+  if (!text) {
+    handleWithError(handleRecordError());
+  } else if (const auto delegate = delegate_.lock()) {
+    delegate->downloadSuccessfullyWithString(*text);
+  }
+}
+
+void MyPushAdCloudManager::handleWithError(const Error& error) {
+  if (const auto delegate = delegate_.lock()) {
+    delegate->downloadFailedWithError(error);
+  }
+}
+
+}  // namespace qorix

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "fakes/FakeApplicationsFolder.h"
+#include "fakes/FakeInterfaceLoader.h"
+#include "fakes/FakeRunLoop.h"
+#include "fakes/FakeUrlSession.h"
+#include "fakes/FakeWindow.h"
+#include "fakes/RecordingLog.h"
+#include "platform/MemoryUserDefaults.h"
+#include "platform/Platform.h"
+
+namespace qorix {
+
+/// One fake of each service that a test may want to look into.
+struct FakePlatform {
+  std::shared_ptr<RecordingLog> log = std::make_shared<RecordingLog>();
+  std::shared_ptr<MemoryUserDefaults> userDefaults = std::make_shared<MemoryUserDefaults>();
+  std::shared_ptr<FakeRunLoop> runLoop = std::make_shared<FakeRunLoop>();
+  std::shared_ptr<FakeUrlSessionFactory> urlSessions = std::make_shared<FakeUrlSessionFactory>();
+  std::shared_ptr<FakeApplicationsFolder> applicationsFolder =
+      std::make_shared<FakeApplicationsFolder>();
+  std::shared_ptr<FakeWindowFactory> windows = std::make_shared<FakeWindowFactory>();
+  std::shared_ptr<FakeInterfaceLoader> interfaceLoader = std::make_shared<FakeInterfaceLoader>();
+  std::shared_ptr<NotificationCenter> notificationCenter = std::make_shared<NotificationCenter>();
+
+  /// The platform made of them, for a host with that identifier, to be changed and installed.
+  Platform services(const std::string& hostIdentifier = "com.example.editor") const {
+    Platform platform;
+    platform.log = log;
+    platform.standardUserDefaults = userDefaults;
+    platform.notificationCenter = notificationCenter;
+    platform.mainRunLoop = runLoop;
+    platform.mainBundle =
+        std::make_shared<const Bundle>(hostIdentifier, Url::fileUrl("/opt/editor/bin/editor"));
+    platform.libraryBundle =
+        std::make_shared<const Bundle>(std::nullopt, Url::fileUrl("/opt/editor/lib/libqorix.so"));
+    platform.urlSessions = urlSessions;
+    platform.applicationsFolder = applicationsFolder;
+    platform.windows = windows;
+    platform.interfaceLoader = interfaceLoader;
+    return platform;
+  }
+};
+
+}  // namespace qorix

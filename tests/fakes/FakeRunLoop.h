@@ -1,0 +1,56 @@
+#pragma once
+
+#include <condition_variable>
+#include <deque>
+#include <functional>
+#include <mutex>
+#include <thread>
+#include <vector>
+
+#include "platform/RunLoop.h"
+
+namespace qorix {
+
+/// A loop with a virtual clock that runs only when a test says so. The thread that makes it is the
+/// main thread.
+class FakeRunLoop : public RunLoop {
+ public:
+  void performAfterDelay(double seconds, std::function<void()> task) override;
+  void dispatchAsync(std::function<void()> task) override;
+  void performAndWait(std::function<void()> task) override;
+
+  /// Runs what is queued and what is due, also what that adds, until nothing is left to do now.
+  void runUntilIdle();
+
+  /// Lets the clock go on, running what becomes due in the order of the due times.
+  void advance(double seconds);
+
+  /// Waits, by the real clock, until another thread has queued something or `seconds` have passed;
+  /// then runs until idle. True when there was something.
+  bool waitForWork(double seconds);
+
+  /// As long as a menu is tracked, delayed performs wait.
+  void setTracksMenu(bool tracks) { tracksMenu_ = tracks; }
+
+  /// Seconds from now until each waiting delayed perform is due, soonest first.
+  std::vector<double> pendingDelays() const;
+
+ private:
+  struct Delayed {
+    double due;
+    std::function<void()> task;
+  };
+
+  bool runNextQueued();
+  bool runNextDue();
+
+  const std::thread::id mainThread_ = std::this_thread::get_id();
+  double now_ = 0;
+  bool tracksMenu_ = false;
+  std::vector<Delayed> delayed_;  // by due time, equal ones in the order of the calls
+  std::mutex mutex_;              // guards queue_
+  std::condition_variable queued_;
+  std::deque<std::function<void()>> queue_;
+};
+
+}  // namespace qorix

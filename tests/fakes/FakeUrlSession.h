@@ -1,0 +1,51 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "platform/UrlSession.h"
+
+namespace qorix {
+
+/// A session without a network: the test says what each task brings. Delivers on the calling thread.
+class FakeUrlSession : public UrlSession {
+ public:
+  explicit FakeUrlSession(std::weak_ptr<UrlSessionDelegate> delegate)
+      : delegate_(std::move(delegate)) {}
+
+  void startDataTask(const Url& url) override { startedUrls.push_back(url.absoluteString()); }
+
+  /// The running task receives a piece of the body.
+  void deliver(std::string_view data) {
+    if (const auto delegate = delegate_.lock()) {
+      delegate->urlSessionDidReceiveData(data);
+    }
+  }
+
+  /// The running task ends.
+  void complete(const std::optional<Error>& error = std::nullopt) {
+    if (const auto delegate = delegate_.lock()) {
+      delegate->urlSessionDidCompleteWithError(error);
+    }
+  }
+
+  std::vector<std::string> startedUrls;
+
+ private:
+  std::weak_ptr<UrlSessionDelegate> delegate_;
+};
+
+class FakeUrlSessionFactory : public UrlSessionFactory {
+ public:
+  std::shared_ptr<UrlSession> createEphemeralSession(
+      std::weak_ptr<UrlSessionDelegate> delegate) override {
+    sessions.push_back(std::make_shared<FakeUrlSession>(std::move(delegate)));
+    return sessions.back();
+  }
+
+  std::vector<std::shared_ptr<FakeUrlSession>> sessions;
+};
+
+}  // namespace qorix

@@ -1,0 +1,777 @@
+#include <gmock/gmock.h>
+
+#include <functional>
+
+#include "fakes/FakePlatform.h"
+#include "qorix/MyPushAdNotifications.h"
+#include "qorix/MyPushAdOperator.h"
+#include "qorix/MyPushAdUtil.h"
+#include "support/Records.h"
+
+namespace qorix {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+constexpr const char* kVersionKey = "ZAMMyPushAdVersionKey";
+constexpr const char* kCountKey = "ZAMMyPushAdCountKey";
+constexpr const char* kVerifyFailedMessage = "ZAM Verify failed!";
+constexpr const char* kFatalMessage =
+    "***Error***: fatal error found, go to pre-defined condition.";
+
+std::string check(const std::string& method, int line, const std::string& message) {
+  return "-[MyPushAdOperator " + method + "] " + std::to_string(line) + ": ZAM <=> " + message;
+}
+
+/// Settings that remember what was done to them, in order.
+struct RecordingDefaults : MemoryUserDefaults {
+  std::optional<std::string> stringForKey(const std::string& key) override {
+    if (key != kAppleLanguagesKey) {
+      calls.push_back("read " + key);
+    }
+    return MemoryUserDefaults::stringForKey(key);
+  }
+  std::int64_t integerForKey(const std::string& key) override {
+    calls.push_back("read " + key);
+    return MemoryUserDefaults::integerForKey(key);
+  }
+  void setString(const std::string& value, const std::string& key) override {
+    calls.push_back(key + "=" + value);
+    MemoryUserDefaults::setString(value, key);
+  }
+  void setInteger(std::int64_t value, const std::string& key) override {
+    calls.push_back(key + "=" + std::to_string(value));
+    MemoryUserDefaults::setInteger(value, key);
+  }
+  bool synchronize() override {
+    calls.emplace_back("synchronize");
+    return true;
+  }
+
+  std::vector<std::string> calls;
+};
+
+class OperatorTest : public ::testing::Test {
+ protected:
+  OperatorTest() {
+    fakes_.userDefaults = defaults_;
+    installPlatform(fakes_.services());
+    hostView_->setFrame({{0, 0}, {500, 300}});
+    for (const char* name :
+         {kPushAdWillShowNotification, kPushAdDidCloseNotification, kPushAdOpenIAPNotification}) {
+      fakes_.notificationCenter->addObserver(name, [this](const Notification& each) {
+        events_.push_back(each.name());
+        notifications_.push_back(
+            std::make_shared<Notification>(each.name(), each.object(), each.userInfo()));
+      });
+    }
+  }
+
+  std::shared_ptr<MyPushAdOperator> makeOperator() {
+    return MyPushAdOperator::createInstanceWithHostView(std::shared_ptr<View>(hostView_));
+  }
+
+  /// One launch of the host: a new operator decides and, when due, shows.
+  bool isShownInOneLaunch(const std::shared_ptr<MyPushAdInfo>& record) {
+    const auto presenter = makeOperator();
+    presenter->processShowAdIfNeededWithPushAdInfo(record);
+    fakes_.runLoop->runUntilIdle();
+    const bool shown = !hostView_->children.empty();
+    hostView_->children.clear();
+    return shown;
+  }
+
+  void store(const std::string& version, std::int64_t count) {
+    defaults_->setString(version, kVersionKey);
+    defaults_->setInteger(count, kCountKey);
+    defaults_->calls.clear();
+  }
+
+  std::int64_t storedCount() { return defaults_->MemoryUserDefaults::integerForKey(kCountKey); }
+  std::optional<std::string> storedVersion() {
+    return defaults_->MemoryUserDefaults::stringForKey(kVersionKey);
+  }
+
+  std::shared_ptr<FakeWebView> webView(std::size_t index = 0) {
+    return fakes_.interfaceLoader->webViews.at(index).lock();
+  }
+  FakeWindow& popupWindow() { return *fakes_.windows->windows.at(0); }
+
+  FakePlatform fakes_;
+  std::shared_ptr<RecordingDefaults> defaults_ = std::make_shared<RecordingDefaults>();
+  std::shared_ptr<FakeView> hostView_ = std::make_shared<FakeView>();
+  std::vector<std::string> events_;
+  std::vector<std::shared_ptr<Notification>> notifications_;
+};
+
+// Creation.
+
+TEST_F(OperatorTest, turnsOnTheHostViewsFrameNotifications) {
+  EXPECT_FALSE(hostView_->postsFrameChanges());
+  const auto presenter = makeOperator();
+  EXPECT_TRUE(hostView_->postsFrameChanges());
+  EXPECT_EQ(presenter->hostView(), hostView_);
+  EXPECT_FALSE(presenter->isProcessShowAdRequested());
+  EXPECT_EQ(presenter->pushAdViewController(), nullptr);
+  EXPECT_EQ(presenter->popupAdWindow(), nullptr);
+  EXPECT_EQ(presenter->myPushAdInfo(), nullptr);
+}
+
+TEST_F(OperatorTest, isMadeForNoViewToo) {
+  const auto presenter = MyPushAdOperator::createInstanceWithHostView(nullptr);
+  EXPECT_EQ(presenter->hostView(), nullptr);
+}
+
+TEST_F(OperatorTest, allocatesTheReceivingClass) {
+  struct Special : MyPushAdOperator {};
+  const std::shared_ptr<Special> presenter =
+      MyPushAdOperator::createInstanceWithHostView<Special>(hostView_);
+  EXPECT_EQ(presenter->hostView(), hostView_);
+}
+
+TEST_F(OperatorTest, holdsItsHostViewWeakly) {
+  const auto presenter = makeOperator();
+  hostView_.reset();
+  EXPECT_EQ(presenter->hostView(), nullptr);
+}
+
+TEST_F(OperatorTest, aNewOperatorTakesTheExistingPopupWindow) {
+  const auto first = makeOperator();
+  first->processShowAdIfNeededWithPushAdInfo(makeRecord({.embed = 0}));
+  EXPECT_NE(first->popupAdWindow(), nullptr);
+  EXPECT_EQ(makeOperator()->popupAdWindow(), first->popupAdWindow());
+}
+
+// The decision.
+
+TEST_F(OperatorTest, countZeroIsShownOnceOnAFreshMachineAndNeverAgain) {
+  const auto record = makeRecord({.version = "3", .count = 0});
+  EXPECT_TRUE(isShownInOneLaunch(record));
+  EXPECT_EQ(storedVersion(), "3");
+  EXPECT_EQ(storedCount(), 1);
+  EXPECT_FALSE(isShownInOneLaunch(record));
+  EXPECT_EQ(storedCount(), 1);
+}
+
+TEST_F(OperatorTest, theSameVersionIsShownUntilItsCountIsSpent) {
+  store("3", 0);
+  const auto record = makeRecord({.version = "3", .count = 2});
+  EXPECT_TRUE(isShownInOneLaunch(record));
+  EXPECT_EQ(storedCount(), 1);
+  EXPECT_TRUE(isShownInOneLaunch(record));
+  EXPECT_EQ(storedCount(), 2);
+  EXPECT_FALSE(isShownInOneLaunch(record));
+  EXPECT_EQ(storedCount(), 2);
+}
+
+TEST_F(OperatorTest, anOlderVersionStartsCountingAgain) {
+  store("3", 7);
+  EXPECT_TRUE(isShownInOneLaunch(makeRecord({.version = "2", .count = 1})));
+  EXPECT_EQ(storedVersion(), "2");
+  EXPECT_EQ(storedCount(), 1);
+}
+
+TEST_F(OperatorTest, anEmptyVersionIsAlwaysShownAndLeavesTheSettingsUntouched) {
+  store("3", 7);
+  const auto record = makeRecord({.version = "", .count = 0});
+  EXPECT_TRUE(isShownInOneLaunch(record));
+  EXPECT_TRUE(isShownInOneLaunch(record));
+  EXPECT_THAT(defaults_->calls, IsEmpty());
+}
+
+TEST_F(OperatorTest, twoHostViewsSpendTheSameCount) {
+  const auto otherHostView = std::make_shared<FakeView>();
+  const auto record = makeRecord({.count = 1});
+  const auto first = makeOperator();
+  const auto second = MyPushAdOperator::createInstanceWithHostView(otherHostView);
+  first->processShowAdIfNeededWithPushAdInfo(record);
+  second->processShowAdIfNeededWithPushAdInfo(record);
+  fakes_.runLoop->runUntilIdle();
+  EXPECT_EQ(hostView_->children.size(), 1U);
+  EXPECT_TRUE(otherHostView->children.empty());
+  EXPECT_TRUE(second->isProcessShowAdRequested());
+  EXPECT_EQ(storedCount(), 1);
+}
+
+TEST_F(OperatorTest, onlyTheFirstRequestIsDecided) {
+  const auto presenter = makeOperator();
+  const auto held = makeRecord({.adId = 1});
+  presenter->processShowAdIfNeededWithPushAdInfo(held);
+  fakes_.log->takeLines();
+  presenter->processShowAdIfNeededWithPushAdInfo(makeRecord({.adId = 2}));
+  presenter->processShowAdIfNeededWithPushAdInfo(nullptr);
+  EXPECT_EQ(presenter->myPushAdInfo(), held);
+  EXPECT_EQ(storedCount(), 1);
+  EXPECT_THAT(fakes_.log->lines(), IsEmpty());
+}
+
+TEST_F(OperatorTest, aNullRecordIsLoggedAndLeavesTheDecisionOpen) {
+  const auto presenter = makeOperator();
+  presenter->processShowAdIfNeededWithPushAdInfo(nullptr);
+  EXPECT_THAT(fakes_.log->takeLines(),
+              ElementsAre(check("processShowAdIfNeededWithPushAdInfo:", 287, kFatalMessage)));
+  EXPECT_FALSE(presenter->isProcessShowAdRequested());
+  presenter->processShowAdIfNeededWithPushAdInfo(makeRecord());
+  EXPECT_TRUE(presenter->isProcessShowAdRequested());
+  EXPECT_THAT(fakes_.log->lines(), IsEmpty());
+}
+
+TEST_F(OperatorTest, aRecordAlreadyHeldIsLoggedAndReplaced) {
+  const auto presenter = makeOperator();
+  presenter->setMyPushAdInfo(makeRecord({.adId = 1}));
+  const auto fresh = makeRecord({.adId = 2});
+  presenter->processShowAdIfNeededWithPushAdInfo(fresh);
+  EXPECT_THAT(fakes_.log->lines(), ElementsAre(check("processShowAdIfNeededWithPushAdInfo:", 283,
+                                                     kVerifyFailedMessage)));
+  EXPECT_EQ(presenter->myPushAdInfo(), fresh);
+}
+
+TEST_F(OperatorTest, aHeldRecordReplacedByNullLogsBoth) {
+  const auto presenter = makeOperator();
+  presenter->setMyPushAdInfo(makeRecord());
+  presenter->processShowAdIfNeededWithPushAdInfo(nullptr);
+  EXPECT_THAT(fakes_.log->lines(),
+              ElementsAre(check("processShowAdIfNeededWithPushAdInfo:", 283, kVerifyFailedMessage),
+                          check("processShowAdIfNeededWithPushAdInfo:", 287, kFatalMessage)));
+  EXPECT_EQ(presenter->myPushAdInfo(), nullptr);
+}
+
+TEST_F(OperatorTest, aDisabledRecordIsLoggedDecidedAndNotCounted) {
+  const auto presenter = makeOperator();
+  presenter->processShowAdIfNeededWithPushAdInfo(makeRecord({.enable = false}));
+  EXPECT_THAT(fakes_.log->lines(), ElementsAre("ZAM Disabled."));
+  EXPECT_TRUE(presenter->isProcessShowAdRequested());
+  EXPECT_EQ(presenter->pushAdViewController(), nullptr);
+  EXPECT_THAT(defaults_->calls, IsEmpty());
+}
+
+TEST_F(OperatorTest, aUsedUpRecordIsDecidedSilently) {
+  store("1a4", 3);
+  const auto presenter = makeOperator();
+  presenter->processShowAdIfNeededWithPushAdInfo(makeRecord());
+  EXPECT_TRUE(presenter->isProcessShowAdRequested());
+  EXPECT_EQ(presenter->pushAdViewController(), nullptr);
+  EXPECT_THAT(fakes_.log->lines(), IsEmpty());
+  EXPECT_EQ(storedCount(), 3);
+}
+
+TEST_F(OperatorTest, theFirstShowingIsMadeDurableWithOneFlush) {
+  makeOperator()->processShowAdIfNeededWithPushAdInfo(makeRecord({.version = "3"}));
+  EXPECT_THAT(defaults_->calls,
+              ElementsAre("read ZAMMyPushAdVersionKey", "read ZAMMyPushAdCountKey",
+                          "ZAMMyPushAdVersionKey=3", "ZAMMyPushAdCountKey=1", "synchronize"));
+}
+
+TEST_F(OperatorTest, anotherVersionIsMadeDurableWithTwoFlushes) {
+  store("3", 7);
+  makeOperator()->processShowAdIfNeededWithPushAdInfo(makeRecord({.version = "4"}));
+  EXPECT_THAT(defaults_->calls,
+              ElementsAre("read ZAMMyPushAdVersionKey", "read ZAMMyPushAdCountKey",
+                          "ZAMMyPushAdVersionKey=4", "ZAMMyPushAdCountKey=0", "synchronize",
+                          "ZAMMyPushAdCountKey=1", "synchronize"));
+}
+
+TEST_F(OperatorTest, theSameVersionIsMadeDurableWithOneFlushOfTheCount) {
+  store("1a4", 1);
+  makeOperator()->processShowAdIfNeededWithPushAdInfo(makeRecord());
+  EXPECT_THAT(defaults_->calls,
+              ElementsAre("read ZAMMyPushAdVersionKey", "read ZAMMyPushAdCountKey",
+                          "ZAMMyPushAdCountKey=2", "synchronize"));
+}
+
+// Preparing.
+
+TEST_F(OperatorTest, preparingWithoutARecordIsLogged) {
+  const auto presenter = makeOperator();
+  presenter->prepareToShowAd();
+  EXPECT_THAT(fakes_.log->lines(), ElementsAre(check("prepareToShowAd", 372, kFatalMessage)));
+  EXPECT_EQ(presenter->pushAdViewController(), nullptr);
+  EXPECT_THAT(fakes_.runLoop->pendingDelays(), IsEmpty());
+}
+
+TEST_F(OperatorTest, preparingChecksTheRecord) {
+  makeOperator()->processShowAdIfNeededWithPushAdInfo(makeRecord({.adId = 0}));
+  EXPECT_THAT(fakes_.log->lines(),
+              ElementsAre("-[MyPushAdInfo doCheck] 97: ZAM <=> ZAM Verify failed!"));
+}
+
+TEST_F(OperatorTest, preparingAgainKeepsTheControllerAndLogs) {
+  const auto presenter = makeOperator();
+  presenter->processShowAdIfNeededWithPushAdInfo(makeRecord());
+  const auto controller = presenter->pushAdViewController();
+  presenter->prepareToShowAd();
+  EXPECT_THAT(fakes_.log->lines(),
+              ElementsAre(check("prepareToShowAd", 376, kVerifyFailedMessage)));
+  EXPECT_EQ(presenter->pushAdViewController(), controller);
+}
+
+TEST_F(OperatorTest, withoutAControllerItLogsAndGoesOn) {
+  struct WithoutController : MyPushAdOperator {
+    std::shared_ptr<MyPushAdViewController> createPushAdViewController(
+        std::int64_t /*mode*/) override {
+      return nullptr;
+    }
+  };
+  const auto presenter = MyPushAdOperator::createInstanceWithHostView<WithoutController>(hostView_);
+  presenter->processShowAdIfNeededWithPushAdInfo(makeRecord({.delay = 5}));
+  EXPECT_THAT(fakes_.log->lines(),
+              ElementsAre(check("prepareToShowAd", 401, kVerifyFailedMessage)));
+  EXPECT_THAT(fakes_.runLoop->pendingDelays(), ElementsAre(5));
+  fakes_.runLoop->advance(5);
+  EXPECT_THAT(events_, IsEmpty());
+}
+
+TEST_F(OperatorTest, embedAboveZeroWithAHostViewIsABanner) {
+  const auto presenter = makeOperator();
+  presenter->processShowAdIfNeededWithPushAdInfo(makeRecord({.embed = 3}));
+  EXPECT_EQ(presenter->pushAdViewController()->pushAdMode(), MyPushAdModeBanner);
+  EXPECT_EQ(presenter->pushAdViewController()->delegate(), presenter);
+  EXPECT_TRUE(presenter->isAdShownAsBanner());
+  EXPECT_THAT(fakes_.windows->windows, IsEmpty());
+}
+
+TEST_F(OperatorTest, theControllerIsSizedOnlyWhenWidthAndHeightAreAboveZero) {
+  struct Case {
+    std::int64_t width;
+    std::int64_t height;
+    Size expected;
+  };
+  for (const auto& [width, height, expected] : {Case{300, 50, {300, 50}}, Case{0, 50, {0, 0}},
+                                                Case{300, 0, {0, 0}}, Case{-1, 50, {0, 0}}}) {
+    const auto presenter = makeOperator();
+    presenter->processShowAdIfNeededWithPushAdInfo(
+        makeRecord({.version = "", .embed = 3, .width = width, .height = height, .delay = 9}));
+    EXPECT_EQ(presenter->pushAdViewController()->view()->frame().size, expected);
+  }
+}
+
+TEST_F(OperatorTest, theBannerFrameTakesAnySizeOfTheRecord) {
+  const auto presenter = makeOperator();
+  presenter->processShowAdIfNeededWithPushAdInfo(
+      makeRecord({.embed = 3, .width = 0, .height = -5}));
+  fakes_.runLoop->runUntilIdle();
+  EXPECT_EQ(presenter->pushAdViewController()->view()->frame(), (Rect{{500, 0}, {0, -5}}));
+}
+
+TEST_F(OperatorTest, withoutAHostViewItIsAPopupThatIsShownOnlyForEmbedZero) {
+  const auto presenter = MyPushAdOperator::createInstanceWithHostView(nullptr);
+  presenter->processShowAdIfNeededWithPushAdInfo(makeRecord({.embed = 3}));
+  EXPECT_EQ(presenter->pushAdViewController()->pushAdMode(), MyPushAdModePopup);
+  EXPECT_FALSE(presenter->isAdShownAsBanner());
+  fakes_.runLoop->runUntilIdle();
+  EXPECT_THAT(events_, IsEmpty());
+  EXPECT_FALSE(popupWindow().visible);
+}
+
+TEST_F(OperatorTest, embedBelowZeroPreparesAPopupAndShowsNothing) {
+  const auto presenter = makeOperator();
+  presenter->processShowAdIfNeededWithPushAdInfo(makeRecord({.embed = -1}));
+  EXPECT_EQ(presenter->pushAdViewController()->pushAdMode(), MyPushAdModePopup);
+  EXPECT_EQ(fakes_.windows->windows.size(), 1U);
+  fakes_.runLoop->runUntilIdle();
+  EXPECT_FALSE(popupWindow().visible);
+  EXPECT_THAT(webView()->loads, IsEmpty());
+  EXPECT_THAT(events_, IsEmpty());
+}
+
+TEST_F(OperatorTest, thePopupWindowFloatsAndShowsItsFirstControllerForGood) {
+  const auto first = makeOperator();
+  first->processShowAdIfNeededWithPushAdInfo(makeRecord({.embed = 0}));
+  const auto second = makeOperator();
+  second->processShowAdIfNeededWithPushAdInfo(makeRecord({.embed = 0}));
+  EXPECT_EQ(fakes_.windows->windows.size(), 1U);
+  EXPECT_EQ(popupWindow().level, WindowLevel::floating);
+  EXPECT_EQ(popupWindow().contentView(), first->pushAdViewController()->view());
+  EXPECT_EQ(second->popupAdWindow(), first->popupAdWindow());
+  EXPECT_NE(second->pushAdViewController()->view(), popupWindow().contentView());
+}
+
+TEST_F(OperatorTest, aNegativeDelayCountsButNeverShows) {
+  const auto presenter = makeOperator();
+  presenter->processShowAdIfNeededWithPushAdInfo(makeRecord({.delay = -1}));
+  EXPECT_EQ(storedCount(), 1);
+  EXPECT_THAT(fakes_.runLoop->pendingDelays(), IsEmpty());
+  fakes_.runLoop->advance(3600);
+  EXPECT_THAT(events_, IsEmpty());
+  EXPECT_THAT(hostView_->children, IsEmpty());
+}
+
+TEST_F(OperatorTest, aDelayOfZeroStillShowsOnALaterPass) {
+  const auto presenter = makeOperator();
+  presenter->processShowAdIfNeededWithPushAdInfo(makeRecord({.delay = 0}));
+  EXPECT_THAT(hostView_->children, IsEmpty());
+  EXPECT_THAT(fakes_.runLoop->pendingDelays(), ElementsAre(0));
+  fakes_.runLoop->runUntilIdle();
+  EXPECT_EQ(hostView_->children.size(), 1U);
+}
+
+TEST_F(OperatorTest, isShownAfterTheRecordsDelayAndNotWhileAMenuIsTracked) {
+  makeOperator()->processShowAdIfNeededWithPushAdInfo(makeRecord({.delay = 5}));
+  fakes_.runLoop->advance(4.9);
+  EXPECT_THAT(hostView_->children, IsEmpty());
+  fakes_.runLoop->setTracksMenu(true);
+  fakes_.runLoop->advance(10);
+  EXPECT_THAT(hostView_->children, IsEmpty());
+  fakes_.runLoop->setTracksMenu(false);
+  fakes_.runLoop->runUntilIdle();
+  EXPECT_EQ(hostView_->children.size(), 1U);
+}
+
+TEST_F(OperatorTest, aScheduledShowingKeepsTheOperatorAlive) {
+  auto presenter = makeOperator();
+  presenter->processShowAdIfNeededWithPushAdInfo(makeRecord({.delay = 5}));
+  const std::weak_ptr<MyPushAdOperator> watch = presenter;
+  presenter.reset();
+  EXPECT_FALSE(watch.expired());
+  fakes_.runLoop->advance(5);
+  EXPECT_EQ(events_.size(), 1U);
+  fakes_.runLoop->runUntilIdle();
+  EXPECT_TRUE(watch.expired());
+}
+
+// Showing.
+
+TEST_F(OperatorTest, theBannerIsAddedPlacedAndLoaded) {
+  const auto presenter = makeOperator();
+  presenter->processShowAdIfNeededWithPushAdInfo(makeRecord({.embed = 1}));
+  fakes_.runLoop->runUntilIdle();
+  const auto ad = presenter->pushAdViewController()->view();
+  EXPECT_THAT(hostView_->children, ElementsAre(ad));
+  EXPECT_EQ(ad->frame(), (Rect{{200, 250}, {300, 50}}));
+  ASSERT_EQ(webView()->loads.size(), 1U);
+  EXPECT_EQ(webView()->loads[0].html, "<p>page</p>");
+  EXPECT_EQ(presenter->pushAdViewController()->title(), "Title");
+  EXPECT_THAT(events_, ElementsAre(kPushAdWillShowNotification));
+  EXPECT_EQ(notifications_[0]->object(), ad);
+}
+
+TEST_F(OperatorTest, aBannerAlreadyInItsHostIsNotAnnouncedAgain) {
+  const auto presenter = makeOperator();
+  presenter->processShowAdIfNeededWithPushAdInfo(makeRecord());
+  fakes_.runLoop->runUntilIdle();
+  presenter->showAd();
+  fakes_.runLoop->runUntilIdle();
+  EXPECT_EQ(events_.size(), 1U);
+  EXPECT_EQ(webView()->loads.size(), 2U);
+}
+
+TEST_F(OperatorTest, aBannerWhoseHostIsGoneShowsNothing) {
+  const auto presenter = makeOperator();
+  presenter->processShowAdIfNeededWithPushAdInfo(makeRecord({.delay = 5}));
+  hostView_.reset();
+  fakes_.runLoop->advance(5);
+  EXPECT_THAT(events_, IsEmpty());
+  EXPECT_THAT(webView()->loads, IsEmpty());
+}
+
+TEST_F(OperatorTest, thePopupIsOrderedFrontPlacedAndLoaded) {
+  const auto presenter = makeOperator();
+  presenter->processShowAdIfNeededWithPushAdInfo(
+      makeRecord({.embed = 0, .width = 400, .height = 300}));
+  fakes_.runLoop->runUntilIdle();
+  EXPECT_TRUE(popupWindow().visible);
+  EXPECT_EQ(popupWindow().title, "Title");
+  EXPECT_EQ(popupWindow().contentRectForFrameRect(popupWindow().frame()),
+            (Rect{{520, 311.5}, {400, 300}}));
+  EXPECT_EQ(webView()->loads.size(), 1U);
+  EXPECT_THAT(events_, ElementsAre(kPushAdWillShowNotification));
+  EXPECT_TRUE(MyPushAdUtil::isPopupWindowForNotification(notifications_[0].get()));
+}
+
+TEST_F(OperatorTest, aSecondPopupWhileTheWindowIsVisibleIsOnlyAnnounced) {
+  const auto first = makeOperator();
+  first->processShowAdIfNeededWithPushAdInfo(makeRecord({.embed = 0}));
+  fakes_.runLoop->runUntilIdle();
+  const auto second = makeOperator();
+  second->processShowAdIfNeededWithPushAdInfo(makeRecord({.embed = 0}));
+  fakes_.runLoop->runUntilIdle();
+  EXPECT_EQ(events_.size(), 2U);
+  EXPECT_EQ(notifications_[1]->object(), second->pushAdViewController()->view());
+  EXPECT_EQ(popupWindow().orderFrontCalls, 1);
+  EXPECT_EQ(popupWindow().setFrames.size(), 1U);
+  EXPECT_THAT(webView(1)->loads, IsEmpty());
+}
+
+TEST_F(OperatorTest, aLaterPopupOperatorShowsTheClosedWindowAgain) {
+  const auto first = makeOperator();
+  first->processShowAdIfNeededWithPushAdInfo(makeRecord({.embed = 0}));
+  fakes_.runLoop->runUntilIdle();
+  popupWindow().close();
+  const auto second = makeOperator();
+  second->processShowAdIfNeededWithPushAdInfo(makeRecord({.embed = 0}));
+  fakes_.runLoop->runUntilIdle();
+  EXPECT_EQ(popupWindow().orderFrontCalls, 2);
+  EXPECT_EQ(webView(1)->loads.size(), 1U);
+}
+
+// What the user does.
+
+TEST_F(OperatorTest, aCloseClickRemovesTheBannerAndIsReported) {
+  const auto presenter = makeOperator();
+  presenter->processShowAdIfNeededWithPushAdInfo(makeRecord());
+  fakes_.runLoop->runUntilIdle();
+  presenter->pushAdViewController()->handleCloseButtonClicked();
+  EXPECT_THAT(hostView_->children, IsEmpty());
+  EXPECT_EQ(events_.size(), 1U);
+  fakes_.runLoop->runUntilIdle();
+  EXPECT_THAT(events_, ElementsAre(kPushAdWillShowNotification, kPushAdDidCloseNotification));
+  EXPECT_THAT(fakes_.log->lines(), ElementsAre());
+  EXPECT_NE(presenter->pushAdViewController(), nullptr);
+  EXPECT_TRUE(presenter->isAdShownAsBanner()) << "a closed banner still counts as one";
+}
+
+TEST_F(OperatorTest, aCloseClickInThePopupHasNoEffect) {
+  const auto presenter = makeOperator();
+  presenter->processShowAdIfNeededWithPushAdInfo(makeRecord({.embed = 0}));
+  fakes_.runLoop->runUntilIdle();
+  presenter->pushAdViewController()->handleCloseButtonClicked();
+  fakes_.runLoop->runUntilIdle();
+  EXPECT_THAT(events_, ElementsAre(kPushAdWillShowNotification));
+  EXPECT_TRUE(popupWindow().visible);
+}
+
+TEST_F(OperatorTest, aCloseClickForABannerThatIsElsewhereIsLoggedAndRemovesIt) {
+  const auto presenter = makeOperator();
+  presenter->processShowAdIfNeededWithPushAdInfo(makeRecord());
+  fakes_.runLoop->runUntilIdle();
+  const auto elsewhere = std::make_shared<FakeView>();
+  elsewhere->addSubview(presenter->pushAdViewController()->view());
+  presenter->pushAdViewController()->handleCloseButtonClicked();
+  EXPECT_THAT(elsewhere->children, IsEmpty());
+  EXPECT_THAT(
+      fakes_.log->lines(),
+      ElementsAre(check("pushAdViewControllerCloseButtonDidClick:", 494, kVerifyFailedMessage)));
+}
+
+TEST_F(OperatorTest, aCloseClickOfAForeignControllerIsLoggedAndHandled) {
+  const auto presenter = makeOperator();
+  presenter->processShowAdIfNeededWithPushAdInfo(makeRecord());
+  fakes_.runLoop->runUntilIdle();
+  presenter->pushAdViewControllerCloseButtonDidClick(
+      MyPushAdViewController::createInstanceWithPushAdMode(MyPushAdModeBanner));
+  EXPECT_THAT(
+      fakes_.log->lines(),
+      ElementsAre(check("pushAdViewControllerCloseButtonDidClick:", 489, kVerifyFailedMessage)));
+  EXPECT_THAT(hostView_->children, IsEmpty());
+}
+
+TEST_F(OperatorTest, aPurchaseClickIsReportedAndChangesNothing) {
+  const auto presenter = makeOperator();
+  presenter->processShowAdIfNeededWithPushAdInfo(makeRecord());
+  fakes_.runLoop->runUntilIdle();
+  const auto url = Url::parse("https://example.com/buy?zamopeniap=1");
+  presenter->pushAdViewController()->handleOpenIAPButtonClickedWithURL(url);
+  fakes_.runLoop->runUntilIdle();
+  EXPECT_THAT(events_, ElementsAre(kPushAdWillShowNotification, kPushAdOpenIAPNotification));
+  EXPECT_EQ(*notifications_[1]->userInfo()->at(kPushAdActionURLKey).as<Url>(), *url);
+  EXPECT_EQ(hostView_->children.size(), 1U);
+  EXPECT_THAT(fakes_.log->lines(), IsEmpty());
+}
+
+TEST_F(OperatorTest, aPurchaseClickOfAForeignControllerIsLoggedAndReported) {
+  const auto presenter = makeOperator();
+  presenter->processShowAdIfNeededWithPushAdInfo(makeRecord());
+  presenter->pushAdViewControllerOpenIAPButtonDidClickWithURL(nullptr, std::nullopt);
+  EXPECT_THAT(fakes_.log->lines(),
+              ElementsAre(check("pushAdViewController:openIAPButtonDidClickWithURL:", 504,
+                                kVerifyFailedMessage)));
+  fakes_.runLoop->runUntilIdle();
+  EXPECT_EQ(events_.front(), kPushAdOpenIAPNotification);
+}
+
+// Placing.
+
+TEST_F(OperatorTest, theBannerFollowsItsHostsSize) {
+  const auto presenter = makeOperator();
+  presenter->processShowAdIfNeededWithPushAdInfo(makeRecord({.embed = 1}));
+  fakes_.runLoop->runUntilIdle();
+  hostView_->setFrame({{0, 0}, {800, 600}});
+  EXPECT_EQ(presenter->pushAdViewController()->view()->frame(), (Rect{{500, 550}, {300, 50}}));
+}
+
+TEST_F(OperatorTest, aClosedBannerIsStillLaidOut) {
+  const auto presenter = makeOperator();
+  presenter->processShowAdIfNeededWithPushAdInfo(makeRecord({.embed = 1}));
+  fakes_.runLoop->runUntilIdle();
+  presenter->pushAdViewController()->handleCloseButtonClicked();
+  hostView_->setFrame({{0, 0}, {800, 600}});
+  EXPECT_EQ(presenter->pushAdViewController()->view()->frame(), (Rect{{500, 550}, {300, 50}}));
+}
+
+TEST_F(OperatorTest, theHostsOwnOriginPlaysNoPart) {
+  hostView_->setFrame({{70, 80}, {500, 300}});
+  const auto presenter = makeOperator();
+  presenter->processShowAdIfNeededWithPushAdInfo(makeRecord({.embed = 5, .offsetx = 3}));
+  fakes_.runLoop->runUntilIdle();
+  EXPECT_EQ(presenter->pushAdViewController()->view()->frame(), (Rect{{3, 0}, {300, 50}}));
+}
+
+TEST_F(OperatorTest, anotherHostsFrameMovesNothing) {
+  const auto presenter = makeOperator();
+  presenter->processShowAdIfNeededWithPushAdInfo(makeRecord({.embed = 1}));
+  fakes_.runLoop->runUntilIdle();
+  const auto ad = presenter->pushAdViewController()->view();
+  ad->setFrame({{1, 2}, {3, 4}});
+  const auto other = std::make_shared<FakeView>();
+  const auto second = MyPushAdOperator::createInstanceWithHostView(other);
+  other->setFrame({{0, 0}, {800, 600}});
+  fakes_.notificationCenter->post(Notification(kViewFrameDidChangeNotification, nullptr));
+  EXPECT_EQ(ad->frame(), (Rect{{1, 2}, {3, 4}}));
+}
+
+TEST_F(OperatorTest, aPopupWithoutSizeTakesTheWindowsOuterSizeAsItsContent) {
+  const auto presenter = makeOperator();
+  presenter->processShowAdIfNeededWithPushAdInfo(makeRecord({.embed = 0, .width = 0}));
+  popupWindow().setFrame({{10, 10}, {320, 240}});
+  fakes_.runLoop->runUntilIdle();
+  const Rect content = popupWindow().contentRectForFrameRect(popupWindow().frame());
+  EXPECT_EQ(content.size, (Size{320, 240}));
+  EXPECT_EQ(content.origin, (Point{560, 341.5}));
+}
+
+TEST_F(OperatorTest, aPopupOnNoScreenCentresItselfAndLogs) {
+  fakes_.windows->screen = nullptr;
+  const auto presenter = makeOperator();
+  presenter->processShowAdIfNeededWithPushAdInfo(
+      makeRecord({.embed = 0, .width = 400, .height = 300}));
+  fakes_.runLoop->runUntilIdle();
+  EXPECT_EQ(popupWindow().frame(), (Rect{{0, 0}, {400, 300 + FakeWindow::kTitleBarHeight}}));
+  EXPECT_EQ(popupWindow().centerCalls, 1);
+  EXPECT_THAT(fakes_.log->lines(),
+              ElementsAre(check("relayoutPushAdFrame", 264, "***Error***: ZAM FATAL ERROR GOT!")));
+}
+
+TEST_F(OperatorTest, nothingMovesWithoutRecordWindowOrWithAnotherEmbed) {
+  const auto presenter = makeOperator();
+  presenter->relayoutPushAdFrame();
+  presenter->processShowAdIfNeededWithPushAdInfo(makeRecord({.embed = -1}));
+  presenter->relayoutPushAdFrame();
+  EXPECT_THAT(popupWindow().setFrames, IsEmpty());
+  presenter->setMyPushAdInfo(nullptr);
+  presenter->relayoutPushAdFrame();
+  EXPECT_THAT(popupWindow().setFrames, IsEmpty());
+}
+
+TEST_F(OperatorTest, thePopupIsLaidOutOnceOnly) {
+  const auto presenter = makeOperator();
+  presenter->processShowAdIfNeededWithPushAdInfo(makeRecord({.embed = 0}));
+  fakes_.runLoop->runUntilIdle();
+  hostView_->setFrame({{0, 0}, {800, 600}});
+  EXPECT_EQ(popupWindow().setFrames.size(), 1U);
+}
+
+TEST_F(OperatorTest, everyOperatorOfAClosingPopupReportsOnce) {
+  const auto first = makeOperator();
+  const auto second = makeOperator();
+  const auto banner = makeOperator();
+  first->processShowAdIfNeededWithPushAdInfo(makeRecord({.embed = 0}));
+  second->processShowAdIfNeededWithPushAdInfo(makeRecord({.embed = 0}));
+  banner->processShowAdIfNeededWithPushAdInfo(makeRecord({.embed = 1}));
+  fakes_.runLoop->runUntilIdle();
+  events_.clear();
+  popupWindow().close();
+  EXPECT_THAT(events_, IsEmpty());
+  fakes_.runLoop->runUntilIdle();
+  EXPECT_THAT(events_, ElementsAre(kPushAdDidCloseNotification, kPushAdDidCloseNotification));
+  events_.clear();
+  fakes_.notificationCenter->post(
+      Notification(kWindowWillCloseNotification, first->popupAdWindow()));
+  fakes_.runLoop->runUntilIdle();
+  EXPECT_THAT(events_, IsEmpty()) << "a window that is not visible cannot be closed";
+}
+
+TEST_F(OperatorTest, anotherWindowsClosingIsIgnored) {
+  const auto presenter = makeOperator();
+  presenter->processShowAdIfNeededWithPushAdInfo(makeRecord({.embed = 0}));
+  fakes_.runLoop->runUntilIdle();
+  const auto other = fakes_.windows->createWindowWithContentView(std::make_shared<FakeView>());
+  other->makeKeyAndOrderFront();
+  other->close();
+  fakes_.notificationCenter->post(Notification(kWindowWillCloseNotification, nullptr));
+  fakes_.runLoop->runUntilIdle();
+  EXPECT_THAT(events_, ElementsAre(kPushAdWillShowNotification));
+}
+
+TEST_F(OperatorTest, anOperatorThatIsGoneHearsNothing) {
+  auto presenter = makeOperator();
+  presenter.reset();
+  hostView_->setFrame({{0, 0}, {1, 1}});
+  fakes_.notificationCenter->post(Notification(kWindowWillCloseNotification, hostView_));
+  EXPECT_THAT(fakes_.log->lines(), IsEmpty());
+}
+
+// What is told.
+
+TEST_F(OperatorTest, withoutRecordThereIsNoUserInfo) {
+  const auto presenter = makeOperator();
+  EXPECT_EQ(presenter->composeNotificationUserInfo(), std::nullopt);
+  presenter->postPushAdOpenIAPNotificationWithURL(Url::parse("https://example.com/buy"));
+  fakes_.runLoop->runUntilIdle();
+  ASSERT_EQ(notifications_.size(), 1U);
+  EXPECT_EQ(notifications_[0]->userInfo(), std::nullopt);
+}
+
+TEST_F(OperatorTest, postingWithoutAnAdViewIsLoggedAndGoesOutWithoutObject) {
+  const auto presenter = makeOperator();
+  presenter->postPushAdWillShowNotification();
+  presenter->postPushAdDidCloseNotification();
+  presenter->postPushAdOpenIAPNotificationWithURL(std::nullopt);
+  EXPECT_THAT(
+      fakes_.log->lines(),
+      ElementsAre(check("postPushAdWillShowNotification", 518, kVerifyFailedMessage),
+                  check("postPushAdDidCloseNotification", 530, kVerifyFailedMessage),
+                  check("postPushAdOpenIAPNotificationWithURL:", 542, kVerifyFailedMessage)));
+  fakes_.runLoop->runUntilIdle();
+  EXPECT_THAT(events_, ElementsAre(kPushAdWillShowNotification, kPushAdDidCloseNotification,
+                                   kPushAdOpenIAPNotification));
+  EXPECT_EQ(notifications_[0]->object(), nullptr);
+}
+
+TEST_F(OperatorTest, theUserInfoNamesRecordModeHostAndPopup) {
+  const auto popup = makeOperator();
+  popup->processShowAdIfNeededWithPushAdInfo(makeRecord({.embed = 0}));
+  const auto banner = makeOperator();
+  const auto record = makeRecord({.embed = 2});
+  banner->processShowAdIfNeededWithPushAdInfo(record);
+  const auto userInfo = banner->composeNotificationUserInfo();
+  ASSERT_TRUE(userInfo);
+  EXPECT_EQ(userInfo->size(), 4U);
+  EXPECT_EQ(userInfo->at(kPushAdInfoKey).object<MyPushAdInfo>(), record);
+  EXPECT_EQ(userInfo->at(kPushAdIsPopupWindowKey).booleanValue(), false);
+  EXPECT_EQ(userInfo->at(kPushAdHostViewKey).object<View>(), hostView_);
+  EXPECT_EQ(userInfo->at(kPushAdPopupWindowKey).object<Window>(), popup->popupAdWindow())
+      << "a banner's operator made after a pop-up carries its window, too";
+}
+
+TEST_F(OperatorTest, theHostViewIsLeftOutOnceItIsGone) {
+  const auto presenter = makeOperator();
+  presenter->setMyPushAdInfo(makeRecord());
+  hostView_.reset();
+  const auto userInfo = presenter->composeNotificationUserInfo();
+  EXPECT_EQ(userInfo->count(kPushAdHostViewKey), 0U);
+  EXPECT_EQ(userInfo->count(kPushAdPopupWindowKey), 0U);
+  EXPECT_EQ(userInfo->at(kPushAdIsPopupWindowKey).booleanValue(), true);
+}
+
+TEST_F(OperatorTest, aPurchaseReportWithoutUrlHasNoUrlKey) {
+  const auto presenter = makeOperator();
+  presenter->setMyPushAdInfo(makeRecord());
+  presenter->postPushAdOpenIAPNotificationWithURL(std::nullopt);
+  fakes_.runLoop->runUntilIdle();
+  ASSERT_TRUE(notifications_[0]->userInfo());
+  EXPECT_EQ(notifications_[0]->userInfo()->count(kPushAdActionURLKey), 0U);
+}
+
+TEST_F(OperatorTest, twoPostsArriveInOrderAfterTheSequence) {
+  const auto presenter = makeOperator();
+  presenter->setMyPushAdInfo(makeRecord());
+  presenter->postPushAdWillShowNotification();
+  presenter->postPushAdOpenIAPNotificationWithURL(std::nullopt);
+  EXPECT_THAT(events_, IsEmpty());
+  fakes_.runLoop->runUntilIdle();
+  EXPECT_THAT(events_, ElementsAre(kPushAdWillShowNotification, kPushAdOpenIAPNotification));
+}
+
+}  // namespace
+}  // namespace qorix

@@ -1,0 +1,239 @@
+#include <gmock/gmock.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+#include <thread>
+
+#include "fakes/FakePlatform.h"
+#include "qorix/MyPushAdCloudManager.h"
+
+namespace qorix {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+using Records = std::vector<std::shared_ptr<CloudRecord>>;
+
+constexpr const char* kFatalMessage =
+    "***Error***: fatal error found, go to pre-defined condition.";
+constexpr const char* kConfigurationMessage = "***Error***: ZAM FATAL ERROR GOT!";
+constexpr const char* kVerifyFailedMessage = "ZAM Verify failed!";
+
+std::string check(const std::string& method, int line, const std::string& message) {
+  return "-[MyPushAdCloudManager " + method + "] " + std::to_string(line) + ": ZAM <=> " + message;
+}
+
+struct FakeAsset : CloudAsset {
+  explicit FakeAsset(std::optional<Url> url) : url_(std::move(url)) {}
+  std::optional<Url> fileUrl() const override { return url_; }
+  std::optional<Url> url_;
+};
+
+struct FakeRecord : CloudRecord {
+  explicit FakeRecord(Value contents) : contents_(std::move(contents)) {}
+  Value objectForKey(const std::string& key) const override {
+    return key == "filecontents" ? contents_ : Value();
+  }
+  Value contents_;
+};
+
+struct FakeDatabase : CloudDatabase {
+  void performQuery(const CloudQuery& query, Completion completion) override {
+    queries.push_back(query);
+    completions.push_back(std::move(completion));
+  }
+  std::vector<CloudQuery> queries;
+  std::vector<Completion> completions;
+};
+
+struct FakeContainer : CloudContainer {
+  std::shared_ptr<CloudDatabase> publicCloudDatabase() override { return database; }
+  std::shared_ptr<CloudDatabase> database;
+};
+
+struct FakeContainerFactory : CloudContainerFactory {
+  std::shared_ptr<CloudContainer> containerWithIdentifier(const std::string& identifier) override {
+    asked.push_back(identifier);
+    return container;
+  }
+  std::vector<std::string> asked;
+  std::shared_ptr<FakeContainer> container;
+};
+
+struct RecordingDelegate : MyPushAdDownloadDelegate {
+  void downloadFailedWithError(const Error& error) override {
+    outcomes.push_back(error.domain + " " + std::to_string(error.code));
+  }
+  void downloadSuccessfullyWithString(const std::string& text) override {
+    outcomes.push_back("text " + text);
+    calledOn = std::this_thread::get_id();
+  }
+  std::vector<std::string> outcomes;
+  std::thread::id calledOn;
+};
+
+class CloudSourceTest : public ::testing::Test {
+ protected:
+  CloudSourceTest() {
+    factory_->container = std::make_shared<FakeContainer>();
+    factory_->container->database = database_;
+    auto services = fakes_.services();
+    services.cloudContainers = factory_;
+    installPlatform(std::move(services));
+    source_->setDelegate(delegate_);
+  }
+  ~CloudSourceTest() override { std::filesystem::remove_all(folder_); }
+
+  /// The query's outcome arrives on a thread of the database's own.
+  void complete(const std::optional<Records>& records, const std::optional<Error>& error) {
+    std::thread worker([&] { database_->completions.back()(records, error); });
+    fakes_.runLoop->waitForWork(10);
+    worker.join();
+  }
+
+  std::shared_ptr<CloudRecord> recordWithFile(const std::string& bytes) {
+    std::filesystem::create_directories(folder_);
+    const auto path = folder_ / std::to_string(++files_);
+    std::ofstream(path, std::ios::binary) << bytes;
+    return std::make_shared<FakeRecord>(std::make_shared<FakeAsset>(Url::fileUrl(path.string())));
+  }
+
+  std::vector<std::string> outcomesOf(const std::optional<Records>& records) {
+    source_->downloadAdFileAsync();
+    complete(records, std::nullopt);
+    return delegate_->outcomes;
+  }
+
+  FakePlatform fakes_;
+  std::shared_ptr<FakeDatabase> database_ = std::make_shared<FakeDatabase>();
+  std::shared_ptr<FakeContainerFactory> factory_ = std::make_shared<FakeContainerFactory>();
+  std::shared_ptr<RecordingDelegate> delegate_ = std::make_shared<RecordingDelegate>();
+  std::shared_ptr<MyPushAdCloudManager> source_ =
+      MyPushAdCloudManager::createInstanceWithCloudContainerId("iCloud.com.example.ads");
+  const std::filesystem::path folder_ =
+      std::filesystem::temp_directory_path() / ("qorix cloud " + std::to_string(::getpid()));
+  int files_ = 0;
+};
+
+TEST_F(CloudSourceTest, asksTheContainersDatabaseOnceAndQueriesByFileName) {
+  EXPECT_THAT(factory_->asked, IsEmpty());
+  source_->downloadAdFileAsync();
+  source_->downloadAdFileAsync();
+  EXPECT_THAT(factory_->asked, ElementsAre("iCloud.com.example.ads"));
+  ASSERT_EQ(database_->queries.size(), 2U);
+  EXPECT_EQ(database_->queries[0].recordType, "macadfiles");
+  EXPECT_EQ(database_->queries[0].fieldName, "filename");
+  EXPECT_EQ(database_->queries[0].fieldValue, "commonad");
+}
+
+TEST_F(CloudSourceTest, reportsTheTextOfTheLastRecordOnTheMainThread) {
+  EXPECT_THAT(outcomesOf(Records{recordWithFile("first"), recordWithFile("last \u00E9")}),
+              ElementsAre("text last \u00E9"));
+  EXPECT_EQ(delegate_->calledOn, std::this_thread::get_id());
+  EXPECT_THAT(fakes_.log->lines(), IsEmpty());
+}
+
+TEST_F(CloudSourceTest, anEmptyFileIsAnEmptyText) {
+  EXPECT_THAT(outcomesOf(Records{recordWithFile("")}), ElementsAre("text "));
+}
+
+TEST_F(CloudSourceTest, aQueryErrorIsLoggedAndPassedOn) {
+  source_->downloadAdFileAsync();
+  complete(std::nullopt, Error{"cloud", 7, "rate limited"});
+  EXPECT_THAT(delegate_->outcomes, ElementsAre("cloud 7"));
+  EXPECT_THAT(fakes_.log->lines(), ElementsAre(check("queryAndHandleAdFileWithFileName:", 123,
+                                                     "The Cloud Query Error:rate limited")));
+}
+
+TEST_F(CloudSourceTest, noRecordsAreAnError) {
+  EXPECT_THAT(outcomesOf(Records()), ElementsAre("Custom Error: results empty. 1"));
+}
+
+TEST_F(CloudSourceTest, noResultIsTheSameError) {
+  EXPECT_THAT(outcomesOf(std::nullopt), ElementsAre("Custom Error: results empty. 1"));
+}
+
+TEST_F(CloudSourceTest, aLastRecordThatIsNoneIsTheSameError) {
+  EXPECT_THAT(outcomesOf(Records{recordWithFile("first"), nullptr}),
+              ElementsAre("Custom Error: results empty. 1"));
+  EXPECT_THAT(fakes_.log->lines(), IsEmpty());
+}
+
+TEST_F(CloudSourceTest, aTextInPlaceOfTheAssetIsAnError) {
+  EXPECT_THAT(outcomesOf(Records{std::make_shared<FakeRecord>("text")}),
+              ElementsAre("Custom Error: handle record error. 2"));
+  EXPECT_THAT(fakes_.log->lines(), ElementsAre(check("handleRecord:", 172, kFatalMessage)));
+}
+
+TEST_F(CloudSourceTest, anAssetWithoutAFileIsAnError) {
+  EXPECT_THAT(
+      outcomesOf(Records{std::make_shared<FakeRecord>(std::make_shared<FakeAsset>(std::nullopt))}),
+      ElementsAre("Custom Error: handle record error. 2"));
+  EXPECT_THAT(fakes_.log->lines(), ElementsAre(check("handleRecord:", 173, kFatalMessage)));
+}
+
+TEST_F(CloudSourceTest, aFileThatIsGoneOrNotUtf8IsAnError) {
+  EXPECT_THAT(outcomesOf(Records{recordWithFile("caf\xE9")}),
+              ElementsAre("Custom Error: handle record error. 2"));
+  outcomesOf(Records{
+      std::make_shared<FakeRecord>(std::make_shared<FakeAsset>(Url::fileUrl("/nowhere/at all")))});
+  outcomesOf(Records{std::make_shared<FakeRecord>(
+      std::make_shared<FakeAsset>(Url::fileUrl(std::filesystem::temp_directory_path().string())))});
+  EXPECT_EQ(delegate_->outcomes.size(), 3U);
+  EXPECT_THAT(fakes_.log->lines(), ElementsAre(check("handleRecord:", 176, kFatalMessage),
+                                               check("handleRecord:", 176, kFatalMessage),
+                                               check("handleRecord:", 176, kFatalMessage)));
+}
+
+TEST_F(CloudSourceTest, withoutAContainerIdentifierItStaysSilent) {
+  for (const auto& identifier : {std::optional<std::string>(), std::optional<std::string>("")}) {
+    source_->setCloudContainerIdentifier(identifier);
+    source_->downloadAdFileAsync();
+    EXPECT_THAT(fakes_.log->takeLines(),
+                ElementsAre(check("prepareDatabaseIfNeeded", 91, kConfigurationMessage),
+                            check("prepareDatabaseIfNeeded", 108, kVerifyFailedMessage)));
+  }
+  fakes_.runLoop->advance(3600);
+  EXPECT_THAT(delegate_->outcomes, IsEmpty());
+  EXPECT_THAT(factory_->asked, IsEmpty());
+}
+
+TEST_F(CloudSourceTest, withoutAContainerItStaysSilent) {
+  factory_->container = nullptr;
+  source_->downloadAdFileAsync();
+  EXPECT_THAT(fakes_.log->lines(),
+              ElementsAre(check("prepareDatabaseIfNeeded", 103, kConfigurationMessage),
+                          check("prepareDatabaseIfNeeded", 108, kVerifyFailedMessage)));
+  EXPECT_THAT(delegate_->outcomes, IsEmpty());
+}
+
+TEST_F(CloudSourceTest, withoutADatabaseItStaysSilent) {
+  factory_->container->database = nullptr;
+  source_->downloadAdFileAsync();
+  EXPECT_THAT(fakes_.log->lines(),
+              ElementsAre(check("prepareDatabaseIfNeeded", 99, kVerifyFailedMessage),
+                          check("prepareDatabaseIfNeeded", 108, kVerifyFailedMessage)));
+  EXPECT_THAT(delegate_->outcomes, IsEmpty());
+}
+
+TEST_F(CloudSourceTest, aRunningQueryKeepsTheSourceAlive) {
+  source_->downloadAdFileAsync();
+  const std::weak_ptr<MyPushAdCloudManager> watch = source_;
+  source_.reset();
+  EXPECT_FALSE(watch.expired());
+  complete(Records{recordWithFile("text")}, std::nullopt);
+  EXPECT_THAT(delegate_->outcomes, ElementsAre("text text"));
+}
+
+TEST_F(CloudSourceTest, retriesOnceAfterTheDelay) {
+  source_->retryDownloadAdFileWithDelay(60);
+  fakes_.runLoop->advance(59);
+  EXPECT_THAT(database_->queries, IsEmpty());
+  fakes_.runLoop->advance(600);
+  EXPECT_EQ(database_->queries.size(), 1U);
+}
+
+}  // namespace
+}  // namespace qorix

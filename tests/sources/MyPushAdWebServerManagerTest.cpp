@@ -1,0 +1,196 @@
+#include <gmock/gmock.h>
+
+#include "fakes/FakePlatform.h"
+#include "qorix/MyPushAdWebServerManager.h"
+
+namespace qorix {
+namespace {
+
+using ::testing::DoubleEq;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+constexpr const char* kAddress = "https://ads.example.com/commonad.xml";
+
+struct RecordingDelegate : MyPushAdDownloadDelegate {
+  void downloadFailedWithError(const Error& error) override { errors.push_back(error); }
+  void downloadSuccessfullyWithString(const std::string& text) override { texts.push_back(text); }
+
+  std::vector<Error> errors;
+  std::vector<std::string> texts;
+};
+
+class WebServerSourceTest : public ::testing::Test {
+ protected:
+  WebServerSourceTest() { installPlatform(fakes_.services()); }
+
+  std::shared_ptr<MyPushAdWebServerManager> makeSource(
+      std::optional<std::string> address = kAddress) {
+    auto source = MyPushAdWebServerManager::createInstanceWithFileURLString(std::move(address));
+    source->setDelegate(delegate_);
+    return source;
+  }
+
+  FakeUrlSession& session() { return *fakes_.urlSessions->sessions.front(); }
+
+  void expectOneNoTextError() {
+    ASSERT_EQ(delegate_->errors.size(), 1U);
+    EXPECT_EQ(delegate_->errors[0].domain, "Custom Error: MyWebServer download file failed");
+    EXPECT_EQ(delegate_->errors[0].code, 1);
+    EXPECT_EQ(delegate_->errors[0].description, "");
+    EXPECT_THAT(delegate_->texts, IsEmpty());
+  }
+
+  FakePlatform fakes_;
+  std::shared_ptr<RecordingDelegate> delegate_ = std::make_shared<RecordingDelegate>();
+};
+
+TEST_F(WebServerSourceTest, makesOneSessionAndUsesItForEveryAttempt) {
+  const auto source = makeSource();
+  source->downloadAdFileAsync();
+  session().complete();
+  source->downloadAdFileAsync();
+  EXPECT_EQ(fakes_.urlSessions->sessions.size(), 1U);
+  EXPECT_THAT(session().startedUrls, ElementsAre(kAddress, kAddress));
+}
+
+TEST_F(WebServerSourceTest, reportsTheTextOnALaterPassOfTheMainLoop) {
+  const auto source = makeSource();
+  source->downloadAdFileAsync();
+  session().deliver("text");
+  session().complete();
+  EXPECT_THAT(delegate_->texts, IsEmpty());
+  fakes_.runLoop->runUntilIdle();
+  EXPECT_THAT(delegate_->texts, ElementsAre("text"));
+  EXPECT_THAT(delegate_->errors, IsEmpty());
+}
+
+TEST_F(WebServerSourceTest, joinsChunksInOrderBeforeDecoding) {
+  const auto source = makeSource();
+  source->downloadAdFileAsync();
+  session().deliver("caf\xC3");
+  session().deliver("\xA9 au lait");
+  session().complete();
+  fakes_.runLoop->runUntilIdle();
+  EXPECT_THAT(delegate_->texts, ElementsAre("caf\xC3\xA9 au lait"));
+}
+
+TEST_F(WebServerSourceTest, failsOnAnEmptyBody) {
+  const auto source = makeSource();
+  source->downloadAdFileAsync();
+  session().complete();
+  fakes_.runLoop->runUntilIdle();
+  expectOneNoTextError();
+}
+
+TEST_F(WebServerSourceTest, failsOnABodyThatIsNotUtf8) {
+  const auto source = makeSource();
+  source->downloadAdFileAsync();
+  session().deliver("caf\xE9");
+  session().complete();
+  fakes_.runLoop->runUntilIdle();
+  expectOneNoTextError();
+}
+
+TEST_F(WebServerSourceTest, passesTheTransportsErrorOnEvenAfterData) {
+  const auto source = makeSource();
+  source->downloadAdFileAsync();
+  session().deliver("half of");
+  session().complete(Error{"curl", 18, "transfer closed"});
+  fakes_.runLoop->runUntilIdle();
+  ASSERT_EQ(delegate_->errors.size(), 1U);
+  EXPECT_EQ(delegate_->errors[0].domain, "curl");
+  EXPECT_EQ(delegate_->errors[0].code, 18);
+  EXPECT_THAT(delegate_->texts, IsEmpty());
+}
+
+TEST_F(WebServerSourceTest, startsEachAttemptFromNothing) {
+  const auto source = makeSource();
+  source->downloadAdFileAsync();
+  session().deliver("stale");
+  session().complete(Error{"curl", 18, ""});
+  source->downloadAdFileAsync();
+  session().deliver("fresh");
+  session().complete();
+  fakes_.runLoop->runUntilIdle();
+  EXPECT_THAT(delegate_->texts, ElementsAre("fresh"));
+}
+
+TEST_F(WebServerSourceTest, staysSilentWithoutAnAddress) {
+  const auto source = makeSource(std::nullopt);
+  source->downloadAdFileAsync();
+  fakes_.runLoop->advance(1000);
+  EXPECT_THAT(session().startedUrls, IsEmpty());
+  EXPECT_THAT(delegate_->errors, IsEmpty());
+  EXPECT_THAT(fakes_.log->lines(), IsEmpty());
+}
+
+TEST_F(WebServerSourceTest, staysSilentWhenTheAddressIsMalformed) {
+  for (const char* address : {"", "commonad.xml", "https://", "http:///commonad.xml",
+                              "https://ads.example.com/common ad.xml", "https://a.b/[x]"}) {
+    const auto source = makeSource(address);
+    source->downloadAdFileAsync();
+    fakes_.runLoop->advance(1000);
+    EXPECT_THAT(fakes_.urlSessions->sessions.back()->startedUrls, IsEmpty()) << address;
+  }
+  EXPECT_THAT(delegate_->errors, IsEmpty());
+  EXPECT_THAT(delegate_->texts, IsEmpty());
+  EXPECT_THAT(fakes_.runLoop->pendingDelays(), IsEmpty());
+}
+
+TEST_F(WebServerSourceTest, retriesExactlyOnceAfterTheDelay) {
+  const auto source = makeSource();
+  source->retryDownloadAdFileWithDelay(60);
+  EXPECT_THAT(fakes_.runLoop->pendingDelays(), ElementsAre(DoubleEq(60)));
+  fakes_.runLoop->advance(59.9);
+  EXPECT_THAT(session().startedUrls, IsEmpty());
+  fakes_.runLoop->advance(0.2);
+  EXPECT_THAT(session().startedUrls, ElementsAre(kAddress));
+  fakes_.runLoop->advance(600);
+  EXPECT_EQ(session().startedUrls.size(), 1U);
+}
+
+TEST_F(WebServerSourceTest, retryWaitsWhileAMenuIsTracked) {
+  const auto source = makeSource();
+  source->retryDownloadAdFileWithDelay(60);
+  fakes_.runLoop->setTracksMenu(true);
+  fakes_.runLoop->advance(100);
+  EXPECT_THAT(session().startedUrls, IsEmpty());
+  fakes_.runLoop->setTracksMenu(false);
+  fakes_.runLoop->runUntilIdle();
+  EXPECT_EQ(session().startedUrls.size(), 1U);
+}
+
+TEST_F(WebServerSourceTest, dropsTheOutcomeWhenTheDelegateIsGone) {
+  const auto source = makeSource();
+  source->downloadAdFileAsync();
+  session().deliver("text");
+  session().complete();
+  const std::weak_ptr<RecordingDelegate> gone = std::exchange(delegate_, nullptr);
+  EXPECT_TRUE(gone.expired()) << "the source must hold its delegate weakly";
+  fakes_.runLoop->runUntilIdle();
+  EXPECT_EQ(source->delegate(), nullptr);
+}
+
+TEST_F(WebServerSourceTest, skipsADelegateThatLacksTheMethod) {
+  const auto source = makeSource();
+  const auto mute = std::make_shared<MyPushAdDownloadDelegate>();
+  source->setDelegate(mute);
+  source->downloadAdFileAsync();
+  session().deliver("text");
+  session().complete();
+  source->downloadAdFileAsync();
+  session().complete();
+  fakes_.runLoop->runUntilIdle();
+  EXPECT_EQ(source->delegate(), mute);
+}
+
+TEST_F(WebServerSourceTest, allocatesTheReceivingClass) {
+  struct Special : MyPushAdWebServerManager {};
+  const std::shared_ptr<Special> source =
+      MyPushAdWebServerManager::createInstanceWithFileURLString<Special>(kAddress);
+  EXPECT_EQ(source->fileUrlString(), kAddress);
+}
+
+}  // namespace
+}  // namespace qorix

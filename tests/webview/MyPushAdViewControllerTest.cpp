@@ -1,0 +1,245 @@
+#include <gmock/gmock.h>
+
+#include "fakes/FakePlatform.h"
+#include "qorix/MyPushAdBoxView.h"
+#include "qorix/MyPushAdViewController.h"
+
+namespace qorix {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+constexpr const char* kSupportScript =
+    "( (typeof(cocoa_obtain_promo_app_ids) === 'function') && "
+    "(typeof(cocoa_post_promo_app_info) === 'function') ) ? 'support' : 'unimplemented';";
+constexpr const char* kHideScript =
+    "var ele = document.getElementById('cocoa_close_web'); if (ele) { ele.style.display='none'; }";
+
+struct RecordingDelegate : MyPushAdViewControllerDelegate {
+  void pushAdViewControllerCloseButtonDidClick(
+      const std::shared_ptr<MyPushAdViewController>& controller) override {
+    closed.push_back(controller);
+  }
+  void pushAdViewControllerOpenIAPButtonDidClickWithURL(
+      const std::shared_ptr<MyPushAdViewController>& controller,
+      const std::optional<Url>& url) override {
+    closed.push_back(controller);
+    purchases.push_back(url ? url->absoluteString() : "");
+  }
+
+  std::vector<std::shared_ptr<MyPushAdViewController>> closed;
+  std::vector<std::string> purchases;
+};
+
+class ViewControllerTest : public ::testing::Test {
+ protected:
+  ViewControllerTest() { installPlatform(fakes_.services()); }
+
+  static std::shared_ptr<MyPushAdViewController> make(std::int64_t mode) {
+    return MyPushAdViewController::createInstanceWithPushAdMode(mode);
+  }
+
+  std::shared_ptr<FakeWebView> webView() { return fakes_.interfaceLoader->webViews.at(0).lock(); }
+
+  /// A frame of the controller's page finishes loading; answers the scripts that this causes.
+  std::vector<std::string> finishLoad(MyPushAdViewController& controller, bool isMainFrame = true) {
+    controller.view();
+    webView()->scripts.clear();
+    controller.webViewDidFinishLoadForFrame(webView(), {isMainFrame});
+    return webView()->scripts;
+  }
+
+  FakePlatform fakes_;
+};
+
+TEST_F(ViewControllerTest, storesAnyMode) {
+  for (const std::int64_t mode : {0, 1, 5, -7}) {
+    EXPECT_EQ(make(mode)->pushAdMode(), mode);
+  }
+}
+
+TEST_F(ViewControllerTest, allocatesTheReceivingClassAndInitialisesItOnce) {
+  struct Special : MyPushAdViewController {
+    void customInit() override { ++inits; }
+    int inits = 0;
+  };
+  const std::shared_ptr<Special> controller =
+      MyPushAdViewController::createInstanceWithPushAdMode<Special>(1);
+  EXPECT_EQ(controller->inits, 1);
+}
+
+TEST_F(ViewControllerTest, takesItsViewFromTheLibrarysInterfaceFileWhenFirstAsked) {
+  const auto controller = make(0);
+  EXPECT_THAT(fakes_.interfaceLoader->requests, IsEmpty());
+  const auto view = controller->view();
+  EXPECT_EQ(controller->view(), view);
+  ASSERT_EQ(fakes_.interfaceLoader->requests.size(), 1U);
+  EXPECT_EQ(fakes_.interfaceLoader->requests[0].name, "MyPushAdViewController");
+  EXPECT_EQ(fakes_.interfaceLoader->requests[0].executableUrl,
+            platform().libraryBundle->executableUrl());
+  EXPECT_EQ(controller->legacyWebView(), webView());
+  EXPECT_EQ(fakes_.interfaceLoader->delegates[0].lock(), controller);
+}
+
+TEST_F(ViewControllerTest, theWebViewDrawsNoBackground) {
+  const auto controller = make(1);
+  controller->view();
+  EXPECT_FALSE(webView()->drawsBackground);
+}
+
+TEST_F(ViewControllerTest, isHeldByNoneOfItsViews) {
+  auto controller = make(1);
+  controller->view();
+  const std::weak_ptr<MyPushAdViewController> watch = controller;
+  controller.reset();
+  EXPECT_TRUE(watch.expired());
+  EXPECT_EQ(webView(), nullptr) << "the view keeps the web view alive, nobody else";
+}
+
+TEST_F(ViewControllerTest, changeViewSizeKeepsTheOrigin) {
+  const auto controller = make(1);
+  controller->view()->setFrame({{10, 20}, {1, 2}});
+  controller->changeViewSize({300, 250});
+  EXPECT_EQ(controller->view()->frame(), (Rect{{10, 20}, {300, 250}}));
+}
+
+TEST_F(ViewControllerTest, changeViewSizeMakesTheView) {
+  const auto controller = make(1);
+  controller->changeViewSize({300, 250});
+  EXPECT_EQ(fakes_.interfaceLoader->requests.size(), 1U);
+  EXPECT_EQ(controller->view()->frame().size, (Size{300, 250}));
+}
+
+TEST_F(ViewControllerTest, withoutAnInterfaceFileNothingHappens) {
+  fakes_.interfaceLoader->isBroken = true;
+  const auto controller = make(1);
+  controller->changeViewSize({300, 250});
+  controller->loadDataWithTitle("Title", "<p>page</p>");
+  EXPECT_EQ(controller->view(), nullptr);
+  EXPECT_EQ(controller->legacyWebView(), nullptr);
+  EXPECT_EQ(controller->title(), "Title");
+}
+
+TEST_F(ViewControllerTest, titleAndPageActEachOnItsOwn) {
+  const auto controller = make(1);
+  controller->view();
+  controller->loadDataWithTitle("First", std::nullopt);
+  EXPECT_EQ(controller->title(), "First");
+  EXPECT_THAT(webView()->loads, IsEmpty());
+  controller->loadDataWithTitle(std::nullopt, "<p>page</p>");
+  EXPECT_EQ(controller->title(), "First");
+  ASSERT_EQ(webView()->loads.size(), 1U);
+  EXPECT_EQ(webView()->loads[0].html, "<p>page</p>");
+}
+
+TEST_F(ViewControllerTest, thePagesBaseIsTheLibrarysOwnFile) {
+  const auto controller = make(1);
+  controller->view();
+  controller->loadDataWithTitle(std::nullopt, "<p>page</p>");
+  EXPECT_EQ(webView()->loads[0].baseUrl.absoluteString(), "file:///opt/editor/lib/libqorix.so");
+}
+
+TEST_F(ViewControllerTest, reportsClicksToItsDelegate) {
+  const auto delegate = std::make_shared<RecordingDelegate>();
+  const auto controller = make(1);
+  controller->setDelegate(delegate);
+  controller->handleCloseButtonClicked();
+  controller->handleOpenIAPButtonClickedWithURL(Url::parse("https://example.com/?zamopeniap=1"));
+  controller->handleOpenIAPButtonClickedWithURL(std::nullopt);
+  EXPECT_THAT(delegate->closed, ElementsAre(controller, controller, controller));
+  EXPECT_THAT(delegate->purchases, ElementsAre("https://example.com/?zamopeniap=1", ""));
+}
+
+TEST_F(ViewControllerTest, clicksWithoutADelegateOrItsMethodsDoNothing) {
+  const auto controller = make(1);
+  controller->handleCloseButtonClicked();
+  controller->handleOpenIAPButtonClickedWithURL(std::nullopt);
+  const auto mute = std::make_shared<MyPushAdViewControllerDelegate>();
+  controller->setDelegate(mute);
+  controller->handleCloseButtonClicked();
+  controller->handleOpenIAPButtonClickedWithURL(std::nullopt);
+  auto gone = std::make_shared<RecordingDelegate>();
+  controller->setDelegate(gone);
+  gone.reset();
+  controller->handleCloseButtonClicked();
+  EXPECT_EQ(controller->delegate(), nullptr);
+  EXPECT_THAT(fakes_.log->lines(), IsEmpty());
+}
+
+TEST_F(ViewControllerTest, inPopupModeALoadRunsTheFilterAndThenHidesTheCloseControl) {
+  EXPECT_THAT(finishLoad(*make(MyPushAdModePopup)), ElementsAre(kSupportScript, kHideScript));
+}
+
+TEST_F(ViewControllerTest, inBannerModeTheCloseControlStays) {
+  EXPECT_THAT(finishLoad(*make(MyPushAdModeBanner)), ElementsAre(kSupportScript));
+}
+
+TEST_F(ViewControllerTest, everyModeButPopupBehavesAsABanner) {
+  EXPECT_THAT(finishLoad(*make(5)), ElementsAre(kSupportScript));
+}
+
+TEST_F(ViewControllerTest, aSubFrameIsWorkedOnLikeTheMainFrame) {
+  const auto controller = make(MyPushAdModePopup);
+  EXPECT_THAT(finishLoad(*controller, false), ElementsAre(kSupportScript, kHideScript));
+  EXPECT_THAT(finishLoad(*controller, false), ElementsAre(kSupportScript, kHideScript));
+  EXPECT_THAT(finishLoad(*controller, true), ElementsAre(kSupportScript, kHideScript));
+}
+
+TEST_F(ViewControllerTest, aLoadInAnotherWebViewIsIgnored) {
+  const auto controller = make(MyPushAdModePopup);
+  controller->view();
+  const auto foreign = std::make_shared<FakeWebView>();
+  controller->webViewDidFinishLoadForFrame(foreign, {});
+  EXPECT_THAT(foreign->scripts, IsEmpty());
+  EXPECT_THAT(webView()->scripts, IsEmpty());
+}
+
+TEST_F(ViewControllerTest, aLoadAfterTheWebViewIsGoneIsIgnored) {
+  const auto controller = make(MyPushAdModePopup);
+  controller->webViewDidFinishLoadForFrame(nullptr, {});
+  const auto foreign = std::make_shared<FakeWebView>();
+  controller->webViewDidFinishLoadForFrame(foreign, {});
+  EXPECT_THAT(foreign->scripts, IsEmpty());
+  EXPECT_THAT(fakes_.log->lines(), IsEmpty());
+}
+
+TEST_F(ViewControllerTest, survivesAHostThatDropsItWhileAScriptRuns) {
+  auto controller = make(MyPushAdModePopup);
+  controller->view();
+  const auto page = webView();
+  const std::weak_ptr<MyPushAdViewController> watch = controller;
+  page->page = [&](const std::string& /*script*/) {
+    controller.reset();
+    return std::string();
+  };
+  controller->webViewDidFinishLoadForFrame(page, {});
+  EXPECT_THAT(page->scripts, ElementsAre(kSupportScript, kHideScript));
+  EXPECT_TRUE(watch.expired());
+}
+
+TEST_F(ViewControllerTest, theRootOfTheInterfaceIsFoundByItsTag) {
+  EXPECT_EQ(make(0)->view()->tag(), 27921);
+  EXPECT_EQ(FakeView().tag(), -1);
+}
+
+TEST_F(ViewControllerTest, aWindowMadeForTheControllerFollowsItsTitle) {
+  const auto controller = make(0);
+  controller->setTitle("Before");
+  const auto window = windowWithContentViewController(controller);
+  EXPECT_EQ(fakes_.windows->windows[0]->title, "Before");
+  controller->loadDataWithTitle("After", std::nullopt);
+  EXPECT_EQ(fakes_.windows->windows[0]->title, "After");
+  EXPECT_EQ(window->contentView(), controller->view());
+}
+
+TEST_F(ViewControllerTest, aWindowKeepsItsControllerAlive) {
+  auto controller = make(0);
+  const auto window = windowWithContentViewController(controller);
+  const std::weak_ptr<MyPushAdViewController> watch = controller;
+  controller.reset();
+  EXPECT_FALSE(watch.expired());
+}
+
+}  // namespace
+}  // namespace qorix

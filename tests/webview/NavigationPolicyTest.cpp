@@ -1,0 +1,255 @@
+#include <gmock/gmock.h>
+
+#include "fakes/FakePlatform.h"
+#include "qorix/MyPushAdNotifications.h"
+#include "qorix/MyPushAdViewController.h"
+#include "webview/LinkMarks.h"
+
+namespace qorix {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+std::string openingLog(int line, const std::string& url) {
+  return "-[MyPushAdViewController "
+         "webView:decidePolicyForNavigationAction:request:frame:decisionListener:] " +
+         std::to_string(line) + ": ZAM <=> Opening URL:[" + url + "]";
+}
+
+struct RecordingWorkspace : Workspace {
+  void openUrl(const Url& url) override { opened.push_back(url.absoluteString()); }
+  std::vector<std::string> opened;
+};
+
+struct RecordingListener : WebPolicyDecisionListener {
+  void use() override { answers.emplace_back("use"); }
+  void ignore() override { answers.emplace_back("ignore"); }
+  std::vector<std::string> answers;
+};
+
+struct RecordingDelegate : MyPushAdViewControllerDelegate {
+  void pushAdViewControllerCloseButtonDidClick(
+      const std::shared_ptr<MyPushAdViewController>& /*controller*/) override {
+    reports.emplace_back("close");
+  }
+  void pushAdViewControllerOpenIAPButtonDidClickWithURL(
+      const std::shared_ptr<MyPushAdViewController>& /*controller*/,
+      const std::optional<Url>& url) override {
+    reports.push_back("purchase " + url->absoluteString());
+  }
+  std::vector<std::string> reports;
+};
+
+std::shared_ptr<DomNode> element(const std::string& idName, const std::string& className) {
+  return std::make_shared<DomHtmlElement>(idName, className);
+}
+
+std::shared_ptr<DomNode> textIn(std::shared_ptr<DomNode> parent) {
+  return std::make_shared<DomText>(std::move(parent));
+}
+
+Dictionary click(const std::shared_ptr<DomNode>& node) {
+  return {{kWebActionNavigationTypeKey, 0},
+          {kWebActionElementKey, Dictionary{{kWebElementDomNodeKey, node}}}};
+}
+
+class NavigationPolicyTest : public ::testing::Test {
+ protected:
+  NavigationPolicyTest() {
+    auto services = fakes_.services();
+    services.workspace = workspace_;
+    installPlatform(std::move(services));
+    fakes_.notificationCenter->addObserver(kPushAdIsTriggeringNavigationNotification,
+                                           [this](const Notification& each) {
+                                             announced_.push_back(*each.userInfo());
+                                             EXPECT_EQ(each.object(), controller_);
+                                           });
+    controller_ = MyPushAdViewController::createInstanceWithPushAdMode(MyPushAdModeBanner);
+    controller_->setDelegate(delegate_);
+    controller_->view();
+  }
+
+  /// The page asks to go to `url`; answers "use" or "ignore".
+  std::string decide(const std::string& url, const Dictionary& actionInformation) {
+    return decideIn(controller_->legacyWebView(), url, actionInformation);
+  }
+
+  std::string decideIn(const std::shared_ptr<WebView>& webView, const std::string& url,
+                       const Dictionary& actionInformation) {
+    RecordingListener listener;
+    controller_->webViewDecidePolicyForNavigationAction(webView, actionInformation,
+                                                        Url::fromWebEngine(url), {}, listener);
+    EXPECT_EQ(listener.answers.size(), 1U) << "exactly one answer before returning";
+    return listener.answers.at(0);
+  }
+
+  FakePlatform fakes_;
+  std::shared_ptr<RecordingWorkspace> workspace_ = std::make_shared<RecordingWorkspace>();
+  std::shared_ptr<RecordingDelegate> delegate_ = std::make_shared<RecordingDelegate>();
+  std::shared_ptr<MyPushAdViewController> controller_;
+  std::vector<Dictionary> announced_;
+};
+
+TEST_F(NavigationPolicyTest, aFormSubmissionIsLetThroughWhateverItsMarks) {
+  for (const int type : {1, 2, 3, 4, 5}) {
+    auto action = click(element("cocoa_close_web", "zamopeniap"));
+    action[kWebActionNavigationTypeKey] = type;
+    EXPECT_EQ(decide("https://example.com/?zamopeniap=1&ls=1", action), "use") << type;
+  }
+  fakes_.runLoop->runUntilIdle();
+  EXPECT_THAT(delegate_->reports, IsEmpty());
+  EXPECT_THAT(announced_, IsEmpty());
+}
+
+TEST_F(NavigationPolicyTest, aMissingOrForeignTypeIsALinkClick) {
+  EXPECT_EQ(decide("https://example.com/?zamopeniap=1", {}), "ignore");
+  EXPECT_EQ(decide("https://example.com/?zamopeniap=1", {{kWebActionNavigationTypeKey, "1"}}),
+            "ignore");
+  EXPECT_EQ(delegate_->reports.size(), 2U);
+}
+
+TEST_F(NavigationPolicyTest, anotherWebViewIsLetThroughUntouched) {
+  EXPECT_EQ(decideIn(std::make_shared<FakeWebView>(), "https://example.com/?zamopeniap=1",
+                     click(element("a", "b"))),
+            "use");
+  fakes_.runLoop->runUntilIdle();
+  EXPECT_THAT(delegate_->reports, IsEmpty());
+  EXPECT_THAT(announced_, IsEmpty());
+}
+
+TEST_F(NavigationPolicyTest, theAppStoreMarkIgnoresLetterCaseAndReplacesTheSchemeOnly) {
+  EXPECT_EQ(decide("https://apps.example.com/app/id1?mt=12&LS=1", click(element("", ""))),
+            "ignore");
+  EXPECT_THAT(workspace_->opened, ElementsAre("macappstore://apps.example.com/app/id1?mt=12&LS=1"));
+  EXPECT_THAT(fakes_.log->lines(),
+              ElementsAre(openingLog(353, "macappstore://apps.example.com/app/id1?mt=12&LS=1")));
+}
+
+TEST_F(NavigationPolicyTest, theAppStoreMarkIsAlsoFoundInsideAParameter) {
+  EXPECT_EQ(decide("https://example.com/?tools=12", {}), "ignore");
+  EXPECT_EQ(workspace_->opened.size(), 1U);
+}
+
+TEST_F(NavigationPolicyTest, onlyWhatFollowsTheLastSchemeSeparatorIsKept) {
+  decide("https://example.com/?ls=1&u=https://other.example.com/x", {});
+  EXPECT_THAT(workspace_->opened, ElementsAre("macappstore://other.example.com/x"));
+}
+
+TEST_F(NavigationPolicyTest, anAppStoreAddressThatIsNoUrlIsLoggedAsNullAndNotOpened) {
+  EXPECT_EQ(decide("https://example.com/?ls=1&x=a|b", {}), "ignore");
+  EXPECT_THAT(workspace_->opened, IsEmpty());
+  EXPECT_THAT(fakes_.log->lines(), ElementsAre(openingLog(353, "(null)")));
+}
+
+TEST_F(NavigationPolicyTest, theBrowserMarkInTheQueryIgnoresLetterCase) {
+  EXPECT_EQ(decide("https://example.com/?ZAMOPENOUT=1#top", {}), "ignore");
+  EXPECT_THAT(workspace_->opened, ElementsAre("https://example.com/?ZAMOPENOUT=1#top"));
+  EXPECT_THAT(fakes_.log->lines(),
+              ElementsAre(openingLog(361, "https://example.com/?ZAMOPENOUT=1#top")));
+}
+
+TEST_F(NavigationPolicyTest, theBrowserMarkInTheClassKeepsLetterCase) {
+  EXPECT_EQ(decide("https://example.com/", click(element("", "big-zamopenouts red"))), "ignore");
+  EXPECT_EQ(decide("https://example.com/", click(element("", "ZAMOPENOUT"))), "use");
+  EXPECT_EQ(workspace_->opened.size(), 1U);
+}
+
+TEST_F(NavigationPolicyTest, theTextOfALinkCarriesItsClassMark) {
+  EXPECT_EQ(decide("https://example.com/", click(textIn(element("", "zamopenout")))), "ignore");
+  EXPECT_THAT(workspace_->opened, ElementsAre("https://example.com/"));
+}
+
+TEST_F(NavigationPolicyTest, aPurchaseIsReportedWithItsFullUrl) {
+  EXPECT_EQ(decide("https://example.com/buy?id=3&ZamOpenIAP=1#now", click(element("b", ""))),
+            "ignore");
+  EXPECT_EQ(decide("https://example.com/buy", click(textIn(element("", "zamopeniap")))), "ignore");
+  EXPECT_THAT(delegate_->reports,
+              ElementsAre("purchase https://example.com/buy?id=3&ZamOpenIAP=1#now",
+                          "purchase https://example.com/buy"));
+  EXPECT_THAT(workspace_->opened, IsEmpty());
+  EXPECT_THAT(fakes_.log->lines(), IsEmpty());
+}
+
+TEST_F(NavigationPolicyTest, theFirstActionThatHoldsWins) {
+  decide("https://example.com/?ls=1&zamopenout=1&zamopeniap=1",
+         click(element("cocoa_close_web", "")));
+  EXPECT_THAT(delegate_->reports, IsEmpty());
+  decide("https://example.com/?zamopenout=1&zamopeniap=1", click(element("cocoa_close_web", "")));
+  EXPECT_THAT(delegate_->reports, IsEmpty());
+  EXPECT_EQ(workspace_->opened.size(), 2U);
+  decide("https://example.com/?zamopeniap=1", click(element("cocoa_close_web", "")));
+  EXPECT_THAT(delegate_->reports, ElementsAre("purchase https://example.com/?zamopeniap=1"));
+  decide("https://example.com/", click(element("cocoa_close_web", "zamopenout")));
+  EXPECT_EQ(workspace_->opened.size(), 3U);
+  EXPECT_EQ(delegate_->reports.size(), 1U);
+}
+
+TEST_F(NavigationPolicyTest, theCloseControlClosesOnlyWhenItIsHitItself) {
+  EXPECT_EQ(decide("https://example.com/", click(element("cocoa_close_web", ""))), "ignore");
+  EXPECT_THAT(delegate_->reports, ElementsAre("close"));
+  EXPECT_EQ(decide("https://example.com/", click(textIn(element("cocoa_close_web", "")))), "use");
+  EXPECT_EQ(decide("https://example.com/", click(element("Cocoa_close_web", ""))), "use");
+  EXPECT_EQ(decide("https://example.com/", click(element("cocoa_close_web2", ""))), "use");
+  EXPECT_EQ(delegate_->reports.size(), 1U);
+}
+
+TEST_F(NavigationPolicyTest, aLinkWithoutMarksIsFollowed) {
+  EXPECT_EQ(decide("https://example.com/more", click(element("x", "y"))), "use");
+  EXPECT_EQ(decide("https://example.com/zamopenout=1", {}), "use") << "only the query counts";
+  EXPECT_EQ(decide("https://example.com/#?ls=1", {}), "use") << "a fragment is no query";
+}
+
+TEST_F(NavigationPolicyTest, everyLinkClickIsAnnouncedOnceAfterTheDecision) {
+  decide("https://example.com/", click(element("buy", "cta big")));
+  decide("https://example.com/?zamopenout=1", click(textIn(element("out", ""))));
+  EXPECT_THAT(announced_, IsEmpty());
+  EXPECT_THAT(fakes_.runLoop->pendingDelays(), ElementsAre(0, 0));
+  fakes_.runLoop->runUntilIdle();
+  ASSERT_EQ(announced_.size(), 2U);
+  EXPECT_EQ(*announced_[0].at(kPushAdActionHTMLElementIdNameKey).as<std::string>(), "buy");
+  EXPECT_EQ(*announced_[0].at(kPushAdActionHTMLElementClassNameKey).as<std::string>(), "cta big");
+  EXPECT_EQ(announced_[1].size(), 2U);
+  EXPECT_EQ(*announced_[1].at(kPushAdActionHTMLElementIdNameKey).as<std::string>(), "out");
+}
+
+TEST_F(NavigationPolicyTest, anElementWithoutIdAndClassIsAnnouncedAlone) {
+  const auto bare = element("", "");
+  decide("https://example.com/", click(bare));
+  decide("https://example.com/",
+         click(std::make_shared<DomHtmlElement>(std::nullopt, std::nullopt)));
+  fakes_.runLoop->runUntilIdle();
+  ASSERT_EQ(announced_.size(), 2U);
+  EXPECT_EQ(announced_[0].size(), 1U);
+  EXPECT_EQ(announced_[0].at(kPushAdActionHTMLElementKey).object<DomNode>(), bare);
+  EXPECT_EQ(announced_[1].size(), 1U);
+}
+
+TEST_F(NavigationPolicyTest, whatIsNoElementIsNotAnnounced) {
+  struct OtherNode : DomNode {};
+  decide("https://example.com/", {});
+  decide("https://example.com/", {{kWebActionElementKey, "text"}});
+  decide("https://example.com/", {{kWebActionElementKey, Dictionary{}}});
+  decide("https://example.com/",
+         {{kWebActionElementKey, Dictionary{{kWebElementDomNodeKey, "node"}}}});
+  decide("https://example.com/", click(std::make_shared<OtherNode>()));
+  decide("https://example.com/", click(textIn(nullptr)));
+  decide("https://example.com/", click(textIn(textIn(element("a", "b")))));
+  controller_->handleUserIsTriggeringNavigation(nullptr);
+  controller_->handleUserIsTriggeringNavigation(std::make_shared<FakeView>());
+  fakes_.runLoop->runUntilIdle();
+  EXPECT_THAT(announced_, IsEmpty());
+}
+
+TEST_F(NavigationPolicyTest, anAnnouncementWaitsWhileAMenuIsTracked) {
+  decide("https://example.com/", click(element("a", "")));
+  fakes_.runLoop->setTracksMenu(true);
+  fakes_.runLoop->advance(5);
+  EXPECT_THAT(announced_, IsEmpty());
+  fakes_.runLoop->setTracksMenu(false);
+  fakes_.runLoop->runUntilIdle();
+  EXPECT_EQ(announced_.size(), 1U);
+}
+
+}  // namespace
+}  // namespace qorix

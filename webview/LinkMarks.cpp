@@ -1,0 +1,63 @@
+#include "webview/LinkMarks.h"
+
+#include <algorithm>
+#include <cctype>
+#include <string>
+
+#include "platform/WebView.h"
+#include "webview/PageScripts.h"
+
+namespace qorix {
+
+namespace {
+
+bool equalIgnoringCase(char a, char b) {
+  return std::tolower(static_cast<unsigned char>(a)) == std::tolower(static_cast<unsigned char>(b));
+}
+
+}  // namespace
+
+bool queryHoldsMark(const Url& url, std::string_view mark) {
+  const auto query = url.query();
+  return query && !std::ranges::search(*query, mark, equalIgnoringCase).empty();
+}
+
+bool classHoldsMark(const DomHtmlElement& element, std::string_view mark) {
+  return element.className() && element.className()->find(mark) != std::string::npos;
+}
+
+bool isLinkClick(const Dictionary& actionInformation) {
+  const Value* type = find(actionInformation, kWebActionNavigationTypeKey);
+  const auto number = type == nullptr ? std::nullopt : type->integerValue();
+  return number.value_or(0) == static_cast<int>(WebNavigationType::linkClicked);
+}
+
+std::shared_ptr<DomNode> clickedNode(const Dictionary& actionInformation) {
+  const Value* element = find(actionInformation, kWebActionElementKey);
+  const auto* dictionary = element == nullptr ? nullptr : element->as<Dictionary>();
+  const Value* node = dictionary == nullptr ? nullptr : find(*dictionary, kWebElementDomNodeKey);
+  return node == nullptr ? nullptr : node->object<DomNode>();
+}
+
+std::shared_ptr<DomHtmlElement> clickedElement(const Dictionary& actionInformation) {
+  const auto node = clickedNode(actionInformation);
+  if (const auto text = std::dynamic_pointer_cast<DomText>(node)) {
+    return std::dynamic_pointer_cast<DomHtmlElement>(text->parentElement());
+  }
+  return std::dynamic_pointer_cast<DomHtmlElement>(node);
+}
+
+bool isCloseControl(const Dictionary& actionInformation) {
+  const auto element = std::dynamic_pointer_cast<DomHtmlElement>(clickedNode(actionInformation));
+  return element != nullptr && element->idName() == kCloseControlId;
+}
+
+std::optional<Url> appStoreUrl(const Url& url) {
+  constexpr std::string_view kSeparator = "://";
+  const std::string_view text = url.absoluteString();
+  const auto last = text.rfind(kSeparator);
+  const auto rest = last == std::string_view::npos ? text : text.substr(last + kSeparator.size());
+  return Url::parse("macappstore://" + std::string(rest));
+}
+
+}  // namespace qorix

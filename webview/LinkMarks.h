@@ -1,0 +1,36 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string_view>
+
+#include "platform/DomNode.h"
+#include "platform/Url.h"
+#include "platform/Value.h"
+
+namespace qorix {
+
+/// Whether the query of `url` holds `mark` anywhere, letter case ignored. A plain search, not a
+/// test of a parameter: "ls=1" is also found in "tools=12".
+bool queryHoldsMark(const Url& url, std::string_view mark);
+
+/// Whether the element's class attribute holds `mark` anywhere, letter case kept.
+bool classHoldsMark(const DomHtmlElement& element, std::string_view mark);
+
+/// Whether the navigation came from a link: its type says so, or says nothing usable.
+bool isLinkClick(const Dictionary& actionInformation);
+
+/// The innermost node under the click; null when there was none.
+std::shared_ptr<DomNode> clickedNode(const Dictionary& actionInformation);
+
+/// The clicked node when it is an element, or the element that the clicked text is directly in.
+std::shared_ptr<DomHtmlElement> clickedElement(const Dictionary& actionInformation);
+
+/// Whether the clicked node itself is the page's close control; text inside of it is not.
+bool isCloseControl(const Dictionary& actionInformation);
+
+/// The address with the Mac App Store's scheme in place of its own: "macappstore://" and what
+/// follows the last "://". Nothing when that is no URL.
+std::optional<Url> appStoreUrl(const Url& url);
+
+}  // namespace qorix

@@ -1,0 +1,78 @@
+#include "platform/Log.h"
+#include "platform/Platform.h"
+#include "qorix/MyPushAdManager.h"
+#include "qorix/MyPushAdViewController.h"
+#include "webview/PageScripts.h"
+#include "webview/TextLists.h"
+
+namespace qorix {
+
+namespace {
+
+std::string hostIdentifier() {
+  const auto manager = MyPushAdManager::sharedPushAdManager();
+  return manager == nullptr ? std::string() : manager->appBundleIdentifier().value_or("");
+}
+
+bool isInstalled(const Value& appId) {
+  const auto* identifier = appId.as<std::string>();
+  return identifier != nullptr && !identifier->empty() &&
+         !platform().applicationRegistry->applicationUrlsForBundleIdentifier(*identifier).empty();
+}
+
+}  // namespace
+
+bool MyPushAdViewController::isSupportAdFilterFeature(const std::shared_ptr<WebView>& webView) {
+  return webView != nullptr &&
+         webView->stringByEvaluatingJavaScriptFromString(kFilterSupportScript) == "support";
+}
+
+void MyPushAdViewController::processAdFilterFeatureIfNeeded(
+    const std::shared_ptr<WebView>& webView) {
+  if (!isSupportAdFilterFeature(webView)) {
+    logLine("ZAM not support pad filter feature...");
+    return;
+  }
+  if (webView == nullptr) {
+    logLine("ZAM No valid webview...");
+    return;
+  }
+  const std::string host = hostIdentifier();
+  const Array appIds =
+      parseArrayWithJSString(webView->stringByEvaluatingJavaScriptFromString(kListPromoAppsScript));
+  const Array installFlags = findAppInstallFlagsWithAppIds(appIds);
+  webView->stringByEvaluatingJavaScriptFromString(
+      postPromoAppInfoScript(host, convertToJSArrayWithStringArray(appIds),
+                             convertToJSArrayWithStringArray(installFlags)));
+}
+
+Array MyPushAdViewController::parseArrayWithJSString(const Value& value) {
+  const auto* text = value.as<std::string>();
+  return text == nullptr ? Array() : splitAtCommas(*text);
+}
+
+Array MyPushAdViewController::findAppInstallFlagsWithAppIds(const std::optional<Array>& appIds) {
+  Array flags;
+  for (const Value& appId : appIds.value_or(Array())) {
+    flags.emplace_back(isInstalled(appId) ? "1" : "0");
+  }
+  return flags;
+}
+
+std::string MyPushAdViewController::convertToJSArrayWithStringArray(
+    const std::optional<Array>& texts) {
+  if (!texts || texts->empty()) {
+    return "[]";
+  }
+  std::string literal = "['";
+  for (const Value& text : *texts) {
+    if (&text != &texts->front()) {
+      literal += "', '";
+    }
+    literal += text.description();
+  }
+  literal += "']";
+  return literal;
+}
+
+}  // namespace qorix

@@ -1,0 +1,110 @@
+#include <string>
+
+#include "platform/Log.h"
+#include "platform/Platform.h"
+#include "qorix/MyPushAdNotifications.h"
+#include "qorix/MyPushAdUtil.h"
+#include "qorix/MyPushAdViewController.h"
+#include "webview/LinkMarks.h"
+
+namespace qorix {
+
+namespace {
+
+constexpr const char* kMethod =
+    "-[MyPushAdViewController "
+    "webView:decidePolicyForNavigationAction:request:frame:decisionListener:]";
+
+void openUrl(const std::optional<Url>& url, int line) {
+  logCheck(kMethod, line, "Opening URL:[" + (url ? url->absoluteString() : "(null)") + "]");
+  if (url) {
+    platform().workspace->openUrl(*url);
+  }
+}
+
+bool queryOrClassHoldsMark(const Url& url, std::string_view queryMark,
+                           const Dictionary& actionInformation, std::string_view classMark) {
+  if (queryHoldsMark(url, queryMark)) {
+    return true;
+  }
+  const auto element = clickedElement(actionInformation);
+  return element != nullptr && classHoldsMark(*element, classMark);
+}
+
+}  // namespace
+
+void MyPushAdViewController::webViewDecidePolicyForNavigationAction(
+    const std::shared_ptr<WebView>& webView, const Dictionary& actionInformation, const Url& url,
+    const WebFrame& /*frame*/, WebPolicyDecisionListener& listener) {
+  if (!isLinkClick(actionInformation) || webView != legacyWebView()) {
+    listener.use();
+    return;
+  }
+  if (const auto element = findActionHTMLElementForNavigationAction(actionInformation)) {
+    platform().mainRunLoop->performAfterDelay(0, [self = shared_from_this(), element] {
+      self->handleUserIsTriggeringNavigation(element);
+    });
+  }
+  const bool forAppStore = isCapableForMacAppStore(url);
+  const bool forBrowser = isCapableForOpenInBrowser(url, actionInformation);
+  const bool forPurchase = isCapableForOpenIAP(url, actionInformation);
+  if (forAppStore) {
+    listener.ignore();
+    openUrl(appStoreUrl(url), 353);
+  } else if (forBrowser) {
+    listener.ignore();
+    openUrl(url, 361);
+  } else if (forPurchase) {
+    listener.ignore();
+    handleOpenIAPButtonClickedWithURL(url);
+  } else if (isCloseButtonActionForNavigationAction(actionInformation)) {
+    listener.ignore();
+    handleCloseButtonClicked();
+  } else {
+    listener.use();
+  }
+}
+
+bool MyPushAdViewController::isCapableForMacAppStore(const Url& url) {
+  return queryHoldsMark(url, "ls=1");
+}
+
+bool MyPushAdViewController::isCapableForOpenInBrowser(const Url& url,
+                                                       const Dictionary& actionInformation) {
+  return queryOrClassHoldsMark(url, "zamopenout=1", actionInformation, "zamopenout");
+}
+
+bool MyPushAdViewController::isCapableForOpenIAP(const Url& url,
+                                                 const Dictionary& actionInformation) {
+  return queryOrClassHoldsMark(url, "zamopeniap=1", actionInformation, "zamopeniap");
+}
+
+bool MyPushAdViewController::isCloseButtonActionForNavigationAction(
+    const Dictionary& actionInformation) {
+  return isCloseControl(actionInformation);
+}
+
+std::shared_ptr<DomHtmlElement> MyPushAdViewController::findActionHTMLElementForNavigationAction(
+    const Dictionary& actionInformation) {
+  return clickedElement(actionInformation);
+}
+
+void MyPushAdViewController::handleUserIsTriggeringNavigation(
+    const std::shared_ptr<Object>& element) {
+  const auto htmlElement = std::dynamic_pointer_cast<DomHtmlElement>(element);
+  if (htmlElement == nullptr) {
+    return;
+  }
+  Dictionary userInfo;
+  userInfo[kPushAdActionHTMLElementKey] = htmlElement;
+  if (const auto& idName = htmlElement->idName(); idName && !idName->empty()) {
+    userInfo[kPushAdActionHTMLElementIdNameKey] = *idName;
+  }
+  if (const auto& className = htmlElement->className(); className && !className->empty()) {
+    userInfo[kPushAdActionHTMLElementClassNameKey] = *className;
+  }
+  MyPushAdUtil::postOnMainThreadNotificationName(kPushAdIsTriggeringNavigationNotification,
+                                                 shared_from_this(), userInfo);
+}
+
+}  // namespace qorix
