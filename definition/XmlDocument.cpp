@@ -1,0 +1,300 @@
+// The limits on entities are declared only to those who say that expat was built with them.
+#define XML_DTD
+
+#include "definition/XmlDocument.h"
+
+#include <expat.h>
+#include <utf8.h>
+
+#include <algorithm>
+#include <memory>
+#include <type_traits>
+#include <utility>
+#include <vector>
+
+namespace qorix {
+
+namespace {
+
+struct ParserDeleter {
+  void operator()(XML_Parser parser) const { XML_ParserFree(parser); }
+};
+using ParserPointer = std::unique_ptr<std::remove_pointer_t<XML_Parser>, ParserDeleter>;
+
+// The text is UTF-8, whatever its XML declaration says.
+constexpr const char* kEncoding = "UTF-8";
+
+// What entities may add: enough for pages shared by several languages, too little for a bomb.
+constexpr std::size_t kEntityBytes = std::size_t{8} << 20;
+constexpr std::size_t kEntityFactor = 4;
+constexpr std::size_t kEntityElements = std::size_t{1} << 18;
+// "<x/>"
+constexpr std::size_t kSmallestElement = 4;
+// What attributes with default values may add, to the number of bytes in the document.
+constexpr std::size_t kDefaultAttributes = std::size_t{1} << 20;
+
+bool isVersionOne(std::string_view version) {
+  return version.starts_with("1.") && version.size() > 2 &&
+         version.find_first_not_of("0123456789", 2) == std::string_view::npos;
+}
+
+bool isPlainCharacter(char c) { return c >= ' ' || c == '\n' || c == '\t'; }
+bool isAscii(char c) { return c >= 0; }
+
+/// Whether a run of bytes that are no ASCII is a run of characters that XML allows.
+bool isRunOfCharacters(std::string_view run) {
+  return utf8::is_valid(run.begin(), run.end()) && run.find("\xEF\xBF\xBE") == run.npos &&
+         run.find("\xEF\xBF\xBF") == run.npos;
+}
+
+/// Appends the inside of a CDATA section as a parser reports it; false when XML does not allow it.
+bool appendSection(std::string& text, std::string_view section) {
+  const auto takeRun = [&](auto isEnd) {
+    const auto end = std::find_if(section.begin(), section.end(), isEnd);
+    const auto run = section.substr(0, static_cast<std::size_t>(end - section.begin()));
+    section.remove_prefix(run.size());
+    return run;
+  };
+  while (true) {
+    text += takeRun([](char c) { return !isPlainCharacter(c); });
+    if (section.empty()) {
+      return true;
+    }
+    if (section.front() == '\r') {  // a line ends in LF, in the document also in CR or CR LF
+      section.remove_prefix(1);
+      if (!section.starts_with('\n')) {
+        text += '\n';
+      }
+      continue;
+    }
+    const auto run = takeRun(isAscii);
+    if (run.empty() || !isRunOfCharacters(run)) {
+      return false;
+    }
+    text += run;
+  }
+}
+
+// Called for the parameter entities of a document type only. Reading each as a blank lets the
+// declarations after it count, as they would with the entity at hand.
+int XMLCALL readAsBlank(XML_Parser parser, const XML_Char* context, const XML_Char* /*base*/,
+                        const XML_Char* /*systemId*/, const XML_Char* /*publicId*/) {
+  const ParserPointer entity(XML_ExternalEntityParserCreate(parser, context, kEncoding));
+  return entity == nullptr ? XML_STATUS_ERROR : XML_Parse(entity.get(), " ", 1, XML_TRUE);
+}
+
+}  // namespace
+
+/// Builds a document from the parser's events.
+class XmlReader {
+ public:
+  explicit XmlReader(std::string_view text)
+      : parser_(XML_ParserCreate(kEncoding)),
+        input_(text),
+        mostElements_(text.size() / kSmallestElement + kEntityElements),
+        mostDefaultAttributes_(text.size() + kDefaultAttributes) {}
+
+  std::optional<XmlDocument> read(std::size_t pieceSize) {
+    pieceSize_ = pieceSize;
+    // The parser would take texts that begin so for UTF-16; zero bytes further on it refuses.
+    if (parser_ == nullptr || input_.substr(0, 4).find('\0') != input_.npos) {
+      return std::nullopt;
+    }
+    prepareParser();
+    // As much as they need unless entities add to it; memory that is not used costs nothing.
+    document_.text_.reserve(input_.size());
+    document_.names_.reserve(input_.size() / 2);
+    return parse() ? std::optional(std::move(document_)) : std::nullopt;
+  }
+
+ private:
+  void prepareParser() {
+    XML_Parser parser = parser_.get();
+    XML_SetUserData(parser, this);
+    XML_SetElementHandler(parser, startElement, endElement);
+    XML_SetCharacterDataHandler(parser, characterData);
+    XML_SetCdataSectionHandler(parser, startSection, endSection);
+    XML_SetXmlDeclHandler(parser, xmlDeclaration);
+    XML_SetParamEntityParsing(parser, XML_PARAM_ENTITY_PARSING_ALWAYS);
+    XML_SetExternalEntityRefHandler(parser, readAsBlank);
+    XML_SetEndDoctypeDeclHandler(parser, endDoctype);
+    XML_SetSkippedEntityHandler(parser, skippedEntity);
+    // No default handler: it would keep internal entities from being expanded.
+    XML_SetBillionLaughsAttackProtectionActivationThreshold(
+        parser, kEntityFactor * input_.size() + kEntityBytes);
+    XML_SetBillionLaughsAttackProtectionMaximumAmplification(parser, 1);
+  }
+
+  // Pages stand in CDATA sections. As only "]]>" ends a section, its inside need not pass through
+  // the parser, which takes several times as long as checking the characters here.
+  bool parse() {
+    constexpr std::string_view kSectionStart = "[CDATA[";
+    constexpr std::size_t kWorthIt = 1024;
+    std::string_view rest = input_;
+    std::size_t from = 0;
+    while (true) {
+      const std::size_t start = rest.find(kSectionStart, from);
+      const std::size_t end = rest.find("]]>", start);
+      if (end == rest.npos) {
+        return feed(rest, XML_TRUE);
+      }
+      const std::size_t begin = start + kSectionStart.size();
+      if (end < begin + kWorthIt) {
+        from = end;
+        continue;
+      }
+      if (!feed(rest.substr(0, begin), XML_FALSE)) {
+        return false;
+      }
+      if (!isInSection_) {
+        // It is part of a comment, say, which the parser may read again each time: look less often.
+        rest.remove_prefix(begin);
+        from = 2 * begin;
+        continue;
+      }
+      if (!appendSection(document_.text_, rest.substr(begin, end - begin))) {
+        return false;
+      }
+      rest.remove_prefix(end);
+      from = 0;
+    }
+  }
+
+  bool feed(std::string_view text, XML_Bool isLast) {
+    const auto feedPiece = [this](std::string_view piece, XML_Bool isFinal) {
+      return XML_Parse(parser_.get(), piece.data(), static_cast<int>(piece.size()), isFinal) ==
+             XML_STATUS_OK;
+    };
+    for (; text.size() > pieceSize_; text.remove_prefix(pieceSize_)) {
+      if (!feedPiece(text.substr(0, pieceSize_), XML_FALSE)) {
+        return false;
+      }
+    }
+    return feedPiece(text, isLast);
+  }
+
+  // A few declarations can give every element thousands.
+  void countDefaultAttributes(const XML_Char** attributes) {
+    for (attributes += XML_GetSpecifiedAttributeCount(parser_.get()); *attributes != nullptr;
+         attributes += 2) {
+      ++defaultAttributes_;
+    }
+  }
+
+  void stop() { XML_StopParser(parser_.get(), XML_FALSE); }
+
+  static XmlReader& reader(void* userData) { return *static_cast<XmlReader*>(userData); }
+
+  static void XMLCALL startElement(void* userData, const XML_Char* name,
+                                   const XML_Char** attributes) {
+    XmlReader& self = reader(userData);
+    XmlDocument& document = self.document_;
+    self.countDefaultAttributes(attributes);
+    if (document.elements_.size() == self.mostElements_ ||
+        self.defaultAttributes_ > self.mostDefaultAttributes_) {
+      self.stop();
+      return;
+    }
+    self.open_.push_back(document.elements_.size());
+    document.elements_.push_back({document.names_.size(), document.text_.size(), 0, 0});
+    document.names_ += name;
+  }
+
+  static void XMLCALL endElement(void* userData, const XML_Char* /*name*/) {
+    XmlReader& self = reader(userData);
+    XmlDocument& document = self.document_;
+    XmlDocument::Element& element = document.elements_[self.open_.back()];
+    self.open_.pop_back();
+    element.textEnd = document.text_.size();
+    element.subtreeEnd = document.elements_.size();
+  }
+
+  static void XMLCALL characterData(void* userData, const XML_Char* text, int length) {
+    reader(userData).document_.text_.append(text, static_cast<std::size_t>(length));
+  }
+
+  static void XMLCALL startSection(void* userData) { reader(userData).isInSection_ = true; }
+  static void XMLCALL endSection(void* userData) { reader(userData).isInSection_ = false; }
+
+  static void XMLCALL xmlDeclaration(void* userData, const XML_Char* version,
+                                     const XML_Char* /*encoding*/, int /*standalone*/) {
+    if (version == nullptr || !isVersionOne(version)) {
+      reader(userData).stop();
+    }
+  }
+
+  // From here on external entities are general ones, which are passed over; asking the parser for
+  // each would take it a look at every entity there is.
+  static void XMLCALL endDoctype(void* userData) {
+    XML_SetExternalEntityRefHandler(reader(userData).parser_.get(), nullptr);
+  }
+
+  // Behind an unknown parameter entity the parser no longer believes any declaration.
+  static void XMLCALL skippedEntity(void* userData, const XML_Char* /*name*/, int isParameter) {
+    if (isParameter != 0) {
+      reader(userData).stop();
+    }
+  }
+
+  const ParserPointer parser_;
+  const std::string_view input_;
+  const std::size_t mostElements_;
+  const std::size_t mostDefaultAttributes_;
+  std::size_t pieceSize_ = 0;
+  std::size_t defaultAttributes_ = 0;
+  bool isInSection_ = false;
+  XmlDocument document_;
+  std::vector<std::size_t> open_;
+};
+
+std::optional<XmlDocument> XmlDocument::parse(std::string_view text, std::size_t pieceSize) {
+  return XmlReader(text).read(std::clamp(pieceSize, std::size_t{1}, kLargestPiece));
+}
+
+XmlElement XmlDocument::root() const { return {*this, 0}; }
+
+std::string_view XmlElement::name() const {
+  const auto& elements = document_->elements_;
+  const std::size_t begin = elements[index_].nameBegin;
+  const std::size_t end =
+      index_ + 1 < elements.size() ? elements[index_ + 1].nameBegin : document_->names_.size();
+  return std::string_view(document_->names_).substr(begin, end - begin);
+}
+
+std::string_view XmlElement::text() const {
+  const auto& element = document_->elements_[index_];
+  return std::string_view(document_->text_)
+      .substr(element.textBegin, element.textEnd - element.textBegin);
+}
+
+XmlElement::Children XmlElement::children() const { return childrenNamed({}); }
+
+XmlElement::Children XmlElement::childrenNamed(std::string_view name) const {
+  return {*document_, index_, name};
+}
+
+std::optional<XmlElement> XmlElement::firstChildNamed(std::string_view name) const {
+  const Children children = childrenNamed(name);
+  return children.empty() ? std::nullopt : std::optional(*children.begin());
+}
+
+XmlElement::Children::Children(const XmlDocument& document, std::size_t parent,
+                               std::string_view name)
+    : document_(&document),
+      name_(name),
+      end_(document.elements_[parent].subtreeEnd),
+      first_(firstMatchFrom(parent + 1)) {}
+
+std::size_t XmlElement::Children::firstMatchFrom(std::size_t index) const {
+  while (index < end_ && !name_.empty() && XmlElement(*document_, index).name() != name_) {
+    index = document_->elements_[index].subtreeEnd;
+  }
+  return index;
+}
+
+XmlElement::Children::Iterator& XmlElement::Children::Iterator::operator++() {
+  index_ = children_->firstMatchFrom(children_->document_->elements_[index_].subtreeEnd);
+  return *this;
+}
+
+}  // namespace qorix

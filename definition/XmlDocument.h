@@ -1,0 +1,104 @@
+#pragma once
+
+#include <cstddef>
+#include <deque>
+#include <iterator>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace qorix {
+
+class XmlElement;
+
+/// A well-formed XML document, read-only. Names are taken as they are written (a prefix is part of
+/// the name); attributes, comments and processing instructions are dropped.
+class XmlDocument {
+ public:
+  /// Reads a UTF-8 document. Nothing when it is not well formed, or when its entities expand to
+  /// much more than the document itself. Opens no file and no connection, whatever the document
+  /// says: external entities count as empty. Time and memory are proportional to the text.
+  ///
+  /// The text is handed to the parser in pieces of `pieceSize` bytes at most; where they are cut
+  /// makes no difference to the result.
+  static std::optional<XmlDocument> parse(std::string_view text,
+                                          std::size_t pieceSize = kLargestPiece);
+
+  XmlElement root() const;
+
+ private:
+  friend class XmlElement;
+  friend class XmlReader;
+
+  static constexpr std::size_t kLargestPiece = std::size_t{1} << 30;
+
+  struct Element {
+    std::size_t nameBegin;
+    std::size_t textBegin;
+    std::size_t textEnd;
+    std::size_t subtreeEnd;  // the index behind the last descendant
+  };
+
+  // The elements stand in document order, so a subtree is a run of elements, and all the text in it
+  // is a run of the text. The names lie side by side: each ends where the next begins.
+  std::string text_;
+  std::string names_;
+  std::deque<Element> elements_;  // grows without being copied
+};
+
+/// One element of a document that must outlive it and must not be moved meanwhile. Cheap to copy.
+class XmlElement {
+ public:
+  class Children;
+
+  std::string_view name() const;
+
+  /// All the text inside the element and its descendants, joined, with nothing trimmed.
+  std::string_view text() const;
+
+  /// The child elements, in document order.
+  Children children() const;
+  Children childrenNamed(std::string_view name) const;
+  std::optional<XmlElement> firstChildNamed(std::string_view name) const;
+
+ private:
+  friend class XmlDocument;
+  XmlElement(const XmlDocument& document, std::size_t index)
+      : document_(&document), index_(index) {}
+
+  const XmlDocument* document_;
+  std::size_t index_;
+};
+
+/// The children of an element, or those of one name; for range-based loops.
+class XmlElement::Children {
+ public:
+  class Iterator {
+   public:
+    Iterator(const Children& children, std::size_t index) : children_(&children), index_(index) {}
+    XmlElement operator*() const { return {*children_->document_, index_}; }
+    Iterator& operator++();
+    bool operator==(const Iterator& other) const { return index_ == other.index_; }
+
+   private:
+    const Children* children_;
+    std::size_t index_;
+  };
+
+  /// An empty `name` admits every child: no element has an empty name.
+  Children(const XmlDocument& document, std::size_t parent, std::string_view name);
+
+  Iterator begin() const { return {*this, first_}; }
+  Iterator end() const { return {*this, end_}; }
+  bool empty() const { return first_ == end_; }
+
+ private:
+  std::size_t firstMatchFrom(std::size_t index) const;
+
+  const XmlDocument* document_;
+  std::string_view name_;
+  std::size_t end_;
+  std::size_t first_;
+};
+
+}  // namespace qorix

@@ -1,0 +1,173 @@
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+
+#include <chrono>
+#include <cstdio>
+#include <fstream>
+#include <functional>
+#include <string>
+
+#include "definition/XmlDocument.h"
+
+namespace qorix {
+namespace {
+
+// Generous, because the tests share the machine; the worst takes a fifth of a second alone.
+constexpr std::chrono::seconds kDeadline(10);
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr bool kIsSanitized = true;
+#elif defined(__has_feature)
+constexpr bool kIsSanitized = __has_feature(address_sanitizer) || __has_feature(thread_sanitizer);
+#else
+constexpr bool kIsSanitized = false;
+#endif
+// A sanitizer keeps books of its own, and memory that was freed.
+constexpr long kMebibytes = kIsSanitized ? 512 : 64;
+
+std::string repeated(const std::string& text, std::size_t count) {
+  std::string result;
+  result.reserve(text.size() * count);
+  for (std::size_t i = 0; i < count; ++i) {
+    result += text;
+  }
+  return result;
+}
+
+long peakKibibytes() {
+  rusage usage{};
+  getrusage(RUSAGE_SELF, &usage);
+  return usage.ru_maxrss;
+}
+
+/// Reads the document and checks what that took.
+bool isReadWithinBounds(const std::string& document) {
+  const long before = peakKibibytes();
+  const auto start = std::chrono::steady_clock::now();
+  const bool isRead = XmlDocument::parse(document).has_value();
+  EXPECT_LT(std::chrono::steady_clock::now() - start, kDeadline);
+  EXPECT_LE(peakKibibytes() - before, kMebibytes * 1024);
+  return isRead;
+}
+
+/// A document of which each entity holds the one before it ten times.
+std::string laughs(const std::string& first, int levels, const std::string& use) {
+  std::string document = "<!DOCTYPE r [<!ENTITY e0 '" + first + "'>";
+  for (int level = 1; level <= levels; ++level) {
+    document += "<!ENTITY e" + std::to_string(level) + " '" +
+                repeated("&e" + std::to_string(level - 1) + ";", 10) + "'>";
+  }
+  return document + "]>" + use;
+}
+
+TEST(HostileXmlTest, ABillionLaughsAreRefused) {
+  EXPECT_FALSE(isReadWithinBounds(laughs("lol", 9, "<r>&e9;</r>")));
+}
+
+TEST(HostileXmlTest, ABillionElementsAreRefused) {
+  EXPECT_FALSE(isReadWithinBounds(laughs("<x/>", 9, "<r>&e9;</r>")));
+}
+
+TEST(HostileXmlTest, MoreElementsThanADocumentOfItsSizeCanHoldAreRefused) {
+  // Seven megabytes of elements: few enough bytes to pass for text.
+  EXPECT_FALSE(isReadWithinBounds(laughs(repeated("<x/>", 18), 5, "<r>&e5;</r>")));
+}
+
+TEST(HostileXmlTest, ABillionEmptyEntitiesAreRefused) {
+  EXPECT_FALSE(isReadWithinBounds(laughs("", 9, "<r>&e9;</r>")));
+}
+
+TEST(HostileXmlTest, ABillionLaughsInAnAttributeAreRefused) {
+  EXPECT_FALSE(isReadWithinBounds(laughs("lol", 9, "<r a='&e9;'/>")));
+}
+
+TEST(HostileXmlTest, AQuadraticBlowUpIsRefused) {
+  const std::string document = "<!DOCTYPE r [<!ENTITY e '" + std::string(100'000, 'x') + "'>]>";
+  EXPECT_FALSE(isReadWithinBounds(document + "<r>" + repeated("&e;", 30'000) + "</r>"));
+  EXPECT_FALSE(isReadWithinBounds(document + "<r a='" + repeated("&e;", 30'000) + "'/>"));
+}
+
+TEST(HostileXmlTest, ALargeQuadraticBlowUpIsRefused) {
+  const std::string document = "<!DOCTYPE r [<!ENTITY e '" + std::string(1'000'000, 'x') + "'>]>";
+  EXPECT_FALSE(isReadWithinBounds(document + "<r>" + repeated("&e;", 300'000) + "</r>"));
+}
+
+TEST(HostileXmlTest, BombsOfParameterEntitiesAreRefused) {
+  std::string document = "<!DOCTYPE r [<!ENTITY % p0 ' '>";
+  for (int level = 1; level <= 30; ++level) {
+    document += "<!ENTITY % p" + std::to_string(level) + " '" +
+                repeated("&#37;p" + std::to_string(level - 1) + ";", 2) + "'>";
+  }
+  EXPECT_FALSE(isReadWithinBounds(document + "%p30;]><r/>"));
+}
+
+TEST(HostileXmlTest, AChainOfEntitiesDoesNotOverflowTheStack) {
+  std::string document = "<!DOCTYPE r [<!ENTITY e0 'end'>";
+  for (int level = 1; level <= 20'000; ++level) {
+    document += "<!ENTITY e" + std::to_string(level) + " '&e" + std::to_string(level - 1) + ";'>";
+  }
+  isReadWithinBounds(document + "]><r>&e20000;</r>");
+  isReadWithinBounds(document + "]><r a='&e20000;'/>");
+}
+
+TEST(HostileXmlTest, ManyUsesOfExternalEntitiesAreNotQuadratic) {
+  std::string document = "<!DOCTYPE r [";
+  std::string uses;
+  for (int index = 0; index < 15'000; ++index) {
+    document += "<!ENTITY e" + std::to_string(index) + " SYSTEM 'x'>";
+    uses += "&e" + std::to_string(index) + ";";
+  }
+  EXPECT_TRUE(isReadWithinBounds(document + "]><r>" + uses + uses + "</r>"));
+}
+
+TEST(HostileXmlTest, ABombOfDefaultAttributesIsRefused) {
+  std::string document = "<!DOCTYPE r [<!ATTLIST x ";
+  for (int index = 0; index < 20'000; ++index) {
+    document += "a" + std::to_string(index) + " CDATA 'v' ";
+  }
+  EXPECT_FALSE(isReadWithinBounds(document + ">]><r>" + repeated("<x/>", 50'000) + "</r>"));
+  EXPECT_TRUE(isReadWithinBounds(document + ">]><r>" + repeated("<x/>", 50) + "</r>"));
+}
+
+TEST(HostileXmlTest, OneTokenOfManyMegabytesIsNotQuadratic) {
+  const std::string filling(8'000'000, 'x');
+  for (const auto& document :
+       {"<r a='" + filling + "'/>", "<r><!--" + filling + "--></r>", "<r><?p " + filling + "?></r>",
+        "<r><!--" + repeated("<![CDATA[", 500'000) + "--></r>",
+        "<r><![CDATA[" + repeated("<![CDATA[]]]]", 500'000) + "]]></r>"}) {
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_TRUE(XmlDocument::parse(document));
+    EXPECT_TRUE(XmlDocument::parse(document, 1 << 20));
+    EXPECT_LT(std::chrono::steady_clock::now() - start, kDeadline);
+  }
+}
+
+TEST(HostileXmlTest, EntitiesThatAddAsMuchAsThePageForSeveralLanguagesAreRead) {
+  const std::string page(1'000'000, 'x');
+  const auto document = XmlDocument::parse("<!DOCTYPE r [<!ENTITY page '" + page +
+                                           "'>]><r>&page;<b>&page;</b>&page;</r>");
+  ASSERT_TRUE(document);
+  EXPECT_EQ(document->root().text().size(), 3 * page.size());
+}
+
+TEST(HostileXmlTest, ExternalEntitiesAreNeverRead) {
+  const std::string path = testing::TempDir() + "qorix-external-entity.txt";
+  std::ofstream(path) << "<!ENTITY secret 'secret'>secret";
+  const std::string url = "http://127.0.0.1:9/x";
+  for (const auto& address : {"file://" + path, path, url}) {
+    const auto general =
+        XmlDocument::parse("<!DOCTYPE r [<!ENTITY e SYSTEM '" + address + "'>]><r>a&e;b</r>");
+    ASSERT_TRUE(general);
+    EXPECT_EQ(general->root().text(), "ab");
+    const auto parameter = XmlDocument::parse("<!DOCTYPE r [<!ENTITY % p SYSTEM '" + address +
+                                              "'>%p;<!ENTITY f 'found'>]><r>&f;&secret;</r>");
+    ASSERT_TRUE(parameter);
+    EXPECT_EQ(parameter->root().text(), "found");
+    const auto subset = XmlDocument::parse("<!DOCTYPE r SYSTEM '" + address + "'><r>a&secret;</r>");
+    ASSERT_TRUE(subset);
+    EXPECT_EQ(subset->root().text(), "a");
+  }
+  std::remove(path.c_str());
+}
+
+}  // namespace
+}  // namespace qorix

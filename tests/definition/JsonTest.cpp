@@ -1,0 +1,269 @@
+#include <gtest/gtest.h>
+
+#include <clocale>
+#include <cstdint>
+#include <limits>
+#include <string>
+#include <vector>
+
+#include "definition/Json.h"
+
+namespace qorix {
+namespace {
+
+constexpr auto kMin = std::numeric_limits<std::int64_t>::min();
+constexpr auto kMax = std::numeric_limits<std::int64_t>::max();
+
+std::string repeated(const std::string& text, std::size_t count) {
+  std::string result;
+  for (std::size_t i = 0; i < count; ++i) {
+    result += text;
+  }
+  return result;
+}
+
+/// The integer value of the number when it is the only element of an array.
+std::optional<std::int64_t> integerOf(const std::string& number) {
+  const auto value = parseJson("[" + number + "]");
+  const auto* array = value ? value->as<Array>() : nullptr;
+  return array == nullptr || array->size() != 1 ? std::nullopt : array->front().integerValue();
+}
+
+const std::vector<std::string> kGood = {
+    "{}",
+    "[]",
+    " \t\r\n{} \t\r\n",
+    "[null, true, false, 0, -0, 1.5, \"\"]",
+    R"({"a":{"b":[{"c":[]}]}})",
+    R"(["\"\\\/\b\f\n\r\t"])",
+    R"(["é\uD834\uDD1E"])",
+    "[\"\xC3\xA9\xE2\x82\xAC\xF0\x9D\x84\x9E\x7F\"]",
+    R"({"":1})",
+    "[1e5, 1E+5, 1e-5, 0e0, 0.0, -0.0e-0, 123456789012345678901234567890]",
+    "[1e-400]",
+    "[1e400]",
+    "\xEF\xBB\xBF{}",
+    R"(["1e400"])",
+};
+
+const std::vector<std::string> kBad = {
+    "",
+    " ",
+    "null",
+    "true",
+    "1",
+    "1e400",
+    "\"text\"",
+    "{} {}",
+    "{}x",
+    "[]]",
+    "[] ,",
+    "[",
+    "{",
+    "]",
+    "[1",
+    "[1,",
+    "[1,]",
+    "[,1]",
+    "[1 2]",
+    "[1,,2]",
+    R"({"a":1,})",
+    R"({"a"})",
+    R"({"a":})",
+    R"({"a" 1})",
+    R"({a:1})",
+    R"({'a':1})",
+    R"({1:1})",
+    R"({"a":1 "b":2})",
+    "[1}",
+    R"({"a":1])",
+    "[//\n1]",
+    "[1/* */]",
+    "# {}",
+    "[NaN]",
+    "[nan]",
+    "[Infinity]",
+    "[-Infinity]",
+    "[True]",
+    "[nul]",
+    "[01]",
+    "[-01]",
+    "[+1]",
+    "[1.]",
+    "[.5]",
+    "[-]",
+    "[-.5]",
+    "[1e]",
+    "[1e+]",
+    "[1.e5]",
+    "[0x10]",
+    "[1_000]",
+    "[01e400]",
+    "[1.e400]",
+    "[1e400.5]",
+    "[1e400-1]",
+    "[1e400x]",
+    "[1e400",
+    "[1e400]]",
+    "[--1e400]",
+    "[1e400, 01]",
+    R"(["abc)",
+    R"(["\)",
+    R"(["\x41"])",
+    R"(["\u12"])",
+    R"(["\u12G4"])",
+    R"(["\uD834"])",
+    R"(["\uDD1E"])",
+    R"(["\uD834\u0041"])",
+    R"(["\uD834x"])",
+    "[\"a\nb\"]",
+    "[\"a\tb\"]",
+    "[\"\x01\"]",
+    "[\"\xC3\"]",
+    "[\"\x80\"]",
+    "[\"\xC0\x80\"]",
+    "[\"\xED\xA0\x80\"]",
+    "[\"\xF5\x80\x80\x80\"]",
+    "[\"\xFF\"]",
+    "[\xC2\xA0]",
+    "\xEF\xBB",
+    "\xEF\xBB\xBF",
+    "\xFE\xFF",
+    "<a/>",
+};
+
+TEST(JsonTest, AcceptsWhatTheGrammarAllows) {
+  for (const auto& text : kGood) {
+    EXPECT_TRUE(parseJson(text)) << text;
+  }
+}
+
+TEST(JsonTest, RefusesWhatTheGrammarDoesNotAllow) {
+  for (const auto& text : kBad) {
+    EXPECT_FALSE(parseJson(text)) << text;
+  }
+}
+
+TEST(JsonTest, RefusesZeroBytesAnywhere) {
+  using namespace std::string_literals;
+  for (const auto& text : {"\0{}"s, "{}\0"s, "{\0}"s, "[\"\0\"]"s, "{}\0garbage"s}) {
+    EXPECT_FALSE(parseJson(text));
+  }
+}
+
+TEST(JsonTest, RefusesEveryTruncationOfAText) {
+  const std::string whole = R"({"a":[1,-2.5e3,"é\n",{"b":true,"c":null}],"d":1e400})";
+  ASSERT_TRUE(parseJson(whole));
+  for (std::size_t size = 0; size < whole.size(); ++size) {
+    EXPECT_FALSE(parseJson(whole.substr(0, size))) << size;
+  }
+}
+
+TEST(JsonTest, NestsFiveHundredAndTwelveDeepAndNoDeeper) {
+  EXPECT_TRUE(parseJson(repeated("[", 512) + repeated("]", 512)));
+  EXPECT_FALSE(parseJson(repeated("[", 513) + repeated("]", 513)));
+  EXPECT_TRUE(parseJson(repeated("{\"a\":", 511) + "{}" + repeated("}", 511)));
+  EXPECT_FALSE(parseJson(repeated("{\"a\":", 512) + "{}" + repeated("}", 512)));
+}
+
+TEST(JsonTest, RefusesDepthBombs) {
+  EXPECT_FALSE(parseJson(std::string(100'000, '[')));
+  EXPECT_FALSE(parseJson(repeated("[", 100'000) + repeated("]", 100'000)));
+  EXPECT_FALSE(parseJson(repeated("{\"a\":", 100'000) + "1" + repeated("}", 100'000)));
+  EXPECT_FALSE(parseJson(repeated("[{\"a\":", 100'000)));
+  EXPECT_FALSE(parseJson("[1e400," + std::string(100'000, '[')));
+}
+
+TEST(JsonTest, KeepsSixtyFourBitIntegers) {
+  EXPECT_EQ(integerOf("9223372036854775807"), kMax);
+  EXPECT_EQ(integerOf("-9223372036854775808"), kMin);
+  EXPECT_EQ(integerOf("9007199254740993"), 9007199254740993);
+  EXPECT_EQ(integerOf("-9007199254740993"), -9007199254740993);
+}
+
+TEST(JsonTest, TruncatesFractionsTowardZero) {
+  EXPECT_EQ(integerOf("1.9"), 1);
+  EXPECT_EQ(integerOf("-1.9"), -1);
+  EXPECT_EQ(integerOf("-0.5"), 0);
+  EXPECT_EQ(integerOf("2.5e1"), 25);
+  EXPECT_EQ(integerOf("1e-400"), 0);
+  EXPECT_EQ(integerOf("-1e-99999999999999999999"), 0);
+}
+
+TEST(JsonTest, SaturatesNumbersBeyondSixtyFourBits) {
+  for (const auto* number : {"9223372036854775808", "18446744073709551615", "18446744073709551616",
+                             "123456789012345678901234567890", "1e30", "1e308"}) {
+    EXPECT_EQ(integerOf(number), kMax) << number;
+  }
+  EXPECT_EQ(integerOf("-9223372036854775809"), kMin);
+  EXPECT_EQ(integerOf("-1e30"), kMin);
+}
+
+TEST(JsonTest, SaturatesNumbersBeyondADouble) {
+  const std::string digits = repeated("9", 400);
+  for (const auto& number :
+       {std::string("1e400"), std::string("1E+400"), std::string("0.001e400"),
+        std::string("12.5e99999999999999999999"), digits, digits + ".5", digits + "e-50"}) {
+    EXPECT_EQ(integerOf(number), kMax) << number;
+    EXPECT_EQ(integerOf("-" + number), kMin) << number;
+  }
+  EXPECT_EQ(integerOf(repeated("3", 400) + "e-399"), 3);
+  EXPECT_EQ(integerOf("0." + repeated("0", 400) + "1e401"), 1);
+}
+
+TEST(JsonTest, HugeNumbersLeaveTheRestOfTheTextAlone) {
+  const auto value = parseJson(
+      R"({"1e400":"-1e400 \" 1e400 \\","n":-1e400,"m":[1e400, 2,1e-400 ],"k":7,"t":"1e400"})");
+  ASSERT_TRUE(value);
+  const auto& members = *value->as<Dictionary>();
+  EXPECT_EQ(members.size(), 5U);
+  EXPECT_EQ(*find(members, "1e400")->as<std::string>(), R"(-1e400 " 1e400 \)");
+  EXPECT_EQ(find(members, "n")->integerValue(), kMin);
+  const auto& array = *find(members, "m")->as<Array>();
+  ASSERT_EQ(array.size(), 3U);
+  EXPECT_EQ(array[0].integerValue(), kMax);
+  EXPECT_EQ(array[1].integerValue(), 2);
+  EXPECT_EQ(array[2].integerValue(), 0);
+  EXPECT_EQ(find(members, "k")->integerValue(), 7);
+  EXPECT_EQ(*find(members, "t")->as<std::string>(), "1e400");
+}
+
+TEST(JsonTest, ManyHugeNumbersTakeOneMoreReadingAndNotOneEach) {
+  const auto value = parseJson("[" + repeated("1e400,", 200'000) + "1]");
+  ASSERT_TRUE(value);
+  EXPECT_EQ(value->as<Array>()->size(), 200'001U);
+  const std::string digits = repeated("7", 1'000'000);
+  EXPECT_EQ(integerOf(digits), kMax);
+  EXPECT_FALSE(parseJson("[1e400," + repeated("1e400-", 200'000)));
+}
+
+TEST(JsonTest, TheLastOfSeveralMembersOfOneNameWins) {
+  const auto value = parseJson(R"({"a":1,"b":2,"a":3})");
+  ASSERT_TRUE(value);
+  EXPECT_EQ(value->as<Dictionary>()->size(), 2U);
+  EXPECT_EQ(find(*value->as<Dictionary>(), "a")->integerValue(), 3);
+}
+
+TEST(JsonTest, TellsTheTypesOfValuesApart) {
+  const auto value = parseJson(R"([null,true,1,1.5,"1",[],{}])");
+  ASSERT_TRUE(value);
+  const auto& array = *value->as<Array>();
+  ASSERT_EQ(array.size(), 7U);
+  EXPECT_TRUE(array[0].isNull());
+  EXPECT_EQ(*array[1].as<bool>(), true);
+  EXPECT_EQ(*array[2].as<std::int64_t>(), 1);
+  EXPECT_EQ(*array[3].as<double>(), 1.5);
+  EXPECT_EQ(*array[4].as<std::string>(), "1");
+  EXPECT_TRUE(array[5].as<Array>()->empty());
+  EXPECT_TRUE(array[6].as<Dictionary>()->empty());
+}
+
+TEST(JsonTest, DecodesEscapes) {
+  const auto value = parseJson(R"(["\"\\\/\b\f\n\r\té\uD834\uDD1E"])");
+  ASSERT_TRUE(value);
+  EXPECT_EQ(*value->as<Array>()->front().as<std::string>(),
+            "\"\\/\b\f\n\r\t\xC3\xA9\xF0\x9D\x84\x9E");
+}
+
+}  // namespace
+}  // namespace qorix

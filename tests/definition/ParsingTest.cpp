@@ -1,0 +1,512 @@
+#include <cstdint>
+#include <limits>
+#include <string>
+#include <vector>
+
+#include "definition/DefinitionTest.h"
+#include "qorix/MyPushAdUtil.h"
+
+namespace qorix {
+namespace {
+
+const std::string kFatal = ": ZAM <=> ***Error***: fatal error found, go to pre-defined condition.";
+const std::string kAllInstalled = "ZAM: All po-apps installed, Disable it.";
+
+Lines parserLine(int line) {
+  return {"+[MyPushAdUtil parseXMLWithString:] " + std::to_string(line) + kFatal};
+}
+
+std::string element(const std::string& name, const std::string& content) {
+  return "<" + name + ">" + content + "</" + name + ">";
+}
+
+std::string tableLine(const std::string& appid, const std::string& adid) {
+  return "<push_ad_config><appid>" + appid + "</appid><adid>" + adid + "</adid></push_ad_config>";
+}
+
+/// The elements of one advertisement, each of which a test may replace or remove.
+struct Ad {
+  std::string adid = "<adid>11</adid>";
+  std::string enable = "<enable>1</enable>";
+  std::string version = "<version>2a1</version>";
+  std::string embed = "<embed>0</embed>";
+  std::string width = "<width>600</width>";
+  std::string height = "<height>400</height>";
+  std::string count = "<count>3</count>";
+  std::string delay = "<delay>5</delay>";
+  std::string advance = "<advance>{}</advance>";
+  std::string notes = "<notes>autumn offer</notes>";
+  std::string title = "<title><en>Try</en></title>";
+  std::string htmlContents = "<html_contents><en>&lt;p></en></html_contents>";
+  std::string promoAppNames;
+
+  std::string text() const {
+    return "<push_ad>" + adid + enable + version + embed + width + height + count + delay +
+           advance + notes + title + htmlContents + promoAppNames + "</push_ad>";
+  }
+};
+
+std::string adText(const std::string& adid) {
+  Ad ad;
+  ad.adid = "<adid>" + adid + "</adid>";
+  return ad.text();
+}
+
+std::string documentText(const std::string& table, const std::string& ads) {
+  return "<rootcfg><data><file_version>1</file_version>" + table + "</data>" + ads + "</rootcfg>";
+}
+
+class ParsingTest : public DefinitionTest {
+ protected:
+  static std::shared_ptr<MyPushAdInfo> parse(const std::string& document) {
+    return MyPushAdUtil::parseXMLWithString(document);
+  }
+
+  static std::shared_ptr<MyPushAdInfo> parseAd(const Ad& ad) {
+    return parse(documentText("", ad.text()));
+  }
+
+  /// The identifier of the advertisement that `host` shows; nothing when the parse fails.
+  std::optional<std::int64_t> adIdFor(const std::optional<std::string>& host,
+                                      const std::string& document) {
+    installHost(host);
+    const auto info = parse(document);
+    return info == nullptr ? std::nullopt : std::optional(info->adId());
+  }
+
+  void expectDefect(int line, const std::string& document) {
+    EXPECT_EQ(parse(document), nullptr);
+    EXPECT_EQ(log_->takeLines(), parserLine(line)) << document;
+  }
+};
+
+constexpr const char* kExample = R"(<?xml version="1.0" encoding="UTF-8"?>
+<rootcfg>
+  <data>
+    <file_version>1</file_version>
+    <push_ad_config>
+      <appid>com.example.editor</appid>
+      <adid>12</adid>
+    </push_ad_config>
+  </data>
+  <push_ad>
+    <adid>11</adid> <enable>1</enable> <version>2a1</version> <embed>0</embed>
+    <width>600</width> <height>400</height> <count>3</count> <delay>5</delay>
+    <advance>{}</advance> <notes>autumn offer</notes>
+    <title><en>Try our viewer</en><default>Try our viewer</default></title>
+    <html_contents>
+      <en><![CDATA[<html>en</html>]]></en> <default><![CDATA[<html>default</html>]]></default>
+    </html_contents>
+    <promo_app_name>Example Viewer</promo_app_name>
+  </push_ad>
+  <push_ad>
+    <adid>12</adid> <enable>1</enable> <version>1a4</version> <embed>1</embed>
+    <width>728</width> <height>90</height> <count>10</count> <delay>0</delay>
+    <advance>{"com.example.editor":{"offsety":12}}</advance> <notes>banner for the editor</notes>
+    <title><en>Try our viewer</en><default>Try our viewer</default></title>
+    <html_contents>
+      <en><![CDATA[<html>en</html>]]></en> <default><![CDATA[<html>default</html>]]></default>
+    </html_contents>
+    <promo_app_name>Example Viewer</promo_app_name>
+    <promo_app_name>Example Converter</promo_app_name>
+  </push_ad>
+</rootcfg>
+)";
+
+TEST_F(ParsingTest, TheHostWithATableLineShowsTheAdvertisementThatItNames) {
+  const auto info = parse(kExample);
+  ASSERT_NE(info, nullptr);
+  EXPECT_EQ(info->adId(), 12);
+  EXPECT_TRUE(info->enable());
+  EXPECT_EQ(info->version(), "1a4");
+  EXPECT_EQ(info->embed(), 1);
+  EXPECT_EQ(info->width(), 728);
+  EXPECT_EQ(info->height(), 90);
+  EXPECT_EQ(info->offsetx(), 0);
+  EXPECT_EQ(info->offsety(), 12);
+  EXPECT_EQ(info->count(), 10);
+  EXPECT_EQ(info->delay(), 0);
+  EXPECT_EQ(info->advance(), R"({"com.example.editor":{"offsety":12}})");
+  EXPECT_EQ(info->advanceDict()->size(), 1U);
+  EXPECT_EQ(info->notes(), "banner for the editor");
+  EXPECT_EQ(info->titleDict(),
+            (LocalizedTexts{{"en", "Try our viewer"}, {"default", "Try our viewer"}}));
+  EXPECT_EQ(info->htmlContentsDict(),
+            (LocalizedTexts{{"en", "<html>en</html>"}, {"default", "<html>default</html>"}}));
+  EXPECT_TRUE(log_->lines().empty());
+}
+
+TEST_F(ParsingTest, AnyOtherHostShowsTheFirstAdvertisement) {
+  installHost("com.example.other");
+  const auto info = parse(kExample);
+  ASSERT_NE(info, nullptr);
+  EXPECT_EQ(info->adId(), 11);
+  EXPECT_EQ(info->embed(), 0);
+  EXPECT_EQ(info->delay(), 5);
+  EXPECT_TRUE(log_->lines().empty());
+}
+
+TEST_F(ParsingTest, AnAbsentTextIsRefused) {
+  EXPECT_EQ(MyPushAdUtil::parseXMLWithString(std::nullopt), nullptr);
+  EXPECT_EQ(log_->lines(), parserLine(87));
+}
+
+TEST_F(ParsingTest, ATextThatIsNotWellFormedIsRefused) {
+  for (const auto* document : {"", "text", "<rootcfg>", "<rootcfg/>x"}) {
+    expectDefect(91, document);
+  }
+  expectDefect(91, std::string(kExample) + '\0');
+  expectDefect(91, std::string(kExample) + "\xFF");
+}
+
+TEST_F(ParsingTest, AnyFileVersionButAnEmptyOnePasses) {
+  const auto document = [](const std::string& data) {
+    return "<rootcfg>" + data + adText("1") + "</rootcfg>";
+  };
+  for (const auto* text : {"1", "abc", " ", "-1", "<x>1</x>"}) {
+    EXPECT_NE(
+        parse(document("<data><file_version>" + std::string(text) + "</file_version></data>")),
+        nullptr)
+        << text;
+  }
+  EXPECT_TRUE(log_->lines().empty());
+  expectDefect(94, document("<data><file_version/></data>"));
+  expectDefect(94, document("<data/>"));
+  expectDefect(94, document(""));
+  expectDefect(94, document("<file_version>1</file_version>"));
+  expectDefect(94, "<Rootcfg><data><file_version>1</file_version></data></Rootcfg>");
+}
+
+TEST_F(ParsingTest, TheFirstFileVersionUnderAnyDataCounts) {
+  const auto document = [](const std::string& data) {
+    return "<rootcfg>" + data + adText("1") + "</rootcfg>";
+  };
+  EXPECT_NE(parse(document("<data/><data><file_version>1</file_version></data>")), nullptr);
+  expectDefect(94, document("<data><file_version/><file_version>1</file_version></data>"));
+  expectDefect(94,
+               document("<data><file_version/></data><data><file_version>1</file_version></data>"));
+}
+
+TEST_F(ParsingTest, AnEmptyTableMakesEveryHostShowTheFirstAdvertisement) {
+  const auto document = documentText("", adText("21") + adText("22"));
+  EXPECT_EQ(adIdFor(kEditor, document), 21);
+  EXPECT_EQ(adIdFor("com.example.other", document), 21);
+}
+
+TEST_F(ParsingTest, AHostWithoutIdentifierShowsTheFirstAdvertisement) {
+  const auto document = documentText(tableLine(kEditor, "22"), adText("21") + adText("22"));
+  EXPECT_EQ(adIdFor(std::nullopt, document), 21);
+  EXPECT_EQ(adIdFor("", document), 21);
+}
+
+TEST_F(ParsingTest, TheTableIsReadFromEveryDataElementAndTheFirstMatchingLineCounts) {
+  const auto document = "<rootcfg><data><file_version>1</file_version></data><data>" +
+                        tableLine("com.example.other", "21") + "</data><data>" +
+                        tableLine(kEditor, "22") + tableLine(kEditor, "21") + "</data>" +
+                        adText("21") + adText("22") + "</rootcfg>";
+  EXPECT_EQ(adIdFor(kEditor, document), 22);
+  EXPECT_EQ(adIdFor("com.example.other", document), 21);
+}
+
+TEST_F(ParsingTest, IdentifiersAreComparedExactly) {
+  const auto document =
+      documentText(tableLine("COM.EXAMPLE.EDITOR", "22") + tableLine(" com.example.editor", "22") +
+                       tableLine("com.example.editor.pro", "22"),
+                   adText("21") + adText("22"));
+  EXPECT_EQ(adIdFor(kEditor, document), 21);
+  const auto padded = documentText(tableLine(kEditor, "022"), adText("22") + adText("022"));
+  installHost(kEditor);
+  const auto info = parse(padded);
+  ASSERT_NE(info, nullptr);
+  EXPECT_EQ(info->adId(), 22);
+  expectDefect(166, documentText(tableLine(kEditor, "022"), adText("22")));
+}
+
+TEST_F(ParsingTest, ATableLineWithoutAdidSpoilsTheDocumentForHostsBehindItAndWithoutALine) {
+  const auto document =
+      documentText(tableLine("com.example.first", "22") +
+                       "<push_ad_config><appid>com.example.broken</appid></push_ad_config>" +
+                       tableLine(kEditor, "22"),
+                   adText("21") + adText("22"));
+  EXPECT_EQ(adIdFor("com.example.first", document), 22);
+  EXPECT_TRUE(log_->lines().empty());
+  EXPECT_EQ(adIdFor(kEditor, document), std::nullopt);
+  EXPECT_EQ(log_->takeLines(), parserLine(104));
+  EXPECT_EQ(adIdFor("com.example.other", document), std::nullopt);
+  EXPECT_EQ(log_->takeLines(), parserLine(104));
+  EXPECT_EQ(adIdFor(std::nullopt, document), std::nullopt);
+  EXPECT_EQ(log_->takeLines(), parserLine(104));
+}
+
+TEST_F(ParsingTest, ATableLineWithoutAppidIsRefusedFirst) {
+  expectDefect(103, documentText("<push_ad_config/>", adText("1")));
+  expectDefect(103, documentText(tableLine("", "1"), adText("1")));
+  expectDefect(103, documentText("<push_ad_config><adid>1</adid></push_ad_config>", adText("1")));
+  expectDefect(104, documentText(tableLine(kEditor, ""), adText("1")));
+}
+
+TEST_F(ParsingTest, TheFirstAppidAndAdidOfALineCount) {
+  const auto document = documentText(
+      "<push_ad_config><appid>com.example.editor</appid><appid>com.example.other</appid>"
+      "<adid>22</adid><adid>21</adid></push_ad_config>",
+      adText("21") + adText("22"));
+  EXPECT_EQ(adIdFor(kEditor, document), 22);
+  EXPECT_EQ(adIdFor("com.example.other", document), 21);
+}
+
+TEST_F(ParsingTest, ADocumentWithoutAdvertisementsIsRefused) {
+  expectDefect(119, documentText("", ""));
+  expectDefect(119, documentText("<push_ad/>", "<Push_ad/>"));
+}
+
+TEST_F(ParsingTest, AnAdvertisementWithoutAdidSpoilsTheDocumentOnlyAheadOfTheChosenOne) {
+  Ad broken;
+  broken.adid = "";
+  const std::string table = tableLine(kEditor, "22");
+  expectDefect(122, documentText(table, broken.text() + adText("22")));
+  expectDefect(122, documentText(table, adText("21") + broken.text() + adText("22")));
+  broken.adid = "<adid/><adid>22</adid>";
+  expectDefect(122, documentText(table, broken.text()));
+  EXPECT_EQ(adIdFor(kEditor, documentText(table, adText("22") + broken.text())), 22);
+  EXPECT_EQ(adIdFor("com.example.other", documentText(table, adText("21") + broken.text())), 21);
+  EXPECT_TRUE(log_->lines().empty());
+}
+
+TEST_F(ParsingTest, ATableLineThatNamesNoAdvertisementDoesNotFallBackToTheFirst) {
+  expectDefect(166, documentText(tableLine(kEditor, "99"), adText("21") + adText("22")));
+}
+
+TEST_F(ParsingTest, TheFirstOfSeveralAdvertisementsOfOneIdentifierIsChosen) {
+  Ad second;
+  second.adid = "<adid>22</adid>";
+  second.width = "<width>1</width>";
+  const auto info = parse(documentText(tableLine(kEditor, "22"), adText("22") + second.text()));
+  ASSERT_NE(info, nullptr);
+  EXPECT_EQ(info->width(), 600);
+}
+
+struct FieldCase {
+  std::string Ad::*member;
+  std::string name;
+  int line;
+};
+
+const std::vector<FieldCase> kFields = {
+    {&Ad::enable, "enable", 128}, {&Ad::version, "version", 129}, {&Ad::embed, "embed", 130},
+    {&Ad::width, "width", 131},   {&Ad::height, "height", 132},   {&Ad::count, "count", 133},
+    {&Ad::delay, "delay", 134},   {&Ad::advance, "advance", 135}, {&Ad::notes, "notes", 136}};
+
+TEST_F(ParsingTest, EachFieldMustBeThereWithSomeText) {
+  for (const auto& [member, name, line] : kFields) {
+    for (const auto& defect : {std::string(), element(name, ""), element(name, "<!-- no text -->"),
+                               element(name, "") += element(name, "1")}) {
+      Ad ad;
+      ad.*member = defect;
+      expectDefect(line, documentText("", ad.text()));
+    }
+  }
+}
+
+TEST_F(ParsingTest, OfSeveralDefectsTheFirstFieldsIsLogged) {
+  for (std::size_t index = 0; index + 1 < kFields.size(); ++index) {
+    Ad ad;
+    ad.*kFields[index].member = "";
+    ad.*kFields[index + 1].member = "";
+    ad.title = "";
+    expectDefect(kFields[index].line, documentText("", ad.text()));
+  }
+}
+
+TEST_F(ParsingTest, TitleAndPageMustBeThere) {
+  Ad ad;
+  ad.htmlContents = "";
+  expectDefect(139, documentText("", ad.text()));
+  ad.title = "";
+  expectDefect(138, documentText("", ad.text()));
+}
+
+TEST_F(ParsingTest, ATitleOrPageOfTextWithoutChildElementsIsRefused) {
+  Ad ad;
+  ad.htmlContents = "<html_contents>a page</html_contents>";
+  expectDefect(177, documentText("", ad.text()));
+  ad.title = "<title>a title</title>";
+  expectDefect(176, documentText("", ad.text()));
+  ad.title = "<title><en/><!-- c --><?pi text?></title>";
+  expectDefect(176, documentText("", ad.text()));
+}
+
+TEST_F(ParsingTest, AnEmptyLanguageIsLeftOutAndTheOthersCount) {
+  Ad ad;
+  ad.title = "<title>text<en/><!-- c --><?pi x?><ja>J</ja> <default> </default></title>";
+  const auto info = parseAd(ad);
+  ASSERT_NE(info, nullptr);
+  EXPECT_EQ(info->titleDict(), (LocalizedTexts{{"ja", "J"}, {"default", " "}}));
+}
+
+TEST_F(ParsingTest, TheLastOfSeveralTextsOfOneLanguageWinsInTheFirstOnesPlace) {
+  Ad ad;
+  ad.title = "<title><en>1</en><ja>J</ja><en>2</en><en/><EN>E</EN></title>";
+  const auto info = parseAd(ad);
+  ASSERT_NE(info, nullptr);
+  EXPECT_EQ(info->titleDict(), (LocalizedTexts{{"en", "2"}, {"ja", "J"}, {"EN", "E"}}));
+}
+
+TEST_F(ParsingTest, OnlyTheFirstTitleAndPageAreRead) {
+  Ad ad;
+  ad.title = "<title><en>1</en></title><title><en>2</en></title>";
+  ad.htmlContents += "<html_contents><ja>2</ja></html_contents>";
+  const auto info = parseAd(ad);
+  ASSERT_NE(info, nullptr);
+  EXPECT_EQ(info->titleDict(), (LocalizedTexts{{"en", "1"}}));
+  EXPECT_EQ(info->htmlContentsDict(), (LocalizedTexts{{"en", "<p>"}}));
+}
+
+TEST_F(ParsingTest, OnlyTheTextZeroDisables) {
+  const std::vector<std::pair<std::string, bool>> expectations = {
+      {"0", false}, {"1", true},  {"yes", true}, {"false", true}, {"00", true},
+      {"-0", true}, {" 0", true}, {"0 ", true},  {"no", true}};
+  for (const auto& [text, expected] : expectations) {
+    Ad ad;
+    ad.enable = "<enable>" + text + "</enable>";
+    const auto info = parseAd(ad);
+    ASSERT_NE(info, nullptr);
+    EXPECT_EQ(info->enable(), expected) << text;
+  }
+}
+
+TEST_F(ParsingTest, IntegersAreTheLeadingOnesAndSaturate) {
+  Ad ad;
+  ad.adid = "<adid> 7 </adid>";
+  ad.embed = "<embed>abc</embed>";
+  ad.width = "<width>12px</width>";
+  ad.height = "<height>3.9</height>";
+  ad.count = "<count>99999999999999999999</count>";
+  ad.delay = "<delay>\n-5</delay>";
+  const auto info = parseAd(ad);
+  ASSERT_NE(info, nullptr);
+  EXPECT_EQ(info->adId(), 7);
+  EXPECT_EQ(info->embed(), 0);
+  EXPECT_EQ(info->width(), 12);
+  EXPECT_EQ(info->height(), 3);
+  EXPECT_EQ(info->count(), std::numeric_limits<std::int64_t>::max());
+  EXPECT_EQ(info->delay(), -5);
+  EXPECT_TRUE(log_->lines().empty());
+}
+
+TEST_F(ParsingTest, TextsAreTakenAsTheyAre) {
+  Ad ad;
+  ad.version = "<version> 2<![CDATA[a]]>&#49;\r\n</version>";
+  ad.notes = "<notes><b>bold</b> <!-- c -->note</notes>";
+  const auto info = parseAd(ad);
+  ASSERT_NE(info, nullptr);
+  EXPECT_EQ(info->version(), " 2a1\n");
+  EXPECT_EQ(info->notes(), "bold note");
+}
+
+TEST_F(ParsingTest, ACustomisationThatIsNotJsonLeavesTheElementsValues) {
+  Ad ad;
+  ad.advance = "<advance>not JSON</advance>";
+  const auto info = parseAd(ad);
+  ASSERT_NE(info, nullptr);
+  EXPECT_EQ(log_->lines(), Lines{"-[MyPushAdInfo doParseCustomizationAndMerge] 153" + kFatal});
+  EXPECT_EQ(info->advance(), "not JSON");
+  EXPECT_EQ(info->width(), 600);
+  EXPECT_TRUE(info->advanceDict()->empty());
+}
+
+TEST_F(ParsingTest, AHostWithoutIdentifierIsLoggedByTheCustomisation) {
+  installHost(std::nullopt);
+  EXPECT_NE(parseAd({}), nullptr);
+  EXPECT_EQ(log_->lines(), Lines{"-[MyPushAdInfo doParseCustomizationAndMerge] 147" + kFatal});
+}
+
+TEST_F(ParsingTest, OnceEveryPromotedApplicationIsInstalledTheAdvertisementIsOff) {
+  installPackages({"Example Viewer.app", "Example Converter.app"});
+  Ad ad;
+  ad.advance = "<advance>{\"com.example.editor\":{\"enable\":1,\"width\":9}}</advance>";
+  ad.promoAppNames =
+      "<promo_app_name>Example Viewer</promo_app_name><promo_app_name/>"
+      "<promo_app_name>Example Converter</promo_app_name>"
+      "<promo_app_name>Example Viewer</promo_app_name>";
+  const auto info = parseAd(ad);
+  ASSERT_NE(info, nullptr);
+  EXPECT_FALSE(info->enable());
+  EXPECT_EQ(info->width(), 9);
+  EXPECT_EQ(log_->lines(), Lines{kAllInstalled});
+  EXPECT_EQ(applicationsFolder_->openedDirectories.size(), 1U);
+}
+
+TEST_F(ParsingTest, TheLineAboutInstalledApplicationsFollowsTheCustomisations) {
+  installPackages({"Example Viewer.app"});
+  Ad ad;
+  ad.advance = "<advance>x</advance>";
+  ad.promoAppNames = "<promo_app_name>Example Viewer</promo_app_name>";
+  parseAd(ad);
+  EXPECT_EQ(log_->lines(),
+            (Lines{"-[MyPushAdInfo doParseCustomizationAndMerge] 153" + kFatal, kAllInstalled}));
+}
+
+TEST_F(ParsingTest, AMissingPromotedApplicationKeepsTheAdvertisementOn) {
+  installPackages({"Example Viewer.app"});
+  Ad ad;
+  ad.promoAppNames =
+      "<promo_app_name>Example Viewer</promo_app_name>"
+      "<promo_app_name>Example Converter</promo_app_name>";
+  const auto info = parseAd(ad);
+  ASSERT_NE(info, nullptr);
+  EXPECT_TRUE(info->enable());
+  EXPECT_TRUE(log_->lines().empty());
+}
+
+TEST_F(ParsingTest, WithoutPromotedNamesTheApplicationsFolderIsNotTouched) {
+  Ad ad;
+  EXPECT_TRUE(parseAd(ad)->enable());
+  ad.promoAppNames = "<promo_app_name/>";
+  EXPECT_TRUE(parseAd(ad)->enable());
+  EXPECT_EQ(applicationsFolder_->directoryRequests, 0);
+  EXPECT_TRUE(log_->lines().empty());
+}
+
+TEST_F(ParsingTest, InstalledApplicationsAreReadBeforeTheLastCheck) {
+  applicationsFolder_->contents.reset();
+  Ad ad;
+  ad.title = "<title/>";
+  ad.promoAppNames = "<promo_app_name>Example Viewer</promo_app_name>";
+  EXPECT_EQ(parseAd(ad), nullptr);
+  EXPECT_EQ(log_->lines(), (Lines{"+[MyPushAdUtil fetchUserInstalledAppNamesSet] 257" + kFatal,
+                                  parserLine(176).front()}));
+}
+
+TEST_F(ParsingTest, APageOfTwentyMegabytesIsRead) {
+  std::string page;
+  page.resize(20'000'000, 'x');
+  Ad ad;
+  ad.htmlContents = "<html_contents><en><![CDATA[" + page + "]]></en></html_contents>";
+  const auto info = parseAd(ad);
+  ASSERT_NE(info, nullptr);
+  EXPECT_TRUE(info->htmlContentsDict()->front().second == page);
+}
+
+TEST_F(ParsingTest, ALargeDocumentIsReadForAHostAnywhereInItsTable) {
+  constexpr int kCount = 20'000;
+  std::string table;
+  std::string ads;
+  std::string titles;
+  for (int index = 1; index <= kCount; ++index) {
+    table += tableLine("host" + std::to_string(index), std::to_string(index));
+    ads += adText(std::to_string(index));
+    titles += "<l" + std::to_string(index) + ">t</l" + std::to_string(index) + ">";
+  }
+  Ad last;
+  last.adid = "<adid>last</adid>";
+  last.title = "<title>" + titles + titles + "</title>";
+  const auto document = documentText(table + tableLine("lasthost", "last"), ads + last.text());
+  EXPECT_EQ(adIdFor("host1", document), 1);
+  EXPECT_EQ(adIdFor("host20000", document), kCount);
+  EXPECT_EQ(adIdFor("unknown", document), 1);
+  installHost("lasthost");
+  EXPECT_EQ(parse(document)->titleDict()->size(), std::size_t{kCount});
+}
+
+}  // namespace
+}  // namespace qorix

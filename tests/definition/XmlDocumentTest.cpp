@@ -1,0 +1,311 @@
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "definition/XmlDocument.h"
+
+namespace qorix {
+namespace {
+
+using namespace std::string_literals;
+
+/// The whole text of the root, or "<refused>".
+std::string textOf(const std::string& document) {
+  const auto read = XmlDocument::parse(document);
+  return read ? std::string(read->root().text()) : "<refused>";
+}
+
+struct TextCase {
+  std::string document;
+  std::string text;
+};
+
+const std::vector<TextCase> kWellFormed = {
+    {"<r/>", ""},
+    {"<r></r>", ""},
+    {" \n<r> a </r>\n ", " a "},
+    {"\xEF\xBB\xBF<r>a</r>", "a"},
+    {"<?xml version=\"1.0\"?><r>a</r>", "a"},
+    {"<?xml version='1.1' encoding='UTF-8' standalone='yes'?><r>a</r>", "a"},
+    {"<?xml version='1.0' encoding='ISO-8859-1'?><r>\xC3\xA9</r>", "\xC3\xA9"},
+    {"<r>\xC3\xA9\xE2\x82\xAC\xF0\x9D\x84\x9E</r>", "\xC3\xA9\xE2\x82\xAC\xF0\x9D\x84\x9E"},
+    {"<r>&lt;&gt;&amp;&apos;&quot;</r>", "<>&'\""},
+    {"<r>&#65;&#x42;&#x1D11E;</r>", "AB\xF0\x9D\x84\x9E"},
+    {"<r>&amp;lt;</r>", "&lt;"},
+    {"<r>a\r\nb\rc\n</r>", "a\nb\nc\n"},
+    {"<r><![CDATA[a\r\nb\rc\n\r]]></r>", "a\nb\nc\n\n"},
+    {"<r>a&#13;&#10;b</r>", "a\r\nb"},
+    {"<r><![CDATA[<b>&amp;</b>]]></r>", "<b>&amp;</b>"},
+    {"<r><![CDATA[]]></r>", ""},
+    {"<r>a<![CDATA[b]]>c<![CDATA[d]]></r>", "abcd"},
+    {"<r><![CDATA[a]]]]><![CDATA[>b]]></r>", "a]]>b"},
+    {"<r><![CDATA[]]]]]]></r>", "]]]]"},
+    {"<r><![CDATA[ <![CDATA[ ]]></r>", " <![CDATA[ "},
+    {"<r>a<!-- <![CDATA[ no ]]> -->b</r>", "ab"},
+    {"<r>a<?pi <![CDATA[ no ]]> ?>b</r>", "ab"},
+    {"<r>a<b>c<d>e</d></b>f</r>", "acef"},
+    {"<r>]]</r>", "]]"},
+    {"<r>\x7F\xC2\x80\xEF\xBF\xBD</r>", "\x7F\xC2\x80\xEF\xBF\xBD"},
+    {"<r a='&lt;' b=\"x>y\">a</r>", "a"},
+    {"<!-- c --><?p?><r>a</r><!-- c --><?p?>", "a"},
+    {"<!DOCTYPE r><r>a</r>", "a"},
+    {"<!DOCTYPE r [<!ELEMENT r ANY><!ATTLIST r a CDATA 'x'><!NOTATION n SYSTEM 'n'>]><r>a</r>",
+     "a"},
+    {"<!DOCTYPE r [<!ENTITY e 'inside'>]><r>&e;</r>", "inside"},
+    {"<!DOCTYPE r [<!ENTITY e '<b>x</b>'>]><r>1&e;2</r>", "1x2"},
+    {"<!DOCTYPE r [<!ENTITY e '<![CDATA[<x>]]>'>]><r>&e;</r>", "<x>"},
+    {"<!DOCTYPE r [<!ENTITY a 'A'><!ENTITY b '&a;B'>]><r a='&b;'>&b;&b;</r>", "ABAB"},
+    {"<!DOCTYPE r [<!ENTITY e 'first'><!ENTITY e 'second'>]><r>&e;</r>", "first"},
+    {"<!DOCTYPE r [<!ENTITY e '<![CDATA[<!-- ]]>'>]><r>&e;<![CDATA[x]]>&e;</r>", "<!-- x<!-- "},
+    {"<!DOCTYPE r [<!ENTITY % p '<!ENTITY e \"made\">'>%p;]><r>&e;</r>", "made"},
+    {"<x:r xmlns:x='urn:x'>a</x:r>", "a"},
+    {"<x:r>an undeclared prefix is no matter</x:r>", "an undeclared prefix is no matter"},
+};
+
+TEST(XmlDocumentTest, ReadsTheTextOfWellFormedDocuments) {
+  for (const auto& [document, text] : kWellFormed) {
+    EXPECT_EQ(textOf(document), text) << document;
+  }
+}
+
+TEST(XmlDocumentTest, WhereTheTextIsCutIntoPiecesMakesNoDifference) {
+  for (const auto& [document, text] : kWellFormed) {
+    for (std::size_t pieceSize = 1; pieceSize < document.size(); ++pieceSize) {
+      const auto read = XmlDocument::parse(document, pieceSize);
+      ASSERT_TRUE(read) << pieceSize << ": " << document;
+      EXPECT_EQ(read->root().text(), text) << pieceSize << ": " << document;
+    }
+  }
+}
+
+const std::vector<std::string> kNotWellFormed = {
+    "",
+    " ",
+    "text",
+    "{}",
+    "<",
+    "<r",
+    "<r>",
+    "</r>",
+    "<r></R>",
+    "<r/><r/>",
+    "<r/>garbage",
+    "garbage<r/>",
+    "<r/>&amp;",
+    "<r/><![CDATA[]]>",
+    "<r><a></r></a>",
+    "<r a=1/>",
+    "<r a/>",
+    "<r a='1' a='2'/>",
+    "<r a='1'b='2'/>",
+    "<r a='<'/>",
+    "<1/>",
+    "<r>&</r>",
+    "<r>&amp</r>",
+    "<r>&undefined;</r>",
+    "<r a='&undefined;'/>",
+    "<r>&#0;</r>",
+    "<r>&#x1F;</r>",
+    "<r>&#xD800;</r>",
+    "<r>&#xFFFE;</r>",
+    "<r>&#x110000;</r>",
+    "<r>&#;</r>",
+    "<r>]]></r>",
+    "<r><![CDATA[</r>",
+    "<r><![CDATA[ ]]</r>",
+    "<r><![CDATA[ ]] ></r>",
+    "<r><![cdata[ ]]></r>",
+    "<r><![CDATA[\x01]]></r>",
+    "<r><![CDATA[\x80]]></r>",
+    "<r><![CDATA[\xC3]]></r>",
+    "<r><![CDATA[\xC3",
+    "<r><![CDATA[\xC0\x80]]></r>",
+    "<r><![CDATA[\xE0\x80\x80]]></r>",
+    "<r><![CDATA[\xED\xA0\x80]]></r>",
+    "<r><![CDATA[\xEF\xBF\xBE]]></r>",
+    "<r><![CDATA[a\xEF\xBF\xBF]]></r>",
+    "<r><![CDATA[\xF4\x90\x80\x80]]></r>",
+    "<r><!-- -- --></r>",
+    "<r><!-- </r>",
+    "<r><?xml version='1.0'?></r>",
+    " <?xml version='1.0'?><r/>",
+    "<?xml?><r/>",
+    "<?xml version='2.0'?><r/>",
+    "<?xml version='1.'?><r/>",
+    "<?xml version='1.x'?><r/>",
+    "<?xml version='11'?><r/>",
+    "<?xml version='1.0' encoding=''?><r/>",
+    "<?xml encoding='UTF-8'?><r/>",
+    "<r>\x01</r>",
+    "<r>\x0B</r>",
+    "<r>\x1F</r>",
+    "<r>\x80</r>",
+    "<r>\xC3</r>",
+    "<r>\xC3(</r>",
+    "<r>\xC0\x80</r>",
+    "<r>\xED\xA0\x80</r>",
+    "<r>\xEF\xBF\xBF</r>",
+    "<r>\xF8\x88\x80\x80\x80</r>",
+    "<r>\xFF</r>",
+    "\xFE\xFF<r/>",
+    "\xFF\xFE<r/>",
+    "<!DOCTYPE r",
+    "<!DOCTYPE r [<!ENTITY e '&e;'>]><r>&e;</r>",
+    "<!DOCTYPE r [<!ENTITY a '&b;'><!ENTITY b '&a;'>]><r>&a;</r>",
+    "<!DOCTYPE r [<!ENTITY e '<b>'>]><r>&e;</b></r>",
+    "<!DOCTYPE r [<!ENTITY e '<![CDATA['>]><r>&e;]]></r>",
+    "<!DOCTYPE r [<!ENTITY e SYSTEM 'x'>]><r a='&e;'/>",
+    "<!DOCTYPE r [<!ENTITY % p 'x'> %q; ]><r/>",
+    "<!DOCTYPE r [%p;]><r/>",
+    "<!DOCTYPE r [<!ELEMENT r ANY]><r/>",
+};
+
+TEST(XmlDocumentTest, RefusesDocumentsThatAreNotWellFormed) {
+  for (const auto& document : kNotWellFormed) {
+    EXPECT_FALSE(XmlDocument::parse(document)) << document;
+    EXPECT_FALSE(XmlDocument::parse(document, 3)) << document;
+  }
+}
+
+TEST(XmlDocumentTest, RefusesZeroBytesAndOtherEncodings) {
+  for (const auto& document : {"<r>\0</r>"s, "<r/>\0"s, "\0<r/>"s, "<r><![CDATA[\0]]></r>"s,
+                               "<\0r\0/\0>\0"s, "\xFF\xFE<\0r\0/\0>\0"s, "\xFE\xFF\0<\0r\0/\0>"s}) {
+    EXPECT_FALSE(XmlDocument::parse(document));
+  }
+}
+
+TEST(XmlDocumentTest, RefusesEveryTruncationOfADocument) {
+  const std::string whole =
+      "<?xml version='1.0'?><!DOCTYPE r [<!ENTITY e 'x'>]><r a='1'>&e;<!-- c --><b><![CDATA[<>]]>"
+      "</b></r>";
+  ASSERT_TRUE(XmlDocument::parse(whole));
+  for (std::size_t size = 0; size < whole.size(); ++size) {
+    EXPECT_FALSE(XmlDocument::parse(whole.substr(0, size))) << size;
+  }
+}
+
+/// A CDATA section too long for the parser to see its inside.
+std::string longSection(const std::string& inside) {
+  return "<![CDATA[" + inside + std::string(2000, '.') + "]]>";
+}
+
+TEST(XmlDocumentTest, TheInsideOfALongSectionIsReadLikeThatOfAShortOne) {
+  const std::string dots(2000, '.');
+  const std::vector<TextCase> sections = {
+      {"a\r\nb\rc\n\r", "a\nb\nc\n\n"},
+      {"\r", "\n"},
+      {"\t\x7F", "\t\x7F"},
+      {"<b>&amp;&undefined;</b> ]] ]> <![CDATA[ <!-- ]]",
+       "<b>&amp;&undefined;</b> ]] ]> <![CDATA[ <!-- ]]"},
+      {"\xC3\xA9\xE2\x82\xAC\xF0\x9D\x84\x9E\xEF\xBF\xBD!",
+       "\xC3\xA9\xE2\x82\xAC\xF0\x9D\x84\x9E\xEF\xBF\xBD!"},
+  };
+  for (const auto& [inside, text] : sections) {
+    const auto document = XmlDocument::parse("<r><a>2" + longSection(inside) + "3</a>" +
+                                             longSection(inside) + "4</r>");
+    ASSERT_TRUE(document) << inside;
+    const std::string expected = text + dots;
+    const auto root = document->root();
+    EXPECT_EQ(root.firstChildNamed("a")->text(), std::string("2").append(expected).append("3"));
+    EXPECT_EQ(root.text(), std::string("2").append(expected).append("3").append(expected) += "4");
+  }
+  for (const auto* inside :
+       {"\x01", "\x1F", "\x80", "\xC3", "\xC3(", "\xC0\x80", "\xE0\x80\x80", "\xED\xA0\x80",
+        "\xEF\xBF\xBE", "\xC3\xA9\xEF\xBF\xBF\xC3\xA9", "\xF4\x90\x80\x80", "\xFF", "]]>"}) {
+    EXPECT_EQ(textOf("<r>" + longSection(inside) + "</r>"), "<refused>") << inside;
+  }
+  EXPECT_EQ(textOf("<r>" + longSection("\0"s) + "</r>"), "<refused>");
+  EXPECT_EQ(textOf("<r/>" + longSection("")), "<refused>");
+  EXPECT_EQ(textOf(longSection("") + "<r/>"), "<refused>");
+  EXPECT_EQ(textOf("<r>" + longSection("")), "<refused>");
+}
+
+TEST(XmlDocumentTest, WhatOnlyLooksLikeALongSectionIsNone) {
+  const std::string section = longSection("no");
+  EXPECT_EQ(textOf("<r>a<!--" + section + "-->b</r>"), "ab");
+  EXPECT_EQ(textOf("<r>a<?p " + section + "?>b" + longSection("") + "</r>"),
+            "ab" + std::string(2000, '.'));
+  EXPECT_EQ(textOf("<r>[CDATA[" + std::string(2000, '.') + "]]</r>"),
+            "[CDATA[" + std::string(2000, '.') + "]]");
+  EXPECT_EQ(textOf("<r>[CDATA[" + std::string(2000, '.') + "]]></r>"), "<refused>");
+  EXPECT_EQ(textOf("<!DOCTYPE r [<!ENTITY e '" + section + "'>]><r>&e;</r>"),
+            "no" + std::string(2000, '.'));
+  EXPECT_EQ(textOf("<r a='[CDATA[" + std::string(2000, '.') + "]]>'>b</r>"), "b");
+}
+
+std::vector<std::string> names(const XmlElement::Children& children) {
+  std::vector<std::string> result;
+  for (const XmlElement child : children) {
+    result.emplace_back(child.name());
+  }
+  return result;
+}
+
+TEST(XmlDocumentTest, ChildrenAreTheDirectOnesInDocumentOrder) {
+  const auto document = XmlDocument::parse(
+      "<r>t<a>1<c>deep</c></a><!-- x --><b/><?p?><c/><a>2</a><![CDATA[<a/>]]><A>3</A></r>");
+  ASSERT_TRUE(document);
+  const auto root = document->root();
+  EXPECT_EQ(root.name(), "r");
+  EXPECT_EQ(names(root.children()), (std::vector<std::string>{"a", "b", "c", "a", "A"}));
+  EXPECT_EQ(names(root.childrenNamed("a")), (std::vector<std::string>{"a", "a"}));
+  EXPECT_TRUE(root.childrenNamed("deep").empty());
+  EXPECT_EQ(root.firstChildNamed("a")->text(), "1deep");
+  EXPECT_EQ(root.firstChildNamed("c")->text(), "");
+  EXPECT_EQ(root.firstChildNamed("A")->text(), "3");
+  EXPECT_FALSE(root.firstChildNamed("d"));
+  EXPECT_TRUE(root.firstChildNamed("b")->children().empty());
+  EXPECT_EQ(root.text(), "t1deep2<a/>3");
+}
+
+TEST(XmlDocumentTest, PrefixesArePartOfTheName) {
+  const auto document = XmlDocument::parse("<r xmlns='urn:d' xmlns:p='urn:p'><p:a/><a/></r>");
+  ASSERT_TRUE(document);
+  EXPECT_EQ(names(document->root().children()), (std::vector<std::string>{"p:a", "a"}));
+}
+
+TEST(XmlDocumentTest, AMovedDocumentKeepsItsContents) {
+  auto document = XmlDocument::parse("<r><a>some text that is longer than a short string</a></r>");
+  const XmlDocument moved = std::move(*document);
+  EXPECT_EQ(moved.root().firstChildNamed("a")->text(),
+            "some text that is longer than a short string");
+}
+
+TEST(XmlDocumentTest, AMillionNestedElementsAreRead) {
+  constexpr std::size_t kDepth = 1'000'000;
+  std::string text;
+  for (std::size_t i = 0; i < kDepth; ++i) {
+    text += "<a>";
+  }
+  text += "x";
+  for (std::size_t i = 0; i < kDepth; ++i) {
+    text += "</a>";
+  }
+  const auto document = XmlDocument::parse(text);
+  ASSERT_TRUE(document);
+  XmlElement element = document->root();
+  std::size_t depth = 1;
+  while (const auto child = element.firstChildNamed("a")) {
+    element = *child;
+    ++depth;
+  }
+  EXPECT_EQ(depth, kDepth);
+  EXPECT_EQ(element.text(), "x");
+}
+
+TEST(XmlDocumentTest, APageOfTwentyMegabytesInOneSectionIsRead) {
+  std::string page;
+  while (page.size() < 20'000'000) {
+    page += "<p class=\"x\">Fast, small &amp; friendly: \xE6\x97\xA5\xE6\x9C\xAC.</p>\n";
+  }
+  const auto document = XmlDocument::parse("<r><en><![CDATA[" + page + "]]></en></r>");
+  ASSERT_TRUE(document);
+  EXPECT_TRUE(document->root().firstChildNamed("en")->text() == page);
+  const auto inPieces = XmlDocument::parse("<r><en><![CDATA[" + page + "]]></en></r>", 1 << 20);
+  ASSERT_TRUE(inPieces);
+  EXPECT_TRUE(inPieces->root().text() == page);
+}
+
+}  // namespace
+}  // namespace qorix
