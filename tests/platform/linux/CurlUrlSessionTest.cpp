@@ -1,0 +1,606 @@
+#include <curl/curl.h>
+#include <gmock/gmock.h>
+
+#include <atomic>
+#include <chrono>
+#include <cstdlib>
+#include <future>
+#include <thread>
+
+#include "platform/linux/CurlUrlSession.h"
+#include "support/LoopbackServer.h"
+#include "support/RecordingUrlSessionDelegate.h"
+
+namespace qorix {
+namespace {
+
+using Answer = LoopbackServer::Answer;
+using Clock = std::chrono::steady_clock;
+using Ending = LoopbackServer::Ending;
+using Security = LoopbackServer::Security;
+using ::testing::HasSubstr;
+
+class CurlUrlSessionTest : public ::testing::Test {
+ protected:
+  CurlUrlSessionTest() {
+    for (const char* name :
+         {"http_proxy", "https_proxy", "HTTPS_PROXY", "all_proxy", "ALL_PROXY"}) {
+      ::unsetenv(name);
+    }
+  }
+
+  void open(CurlUrlSessionFactory::Options options = {}) {
+    session_ = CurlUrlSessionFactory(std::move(options)).createEphemeralSession(delegate_);
+  }
+
+  void start(const std::string& url) { session_->startDataTask(Url::parse(url).value()); }
+
+  /// Fetches `url` and answers how that ended.
+  std::optional<Error> fetch(const std::string& url) {
+    if (session_ == nullptr) {
+      open();
+    }
+    const std::size_t before = delegate_->outcomes().size();
+    start(url);
+    if (!delegate_->waitForOutcomes(before + 1)) {
+      ADD_FAILURE() << "no outcome for " << url;
+      return std::nullopt;
+    }
+    return delegate_->outcomes().at(before);
+  }
+
+  std::optional<Error> fetchAnswer(Answer answer) {
+    server_.setAnswer("/ad.xml", std::move(answer));
+    return fetch(server_.url("/ad.xml"));
+  }
+
+  static void expectSuccess(const std::optional<Error>& error) {
+    EXPECT_FALSE(error.has_value()) << error->code << ' ' << error->description;
+  }
+
+  static void expectError(const std::optional<Error>& error, CURLcode code) {
+    ASSERT_TRUE(error.has_value());
+    EXPECT_EQ(error->domain, "curl");
+    EXPECT_EQ(error->code, code) << error->description;
+    EXPECT_NE(error->description, "");
+  }
+
+  LoopbackServer server_;
+  std::shared_ptr<RecordingUrlSessionDelegate> delegate_ =
+      std::make_shared<RecordingUrlSessionDelegate>();
+  std::shared_ptr<UrlSession> session_;
+};
+
+TEST_F(CurlUrlSessionTest, asksPlainlyAndPastEveryCache) {
+  expectSuccess(fetchAnswer({.body = {"text"}}));
+  ASSERT_EQ(server_.requests().size(), 1U);
+  const auto request = server_.requests()[0];
+  EXPECT_EQ(request.method, "GET");
+  EXPECT_EQ(request.target, "/ad.xml");
+  EXPECT_EQ(request.header("cache-control"), "no-cache");
+  EXPECT_EQ(request.header("cookie"), "");
+  EXPECT_EQ(request.header("authorization"), "");
+  EXPECT_EQ(request.header("if-modified-since"), "");
+  EXPECT_EQ(request.header("if-none-match"), "");
+}
+
+TEST_F(CurlUrlSessionTest, anErrorStatusIsNoError) {
+  for (const int status : {404, 500, 304, 401}) {
+    const std::string page = status == 304 ? "" : "<h1>Sorry " + std::to_string(status) + "</h1>";
+    const std::string before = delegate_->body();
+    expectSuccess(fetchAnswer({.status = status, .body = {page}}));
+    EXPECT_EQ(delegate_->body(), before + page);
+  }
+}
+
+TEST_F(CurlUrlSessionTest, bytesArriveAsTheyAre) {
+  const std::string latin1 = "caf\xE9 \xFF\x00 \x80";
+  expectSuccess(fetchAnswer(
+      {.headers = {{"Content-Type", "text/html; charset=iso-8859-1"}}, .body = {latin1}}));
+  EXPECT_EQ(delegate_->body(), latin1);
+}
+
+TEST_F(CurlUrlSessionTest, piecesArriveOneByOneAndInOrder) {
+  server_.setAnswer("/ad.xml",
+                    {.body = {"caf\xC3", "\xA9"}, .isChunked = true, .waitsBetweenPieces = true});
+  open();
+  start(server_.url("/ad.xml"));
+  ASSERT_TRUE(delegate_->waitForBodySize(4));
+  EXPECT_EQ(delegate_->body(), "caf\xC3");
+  server_.releasePiece();
+  ASSERT_TRUE(delegate_->waitForOutcomes());
+  EXPECT_EQ(delegate_->body(), "caf\xC3\xA9");
+  EXPECT_EQ(delegate_->pieces(), 2U);
+  expectSuccess(delegate_->outcomes()[0]);
+}
+
+TEST_F(CurlUrlSessionTest, aLargeBodyArrivesWhole) {
+  std::string body(50'000'000, ' ');
+  for (std::size_t i = 0; i < body.size(); ++i) {
+    body[i] = static_cast<char>(i * 2'654'435'761U >> 24);
+  }
+  expectSuccess(fetchAnswer({.body = {body}}));
+  EXPECT_TRUE(delegate_->body() == body);
+}
+
+// Failures.
+
+TEST_F(CurlUrlSessionTest, aConnectionThatIsCutIsAnError) {
+  expectError(fetchAnswer({.body = {"half of it"}, .ending = Ending::cut}), CURLE_PARTIAL_FILE);
+  EXPECT_EQ(delegate_->body(), "half of it");
+}
+
+TEST_F(CurlUrlSessionTest, aChunkedBodyThatIsCutIsAnError) {
+  const auto error =
+      fetchAnswer({.body = {"half of it"}, .isChunked = true, .ending = Ending::cut});
+  ASSERT_TRUE(error.has_value());
+  EXPECT_EQ(error->domain, "curl");
+}
+
+TEST_F(CurlUrlSessionTest, nobodyAtThePortIsAnError) {
+  std::string url;
+  {
+    const LoopbackServer gone;
+    url = gone.url("/");
+  }
+  expectError(fetch(url), CURLE_COULDNT_CONNECT);
+}
+
+TEST_F(CurlUrlSessionTest, anAnswerThatIsNoHttpIsAnError) {
+  RawServer server([](RawServer::Connection& connection) {
+    connection.readRequest();
+    connection.send("SSH-2.0-hello\r\n");
+  });
+  expectError(fetch(server.url("/")), CURLE_UNSUPPORTED_PROTOCOL);
+  EXPECT_EQ(delegate_->body(), "");
+}
+
+TEST_F(CurlUrlSessionTest, noAnswerAtAllIsAnError) {
+  RawServer server([](RawServer::Connection& connection) { connection.readRequest(); });
+  expectError(fetch(server.url("/")), CURLE_GOT_NOTHING);
+}
+
+TEST_F(CurlUrlSessionTest, otherSchemesAreErrors) {
+  expectError(fetch("file:///etc/hostname"), CURLE_UNSUPPORTED_PROTOCOL);
+  expectError(fetch("ftp://127.0.0.1/file"), CURLE_UNSUPPORTED_PROTOCOL);
+  EXPECT_EQ(delegate_->body(), "");
+}
+
+TEST_F(CurlUrlSessionTest, everyAttemptStartsAfreshAfterAFailure) {
+  expectError(fetchAnswer({.body = {"half"}, .ending = Ending::cut}), CURLE_PARTIAL_FILE);
+  expectSuccess(fetchAnswer({.body = {"whole"}}));
+  EXPECT_EQ(delegate_->body(), "halfwhole");
+}
+
+// The idle limit.
+
+TEST_F(CurlUrlSessionTest, aStalledBodyEndsAtTheIdleLimit) {
+  open({.idleLimitSeconds = 1});
+  const auto start = Clock::now();
+  expectError(fetchAnswer({.body = {"first"}, .ending = Ending::stall}), CURLE_OPERATION_TIMEDOUT);
+  const std::chrono::duration<double> elapsed = Clock::now() - start;
+  EXPECT_GE(elapsed.count(), 1);
+  EXPECT_LT(elapsed.count(), 8);
+  EXPECT_EQ(delegate_->body(), "first");
+}
+
+TEST_F(CurlUrlSessionTest, aServerThatNeverAnswersEndsAtTheIdleLimit) {
+  RawServer server([](RawServer::Connection& connection) { connection.waitForClose(); });
+  open({.idleLimitSeconds = 0.3});
+  const auto start = Clock::now();
+  expectError(fetch(server.url("/")), CURLE_OPERATION_TIMEDOUT);
+  EXPECT_GE(Clock::now() - start, std::chrono::milliseconds(300));
+}
+
+TEST_F(CurlUrlSessionTest, aHandshakeThatNeverEndsEndsAtTheIdleLimit) {
+  RawServer server([](RawServer::Connection& connection) { connection.waitForClose(); });
+  open({.idleLimitSeconds = 0.3});
+  expectError(fetch("https://127.0.0.1:" + std::to_string(server.port()) + "/"),
+              CURLE_OPERATION_TIMEDOUT);
+}
+
+TEST_F(CurlUrlSessionTest, theIdleLimitIsNoLimitOnTheWhole) {
+  constexpr auto kLimit = std::chrono::milliseconds(1'500);
+  const auto end = Clock::now() + 2 * kLimit;
+  RawServer server([end](RawServer::Connection& connection) {
+    connection.readRequest();
+    connection.send("HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n");
+    while (Clock::now() < end && connection.send("1\r\nx\r\n")) {
+      std::this_thread::yield();
+    }
+    connection.send("0\r\n\r\n");
+  });
+  open({.idleLimitSeconds = 1.5});
+  expectSuccess(fetch(server.url("/")));
+  EXPECT_GE(Clock::now(), end);
+}
+
+TEST_F(CurlUrlSessionTest, tasksHaveIdleLimitsOfTheirOwn) {
+  open({.idleLimitSeconds = 1});
+  server_.setAnswer("/stall", {.ending = Ending::stall});
+  start(server_.url("/stall"));
+  ASSERT_TRUE(server_.waitForRequests(1));
+  expectSuccess(fetchAnswer({.body = {"text"}}));
+  ASSERT_TRUE(delegate_->waitForOutcomes(2));
+  expectError(delegate_->outcomes()[1], CURLE_OPERATION_TIMEDOUT);
+}
+
+// Redirects.
+
+TEST_F(CurlUrlSessionTest, redirectsAreFollowedWithoutTheirBodies) {
+  for (const int status : {301, 302, 303, 307, 308}) {
+    const std::string before = delegate_->body();
+    server_.setAnswer("/old", LoopbackServer::redirect("/new", status));
+    server_.setAnswer("/new", {.body = {"text"}});
+    expectSuccess(fetch(server_.url("/old")));
+    EXPECT_EQ(delegate_->body(), before + "text");
+  }
+}
+
+TEST_F(CurlUrlSessionTest, followsTwentyRedirectsAndNoMore) {
+  server_.setHandler("/hop", [](const LoopbackServer::Request& request) {
+    const int left = std::stoi(request.target.substr(request.target.find('=') + 1));
+    return left == 0 ? Answer{.body = {"text"}}
+                     : LoopbackServer::redirect("/hop?left=" + std::to_string(left - 1));
+  });
+  expectSuccess(fetch(server_.url("/hop?left=20")));
+  EXPECT_EQ(delegate_->body(), "text");
+  expectError(fetch(server_.url("/hop?left=21")), CURLE_TOO_MANY_REDIRECTS);
+  EXPECT_EQ(delegate_->body(), "text");
+}
+
+TEST_F(CurlUrlSessionTest, redirectsToOtherSchemesAreRefused) {
+  for (const char* target : {"file:///etc/hostname", "ftp://127.0.0.1/file"}) {
+    server_.setAnswer("/old", LoopbackServer::redirect(target));
+    expectError(fetch(server_.url("/old")), CURLE_UNSUPPORTED_PROTOCOL);
+  }
+  EXPECT_EQ(delegate_->body(), "");
+}
+
+TEST_F(CurlUrlSessionTest, httpMayLeadToHttps) {
+  LoopbackServer secure(Security::tls);
+  open({.certificateAuthorityFile = secure.certificateFile()});
+  secure.setAnswer("/new", {.body = {"text"}});
+  server_.setAnswer("/old", LoopbackServer::redirect(secure.url("/new")));
+  expectSuccess(fetch(server_.url("/old")));
+  EXPECT_EQ(delegate_->body(), "text");
+}
+
+TEST_F(CurlUrlSessionTest, httpsMayLeadToHttps) {
+  LoopbackServer secure(Security::tls);
+  open({.certificateAuthorityFile = secure.certificateFile()});
+  secure.setAnswer("/old", LoopbackServer::redirect("/new"));
+  secure.setAnswer("/new", {.body = {"text"}});
+  expectSuccess(fetch(secure.url("/old")));
+  EXPECT_EQ(delegate_->body(), "text");
+}
+
+TEST_F(CurlUrlSessionTest, httpsNeverLeadsToHttp) {
+  LoopbackServer secure(Security::tls);
+  open({.certificateAuthorityFile = secure.certificateFile()});
+  server_.setAnswer("/new", {.body = {"text"}});
+  secure.setAnswer("/old", LoopbackServer::redirect(server_.url("/new")));
+  expectError(fetch(secure.url("/old")), CURLE_UNSUPPORTED_PROTOCOL);
+  EXPECT_EQ(delegate_->body(), "");
+  EXPECT_TRUE(server_.requests().empty());
+}
+
+TEST_F(CurlUrlSessionTest, httpsNeverLeadsToHttpEvenWhenItBeganWithHttp) {
+  LoopbackServer secure(Security::tls);
+  open({.certificateAuthorityFile = secure.certificateFile()});
+  server_.setAnswer("/first", LoopbackServer::redirect(secure.url("/second")));
+  secure.setAnswer("/second", LoopbackServer::redirect(server_.url("/third")));
+  server_.setAnswer("/third", {.body = {"text"}});
+  expectError(fetch(server_.url("/first")), CURLE_UNSUPPORTED_PROTOCOL);
+  EXPECT_EQ(delegate_->body(), "");
+  EXPECT_EQ(server_.requests().size(), 1U);
+  EXPECT_EQ(secure.requests().size(), 1U);
+  // Nor does that make a later task stricter.
+  expectSuccess(fetch(server_.url("/third")));
+}
+
+// TLS.
+
+TEST_F(CurlUrlSessionTest, aServerWithoutTlsIsAnError) {
+  const auto error = fetch(server_.url("/ad.xml", "https"));
+  expectError(error, CURLE_SSL_CONNECT_ERROR);
+}
+
+TEST_F(CurlUrlSessionTest, aCertificateThatNobodyVouchesForIsAnError) {
+  LoopbackServer secure(Security::tls);
+  secure.setAnswer("/ad.xml", {.body = {"text"}});
+  expectError(fetch(secure.url("/ad.xml")), CURLE_PEER_FAILED_VERIFICATION);
+  EXPECT_TRUE(secure.requests().empty());
+}
+
+TEST_F(CurlUrlSessionTest, aCertificateThatIsTrustedIsAccepted) {
+  LoopbackServer secure(Security::tls);
+  open({.certificateAuthorityFile = secure.certificateFile()});
+  secure.setAnswer("/ad.xml", {.body = {"text"}});
+  expectSuccess(fetch(secure.url("/ad.xml")));
+  EXPECT_EQ(delegate_->body(), "text");
+}
+
+// Encodings.
+
+TEST_F(CurlUrlSessionTest, compressedBodiesAreDecoded) {
+  const std::string text(200'000, 'x');
+  expectSuccess(fetchAnswer({.headers = {{"Content-Encoding", "gzip"}}, .body = {gzipped(text)}}));
+  EXPECT_TRUE(delegate_->body() == text);
+  EXPECT_THAT(server_.requests()[0].header("accept-encoding"), HasSubstr("gzip"));
+}
+
+TEST_F(CurlUrlSessionTest, compressedBodiesMayComeByteByByteAndInSeveralParts) {
+  Answer answer{.headers = {{"Content-Encoding", "GZip"}}, .isChunked = true};
+  for (const char byte : gzipped("first ") + gzipped("") + gzipped("second")) {
+    answer.body.emplace_back(1, byte);
+  }
+  expectSuccess(fetchAnswer(answer));
+  EXPECT_EQ(delegate_->body(), "first second");
+}
+
+TEST_F(CurlUrlSessionTest, anEmptyBodyNeedsNoDecoding) {
+  expectSuccess(fetchAnswer({.headers = {{"Content-Encoding", "gzip"}}}));
+  EXPECT_EQ(delegate_->pieces(), 0U);
+}
+
+TEST_F(CurlUrlSessionTest, theEncodingOfARedirectIsNotThatOfItsTarget) {
+  Answer redirect = LoopbackServer::redirect("/new");
+  redirect.headers.emplace("Content-Encoding", "gzip");
+  server_.setAnswer("/old", redirect);
+  server_.setAnswer("/new", {.body = {"text"}});
+  expectSuccess(fetch(server_.url("/old")));
+  EXPECT_EQ(delegate_->body(), "text");
+}
+
+TEST_F(CurlUrlSessionTest, aCompressedBodyThatEndsTooEarlyIsAnError) {
+  const std::string whole = gzipped(std::string(100'000, 'x') + "end");
+  for (const std::size_t missing : {1U, 8U, 20U}) {
+    expectError(fetchAnswer({.headers = {{"Content-Encoding", "gzip"}},
+                             .body = {whole.substr(0, whole.size() - missing)}}),
+                CURLE_BAD_CONTENT_ENCODING);
+  }
+  expectError(
+      fetchAnswer({.headers = {{"Content-Encoding", "gzip"}}, .body = {whole.substr(0, 5)}}),
+      CURLE_BAD_CONTENT_ENCODING);
+}
+
+TEST_F(CurlUrlSessionTest, aDamagedCompressedBodyIsAnError) {
+  std::string body = gzipped("some text to be damaged, some text to be damaged");
+  body[body.size() - 6] = static_cast<char>(~body[body.size() - 6]);  // in the checksum
+  expectError(fetchAnswer({.headers = {{"Content-Encoding", "gzip"}}, .body = {body}}),
+              CURLE_BAD_CONTENT_ENCODING);
+  expectError(fetchAnswer({.headers = {{"Content-Encoding", "gzip"}}, .body = {"plain text"}}),
+              CURLE_BAD_CONTENT_ENCODING);
+}
+
+TEST_F(CurlUrlSessionTest, anEncodingThatNobodyAskedForIsAnError) {
+  for (const char* encoding : {"br", "zstd", "gzip, gzip", "rot13"}) {
+    expectError(fetchAnswer({.headers = {{"Content-Encoding", encoding}}, .body = {"???"}}),
+                CURLE_BAD_CONTENT_ENCODING);
+  }
+  EXPECT_EQ(delegate_->body(), "");
+}
+
+// Nothing is kept.
+
+TEST_F(CurlUrlSessionTest, cookiesAreNotKept) {
+  expectSuccess(fetchAnswer({.headers = {{"Set-Cookie", "a=b; Path=/"}}, .body = {"1"}}));
+  expectSuccess(fetchAnswer({.body = {"2"}}));
+  Answer redirect = LoopbackServer::redirect("/ad.xml");
+  redirect.headers.emplace("Set-Cookie", "c=d; Path=/");
+  server_.setAnswer("/old", redirect);
+  expectSuccess(fetch(server_.url("/old")));
+  for (const auto& request : server_.requests()) {
+    EXPECT_EQ(request.header("cookie"), "");
+  }
+}
+
+TEST_F(CurlUrlSessionTest, everyTaskGoesToTheServer) {
+  const Answer answer{.headers = {{"Cache-Control", "max-age=3600"}, {"ETag", "\"1\""}},
+                      .body = {"text"}};
+  expectSuccess(fetchAnswer(answer));
+  expectSuccess(fetchAnswer(answer));
+  ASSERT_EQ(server_.requests().size(), 2U);
+  EXPECT_EQ(server_.requests()[1].header("if-none-match"), "");
+  EXPECT_EQ(delegate_->body(), "texttext");
+}
+
+// Threads and lifetimes.
+
+TEST_F(CurlUrlSessionTest, callsTheDelegateOnOneThreadThatIsNotTheCallers) {
+  expectSuccess(fetchAnswer({.body = {"text"}}));
+  const auto thread = delegate_->thread();
+  EXPECT_NE(thread, std::this_thread::get_id());
+  expectSuccess(fetchAnswer({.body = {"text"}}));
+  EXPECT_EQ(delegate_->thread(), thread);
+}
+
+TEST_F(CurlUrlSessionTest, callsComeOneAtATimeWhicheverThreadStartsTheTasks) {
+  constexpr std::size_t kThreads = 4;
+  constexpr std::size_t kTasks = 10;
+  std::atomic<int> inside = 0;
+  std::atomic<bool> overlapped = false;
+  const auto visit = [&] {
+    overlapped = overlapped || ++inside > 1;
+    std::this_thread::yield();
+    --inside;
+  };
+  delegate_->onData = visit;
+  delegate_->onCompletion = visit;
+  open();
+  server_.setAnswer("/ad.xml", {.body = {"12", "34"}, .isChunked = true});
+  std::vector<std::thread> threads;
+  for (std::size_t i = 0; i < kThreads; ++i) {
+    threads.emplace_back([this] {
+      for (std::size_t task = 0; task < kTasks; ++task) {
+        start(server_.url("/ad.xml"));
+      }
+    });
+  }
+  for (std::thread& thread : threads) {
+    thread.join();
+  }
+  ASSERT_TRUE(delegate_->waitForOutcomes(kThreads * kTasks));
+  EXPECT_EQ(delegate_->body().size(), kThreads * kTasks * 4);
+  for (const auto& outcome : delegate_->outcomes()) {
+    expectSuccess(outcome);
+  }
+  EXPECT_FALSE(overlapped);
+}
+
+TEST_F(CurlUrlSessionTest, endsItsTasksSilentlyAndAtOnce) {
+  std::promise<void> closed;
+  RawServer server([&closed](RawServer::Connection& connection) {
+    connection.readRequest();
+    connection.send("HTTP/1.1 200 OK\r\nContent-Length: 100\r\n\r\nfirst");
+    connection.waitForClose();
+    closed.set_value();
+  });
+  open();
+  start(server.url("/"));
+  ASSERT_TRUE(delegate_->waitForBodySize(5));
+  const auto start = Clock::now();
+  session_.reset();
+  EXPECT_LT(Clock::now() - start, std::chrono::seconds(1));
+  ASSERT_EQ(closed.get_future().wait_for(std::chrono::seconds(10)), std::future_status::ready);
+  EXPECT_TRUE(delegate_->outcomes().empty());
+}
+
+TEST_F(CurlUrlSessionTest, mayEndInsideACallOfItsDelegate) {
+  server_.setAnswer("/ad.xml",
+                    {.body = {"12", "34"}, .isChunked = true, .waitsBetweenPieces = true});
+  std::promise<void> started;  // the session must not end while it is in use elsewhere
+  std::promise<void> ended;
+  open();
+  delegate_->onData = [&] {
+    started.get_future().wait();
+    session_.reset();
+    ended.set_value();
+  };
+  start(server_.url("/ad.xml"));
+  started.set_value();
+  ASSERT_EQ(ended.get_future().wait_for(std::chrono::seconds(10)), std::future_status::ready);
+  server_.releasePiece();
+  ASSERT_TRUE(delegate_->waitForBodySize(2));
+  // A second session's end shows that the first one's thread had its chance to go on.
+  auto other = std::make_shared<RecordingUrlSessionDelegate>();
+  auto session = CurlUrlSessionFactory().createEphemeralSession(other);
+  server_.setAnswer("/other", {.body = {"text"}});
+  session->startDataTask(*Url::parse(server_.url("/other")));
+  ASSERT_TRUE(other->waitForOutcomes());
+  EXPECT_EQ(delegate_->body(), "12");
+  EXPECT_TRUE(delegate_->outcomes().empty());
+}
+
+TEST_F(CurlUrlSessionTest, mayEndTogetherWithItsDelegateInsideACall) {
+  /// A delegate that owns its session, as the library's own source does.
+  struct Owner : RecordingUrlSessionDelegate {
+    std::shared_ptr<UrlSession> session;
+  };
+  server_.setAnswer("/ad.xml", {.body = {"text"}, .ending = Ending::stall});
+  auto owner = std::make_shared<Owner>();
+  const std::weak_ptr<Owner> watch = owner;
+  std::promise<void> inside;
+  std::promise<void> released;
+  owner->onData = [&inside, released = released.get_future().share()] {
+    inside.set_value();
+    released.wait();
+  };
+  owner->session = CurlUrlSessionFactory().createEphemeralSession(owner);
+  owner->session->startDataTask(*Url::parse(server_.url("/ad.xml")));
+  inside.get_future().wait();
+  owner.reset();
+  EXPECT_FALSE(watch.expired());  // the call under way keeps it
+  released.set_value();
+  const auto deadline = Clock::now() + std::chrono::seconds(10);
+  while (!watch.expired() && Clock::now() < deadline) {
+    std::this_thread::yield();
+  }
+  EXPECT_TRUE(watch.expired());
+}
+
+TEST_F(CurlUrlSessionTest, anOutcomeForADelegateThatIsGoneIsDropped) {
+  open();
+  server_.setAnswer("/ad.xml",
+                    {.body = {"12", "34"}, .isChunked = true, .waitsBetweenPieces = true});
+  start(server_.url("/ad.xml"));
+  ASSERT_TRUE(delegate_->waitForBodySize(2));
+  delegate_.reset();
+  server_.releasePiece();
+  server_.setAnswer("/next", {.body = {"text"}});
+  start(server_.url("/next"));
+  EXPECT_TRUE(server_.waitForRequests(2));
+}
+
+TEST_F(CurlUrlSessionTest, aSessionThatIsNeverUsedEndsToo) {
+  open();
+  session_.reset();
+}
+
+TEST_F(CurlUrlSessionTest, manySessionsComeAndGo) {
+  server_.setAnswer("/ad.xml", {.body = {"text"}});
+  for (int i = 0; i < 30; ++i) {
+    session_ = nullptr;
+    expectSuccess(fetch(server_.url("/ad.xml")));
+  }
+  EXPECT_EQ(delegate_->body().size(), 30U * 4);
+}
+
+// The end of the process.
+
+class CurlUrlSessionDeathTest : public CurlUrlSessionTest {
+ protected:
+  CurlUrlSessionDeathTest() { ::testing::FLAGS_gtest_death_test_style = "threadsafe"; }
+
+  /// Leaves a transfer under way and returns; as in a host, its objects are never destroyed.
+  static void leaveTransferUnderWay(Security security) {
+    static auto& server = *new LoopbackServer(security);
+    server.setAnswer("/ad.xml", {.body = {"first"}, .ending = Ending::stall});
+    static auto& delegate = *new std::shared_ptr<RecordingUrlSessionDelegate>(
+        std::make_shared<RecordingUrlSessionDelegate>());
+    static auto& session = *new std::shared_ptr<UrlSession>(
+        CurlUrlSessionFactory({.certificateAuthorityFile = server.certificateFile()})
+            .createEphemeralSession(delegate));
+    session->startDataTask(Url::parse(server.url("/ad.xml")).value());
+    delegate->waitForBodySize(5);
+  }
+};
+
+TEST_F(CurlUrlSessionDeathTest, exitEndsTransfersUnderWay) {
+  EXPECT_EXIT(
+      {
+        leaveTransferUnderWay(Security::plain);
+        std::exit(0);
+      },
+      ::testing::ExitedWithCode(0), "");
+}
+
+TEST_F(CurlUrlSessionDeathTest, exitEndsEncryptedTransfersUnderWay) {
+  EXPECT_EXIT(
+      {
+        leaveTransferUnderWay(Security::tls);
+        std::exit(0);
+      },
+      ::testing::ExitedWithCode(0), "");
+}
+
+TEST_F(CurlUrlSessionDeathTest, exitMayBeCalledInsideACallOfTheDelegate) {
+  EXPECT_EXIT(
+      {
+        static auto& server = *new LoopbackServer;
+        server.setAnswer("/ad.xml", {.body = {"text"}});
+        static auto& delegate = *new std::shared_ptr<RecordingUrlSessionDelegate>(
+            std::make_shared<RecordingUrlSessionDelegate>());
+        delegate->onCompletion = [] { std::exit(0); };
+        static auto& session = *new std::shared_ptr<UrlSession>(
+            CurlUrlSessionFactory().createEphemeralSession(delegate));
+        session->startDataTask(Url::parse(server.url("/ad.xml")).value());
+        delegate->waitForOutcomes();
+        std::abort();
+      },
+      ::testing::ExitedWithCode(0), "");
+}
+
+}  // namespace
+}  // namespace qorix
