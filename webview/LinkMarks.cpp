@@ -19,7 +19,8 @@ bool equalIgnoringCase(char a, char b) {
 
 bool queryHoldsMark(const Url& url, std::string_view mark) {
   const auto query = url.query();
-  return query && !std::ranges::search(*query, mark, equalIgnoringCase).empty();
+  return query && std::search(query->begin(), query->end(), mark.begin(), mark.end(),
+                              equalIgnoringCase) != query->end();
 }
 
 bool classHoldsMark(const DomHtmlElement& element, std::string_view mark) {

@@ -9,7 +9,8 @@
 
 namespace qorix {
 
-/// A session without a network: the test says what each task brings. Delivers on the calling thread.
+/// A session without a network: the test says what each task brings. Delivers on the calling
+/// thread.
 class FakeUrlSession : public UrlSession {
  public:
   explicit FakeUrlSession(std::weak_ptr<UrlSessionDelegate> delegate)

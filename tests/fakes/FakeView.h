@@ -26,6 +26,7 @@ class FakeViewOf : public ViewClass,
   Rect frame() const override { return frame_; }
 
   void setFrame(const Rect& frame) override {
+    ++setFrameCalls;
     const bool isResized = frame.size != frame_.size;
     frame_ = frame;
     if (isResized && postsFrameChanges_) {
@@ -55,6 +56,8 @@ class FakeViewOf : public ViewClass,
   void setPostsFrameChangedNotifications(bool posts) override { postsFrameChanges_ = posts; }
 
   bool postsFrameChanges() const { return postsFrameChanges_; }
+
+  int setFrameCalls = 0;
 
  private:
   Rect frame_;

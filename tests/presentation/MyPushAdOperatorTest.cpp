@@ -620,6 +620,33 @@ TEST_F(OperatorTest, anotherHostsFrameMovesNothing) {
   EXPECT_EQ(ad->frame(), (Rect{{1, 2}, {3, 4}}));
 }
 
+TEST_F(OperatorTest, amongTenThousandHostsOneFrameChangeLaysOutOneBanner) {
+  constexpr std::size_t kHosts = 10000;
+  const auto record = makeRecord({.version = "", .embed = 1});
+  std::vector<std::shared_ptr<FakeView>> hostViews;
+  std::vector<std::shared_ptr<MyPushAdOperator>> presenters;
+  for (std::size_t i = 0; i < kHosts; ++i) {
+    hostViews.push_back(std::make_shared<FakeView>());
+    presenters.push_back(
+        MyPushAdOperator::createInstanceWithHostView(std::shared_ptr<View>(hostViews.back())));
+    presenters.back()->processShowAdIfNeededWithPushAdInfo(record);
+  }
+  fakes_.runLoop->runUntilIdle();
+  const auto layouts = [&](std::size_t index) {
+    const auto view = presenters[index]->pushAdViewController()->view();
+    return std::dynamic_pointer_cast<FakeBoxView>(view)->setFrameCalls;
+  };
+  std::vector<int> before(kHosts);
+  for (std::size_t i = 0; i < kHosts; ++i) {
+    before[i] = layouts(i);
+  }
+  constexpr std::size_t kResized = 4711;
+  hostViews[kResized]->setFrame({{0, 0}, {800, 600}});
+  for (std::size_t i = 0; i < kHosts; ++i) {
+    ASSERT_EQ(layouts(i) - before[i], i == kResized ? 1 : 0) << i;
+  }
+}
+
 TEST_F(OperatorTest, aPopupWithoutSizeTakesTheWindowsOuterSizeAsItsContent) {
   const auto presenter = makeOperator();
   presenter->processShowAdIfNeededWithPushAdInfo(makeRecord({.embed = 0, .width = 0}));

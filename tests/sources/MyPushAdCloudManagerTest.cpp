@@ -26,17 +26,17 @@ std::string check(const std::string& method, int line, const std::string& messag
 }
 
 struct FakeAsset : CloudAsset {
-  explicit FakeAsset(std::optional<Url> url) : url_(std::move(url)) {}
-  std::optional<Url> fileUrl() const override { return url_; }
-  std::optional<Url> url_;
+  explicit FakeAsset(std::optional<Url> file) : url(std::move(file)) {}
+  std::optional<Url> fileUrl() const override { return url; }
+  std::optional<Url> url;
 };
 
 struct FakeRecord : CloudRecord {
-  explicit FakeRecord(Value contents) : contents_(std::move(contents)) {}
+  explicit FakeRecord(Value value) : contents(std::move(value)) {}
   Value objectForKey(const std::string& key) const override {
-    return key == "filecontents" ? contents_ : Value();
+    return key == "filecontents" ? contents : Value();
   }
-  Value contents_;
+  Value contents;
 };
 
 struct FakeDatabase : CloudDatabase {
@@ -75,6 +75,9 @@ struct RecordingDelegate : MyPushAdDownloadDelegate {
 };
 
 class CloudSourceTest : public ::testing::Test {
+ public:
+  ~CloudSourceTest() override { std::filesystem::remove_all(folder_); }
+
  protected:
   CloudSourceTest() {
     factory_->container = std::make_shared<FakeContainer>();
@@ -84,7 +87,6 @@ class CloudSourceTest : public ::testing::Test {
     installPlatform(std::move(services));
     source_->setDelegate(delegate_);
   }
-  ~CloudSourceTest() override { std::filesystem::remove_all(folder_); }
 
   /// The query's outcome arrives on a thread of the database's own.
   void complete(const std::optional<Records>& records, const std::optional<Error>& error) {
