@@ -1,0 +1,112 @@
+#include "platform/gtk/Desktop.h"
+
+#include <gdk/gdk.h>
+#include <gdk/gdkx.h>
+#include <poll.h>
+
+#include <cstdint>
+
+#include "platform/gtk/Coordinates.h"
+
+namespace qorix::gtk {
+
+namespace {
+
+constexpr std::int64_t kAnswerTimeLimit = 200'000;  // microseconds
+constexpr int kPollMilliseconds = 5;
+
+class MonitorScreen : public Screen {
+ public:
+  explicit MonitorScreen(GdkMonitor* monitor) {
+    GdkRectangle area;
+    gdk_monitor_get_workarea(monitor, &area);
+    visibleFrame_ = flipped(area, desktopHeight());
+  }
+
+  Rect visibleFrame() const override { return visibleFrame_; }
+
+ private:
+  Rect visibleFrame_;
+};
+
+}  // namespace
+
+int desktopHeight() {
+  return gdk_window_get_height(gdk_screen_get_root_window(gdk_screen_get_default()));
+}
+
+std::shared_ptr<Screen> screenOfFrame(const Rect& frame) {
+  GdkDisplay* display = gdk_display_get_default();
+  const GdkRectangle area = flipped(frame, desktopHeight());
+  GdkMonitor* best = nullptr;
+  std::int64_t bestExtent = 0;
+  for (int i = 0; i < gdk_display_get_n_monitors(display); ++i) {
+    GdkMonitor* monitor = gdk_display_get_monitor(display, i);
+    GdkRectangle geometry;
+    gdk_monitor_get_geometry(monitor, &geometry);
+    GdkRectangle common;
+    if (gdk_rectangle_intersect(&geometry, &area, &common)) {
+      const std::int64_t extent = std::int64_t{common.width} * common.height;
+      if (extent > bestExtent) {
+        bestExtent = extent;
+        best = monitor;
+      }
+    }
+  }
+  return best == nullptr ? nullptr : std::make_shared<MonitorScreen>(best);
+}
+
+std::shared_ptr<Screen> primaryScreen() {
+  GdkDisplay* display = gdk_display_get_default();
+  GdkMonitor* monitor = gdk_display_get_primary_monitor(display);
+  if (monitor == nullptr) {
+    monitor = gdk_display_get_monitor(display, 0);
+  }
+  return monitor == nullptr ? nullptr : std::make_shared<MonitorScreen>(monitor);
+}
+
+std::optional<Decorations> decorationsOfWindow(GdkWindow* window) {
+  guchar* data = nullptr;
+  gint length = 0;
+  const bool found =
+      gdk_property_get(window, gdk_atom_intern_static_string("_NET_FRAME_EXTENTS"),
+                       gdk_atom_intern_static_string("CARDINAL"), 0, 4 * sizeof(std::int32_t),
+                       FALSE, nullptr, nullptr, &length, &data) != FALSE;
+  std::optional<Decorations> decorations;
+  // Items of 32 bits arrive as longs.
+  if (found && length == static_cast<gint>(4 * sizeof(long))) {
+    const auto* extents = reinterpret_cast<const long*>(data);
+    const double scale = gdk_window_get_scale_factor(window);
+    const auto points = [&](int i) { return static_cast<double>(extents[i]) / scale; };
+    decorations = Decorations{points(0), points(1), points(2), points(3)};
+  }
+  g_free(data);
+  return decorations;
+}
+
+void requestDecorations(GdkWindow* window) {
+  if (!GDK_IS_X11_WINDOW(window) ||
+      !gdk_x11_screen_supports_net_wm_hint(
+          gdk_window_get_screen(window),
+          gdk_atom_intern_static_string("_NET_REQUEST_FRAME_EXTENTS"))) {
+    return;
+  }
+  GdkDisplay* display = gdk_window_get_display(window);
+  Display* xDisplay = gdk_x11_display_get_xdisplay(display);
+  XEvent request = {};
+  request.xclient.type = ClientMessage;
+  request.xclient.window = gdk_x11_window_get_xid(window);
+  request.xclient.message_type =
+      gdk_x11_get_xatom_by_name_for_display(display, "_NET_REQUEST_FRAME_EXTENTS");
+  request.xclient.format = 32;
+  XSendEvent(xDisplay, gdk_x11_get_default_root_xwindow(), False,
+             SubstructureRedirectMask | SubstructureNotifyMask, &request);
+  XFlush(xDisplay);
+  const std::int64_t deadline = g_get_monotonic_time() + kAnswerTimeLimit;
+  while (!decorationsOfWindow(window) && g_get_monotonic_time() < deadline) {
+    pollfd connection = {ConnectionNumber(xDisplay), POLLIN, 0};
+    poll(&connection, 1, kPollMilliseconds);
+  }
+}
+
+}  // namespace qorix::gtk

@@ -1,0 +1,53 @@
+#include "platform/gtk/Install.h"
+
+#include <gtk/gtk.h>
+
+#include "platform/Platform.h"
+#include "platform/gtk/MainContextRunLoop.h"
+#include "platform/gtk/ResourceInterfaceLoader.h"
+#include "platform/gtk/ToplevelWindow.h"
+#include "platform/gtk/WidgetView.h"
+#include "platform/linux/CurlUrlSession.h"
+#include "platform/linux/LinuxApplicationsFolder.h"
+#include "platform/linux/LinuxBundle.h"
+#include "platform/linux/SqliteUserDefaults.h"
+#include "platform/linux/StandardErrorLog.h"
+
+namespace qorix::gtk {
+
+void install(const InstallOptions& options) {
+  const auto runLoop = std::make_shared<MainContextRunLoop>();
+  Platform services;
+  services.log = std::make_shared<StandardErrorLog>();
+  services.standardUserDefaults = std::make_shared<SqliteUserDefaults>(
+      options.settingsPath.empty() ? defaultSettingsPath(options.bundleIdentifier)
+                                   : options.settingsPath,
+      services.log);
+  services.mainRunLoop = runLoop;
+  services.mainBundle = hostBundle(options.bundleIdentifier);
+  services.libraryBundle = libraryBundle();
+  services.urlSessions = std::make_shared<CurlUrlSessionFactory>();
+  services.applicationsFolder =
+      std::make_shared<LinuxApplicationsFolder>(options.applicationsDirectory);
+  services.windows = std::make_shared<ToplevelWindowFactory>();
+  services.interfaceLoader = std::make_shared<ResourceInterfaceLoader>(runLoop);
+  if (!options.defaultAdFileUrl.empty()) {
+    services.defaultAdFileUrl = options.defaultAdFileUrl;
+  }
+  if (!options.defaultCloudContainerIdentifier.empty()) {
+    services.defaultCloudContainerIdentifier = options.defaultCloudContainerIdentifier;
+  }
+  installPlatform(std::move(services));
+}
+
+std::shared_ptr<View> viewForOverlay(GtkOverlay* overlay) {
+  if (overlay == nullptr || gtk_widget_in_destruction(GTK_WIDGET(overlay))) {
+    return nullptr;
+  }
+  if (const auto* existing = NativeView::of(GTK_WIDGET(overlay))) {
+    return existing->self();
+  }
+  return makeNativeView<WidgetView<View>>(GTK_WIDGET(overlay), Ownership::widgetOwnsView);
+}
+
+}  // namespace qorix::gtk

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "platform/View.h"
+
+typedef struct _GtkOverlay GtkOverlay;
+
+namespace qorix::gtk {
+
+/// What a host decides about the services that the library uses.
+struct InstallOptions {
+  /// The host's own reverse-DNS name, "com.example.editor". Required.
+  std::string bundleIdentifier = {};
+
+  /// The file of the host's settings; empty for the usual place in the user's configuration
+  /// folder, one file a bundle identifier.
+  std::string settingsPath = {};
+
+  /// The folder whose items are the installed applications.
+  std::string applicationsDirectory = "/usr/share/applications";
+
+  /// Where the maker publishes the ad configuration document: for show requests that name no
+  /// address. Empty keeps the library's own.
+  std::string defaultAdFileUrl = {};
+  std::string defaultCloudContainerIdentifier = {};
+};
+
+/// Puts the services of a GTK desktop in force for the whole process. Call it once, on the main
+/// thread, after gtk_init and before anything else of the library. Never undone.
+void install(const InstallOptions& options);
+
+/// The View of `overlay`, in which an advertisement may appear above the main child; the same one
+/// at every call. The overlay owns it: it does no more when the overlay is destroyed, and weak
+/// references to it end unless the host holds it itself. Null for null and for an overlay that is
+/// being destroyed. Main thread only.
+std::shared_ptr<View> viewForOverlay(GtkOverlay* overlay);
+
+}  // namespace qorix::gtk

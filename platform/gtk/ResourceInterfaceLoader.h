@@ -1,0 +1,29 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "platform/InterfaceLoader.h"
+#include "platform/gtk/MainContextRunLoop.h"
+
+namespace qorix::gtk {
+
+/// Makes views from the GtkBuilder files among this library's resources; they stand for the
+/// interface files of the installed platform's library bundle, and other bundles have none.
+///
+/// An interface file gives the id "view" to its root, a GtkOverlay that becomes a MyPushAdBoxView,
+/// the id "webView" to a WebKitWebView inside of it, and finds the web context to use under the id
+/// "adContext".
+class ResourceInterfaceLoader : public InterfaceLoader {
+ public:
+  explicit ResourceInterfaceLoader(std::shared_ptr<MainContextRunLoop> runLoop);
+
+  std::optional<Interface> load(const std::string& name, const Bundle& bundle,
+                                std::weak_ptr<WebViewDelegate> delegate) override;
+
+ private:
+  const std::shared_ptr<MainContextRunLoop> runLoop_;
+};
+
+}  // namespace qorix::gtk

@@ -1,0 +1,60 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "platform/Window.h"
+#include "platform/gtk/Desktop.h"
+
+typedef struct _GtkWidget GtkWidget;
+typedef struct _GtkWindow GtkWindow;
+typedef union _GdkEvent GdkEvent;
+
+namespace qorix::gtk {
+
+/// A window of its own on the desktop. Lives no longer than its GtkWindow; when that has been
+/// destroyed, every call has no effect and answers zeros.
+class ToplevelWindow : public Window, public std::enable_shared_from_this<ToplevelWindow> {
+ public:
+  /// A hidden window around `contentView` (a view on a widget), as large as that view's frame, in
+  /// the middle of the primary screen.
+  ToplevelWindow(std::shared_ptr<View> contentView, bool isDecorated);
+  ~ToplevelWindow() override;
+
+  std::shared_ptr<View> contentView() const override { return contentView_; }
+  Rect frame() const override;
+  void setFrame(const Rect& frame) override;
+  Rect frameRectForContentRect(const Rect& contentRect) const override;
+  Rect contentRectForFrameRect(const Rect& frameRect) const override;
+  std::shared_ptr<Screen> screen() const override;
+  void center() override;
+  bool isVisible() const override;
+  void makeKeyAndOrderFront() override;
+  void close() override;
+  void setLevel(WindowLevel level) override;
+  void setTitle(const std::string& title) override;
+
+ private:
+  Decorations decorations() const;
+  void placeContent(const Rect& contentRect);
+
+  static int onDelete(GtkWidget* widget, GdkEvent* event, void* self);
+  static int onConfigure(GtkWidget* widget, GdkEvent* event, void* self);
+  static void onDestroy(GtkWidget* widget, void* self);
+
+  GtkWindow* window_;
+  std::shared_ptr<View> contentView_;
+  Rect askedRect_;                   // of the content, with its fractions
+  Rect contentRect_;                 // the same, until the window turns out to be somewhere else
+  mutable Decorations decorations_;  // as last heard: a hidden window may have lost them
+  bool isClosing_ = false;
+};
+
+class ToplevelWindowFactory : public WindowFactory {
+ public:
+  std::shared_ptr<Window> createWindowWithContentView(
+      const std::shared_ptr<View>& contentView) override;
+  std::shared_ptr<Window> createBorderlessWindow(const Rect& contentRect) override;
+};
+
+}  // namespace qorix::gtk

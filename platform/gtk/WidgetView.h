@@ -1,0 +1,104 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <utility>
+
+#include "platform/View.h"
+
+typedef struct _GtkWidget GtkWidget;
+typedef struct _GtkOverlay GtkOverlay;
+typedef struct _cairo_rectangle_int cairo_rectangle_int_t;
+
+namespace qorix::gtk {
+
+/// Who keeps whom alive, a widget or its View.
+enum class Ownership {
+  widgetOwnsView,  // the View lives until the widget is destroyed, whoever does that
+  viewOwnsWidget,  // the widget is destroyed with the View; a parent widget keeps the View alive
+};
+
+/// What all views on widgets have in common. One widget has at most one of them.
+///
+/// A GtkOverlay holds subviews above its main child, each in exactly the frame that it has been
+/// given; any other widget holds none. The frame of a view that no view has been asked to hold is
+/// up to its container.
+class NativeView {
+ public:
+  /// The one of `widget`, or null.
+  static NativeView* of(GtkWidget* widget);
+
+  /// Null once the widget has been destroyed.
+  GtkWidget* widget() const { return widget_; }
+
+  /// This as a View.
+  std::shared_ptr<View> self() const { return self_.lock(); }
+
+ protected:
+  NativeView(GtkWidget* widget, Ownership ownership);
+  virtual ~NativeView();
+  NativeView(const NativeView&) = delete;
+  NativeView& operator=(const NativeView&) = delete;
+
+  /// The widget is being destroyed; it is no longer the view's afterwards.
+  virtual void widgetWillBeDestroyed() {}
+
+  const Rect& nativeFrame() const { return frame_; }
+  void setNativeFrame(const Rect& frame);
+  std::shared_ptr<View> nativeSuperview() const;
+  void addNativeSubview(const std::shared_ptr<View>& view);
+  void removeFromNativeSuperview();
+  void setNativePosts(bool posts) { posts_ = posts; }
+
+ private:
+  template <class ViewType, class... Arguments>
+  friend std::shared_ptr<ViewType> makeNativeView(Arguments&&... arguments);
+
+  void setSelf(const std::shared_ptr<View>& self);
+  void detach();
+  void changeFrame(const Rect& frame);
+  void layOutAgain();
+  void clipSubviews();
+  bool takesPlacedChild(GtkWidget* child) const;
+
+  static void onDestroy(GtkWidget* widget, void* self);
+  static void onParentSet(GtkWidget* widget, GtkWidget* previousParent, void* self);
+  static void onSizeAllocate(GtkWidget* widget, cairo_rectangle_int_t* allocation, void* self);
+  static int onGetChildPosition(GtkOverlay* overlay, GtkWidget* child,
+                                cairo_rectangle_int_t* allocation, void* self);
+  static void onRealize(GtkWidget* widget, void* self);
+
+  GtkWidget* widget_;
+  const Ownership ownership_;
+  std::weak_ptr<View> self_;
+  std::shared_ptr<View> kept_;  // itself, as long as its widget or its parent keeps it
+  Rect frame_;
+  bool isPlaced_ = false;  // in a superview, which follows frame_
+  bool posts_ = false;
+  bool isAllocating_ = false;
+  bool needsLayout_ = false;  // a subview has moved while this was being allocated
+};
+
+/// A View of the kind `ViewClass` on a widget. Made by `makeNativeView`.
+template <class ViewClass>
+class WidgetView : public ViewClass, public NativeView {
+ public:
+  WidgetView(GtkWidget* widget, Ownership ownership) : NativeView(widget, ownership) {}
+
+  Rect frame() const override { return nativeFrame(); }
+  void setFrame(const Rect& frame) override { setNativeFrame(frame); }
+  std::shared_ptr<View> superview() const override { return nativeSuperview(); }
+  void addSubview(const std::shared_ptr<View>& view) override { addNativeSubview(view); }
+  void removeFromSuperview() override { removeFromNativeSuperview(); }
+  void setPostsFrameChangedNotifications(bool posts) override { setNativePosts(posts); }
+};
+
+/// A new view of the type `ViewType`, made from `arguments`.
+template <class ViewType, class... Arguments>
+std::shared_ptr<ViewType> makeNativeView(Arguments&&... arguments) {
+  auto view = std::make_shared<ViewType>(std::forward<Arguments>(arguments)...);
+  static_cast<NativeView&>(*view).setSelf(view);
+  return view;
+}
+
+}  // namespace qorix::gtk

@@ -1,0 +1,110 @@
+#include <functional>
+#include <memory>
+#include <ostream>
+#include <vector>
+
+#include "fakes/FakeWindow.h"
+#include "platform/gtk/GtkTest.h"
+#include "platform/gtk/ToplevelWindow.h"
+#include "platform/gtk/WidgetView.h"
+
+namespace qorix::test {
+namespace {
+
+struct Implementation {
+  const char* name;
+  std::function<std::shared_ptr<WindowFactory>()> makeFactory;
+  std::function<std::shared_ptr<View>()> makeView;
+
+  friend void PrintTo(const Implementation& implementation, std::ostream* stream) {
+    *stream << implementation.name;
+  }
+};
+
+/// What every window does.
+class WindowContract : public GtkTest, public testing::WithParamInterface<Implementation> {
+ protected:
+  WindowContract() {
+    view->setFrame({{10, 20}, {300, 200}});
+    window = factory->createWindowWithContentView(view);
+    platform().notificationCenter->addObserver(kWindowWillCloseNotification,
+                                               [this](const Notification& notification) {
+                                                 EXPECT_EQ(notification.object(), window);
+                                                 EXPECT_TRUE(window->isVisible());
+                                                 ++closings;
+                                               });
+  }
+
+  const std::shared_ptr<WindowFactory> factory = GetParam().makeFactory();
+  const std::shared_ptr<View> view = GetParam().makeView();
+  std::shared_ptr<Window> window;
+  int closings = 0;
+};
+
+}  // namespace
+
+TEST_P(WindowContract, isHiddenAtFirstAndAsLargeAsItsContent) {
+  EXPECT_EQ(window->contentView(), view);
+  EXPECT_FALSE(window->isVisible());
+  EXPECT_EQ(window->contentRectForFrameRect(window->frame()).size, (Size{300, 200}));
+}
+
+TEST_P(WindowContract, frameIsWhatWasSet) {
+  const Rect frame = window->frameRectForContentRect({{100, 311.5}, {400, 300}});
+  window->setFrame(frame);
+  EXPECT_EQ(window->frame(), frame);
+}
+
+TEST_P(WindowContract, frameHasATitleBarAboveTheContent) {
+  const Rect content = {{100, 200}, {400, 300}};
+  const Rect frame = window->frameRectForContentRect(content);
+  EXPECT_GT(frame.origin.y + frame.size.height, content.origin.y + content.size.height);
+  EXPECT_LE(frame.origin.x, content.origin.x);
+  EXPECT_EQ(window->contentRectForFrameRect(frame), content);
+}
+
+TEST_P(WindowContract, closingIsToldOnceAndHides) {
+  window->close();
+  EXPECT_EQ(closings, 0) << "it is not visible";
+  for (int round = 1; round <= 2; ++round) {
+    window->makeKeyAndOrderFront();
+    EXPECT_TRUE(window->isVisible());
+    window->close();
+    EXPECT_FALSE(window->isVisible());
+    EXPECT_EQ(closings, round);
+    window->close();
+    EXPECT_EQ(closings, round);
+  }
+}
+
+TEST_P(WindowContract, contentOwnerLivesWithTheWindow) {
+  auto owner = std::make_shared<Object>();
+  const std::weak_ptr<Object> weak = owner;
+  window->setContentOwner(std::move(owner));
+  EXPECT_FALSE(weak.expired());
+  window->setContentOwner(nullptr);
+  EXPECT_TRUE(weak.expired());
+}
+
+TEST_P(WindowContract, borderlessWindowIsAllContentAndHidden) {
+  const Rect place = {{10000, 10000}, {100, 100}};
+  const auto stub = factory->createBorderlessWindow(place);
+  EXPECT_FALSE(stub->isVisible());
+  EXPECT_EQ(stub->frame(), place);
+  EXPECT_EQ(stub->frameRectForContentRect(place), place);
+  EXPECT_EQ(stub->contentView()->frame(), (Rect{{0, 0}, {100, 100}}));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    , WindowContract,
+    testing::Values(Implementation{"Fake", [] { return std::make_shared<FakeWindowFactory>(); },
+                                   [] { return std::make_shared<FakeView>(); }},
+                    Implementation{"Gtk",
+                                   [] { return std::make_shared<gtk::ToplevelWindowFactory>(); },
+                                   [] {
+                                     return gtk::makeNativeView<gtk::WidgetView<View>>(
+                                         gtk_overlay_new(), gtk::Ownership::viewOwnsWidget);
+                                   }}),
+    [](const auto& instance) { return instance.param.name; });
+
+}  // namespace qorix::test

@@ -1,0 +1,203 @@
+#include "platform/gtk/GtkTest.h"
+
+#include <gdk/gdkx.h>
+
+#include <algorithm>
+#include <cstdlib>
+
+namespace qorix::test {
+
+namespace {
+
+GLogWriterOutput failOnWarnings(GLogLevelFlags level, const GLogField* fields, gsize count,
+                                gpointer /*data*/) {
+  if ((level & (G_LOG_LEVEL_ERROR | G_LOG_LEVEL_CRITICAL | G_LOG_LEVEL_WARNING)) != 0) {
+    for (gsize i = 0; i < count; ++i) {
+      if (std::string(fields[i].key) == "MESSAGE") {
+        ADD_FAILURE() << "GLib: " << static_cast<const char*>(fields[i].value);
+      }
+    }
+  }
+  return G_LOG_WRITER_HANDLED;
+}
+
+gboolean paint(GtkWidget* /*area*/, cairo_t* cairo, gpointer color) {
+  const auto* pixel = static_cast<const Pixel*>(color);
+  cairo_set_source_rgb(cairo, pixel->red / 255.0, pixel->green / 255.0, pixel->blue / 255.0);
+  cairo_paint(cairo);
+  return TRUE;
+}
+
+}  // namespace
+
+std::unique_ptr<VirtualDisplay> startDesktop() {
+  const bool twoMonitors = testing::GTEST_FLAG(filter).rfind("TwoMonitors", 0) == 0;
+  auto display = twoMonitors ? VirtualDisplay::start({.width = 1600, .height = 900, .monitors = 2})
+                             : VirtualDisplay::start();
+  if (display != nullptr) {
+    display->useInThisProcess();
+  }
+  return display;
+}
+
+Picture screenPicture() {
+  gdk_display_sync(gdk_display_get_default());
+  return *takePicture(std::getenv("DISPLAY"));
+}
+
+Pixel colorAt(int x, int y) { return screenPicture().at(x, y); }
+
+bool waitFor(const std::function<bool()>& condition, double seconds) {
+  const gint64 deadline = g_get_monotonic_time() + static_cast<gint64>(seconds * 1e6);
+  // Some conditions change without an event of this process: the loop looks at them now and then,
+  // when everything else is done.
+  const guint timer = g_timeout_add_full(
+      G_PRIORITY_LOW, 10, [](gpointer) -> gboolean { return G_SOURCE_CONTINUE; }, nullptr, nullptr);
+  bool holds = condition();
+  while (!holds && g_get_monotonic_time() < deadline) {
+    g_main_context_iteration(nullptr, TRUE);
+    holds = condition();
+  }
+  g_source_remove(timer);
+  return holds;
+}
+
+void serveLoop() {
+  while (g_main_context_iteration(nullptr, FALSE) != FALSE) {
+  }
+}
+
+std::string run(const std::vector<std::string>& command) {
+  std::vector<char*> arguments;
+  for (const auto& each : command) {
+    arguments.push_back(const_cast<char*>(each.c_str()));
+  }
+  arguments.push_back(nullptr);
+  gchar* output = nullptr;
+  gint status = -1;
+  GError* error = nullptr;
+  if (g_spawn_sync(nullptr, arguments.data(), nullptr, G_SPAWN_SEARCH_PATH, nullptr, nullptr,
+                   &output, nullptr, &status, &error) == FALSE) {
+    ADD_FAILURE() << command[0] << ": " << error->message;
+    g_error_free(error);
+    return {};
+  }
+  EXPECT_EQ(status, 0) << command[0];
+  std::string text(output);
+  g_free(output);
+  return text;
+}
+
+GtkWidget* newColoredArea(const Pixel& color, int minimalWidth, int minimalHeight) {
+  GtkWidget* area = gtk_drawing_area_new();
+  gtk_widget_set_size_request(area, minimalWidth, minimalHeight);
+  g_signal_connect_data(
+      area, "draw", G_CALLBACK(paint), new Pixel(color),
+      [](gpointer data, GClosure*) { delete static_cast<Pixel*>(data); }, GConnectFlags{});
+  return area;
+}
+
+HostWindow::HostWindow(int width, int height)
+    : window_(GTK_WINDOW(gtk_window_new(GTK_WINDOW_TOPLEVEL))),
+      overlay_(GTK_OVERLAY(gtk_overlay_new())) {
+  gtk_container_add(GTK_CONTAINER(overlay_), newColoredArea(kGreen));
+  GtkWidget* grid = gtk_grid_new();
+  gtk_grid_attach(GTK_GRID(grid), newColoredArea(kYellow, 40, 40), 0, 0, 3, 1);
+  gtk_grid_attach(GTK_GRID(grid), newColoredArea(kYellow, 40, 40), 0, 1, 1, 1);
+  gtk_grid_attach(GTK_GRID(grid), GTK_WIDGET(overlay_), 1, 1, 1, 1);
+  gtk_grid_attach(GTK_GRID(grid), newColoredArea(kYellow, 40, 40), 2, 1, 1, 1);
+  gtk_grid_attach(GTK_GRID(grid), newColoredArea(kYellow, 40, 40), 0, 2, 3, 1);
+  gtk_widget_set_hexpand(GTK_WIDGET(overlay_), TRUE);
+  gtk_widget_set_vexpand(GTK_WIDGET(overlay_), TRUE);
+  gtk_container_add(GTK_CONTAINER(window_), grid);
+  g_signal_connect(window_, "destroy", G_CALLBACK(gtk_widget_destroyed), &window_);
+  g_signal_connect(overlay_, "destroy", G_CALLBACK(gtk_widget_destroyed), &overlay_);
+  gtk_window_set_title(window_, "Host");
+  gtk_window_resize(window_, width + 80, height + 80);
+}
+
+HostWindow::~HostWindow() { destroy(); }
+
+void HostWindow::show() {
+  gtk_widget_show_all(GTK_WIDGET(window_));
+  EXPECT_TRUE(waitFor([this] {
+    const GdkRectangle place = overlayOnScreen();
+    const bool isSeen = colorAt(place.x - 1, place.y) == kYellow;
+    const bool isActive = gtk_window_is_active(window_) != FALSE;
+    if (isSeen && !isActive) {  // asked for before it could be had
+      gtk_window_present_with_time(
+          window_, gdk_x11_get_server_time(gtk_widget_get_window(GTK_WIDGET(window_))));
+    }
+    return isSeen && isActive;
+  })) << "the host's window does not appear";
+}
+
+void HostWindow::resizeOverlay(int width, int height) {
+  gtk_window_resize(window_, width + 80, height + 80);
+  EXPECT_TRUE(waitFor([&] {
+    const GdkRectangle place = overlayOnScreen();
+    return place.width == width && place.height == height;
+  })) << "the host's window is not resized";
+}
+
+GdkRectangle HostWindow::overlayOnScreen() const {
+  GtkWidget* widget = GTK_WIDGET(overlay_);
+  GdkRectangle place;
+  gdk_window_get_origin(gtk_widget_get_window(GTK_WIDGET(window_)), &place.x, &place.y);
+  int x = 0;
+  int y = 0;
+  gtk_widget_translate_coordinates(widget, GTK_WIDGET(window_), 0, 0, &x, &y);
+  place.x += x;
+  place.y += y;
+  place.width = gtk_widget_get_allocated_width(widget);
+  place.height = gtk_widget_get_allocated_height(widget);
+  return place;
+}
+
+void HostWindow::destroy() {
+  if (window_ != nullptr) {
+    gtk_widget_destroy(GTK_WIDGET(window_));
+  }
+}
+
+GtkTest::GtkTest() {
+  static const bool isWatched = [] {
+    g_log_set_writer_func(failOnWarnings, nullptr, nullptr);
+    return true;
+  }();
+  static_cast<void>(isWatched);
+  gtk::install({.bundleIdentifier = "com.example.host"});
+  Platform services = platform();
+  services.log = log;
+  installPlatform(services);
+}
+
+GtkTest::~GtkTest() { serveLoop(); }
+
+std::shared_ptr<DomNode> clickedNode(const RecordingDelegate::Question& question) {
+  const Value* element = find(question.action, kWebActionElementKey);
+  const auto* dictionary = element == nullptr ? nullptr : element->as<Dictionary>();
+  const Value* node = dictionary == nullptr ? nullptr : find(*dictionary, kWebElementDomNodeKey);
+  return node == nullptr ? nullptr : node->object<DomNode>();
+}
+
+Page::Page()
+    : interface(platform().interfaceLoader->load("MyPushAdViewController",
+                                                 *platform().libraryBundle, delegate)) {}
+
+void Page::load(const std::string& html) {
+  webView()->loadHtmlString(html, platform().libraryBundle->executableUrl());
+}
+
+void Page::loadAndWait(const std::string& html) {
+  const int before = delegate->mainLoads();
+  load(html);
+  EXPECT_TRUE(waitFor([&] { return delegate->mainLoads() > before; })) << "the page does not load";
+}
+
+void Page::showIn(const HostWindow& host, const Rect& frame) {
+  host.view()->addSubview(interface->view);
+  interface->view->setFrame(frame);
+}
+
+}  // namespace qorix::test

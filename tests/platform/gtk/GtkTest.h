@@ -1,0 +1,173 @@
+#pragma once
+
+#include <gtest/gtest.h>
+#include <gtk/gtk.h>
+
+#include <algorithm>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include "fakes/RecordingLog.h"
+#include "platform/Platform.h"
+#include "platform/gtk/Install.h"
+#include "support/VirtualDisplay.h"
+
+namespace qorix {
+
+inline void PrintTo(const Size& size, std::ostream* out) {
+  *out << size.width << " x " << size.height;
+}
+
+inline void PrintTo(const Rect& rect, std::ostream* out) {
+  *out << "(" << rect.origin.x << ", " << rect.origin.y << ") ";
+  PrintTo(rect.size, out);
+}
+
+}  // namespace qorix
+
+namespace qorix::test {
+
+inline constexpr Pixel kRed = {255, 0, 0};
+inline constexpr Pixel kGreen = {0, 255, 0};
+inline constexpr Pixel kBlue = {0, 0, 255};
+inline constexpr Pixel kYellow = {255, 255, 0};
+inline constexpr double kPatience = 15;  // seconds
+
+/// Starts the display that the tests of this process use. Two monitors side by side, each of
+/// 800 x 900, when the only test to run asks for them by its suite's name ("TwoMonitors").
+std::unique_ptr<VirtualDisplay> startDesktop();
+
+/// What the display shows now.
+Picture screenPicture();
+
+/// The colour of the display at a point, y downwards.
+Pixel colorAt(int x, int y);
+
+/// Serves the main loop until `condition` holds; false when it does not within `seconds`.
+bool waitFor(const std::function<bool()>& condition, double seconds = kPatience);
+
+/// Serves the main loop for what is there to do now.
+void serveLoop();
+
+/// Runs a program and returns what it wrote. Fails the test when the program fails.
+std::string run(const std::vector<std::string>& command);
+
+/// A widget of one plain colour.
+GtkWidget* newColoredArea(const Pixel& color, int minimalWidth = 0, int minimalHeight = 0);
+
+/// A window of a host: a green overlay of the given size with yellow neighbours, 40 points wide, on
+/// all sides.
+class HostWindow {
+ public:
+  HostWindow(int width, int height);
+  ~HostWindow();
+  HostWindow(const HostWindow&) = delete;
+  HostWindow& operator=(const HostWindow&) = delete;
+
+  GtkWindow* window() const { return window_; }
+  GtkOverlay* overlay() const { return overlay_; }
+  std::shared_ptr<View> view() const { return gtk::viewForOverlay(overlay_); }
+
+  /// Shows the window and waits until it is on the screen.
+  void show();
+  void resizeOverlay(int width, int height);
+  /// Where the overlay is on the screen, y downwards.
+  GdkRectangle overlayOnScreen() const;
+  void destroy();
+
+ private:
+  GtkWindow* window_;
+  GtkOverlay* overlay_;
+};
+
+/// Installs the real platform with a log that can be read; GLib's warnings are failures.
+class GtkTest : public testing::Test {
+ protected:
+  GtkTest();
+  ~GtkTest() override;
+
+  std::shared_ptr<RecordingLog> log = std::make_shared<RecordingLog>();
+};
+
+/// Hears and answers what a web view asks.
+class RecordingDelegate : public WebViewDelegate {
+ public:
+  struct Question {
+    Dictionary action;
+    std::string url;
+    bool isMainFrame;
+  };
+
+  void webViewDidFinishLoadForFrame(const std::shared_ptr<WebView>& webView,
+                                    const WebFrame& frame) override {
+    finishedFrames.push_back(frame.isMainFrame);
+    if (onFinish) {
+      onFinish(webView);
+    }
+  }
+
+  void webViewDecidePolicyForNavigationAction(const std::shared_ptr<WebView>& webView,
+                                              const Dictionary& action, const Url& url,
+                                              const WebFrame& frame,
+                                              WebPolicyDecisionListener& listener) override {
+    questions.push_back({action, url.absoluteString(), frame.isMainFrame});
+    if (onQuestion) {
+      onQuestion(webView);
+    }
+    const bool isLink = find(action, kWebActionNavigationTypeKey)->integerValue() == 0;
+    if (isLink && ignoresLinks) {
+      listener.ignore();
+    } else {
+      listener.use();
+    }
+  }
+
+  /// The questions about clicked links.
+  std::vector<Question> linkQuestions() const {
+    std::vector<Question> links;
+    for (const auto& question : questions) {
+      if (find(question.action, kWebActionNavigationTypeKey)->integerValue() == 0) {
+        links.push_back(question);
+      }
+    }
+    return links;
+  }
+
+  int mainLoads() const {
+    return static_cast<int>(std::count(finishedFrames.begin(), finishedFrames.end(), true));
+  }
+
+  bool ignoresLinks = true;
+  std::function<void(const std::shared_ptr<WebView>&)> onFinish;
+  std::function<void(const std::shared_ptr<WebView>&)> onQuestion;
+  std::vector<bool> finishedFrames;  // whether it was the main frame
+  std::vector<Question> questions;
+};
+
+/// The node that was hit, or null when the question names none.
+std::shared_ptr<DomNode> clickedNode(const RecordingDelegate::Question& question);
+
+/// The views of the library's interface file and their page.
+class Page {
+ public:
+  Page();
+
+  void load(const std::string& html);
+  /// Loads and waits for the main frame's report.
+  void loadAndWait(const std::string& html);
+  /// Shows the page as a banner of the host.
+  void showIn(const HostWindow& host, const Rect& frame);
+  std::shared_ptr<WebView> webView() const { return interface->webView.lock(); }
+  std::string evaluate(const std::string& script) const {
+    return webView()->stringByEvaluatingJavaScriptFromString(script);
+  }
+
+  std::shared_ptr<RecordingDelegate> delegate = std::make_shared<RecordingDelegate>();
+  std::optional<Interface> interface;
+};
+
+}  // namespace qorix::test

@@ -1,0 +1,265 @@
+#include "platform/gtk/GtkTest.h"
+
+namespace qorix::test {
+
+namespace {
+
+class GtkWindowPort : public GtkTest {
+ protected:
+  GtkWindowPort() {
+    platform().notificationCenter->addObserver(
+        kWindowWillCloseNotification, [this](const Notification& notification) {
+          closings.push_back({notification.object(), window->isVisible()});
+        });
+  }
+
+  void makeWindow(const Size& size) {
+    page.interface->view->setFrame({{0, 0}, size});
+    window = platform().windows->createWindowWithContentView(page.interface->view);
+    window->setTitle("Pop-up");
+  }
+
+  Rect content() const { return window->contentRectForFrameRect(window->frame()); }
+
+  // The rectangle of the screen that is red, y downwards.
+  static GdkRectangle redArea() {
+    const Picture picture = screenPicture();
+    int left = picture.width();
+    int right = -1;
+    int top = picture.height();
+    int bottom = -1;
+    for (int y = 0; y < picture.height(); ++y) {
+      for (int x = 0; x < picture.width(); ++x) {
+        if (picture.at(x, y) == kRed) {
+          left = std::min(left, x);
+          right = std::max(right, x);
+          top = std::min(top, y);
+          bottom = std::max(bottom, y);
+        }
+      }
+    }
+    return {left, top, right - left + 1, bottom - top + 1};
+  }
+
+  static bool isRedExactlyAt(const GdkRectangle& expected) {
+    const GdkRectangle area = redArea();
+    return gdk_rectangle_equal(&area, &expected) != FALSE;
+  }
+
+  void closeByUser() { run({"wmctrl", "-F", "-c", "Pop-up"}); }
+
+  struct Closing {
+    std::shared_ptr<Object> object;
+    bool wasVisible;
+  };
+
+  Page page;
+  std::shared_ptr<Window> window;
+  std::vector<Closing> closings;
+};
+
+class TwoMonitors : public GtkWindowPort {};
+
+constexpr const char* kRedPage = "<body style='margin:0;background:#f00'></body>";
+
+}  // namespace
+
+TEST_F(GtkWindowPort, contentLiesExactlyWhereAskedAfterTheFirstShow) {
+  makeWindow({200, 150});
+  page.load(kRedPage);
+  window->makeKeyAndOrderFront();
+  const Rect asked = {{321, 234}, {400, 300}};
+  window->setFrame(window->frameRectForContentRect(asked));
+  EXPECT_EQ(content(), asked);
+  EXPECT_TRUE(waitFor([] {
+    return isRedExactlyAt({321, 1024 - 234 - 300, 400, 300});
+  })) << redArea().x
+      << " " << redArea().y << " " << redArea().width << " " << redArea().height;
+  EXPECT_EQ(content(), asked);
+  EXPECT_EQ(page.interface->view->frame().size, (Size{400, 300}));
+  EXPECT_GT(window->frame().size.height, 300) << "there is a title bar";
+  EXPECT_TRUE(screenPicture().writePng("/tmp/qorix-gtk-popup.png"));
+}
+
+TEST_F(GtkWindowPort, frameSetBeforeTheFirstShowHolds) {
+  makeWindow({200, 150});
+  page.load(kRedPage);
+  window->setFrame(window->frameRectForContentRect({{100, 100}, {300, 200}}));
+  window->makeKeyAndOrderFront();
+  EXPECT_TRUE(waitFor([] { return isRedExactlyAt({100, 1024 - 100 - 200, 300, 200}); }));
+  EXPECT_EQ(content(), (Rect{{100, 100}, {300, 200}}));
+}
+
+TEST_F(GtkWindowPort, decorationsAreKnownBeforeTheFirstShow) {
+  makeWindow({200, 150});
+  const Rect before = window->frameRectForContentRect({{0, 0}, {100, 100}});
+  EXPECT_GT(before.size.height, 110);
+  window->makeKeyAndOrderFront();
+  ASSERT_TRUE(waitFor([] { return !run({"wmctrl", "-l"}).empty(); }));
+  EXPECT_EQ(window->frameRectForContentRect({{0, 0}, {100, 100}}), before);
+  EXPECT_EQ(window->contentRectForFrameRect(before), (Rect{{0, 0}, {100, 100}}));
+}
+
+TEST_F(GtkWindowPort, fractionsAreKept) {
+  makeWindow({200, 150});
+  window->makeKeyAndOrderFront();
+  const Rect asked = {{520, 311.5}, {400, 300}};
+  window->setFrame(window->frameRectForContentRect(asked));
+  EXPECT_TRUE(waitFor([&] { return page.interface->view->frame().size == asked.size; }));
+  serveLoop();
+  EXPECT_EQ(content(), asked);
+}
+
+TEST_F(GtkWindowPort, closingByTheUserIsToldOnceAndTheWindowCanBeShownAgain) {
+  makeWindow({200, 150});
+  page.load(kRedPage);
+  window->setFrame(window->frameRectForContentRect({{100, 100}, {300, 200}}));
+  for (std::size_t round = 1; round <= 3; ++round) {
+    window->makeKeyAndOrderFront();
+    EXPECT_TRUE(window->isVisible());
+    ASSERT_TRUE(waitFor([] {
+      return isRedExactlyAt({100, 1024 - 100 - 200, 300, 200});
+    })) << redArea().x
+        << " " << redArea().y << " round " << round;
+    closeByUser();
+    ASSERT_TRUE(waitFor([&] { return !window->isVisible(); }));
+    ASSERT_EQ(closings.size(), round);
+    EXPECT_EQ(closings.back().object, window);
+    EXPECT_TRUE(closings.back().wasVisible);
+    ASSERT_TRUE(waitFor([] { return redArea().width <= 0; }));
+  }
+  window->close();
+  EXPECT_EQ(closings.size(), 3U) << "a hidden window is not closed";
+}
+
+TEST_F(GtkWindowPort, windowClosedByItsOwnClosingIsToldOnce) {
+  makeWindow({200, 150});
+  platform().notificationCenter->addObserver(kWindowWillCloseNotification,
+                                             [this](const Notification&) { window->close(); });
+  window->makeKeyAndOrderFront();
+  window->close();
+  EXPECT_FALSE(window->isVisible());
+  EXPECT_EQ(closings.size(), 1U);
+}
+
+TEST_F(GtkWindowPort, floatingLevelSurvivesHiding) {
+  makeWindow({300, 200});
+  page.load(kRedPage);
+  window->setLevel(WindowLevel::floating);
+  HostWindow host(900, 700);
+  for (int round = 0; round < 2; ++round) {
+    window->makeKeyAndOrderFront();
+    ASSERT_TRUE(waitFor([] { return redArea().width == 300; }));
+    host.show();
+    const std::string clients = run({"xprop", "-name", "Pop-up", "_NET_WM_STATE"});
+    EXPECT_NE(clients.find("_NET_WM_STATE_ABOVE"), std::string::npos) << clients;
+    EXPECT_TRUE(waitFor([] { return redArea().width == 300 && redArea().height == 200; }));
+    window->close();
+    ASSERT_TRUE(waitFor([] { return redArea().width <= 0; }));
+  }
+}
+
+TEST_F(GtkWindowPort, followsWhereTheUserMovesIt) {
+  makeWindow({300, 200});
+  page.load(kRedPage);
+  window->setFrame(window->frameRectForContentRect({{100, 100}, {300, 200}}));
+  window->makeKeyAndOrderFront();
+  ASSERT_TRUE(waitFor([] { return isRedExactlyAt({100, 1024 - 100 - 200, 300, 200}); }));
+  run({"wmctrl", "-r", "Pop-up", "-e", "10,500,400,250,180"});
+  ASSERT_TRUE(waitFor([&] { return content().origin.x == 500; }));
+  ASSERT_TRUE(waitFor([] { return isRedExactlyAt({500, 400, 250, 180}); }));
+  EXPECT_EQ(content(), (Rect{{500, 1024 - 400 - 180}, {250, 180}}));
+  closeByUser();
+  ASSERT_TRUE(waitFor([&] { return !window->isVisible(); }));
+  window->makeKeyAndOrderFront();
+  EXPECT_TRUE(waitFor([] {
+    return isRedExactlyAt({500, 400, 250, 180});
+  })) << "and comes back there";
+}
+
+TEST_F(GtkWindowPort, becomesSmallerThanItsPage) {
+  makeWindow({300, 200});
+  page.loadAndWait("<body style='margin:0;background:#f00;width:2000px;height:2000px'></body>");
+  window->makeKeyAndOrderFront();
+  window->setFrame(window->frameRectForContentRect({{200, 200}, {120, 60}}));
+  EXPECT_TRUE(waitFor([&] { return page.webView()->frame().size == Size{120, 60}; }));
+  EXPECT_EQ(content().size, (Size{120, 60}));
+}
+
+TEST_F(GtkWindowPort, screenIsTheWorkAreaAndNullBesideIt) {
+  makeWindow({300, 200});
+  const auto screen = window->screen();
+  ASSERT_NE(screen, nullptr);
+  EXPECT_EQ(screen->visibleFrame(), (Rect{{0, 0}, {1280, 1024}}));
+  window->setFrame({{5000, 5000}, {100, 100}});
+  EXPECT_EQ(window->screen(), nullptr);
+  window->center();
+  EXPECT_EQ(window->frame(), (Rect{{590, 462}, {100, 100}}));
+}
+
+TEST_F(GtkWindowPort, borderlessWindowStaysHiddenAndItsPageLoads) {
+  const auto stub = platform().windows->createBorderlessWindow({{10000, 10000}, {100, 100}});
+  ASSERT_NE(stub, nullptr);
+  EXPECT_FALSE(stub->isVisible());
+  EXPECT_EQ(stub->contentView()->frame().size, (Size{100, 100}));
+  EXPECT_EQ(stub->frame(), (Rect{{10000, 10000}, {100, 100}}));
+  stub->contentView()->addSubview(page.interface->view);
+  page.interface->view->setFrame({{0, 0}, {80, 40}});
+  page.loadAndWait("<script>var answer = 6 * 7</script>");
+  EXPECT_EQ(page.evaluate("answer"), "42");
+  EXPECT_EQ(page.interface->view->frame(), (Rect{{0, 0}, {80, 40}}));
+  EXPECT_EQ(page.interface->view->superview(), stub->contentView());
+}
+
+TEST_F(GtkWindowPort, destroyedByTheHostItDoesNothingMore) {
+  makeWindow({300, 200});
+  window->makeKeyAndOrderFront();
+  GList* all = gtk_window_list_toplevels();
+  for (GList* each = all; each != nullptr; each = each->next) {
+    gtk_widget_destroy(GTK_WIDGET(each->data));
+  }
+  g_list_free(all);
+  EXPECT_FALSE(window->isVisible());
+  window->setFrame({{1, 2}, {3, 4}});
+  window->setTitle("gone");
+  window->setLevel(WindowLevel::floating);
+  window->center();
+  window->close();
+  window->makeKeyAndOrderFront();
+  EXPECT_EQ(window->frame(), Rect{});
+  EXPECT_EQ(window->screen(), nullptr);
+  EXPECT_TRUE(closings.empty());
+}
+
+TEST_F(GtkWindowPort, releasedWindowLeavesItsContentAlone) {
+  makeWindow({300, 200});
+  window->makeKeyAndOrderFront();
+  serveLoop();
+  window.reset();
+  EXPECT_FALSE(page.interface->webView.expired());
+  page.loadAndWait("<p>still here</p>");
+}
+
+TEST_F(TwoMonitors, screenIsTheOneThatMostOfTheWindowIsOn) {
+  makeWindow({300, 200});
+  page.load(kRedPage);
+  window->makeKeyAndOrderFront();
+  window->setFrame(window->frameRectForContentRect({{700, 300}, {300, 200}}));
+  ASSERT_EQ(gdk_display_get_n_monitors(gdk_display_get_default()), 2);
+  ASSERT_NE(window->screen(), nullptr);
+  EXPECT_EQ(window->screen()->visibleFrame(), (Rect{{800, 0}, {800, 900}}));
+  EXPECT_TRUE(waitFor([] { return isRedExactlyAt({700, 400, 300, 200}); }));
+  window->setFrame(window->frameRectForContentRect({{600, 300}, {300, 200}}));
+  EXPECT_EQ(window->screen()->visibleFrame(), (Rect{{0, 0}, {800, 900}}));
+  run({"wmctrl", "-r", "Pop-up", "-e", "10,1100,300,300,200"});
+  ASSERT_TRUE(waitFor([] { return isRedExactlyAt({1100, 300, 300, 200}); }));
+  ASSERT_TRUE(waitFor([&] { return content().origin.x == 1100; }));
+  EXPECT_EQ(window->screen()->visibleFrame(), (Rect{{800, 0}, {800, 900}}));
+  window->center();
+  EXPECT_TRUE(waitFor([&] {
+    const GdkRectangle red = redArea();
+    return red.x + red.width / 2 == 1200 && red.width == 300;
+  }));
+}
+
+}  // namespace qorix::test

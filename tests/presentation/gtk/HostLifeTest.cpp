@@ -1,0 +1,145 @@
+// A host may destroy its view or its window in every state of an advertisement.
+
+#include "platform/gtk/GtkTest.h"
+#include "qorix/MyPushAdManager.h"
+#include "qorix/MyPushAdNotifications.h"
+#include "support/Records.h"
+
+namespace qorix::test {
+
+namespace {
+
+enum class End { destroyView, destroyWindow };
+
+/// The test's process is the host: the manager and the shared window live as they do there.
+class HostLife : public GtkTest, public testing::WithParamInterface<End> {
+ protected:
+  HostLife() {
+    host_.show();
+    platform().notificationCenter->addObserver(
+        kPushAdWillShowNotification, [this](const Notification& /*each*/) { ++showings_; });
+  }
+
+  /// Asks the manager for an advertisement that is due every time.
+  void request(RecordOf values, const std::string& page) {
+    values.version = "";
+    auto record = makeRecord(values);
+    record->setHtmlContentsDict(LocalizedTexts{{"default", page}});
+    const auto manager = MyPushAdManager::sharedPushAdManager();
+    manager->configureWithAppBundle(platform().mainBundle);
+    manager->setLonePushAdInfo(record);
+    manager->prepareAndShowAdWithHostView(host_.view(), MyPushAdFileHostModeWebServer,
+                                          std::nullopt);
+  }
+
+  void waitForShowing() {
+    ASSERT_TRUE(waitFor([this] { return showings_ > 0; }));
+  }
+
+  void waitForPage() {
+    ASSERT_TRUE(waitFor([this] { return pageTitle() == "loaded"; }));
+  }
+
+  std::string pageTitle() {
+    const auto webView = controller().legacyWebView();
+    return webView == nullptr ? ""
+                              : webView->stringByEvaluatingJavaScriptFromString("document.title");
+  }
+
+  static MyPushAdViewController& controller() {
+    return *MyPushAdManager::sharedPushAdManager()
+                ->pushAdOperators()
+                ->back()
+                ->pushAdViewController();
+  }
+
+  void destroy() {
+    if (GetParam() == End::destroyView) {
+      gtk_widget_destroy(GTK_WIDGET(host_.overlay()));
+    } else {
+      host_.destroy();
+    }
+    isDestroyed_ = true;
+  }
+
+  /// Ends the host's part; whatever was under way goes on and must find everything that it needs.
+  void end() {
+    destroy();
+    bool isLater = false;
+    platform().mainRunLoop->performAfterDelay(0.3, [&isLater] { isLater = true; });
+    ASSERT_TRUE(waitFor([&isLater] { return isLater; }));
+  }
+
+  static constexpr const char* kPage = "<title>loaded</title><body style='background:#f00'>ad";
+
+  HostWindow host_{400, 300};
+  int showings_ = 0;
+  bool isDestroyed_ = false;
+};
+
+}  // namespace
+
+TEST_P(HostLife, whileWaitingForADefinition) {
+  MyPushAdManager::sharedPushAdManager()->prepareAndShowAdWithHostView(
+      host_.view(), MyPushAdFileHostModeWebServer, "http://127.0.0.1:9/");
+  end();
+}
+
+TEST_P(HostLife, whileTheShowingIsScheduled) {
+  request({.embed = 1, .delay = 0}, kPage);
+  end();
+}
+
+TEST_P(HostLife, whileThePageIsLoading) {
+  request({.embed = 1}, kPage);
+  waitForShowing();
+  end();
+}
+
+TEST_P(HostLife, whileABannerIsShown) {
+  request({.embed = 1}, kPage);
+  waitForShowing();
+  waitForPage();
+  end();
+}
+
+TEST_P(HostLife, afterABannerWasClosed) {
+  request({.embed = 1}, kPage);
+  waitForShowing();
+  waitForPage();
+  controller().handleCloseButtonClicked();
+  end();
+}
+
+TEST_P(HostLife, whileAPopupIsShown) {
+  request({.embed = 0}, kPage);
+  waitForShowing();
+  waitForPage();
+  end();
+}
+
+TEST_P(HostLife, whileAScriptOfThePageRuns) {
+  // The page takes its time to answer; the host acts meanwhile.
+  request({.embed = 1},
+          "<title>loaded</title><script>"
+          "function cocoa_obtain_promo_app_ids() { var end = Date.now() + 700;"
+          " while (Date.now() < end) {} return 'a'; }"
+          "function cocoa_post_promo_app_info() {}</script>");
+  waitForShowing();
+  std::function<void()> act = [this] { destroy(); };
+  g_timeout_add(
+      400,
+      [](gpointer data) -> gboolean {
+        (*static_cast<std::function<void()>*>(data))();
+        return G_SOURCE_REMOVE;
+      },
+      &act);
+  ASSERT_TRUE(waitFor([this] { return isDestroyed_; }));
+}
+
+INSTANTIATE_TEST_SUITE_P(Ends, HostLife, testing::Values(End::destroyView, End::destroyWindow),
+                         [](const auto& each) {
+                           return each.param == End::destroyView ? "destroyView" : "destroyWindow";
+                         });
+
+}  // namespace qorix::test

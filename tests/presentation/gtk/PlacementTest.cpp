@@ -1,0 +1,200 @@
+// Where the real presenter puts real advertisements on a real screen, pixel for pixel.
+
+#include <gmock/gmock.h>
+
+#include "platform/gtk/GtkTest.h"
+#include "presentation/AdFrameLayout.h"
+#include "qorix/MyPushAdNotifications.h"
+#include "qorix/MyPushAdOperator.h"
+#include "support/Records.h"
+
+namespace qorix::test {
+
+namespace {
+
+using ::testing::ElementsAre;
+
+std::string describe(const GdkRectangle& box) {
+  return "(" + std::to_string(box.x) + ", " + std::to_string(box.y) + ", " +
+         std::to_string(box.width) + ", " + std::to_string(box.height) + ")";
+}
+
+class Placement : public GtkTest {
+ protected:
+  Placement() {
+    for (const char* name : {kPushAdWillShowNotification, kPushAdDidCloseNotification}) {
+      platform().notificationCenter->addObserver(
+          name, [this](const Notification& each) { events.push_back(each.name()); });
+    }
+  }
+
+  static std::shared_ptr<MyPushAdInfo> redRecord(RecordOf values) {
+    values.version = "";  // due every time
+    auto record = makeRecord(values);
+    record->setHtmlContentsDict(
+        LocalizedTexts{{"default", "<!DOCTYPE html><body style='margin:0;background:#f00'>"}});
+    record->setTitleDict(LocalizedTexts{{"default", "Pop-up"}});
+    return record;
+  }
+
+  /// Lets a presenter, which is kept as the manager keeps them, decide and show.
+  std::shared_ptr<MyPushAdOperator> present(const std::shared_ptr<View>& hostView,
+                                            const std::shared_ptr<MyPushAdInfo>& record) {
+    presenters.push_back(MyPushAdOperator::createInstanceWithHostView(hostView));
+    presenters.back()->processShowAdIfNeededWithPushAdInfo(record);
+    return presenters.back();
+  }
+
+  /// Waits until exactly that rectangle of the screen (y downwards) is red.
+  static void expectRed(const GdkRectangle& expected, const std::string& what) {
+    GdkRectangle seen{};
+    EXPECT_TRUE(waitFor([&] {
+      const PixelBox box = boxOfColor(screenPicture(), kRed);
+      seen = {box.x, box.y, box.width, box.height};
+      return gdk_rectangle_equal(&seen, &expected) != FALSE;
+    })) << what
+        << ": expected " << describe(expected) << ", seen " << describe(seen);
+  }
+
+  /// The part of a frame in the overlay (y upwards) that the overlay does not clip, on the screen.
+  static GdkRectangle visiblePart(const Rect& frame, const GdkRectangle& overlay) {
+    const GdkRectangle unclipped{
+        overlay.x + static_cast<int>(frame.origin.x),
+        overlay.y + overlay.height - static_cast<int>(frame.origin.y + frame.size.height),
+        static_cast<int>(frame.size.width), static_cast<int>(frame.size.height)};
+    GdkRectangle visible{};
+    gdk_rectangle_intersect(&unclipped, &overlay, &visible);
+    return visible;
+  }
+
+  void expectBanner(const HostWindow& host, const RecordOf& values, const std::string& what) {
+    const GdkRectangle overlay = host.overlayOnScreen();
+    const BannerPlacement placement{
+        values.embed,
+        {static_cast<double>(values.width), static_cast<double>(values.height)},
+        static_cast<double>(values.offsetx),
+        static_cast<double>(values.offsety)};
+    const Rect frame = bannerFrame(
+        {static_cast<double>(overlay.width), static_cast<double>(overlay.height)}, placement);
+    expectRed(visiblePart(frame, overlay), what);
+  }
+
+  /// Shows a banner at that anchor, then resizes its host twice.
+  void expectBannerToFollowItsHost(std::int64_t embed) {
+    const RecordOf values{.embed = embed, .width = 100, .height = 60, .offsetx = 10, .offsety = 6};
+    HostWindow host(400, 300);
+    host.show();
+    present(host.view(), redRecord(values));
+    expectBanner(host, values, "at first");
+    host.resizeOverlay(520, 360);
+    expectBanner(host, values, "in a larger host");
+    host.resizeOverlay(80, 40);
+    expectBanner(host, values, "in a host smaller than the banner");
+  }
+
+  std::vector<std::shared_ptr<MyPushAdOperator>> presenters;
+  std::vector<std::string> events;
+};
+
+class TwoMonitorsPlacement : public Placement {};
+
+}  // namespace
+
+// A page draws nothing below a few pixels, so the numbers leave something to be seen everywhere.
+
+TEST_F(Placement, topRightBannerFollowsItsHost) { expectBannerToFollowItsHost(1); }
+TEST_F(Placement, rightBannerFollowsItsHost) { expectBannerToFollowItsHost(2); }
+TEST_F(Placement, bottomRightBannerFollowsItsHost) { expectBannerToFollowItsHost(3); }
+TEST_F(Placement, bottomBannerFollowsItsHost) { expectBannerToFollowItsHost(4); }
+TEST_F(Placement, bottomLeftBannerFollowsItsHost) { expectBannerToFollowItsHost(5); }
+TEST_F(Placement, leftBannerFollowsItsHost) { expectBannerToFollowItsHost(6); }
+TEST_F(Placement, topLeftBannerFollowsItsHost) { expectBannerToFollowItsHost(7); }
+TEST_F(Placement, topBannerFollowsItsHost) { expectBannerToFollowItsHost(8); }
+TEST_F(Placement, fallbackBannerFollowsItsHost) { expectBannerToFollowItsHost(9); }
+
+TEST_F(Placement, aBannerOfAHostThatIsShownLateIsThereWithIt) {
+  const RecordOf values{.embed = 1, .width = 100, .height = 60};
+  HostWindow host(400, 300);
+  present(host.view(), redRecord(values));
+  ASSERT_TRUE(waitFor([&] { return !events.empty(); }));
+  host.show();
+  expectBanner(host, values, "once the host is shown");
+}
+
+TEST_F(Placement, aBannerGoesWithAHostThatIsReparented) {
+  const RecordOf values{.embed = 3, .width = 100, .height = 60};
+  HostWindow host(400, 300);
+  host.show();
+  present(host.view(), redRecord(values));
+  expectBanner(host, values, "at first");
+
+  GtkWidget* overlay = GTK_WIDGET(host.overlay());
+  GtkWidget* other = gtk_window_new(GTK_WINDOW_TOPLEVEL);
+  g_object_ref(overlay);
+  gtk_container_remove(GTK_CONTAINER(gtk_widget_get_parent(overlay)), overlay);
+  GtkWidget* frame = gtk_frame_new(nullptr);
+  gtk_container_set_border_width(GTK_CONTAINER(frame), 30);
+  gtk_container_add(GTK_CONTAINER(other), frame);
+  gtk_container_add(GTK_CONTAINER(frame), overlay);
+  g_object_unref(overlay);
+  gtk_window_resize(GTK_WINDOW(other), 560, 400);
+  gtk_widget_show_all(other);
+  ASSERT_TRUE(waitFor([&] { return gtk_window_is_active(GTK_WINDOW(other)) != FALSE; }));
+  const GdkRectangle place = [&] {
+    GdkRectangle box{};
+    gdk_window_get_origin(gtk_widget_get_window(other), &box.x, &box.y);
+    int x = 0;
+    int y = 0;
+    gtk_widget_translate_coordinates(overlay, other, 0, 0, &x, &y);
+    return GdkRectangle{box.x + x, box.y + y, gtk_widget_get_allocated_width(overlay),
+                        gtk_widget_get_allocated_height(overlay)};
+  }();
+  expectRed(visiblePart({{static_cast<double>(place.width) - 100, 0}, {100, 60}}, place),
+            "in the new window");
+  gtk_widget_destroy(other);
+}
+
+TEST_F(Placement, thePopupsContentIsInTheMiddleOfTheWorkArea) {
+  const auto presenter = present(nullptr, redRecord({.embed = 0, .width = 400, .height = 300}));
+  expectRed({(1280 - 400) / 2, (1024 - 300) / 2, 400, 300}, "content");
+  const Window& window = *presenter->popupAdWindow();
+  EXPECT_EQ(window.contentRectForFrameRect(window.frame()), (Rect{{440, 362}, {400, 300}}));
+  EXPECT_GT(window.frame().size.height, 300) << "the title bar sits above";
+}
+
+TEST_F(Placement, thePopupFloatsOverOrdinaryWindows) {
+  present(nullptr, redRecord({.embed = 0, .width = 400, .height = 300}));
+  expectRed({(1280 - 400) / 2, (1024 - 300) / 2, 400, 300}, "content");
+  HostWindow host(900, 800);
+  host.show();
+  gtk_window_move(host.window(), 40, 40);
+  gtk_window_present(host.window());
+  ASSERT_TRUE(waitFor([&] { return gtk_window_is_active(host.window()) != FALSE; }));
+  expectRed({(1280 - 400) / 2, (1024 - 300) / 2, 400, 300}, "above the host's window");
+}
+
+TEST_F(Placement, thePopupIsClosedByItsUserAndShownAgainByALaterPresenter) {
+  const auto first = present(nullptr, redRecord({.embed = 0, .width = 400, .height = 300}));
+  expectRed({(1280 - 400) / 2, (1024 - 300) / 2, 400, 300}, "content");
+  run({"wmctrl", "-F", "-c", "Pop-up"});
+  ASSERT_TRUE(waitFor([&] { return events.size() == 2; }));
+  EXPECT_THAT(events, ElementsAre(kPushAdWillShowNotification, kPushAdDidCloseNotification));
+  EXPECT_FALSE(first->popupAdWindow()->isVisible());
+  ASSERT_TRUE(waitFor([] { return boxOfColor(screenPicture(), kRed).width == 0; }));
+
+  // The window still shows the first presenter's page: that is its content for good.
+  const auto second = present(nullptr, redRecord({.embed = 0, .width = 300, .height = 200}));
+  expectRed({(1280 - 300) / 2, (1024 - 200) / 2, 300, 200}, "shown again");
+  EXPECT_EQ(second->popupAdWindow(), first->popupAdWindow());
+  EXPECT_EQ(events.size(), 3U);
+}
+
+TEST_F(TwoMonitorsPlacement, thePopupIsInTheMiddleOfItsOwnMonitor) {
+  const auto presenter = present(nullptr, redRecord({.embed = 0, .width = 400, .height = 300}));
+  ASSERT_TRUE(waitFor([&] { return boxOfColor(screenPicture(), kRed).width == 400; }));
+  const PixelBox box = boxOfColor(screenPicture(), kRed);
+  const int monitor = box.x < 800 ? 0 : 1;
+  expectRed({monitor * 800 + 200, (900 - 300) / 2, 400, 300}, "content");
+}
+
+}  // namespace qorix::test
