@@ -1,0 +1,276 @@
+#!/usr/bin/env python3
+"""Shows the library at its main job. usage: demo.py BUILD (./run demo calls it so)
+
+Starts the sample server with the sample document and the sample host twice: as the editor, which is
+to show a banner, and as the viewer, which is to show the pop-up window. With a display both stay until
+their windows are closed. Without one it brings a display of its own, looks for each advertisement on
+it, saves BUILD/demo/banner.png and BUILD/demo/popup.png, and succeeds only if both were seen.
+"""
+
+import ctypes
+import json
+import os
+import queue
+import re
+import shutil
+import signal
+import subprocess
+import sys
+import threading
+import time
+from dataclasses import dataclass
+from pathlib import Path
+
+SECONDS_FOR_EACH = 25  # from the start of a host to its advertisement on the screen
+WILL_SHOW = "ZAMPushAdWillShowNotification"
+
+
+@dataclass(frozen=True)
+class Showing:
+    """One host, and what the sample document makes it show."""
+
+    name: str
+    bundle_id: str
+    host_views: int
+    popup: bool
+    size: str
+    colour: str  # of the page's border, found nowhere else on the screen
+
+
+SHOWINGS = (
+    Showing("banner", "com.example.editor", 2, False, "728x90", "#e6007e"),
+    Showing("popup", "com.example.viewer", 1, True, "600x400", "#00a3ad"),
+)
+
+began = time.monotonic()
+
+
+def tell(what):
+    print(f"{time.monotonic() - began:6.1f} s  {what}", flush=True)
+
+
+class Failure(Exception):
+    pass
+
+
+class Host:
+    """A running sample host; what it prints is told and can be waited for."""
+
+    def __init__(self, bin_folder, folder, showing, url, *more):
+        self.showing = showing
+        self.log = folder / f"{showing.name}.log"
+        self.events = queue.Queue()
+        applications = folder / "applications"  # none of the promoted ones is installed
+        applications.mkdir(exist_ok=True)
+        command = [bin_folder / "qorix-sample-host", "--bundle-id", showing.bundle_id]
+        command += ["--url", url, "--host-views", str(showing.host_views), "--view-size", "800x300"]
+        command += ["--defaults", folder / f"{showing.name}.settings"]
+        command += ["--applications", applications, "--languages", "en", *more]
+        with open(self.log, "w") as log:
+            self.process = subprocess.Popen(
+                command, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=log, text=True
+            )
+        self.reader = threading.Thread(target=self.read, daemon=True)
+        self.reader.start()
+
+    def read(self):
+        for line in self.process.stdout:
+            event = json.loads(line)
+            text = event["event"]
+            if event.get("frame"):
+                text += f" at {event['frame']}"
+            tell(f"{self.showing.bundle_id}: {text}")
+            self.events.put(event)
+        self.events.put(None)
+
+    def wait_for_showing(self, deadline):
+        """Returns once the will-show event that the document calls for has come."""
+        while True:
+            try:
+                event = self.events.get(timeout=max(0, deadline - time.monotonic()))
+            except queue.Empty:
+                raise Failure(f"{self.showing.bundle_id} showed nothing in time") from None
+            if event is None:
+                self.wait_for_end()
+                raise Failure(f"{self.showing.bundle_id} ended before it showed anything")
+            if event["event"] == WILL_SHOW and event["popup"] == self.showing.popup:
+                return
+
+    def wait_for_end(self):
+        status = self.process.wait()
+        self.reader.join()
+        if status != 0:
+            raise Failure(f"{self.showing.bundle_id} ended with status {status}")
+
+
+def start_server(bin_folder, documents):
+    """Serves `documents` until this process ends; returns the sample document's address."""
+    server = subprocess.Popen(
+        [bin_folder / "qorix-sample-server", "--port", "0", documents],
+        stdin=subprocess.PIPE,
+        stdout=subprocess.PIPE,
+        text=True,
+    )
+    port = json.loads(server.stdout.readline() or "{}").get("port")
+    if not port:
+        raise Failure("the sample server did not start")
+    url = f"http://127.0.0.1:{port}/commonad.xml"
+    tell(f"qorix-sample-server serves {url}")
+    return server, url
+
+
+def start_display(folder):
+    """A screen in memory with a window manager; later programs find it in the environment."""
+    reading, writing = os.pipe()
+    with open(folder / "display.log", "w") as log:
+        subprocess.Popen(
+            ["Xvfb", "-displayfd", str(writing), "-screen", "0", "1280x800x24", "-nolisten", "tcp"],
+            pass_fds=[writing],
+            stdin=subprocess.DEVNULL,
+            stdout=log,
+            stderr=log,
+        )
+        os.close(writing)
+        with os.fdopen(reading) as answer:
+            number = answer.readline().strip()
+        if not number:
+            raise Failure("Xvfb did not start")
+        os.environ.update(DISPLAY=f":{number}", GDK_BACKEND="x11", NO_AT_BRIDGE="1")
+        subprocess.Popen(["openbox"], stdin=subprocess.DEVNULL, stdout=log, stderr=log)
+    deadline = time.monotonic() + 10
+    asking = ["xprop", "-root", "_NET_SUPPORTING_WM_CHECK"]
+    while "window id" not in subprocess.run(asking, capture_output=True, text=True).stdout:
+        if time.monotonic() > deadline:
+            raise Failure("openbox did not start")
+        time.sleep(0.05)
+    tell(f"no display here: Xvfb and openbox run on :{number}")
+
+
+def size_seen(picture, colour):
+    """The size of the smallest rectangle that holds every point of `colour`, such as 728x90."""
+    command = ["convert", picture, "-alpha", "off", "-fill", "black", "+opaque", colour]
+    command += ["-format", "%@", "info:"]
+    found = subprocess.run(command, capture_output=True, text=True).stdout
+    return re.sub(r"[+-].*", "", found)
+
+
+def see(bin_folder, folder, showing, url):
+    """One host from its start to its picture."""
+    deadline = time.monotonic() + SECONDS_FOR_EACH
+    picture = folder / f"{showing.name}.png"
+    host = Host(bin_folder, folder, showing, url, "--screenshot", picture)
+    host.wait_for_showing(deadline)
+    look = folder / "look.png"
+    while True:  # until the page is painted
+        subprocess.run(["import", "-silent", "-window", "root", look], check=True)
+        if size_seen(look, showing.colour) == showing.size:
+            break
+        if time.monotonic() > deadline:
+            seen = size_seen(look, showing.colour)
+            look.rename(picture)
+            raise Failure(f"{picture} does not show the {showing.name} in {showing.size} but {seen}")
+        time.sleep(0.1)
+    look.unlink()
+    tell(f"{showing.bundle_id}: the {showing.name} is on the screen, {showing.size}")
+    host.process.terminate()
+    host.wait_for_end()
+    if size_seen(picture, showing.colour) != showing.size:
+        raise Failure(f"{picture} does not show the {showing.name}")
+    tell(f"saved {picture}")
+
+
+def show_to_user(bin_folder, folder, url):
+    """Both hosts side by side, until their windows are closed."""
+    hosts = [Host(bin_folder, folder, showing, url) for showing in SHOWINGS]
+    tell("close the windows to end the demo")
+    for host in hosts:
+        host.wait_for_showing(time.monotonic() + 10**6)
+    for host in hosts:
+        host.wait_for_end()
+
+
+def descendants():
+    """Every process that this one has brought about."""
+    children = {}
+    for entry in Path("/proc").glob("[0-9]*/stat"):
+        try:
+            parent = int(entry.read_text().rpartition(")")[2].split()[1])
+        except OSError:  # it has ended meanwhile
+            continue
+        children.setdefault(parent, []).append(int(entry.parent.name))
+    found, waiting = [], [os.getpid()]
+    while waiting:
+        below = children.get(waiting.pop(), [])
+        found += below
+        waiting += below
+    return found
+
+
+def adopt_orphans():
+    """Makes this process the parent of whatever its children leave behind."""
+    PR_SET_CHILD_SUBREAPER = 36
+    ctypes.CDLL(None).prctl(PR_SET_CHILD_SUBREAPER, 1, 0, 0, 0)
+
+
+def end_all():
+    """Ends what is still running of what was started here."""
+    for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
+        signal.signal(number, signal.SIG_IGN)
+    for number, patience in ((signal.SIGTERM, 3), (signal.SIGKILL, 3)):
+        for pid in descendants():
+            try:
+                os.kill(pid, number)
+            except ProcessLookupError:
+                pass
+        deadline = time.monotonic() + patience
+        while time.monotonic() < deadline:
+            try:
+                while os.waitpid(-1, os.WNOHANG)[0]:
+                    pass
+            except ChildProcessError:
+                return
+            time.sleep(0.02)
+
+
+def stop(*_):
+    raise KeyboardInterrupt
+
+
+def main():
+    build = Path(sys.argv[1]).resolve()
+    folder = build / "demo"
+    shutil.rmtree(folder, ignore_errors=True)  # with the counts of earlier showings
+    folder.mkdir()
+    documents = Path(__file__).resolve().parent.parent / "documents"
+    has_display = bool(os.environ.get("DISPLAY"))
+    signal.signal(signal.SIGTERM, stop)
+    signal.signal(signal.SIGHUP, stop)
+    if not has_display:
+        adopt_orphans()
+    try:
+        server, url = start_server(build / "bin", documents)
+        if has_display:
+            show_to_user(build / "bin", folder, url)
+        else:
+            start_display(folder)
+            for showing in SHOWINGS:
+                see(build / "bin", folder, showing, url)
+        server.stdin.close()
+        server.wait()
+        tell("done")
+        return 0
+    except Failure as failure:
+        tell(f"FAILED: {failure}")
+        for log in sorted(folder.glob("*.log")):
+            for line in log.read_text(errors="replace").splitlines()[-20:]:
+                print(f"          {log.name}: {line}")
+        return 1
+    except KeyboardInterrupt:
+        tell("interrupted")
+        return 130
+    finally:
+        end_all()
+
+
+if __name__ == "__main__":
+    sys.exit(main())

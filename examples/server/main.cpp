@@ -1,0 +1,124 @@
+// qorix-sample-server: serves the files of a folder on loopback, for the demo and for trying out ad
+// configuration documents of one's own.
+
+#include <httplib.h>
+#include <poll.h>
+#include <signal.h>
+#include <sys/signalfd.h>
+#include <unistd.h>
+
+#include <array>
+#include <charconv>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <string>
+#include <thread>
+
+namespace {
+
+constexpr const char* kUsage =
+    "usage: qorix-sample-server [--port N] FOLDER\n"
+    "\n"
+    "Serves FOLDER over HTTP on 127.0.0.1 until standard input ends or it is asked to stop. "
+    "Prints\n"
+    "{\"event\":\"listening\",\"port\":N} when it is ready.\n"
+    "\n"
+    "  --port N   listen on that port; 0, the default, takes a free one\n"
+    "  --help     print this\n";
+
+[[noreturn]] void refuse(const std::string& why) {
+  std::fprintf(stderr, "qorix-sample-server: %s\n%s", why.c_str(), kUsage);
+  std::exit(2);
+}
+
+struct Options {
+  int port = 0;
+  std::string folder;
+};
+
+int parsePort(const std::string& text) {
+  int port = -1;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), port);
+  if (error != std::errc() || *end != '\0' || port < 0 || port > 65535) {
+    refuse("not a port: '" + text + "'");
+  }
+  return port;
+}
+
+Options parseOptions(int argc, char** argv) {
+  Options options;
+  for (int i = 1; i < argc; ++i) {
+    const std::string argument = argv[i];
+    if (argument == "--help") {
+      std::fputs(kUsage, stdout);
+      std::exit(0);
+    } else if (argument == "--port") {
+      if (++i == argc) {
+        refuse("--port needs a value");
+      }
+      options.port = parsePort(argv[i]);
+    } else if (argument.starts_with("-")) {
+      refuse("unknown option '" + argument + "'");
+    } else if (options.folder.empty()) {
+      options.folder = argument;
+    } else {
+      refuse("more than one folder");
+    }
+  }
+  if (!std::filesystem::is_directory(options.folder)) {
+    refuse("no such folder: '" + options.folder + "'");
+  }
+  return options;
+}
+
+// A descriptor that becomes readable when the process is asked to stop.
+int stopSignals() {
+  sigset_t signals;
+  sigemptyset(&signals);
+  sigaddset(&signals, SIGTERM);
+  sigaddset(&signals, SIGINT);
+  sigprocmask(SIG_BLOCK, &signals, nullptr);
+  return signalfd(-1, &signals, SFD_CLOEXEC);
+}
+
+void waitForStop(int signals) {
+  std::array<pollfd, 2> events = {{{signals, POLLIN, 0}, {STDIN_FILENO, POLLIN, 0}}};
+  while (poll(events.data(), events.size(), -1) >= 0 || errno == EINTR) {
+    if (events[0].revents != 0) {
+      return;
+    }
+    std::array<char, 256> ignored;
+    if (events[1].revents != 0 && read(STDIN_FILENO, ignored.data(), ignored.size()) <= 0) {
+      return;
+    }
+  }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  const Options options = parseOptions(argc, argv);
+  const int signals = stopSignals();  // before any thread is made, so that all leave them alone
+
+  httplib::Server server;
+  server.set_mount_point("/", options.folder);
+  const int port = options.port == 0
+                       ? server.bind_to_any_port("127.0.0.1")
+                       : (server.bind_to_port("127.0.0.1", options.port) ? options.port : -1);
+  if (port < 0) {
+    std::fprintf(stderr, "qorix-sample-server: cannot listen on port %d: %s\n", options.port,
+                 std::strerror(errno));
+    return 1;
+  }
+  std::thread listening([&server] { server.listen_after_bind(); });
+  std::printf("{\"event\":\"listening\",\"port\":%d}\n", port);
+  std::fflush(stdout);
+
+  waitForStop(signals);
+  while (!server.is_running()) {  // a stop before the start would be lost
+    std::this_thread::yield();
+  }
+  server.stop();
+  listening.join();
+}

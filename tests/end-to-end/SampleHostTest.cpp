@@ -1,0 +1,318 @@
+#include <gmock/gmock.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <random>
+
+#include "end-to-end/HostProcess.h"
+#include "end-to-end/Screen.h"
+#include "fakes/RecordingLog.h"
+#include "platform/Platform.h"
+#include "platform/linux/SqliteUserDefaults.h"
+#include "support/Documents.h"
+#include "support/LoopbackServer.h"
+
+namespace qorix::test {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+constexpr const char* kWillShow = "ZAMPushAdWillShowNotification";
+constexpr const char* kPath = "/mac/ads/commonad.xml";
+constexpr Pixel kAdColor{255, 0, 170};  // of no desktop and no editor
+
+std::string entry(const std::string& page) {
+  return "<default><![CDATA[<!DOCTYPE html>" + page + "]]></default>";
+}
+
+/// A page that is all of the one colour.
+constexpr const char* kPlainPage = "<body style='margin:0;background:#ff00aa'>";
+
+/// A document from a loopback server, shown by the real host on a real display.
+class SampleHostTest : public ::testing::Test {
+ public:
+  ~SampleHostTest() override { std::filesystem::remove_all(folder_); }
+
+ protected:
+  SampleHostTest()
+      : folder_(std::filesystem::temp_directory_path() /
+                ("qorix-end-to-end-" + std::to_string(getpid()))),
+        settings_((folder_ / "settings.sqlite").string()) {
+    std::filesystem::create_directories(folder_);
+    Platform services = nullPlatform();
+    services.log = log_;
+    installPlatform(services);
+  }
+
+  void serve(const DocumentOf& document, const std::string& page = kPlainPage) {
+    DocumentOf shown = document;
+    shown.html = entry(page);
+    server_.setAnswer(kPath, {.body = {makeDocument(shown)}});
+  }
+
+  std::vector<std::string> arguments(std::vector<std::string> more = {}) const {
+    std::vector<std::string> all{"--url",   server_.url(kPath), "--defaults",
+                                 settings_, "--applications",   folder_.string()};
+    all.insert(all.end(), more.begin(), more.end());
+    return all;
+  }
+
+  /// The host is asked to quit and does so properly.
+  static void expectProperQuit(HostProcess& host) {
+    host.sendSignal(SIGTERM);
+    ASSERT_TRUE(host.waitForEnd());
+    EXPECT_TRUE(WIFEXITED(host.status()) && WEXITSTATUS(host.status()) == 0) << host.status();
+    EXPECT_EQ(host.countEvents("quit"), 1);
+  }
+
+  /// One launch that ends when the advertisement was shown; false when it was not.
+  bool isShownInOneLaunch() {
+    HostProcess host(arguments());
+    // Once the definition is cached the decision has been taken, and a due one is shown at once.
+    const bool decided = host.waitForLog("ZAM dadstring is saved.");
+    const bool shown = decided && host.waitForEvent(kWillShow, 3).has_value();
+    expectProperQuit(host);
+    return shown;
+  }
+
+  std::int64_t storedCount() const {
+    return SqliteUserDefaults(settings_).integerForKey("ZAMMyPushAdCountKey");
+  }
+
+  LoopbackServer server_;
+  const std::filesystem::path folder_;
+  const std::string settings_;
+  std::shared_ptr<RecordingLog> log_ = std::make_shared<RecordingLog>();
+};
+
+TEST_F(SampleHostTest, showsTheBannerOfAFetchedDocument) {
+  serve({.embed = "1", .width = "300", .height = "60"});
+  HostProcess host(arguments());
+  EXPECT_TRUE(host.waitForEvent("ready"));
+  const auto event = host.waitForEvent(kWillShow);
+  ASSERT_TRUE(event);
+  EXPECT_EQ(event->dump(), (nlohmann::json{{"event", kWillShow},
+                                           {"hostView", 0},
+                                           {"popup", false},
+                                           {"adId", 12},
+                                           {"frame", {500, 440, 300, 60}},
+                                           {"url", nullptr},
+                                           {"element", nullptr}}
+                                .dump()));
+  const auto box = waitForColor(kAdColor, 300, 60);
+  EXPECT_EQ(box.width, 300);
+  EXPECT_EQ(box.height, 60);
+  EXPECT_THAT(host.log(), ElementsAre("ZAM dSuccess", "ZAM dadstring is saved."));
+  expectProperQuit(host);
+  ASSERT_EQ(server_.requests().size(), 1U);
+  EXPECT_EQ(server_.requests()[0].method, "GET");
+}
+
+TEST_F(SampleHostTest, showsThePopupInTheMiddleOfTheScreen) {
+  serve({.embed = "0", .width = "400", .height = "300"});
+  HostProcess host(arguments());
+  const auto event = host.waitForEvent(kWillShow);
+  ASSERT_TRUE(event);
+  EXPECT_EQ(event->at("popup"), true);
+  const auto box = waitForColor(kAdColor, 400, 300);
+  EXPECT_EQ(box.width, 400);
+  EXPECT_EQ(box.height, 300);
+  const auto frame = event->at("frame");
+  EXPECT_EQ(frame.at(0), box.x);
+  EXPECT_EQ(frame.at(1), screenHeight() - box.y - box.height);
+  EXPECT_EQ(box.x, (screenWidth() - 400) / 2);
+  EXPECT_EQ(box.y, (screenHeight() - 300) / 2);
+  expectProperQuit(host);
+}
+
+TEST_F(SampleHostTest, aHostWithoutAViewShowsThePopup) {
+  serve({.embed = "0", .width = "400", .height = "300"});
+  HostProcess host(arguments({"--host-views", "0"}));
+  const auto event = host.waitForEvent(kWillShow);
+  ASSERT_TRUE(event);
+  EXPECT_EQ(event->at("hostView"), nullptr);
+  EXPECT_EQ(waitForColor(kAdColor, 400, 300).width, 400);
+  expectProperQuit(host);
+}
+
+TEST_F(SampleHostTest, theCachedDocumentIsShownAtOnceWithoutAServer) {
+  serve({.width = "300", .height = "60"});
+  EXPECT_TRUE(isShownInOneLaunch());
+  RawServer refusing([](RawServer::Connection& /*connection*/) {});
+  HostProcess host({"--url", refusing.url("/"), "--defaults", settings_});
+  EXPECT_TRUE(host.waitForEvent(kWillShow));
+  EXPECT_TRUE(host.waitForLog("ZAM dError rty"));
+  EXPECT_EQ(waitForColor(kAdColor, 300, 60).width, 300);
+  expectProperQuit(host);
+}
+
+TEST_F(SampleHostTest, aVersionIsShownAsOftenAsItsCountAcrossLaunches) {
+  serve({.count = "2"});
+  EXPECT_TRUE(isShownInOneLaunch());
+  EXPECT_TRUE(isShownInOneLaunch());
+  EXPECT_FALSE(isShownInOneLaunch());
+  EXPECT_EQ(storedCount(), 2);
+}
+
+TEST_F(SampleHostTest, twoHostViewsSpendOneCount) {
+  serve({.count = "1"});
+  HostProcess host(arguments({"--host-views", "2", "--view-size", "500x300"}));
+  const auto event = host.waitForEvent(kWillShow);
+  ASSERT_TRUE(event);
+  EXPECT_EQ(event->at("hostView"), 0);
+  expectProperQuit(host);
+  EXPECT_EQ(host.countEvents(kWillShow), 1);
+}
+
+TEST_F(SampleHostTest, anErrorPageIsATextThatDoesNotParse) {
+  server_.setAnswer(kPath, {.status = 404, .body = {"<html><body>not found</body></html>"}});
+  HostProcess host(arguments());
+  EXPECT_TRUE(host.waitForLog("ZAM OK. but rty"));
+  expectProperQuit(host);
+  EXPECT_THAT(
+      host.log(),
+      ElementsAre("ZAM dSuccess",
+                  "+[MyPushAdUtil parseXMLWithString:] 94: ZAM <=> ***Error***: fatal error found, "
+                  "go to pre-defined condition.",
+                  "-[MyPushAdManager downloadSuccessfullyWithString:] 256: ZAM <=> ***Error***: "
+                  "fatal error found, go to pre-defined condition.",
+                  "ZAM OK. but rty"));
+}
+
+TEST_F(SampleHostTest, aServerThatStallsHoldsNothingUp) {
+  server_.setAnswer(kPath, {.body = {"<rootcfg>"}, .ending = LoopbackServer::Ending::stall});
+  HostProcess host(arguments());
+  EXPECT_TRUE(host.waitForEvent("ready"));
+  EXPECT_TRUE(server_.waitForRequests(1, std::chrono::seconds(30)));
+  expectProperQuit(host);
+  EXPECT_THAT(host.log(), IsEmpty());
+}
+
+TEST_F(SampleHostTest, damagedSettingsAreKeptAsideAndTheHostGoesOn) {
+  std::ofstream(settings_) << "this is no database, and nothing else either";
+  serve({.width = "300", .height = "60"});
+  HostProcess host(arguments());
+  EXPECT_TRUE(host.waitForEvent(kWillShow));
+  EXPECT_TRUE(host.waitForLog("ZAM dadstring is saved."));
+  expectProperQuit(host);
+  EXPECT_EQ(host.countLog(settings_), 1) << "one line that names the file";
+  EXPECT_EQ(storedCount(), 1);
+  bool isKept = false;
+  for (const auto& file : std::filesystem::directory_iterator(folder_)) {
+    std::ifstream stream(file.path());
+    std::string first;
+    std::getline(stream, first);
+    isKept = isKept || first == "this is no database, and nothing else either";
+  }
+  EXPECT_TRUE(isKept);
+}
+
+TEST_F(SampleHostTest, thePageIsInTheUsersLanguage) {
+  server_.setAnswer(kPath,
+                    {.body = {makeDocument({.width = "300",
+                                            .height = "60",
+                                            .html = "<default>default</default><de><![CDATA[" +
+                                                    std::string(kPlainPage) + "]]></de>"})}});
+  HostProcess host(arguments({"--languages", "de-AT,en-US"}));
+  EXPECT_TRUE(host.waitForEvent(kWillShow));
+  EXPECT_EQ(waitForColor(kAdColor, 300, 60).width, 300);
+  expectProperQuit(host);
+}
+
+// The host quits in every state of an advertisement.
+
+TEST_F(SampleHostTest, quitsWhileAShowingIsScheduled) {
+  serve({.delay = "60"});
+  HostProcess host(arguments());
+  EXPECT_TRUE(host.waitForLog("ZAM dadstring is saved."));
+  expectProperQuit(host);
+  EXPECT_EQ(host.countEvents(kWillShow), 0);
+}
+
+TEST_F(SampleHostTest, quitsWhileThePageIsLoading) {
+  for (const char* embed : {"1", "0"}) {
+    serve({.version = std::string("v") + embed, .embed = embed});
+    HostProcess host(arguments());
+    EXPECT_TRUE(host.waitForEvent(kWillShow));
+    expectProperQuit(host);
+  }
+}
+
+TEST_F(SampleHostTest, quitsWhileAScriptOfThePageRuns) {
+  // The page tells the server that it has been asked, and then does not come to an end.
+  serve({}, std::string(kPlainPage) +
+                "<script>function cocoa_obtain_promo_app_ids() {"
+                " var request = new XMLHttpRequest(); request.open('GET', '" +
+                server_.url("/asked") +
+                "', false); try { request.send(); } catch (e) {} for (;;) {} }"
+                "function cocoa_post_promo_app_info() {}</script>");
+  HostProcess host(arguments());
+  EXPECT_TRUE(host.waitForEvent(kWillShow));
+  ASSERT_TRUE(server_.waitForRequests(2, std::chrono::seconds(30)));
+  EXPECT_EQ(server_.requests()[1].target, "/asked");
+  expectProperQuit(host);
+}
+
+TEST_F(SampleHostTest, quitsAfterTheUserHasClosedTheBanner) {
+  serve({.width = "300", .height = "60"},
+        "<body style='margin:0'><a id='cocoa_close_web' href='https://ads.example.com/close' "
+        "style='display:block;height:100vh;background:#ff00aa'></a>");
+  HostProcess host(arguments());
+  EXPECT_TRUE(host.waitForEvent(kWillShow));
+  const PixelBox box = waitForColor(kAdColor, 300, 60);
+  ASSERT_EQ(box.width, 300);
+  clickAt(box.x + 150, box.y + 30);
+  const auto closed = host.waitForEvent("ZAMPushAdDidCloseNotification");
+  ASSERT_TRUE(closed);
+  EXPECT_EQ(closed->at("hostView"), 0);
+  EXPECT_EQ(waitForColor(kAdColor, 0, 0).width, 0);
+  expectProperQuit(host);
+  EXPECT_EQ(host.countEvents("ZAMPushAdIsTriggeringNavigationNotification"), 1);
+}
+
+// A showing is counted durably before it is shown, and once: whenever the host is killed, the count
+// is what it was or one more, and one more for certain when the showing was announced.
+TEST_F(SampleHostTest, aKilledHostLosesNoCountAndCountsNoShowingTwice) {
+  serve({.count = "100000"});
+  ASSERT_TRUE(isShownInOneLaunch());
+  // Half of the kills come at any moment of a launch; the other half in the short time in which the
+  // showing is decided, counted and begun.
+  std::mt19937 random(20261121);
+  std::uniform_real_distribution<double> moment(0, 1);
+  std::int64_t count = storedCount();
+  ASSERT_EQ(count, 1);
+  int counted = 0;
+  int announced = 0;
+  for (int round = 0; round < QORIX_KILL_ROUNDS; ++round) {
+    HostProcess host(arguments());
+    if (round % 2 == 0) {
+      host.listen(0.6 * moment(random));
+    } else {
+      ASSERT_TRUE(host.waitForEvent("ready"));
+      host.listen(0.05 * moment(random) * moment(random));
+    }
+    host.sendSignal(SIGKILL);
+    ASSERT_TRUE(host.waitForEnd());
+    ASSERT_TRUE(WIFSIGNALED(host.status()));
+    const std::int64_t before = count;
+    count = storedCount();
+    const bool wasAnnounced = host.countEvents(kWillShow) > 0;
+    ASSERT_GE(count, before + (wasAnnounced ? 1 : 0)) << "round " << round;
+    ASSERT_LE(count, before + 1) << "round " << round;
+    ASSERT_THAT(log_->lines(), IsEmpty()) << "the settings must open";
+    ASSERT_EQ(host.countLog("settings"), 0) << host.log().front();
+    counted += count > before ? 1 : 0;
+    announced += wasAnnounced ? 1 : 0;
+  }
+  std::printf("%d rounds: %d counted, %d announced\n", QORIX_KILL_ROUNDS, counted, announced);
+  EXPECT_GT(counted, 0) << "some rounds must get as far as the decision";
+  EXPECT_LT(counted, QORIX_KILL_ROUNDS) << "some rounds must be killed before it";
+}
+
+}  // namespace
+}  // namespace qorix::test

@@ -1,0 +1,56 @@
+#include "end-to-end/Screen.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <memory>
+#include <string>
+
+#include "end-to-end/HostProcess.h"
+
+namespace qorix::test {
+
+namespace {
+
+std::unique_ptr<VirtualDisplay>& display() {
+  static std::unique_ptr<VirtualDisplay> theDisplay;
+  return theDisplay;
+}
+
+std::unique_ptr<Picture> picture() { return takePicture(display()->name()); }
+
+}  // namespace
+
+bool startScreen() {
+  display() = VirtualDisplay::start();
+  if (display() == nullptr) {
+    return false;
+  }
+  display()->useInThisProcess();
+  return true;
+}
+
+void endScreen() { display().reset(); }
+
+int screenWidth() { return picture()->width(); }
+int screenHeight() { return picture()->height(); }
+
+PixelBox waitForColor(const Pixel& color, int width, int height) {
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::duration<double>(kPatience);
+  for (;;) {
+    const PixelBox box = boxOfColor(*picture(), color);
+    if ((box.width == width && box.height == height) ||
+        std::chrono::steady_clock::now() > deadline) {
+      return box;
+    }
+  }
+}
+
+void clickAt(int x, int y) {
+  const std::string command =
+      "xdotool mousemove " + std::to_string(x) + ' ' + std::to_string(y) + " click 1";
+  EXPECT_EQ(std::system(command.c_str()), 0) << command;
+}
+
+}  // namespace qorix::test

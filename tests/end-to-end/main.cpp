@@ -1,0 +1,19 @@
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+
+#include "end-to-end/Screen.h"
+
+// Every run has a display of its own; a list of the tests needs none.
+int main(int argc, char** argv) {
+  testing::InitGoogleTest(&argc, argv);
+  if (testing::GTEST_FLAG(list_tests)) {
+    return RUN_ALL_TESTS();
+  }
+  if (!qorix::test::startScreen()) {
+    return EXIT_FAILURE;
+  }
+  const int result = RUN_ALL_TESTS();
+  qorix::test::endScreen();
+  return result;
+}

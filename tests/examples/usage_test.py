@@ -1,0 +1,91 @@
+#!/usr/bin/env python3
+"""The sample programs say what is wrong with a command line. usage: usage_test.py BIN"""
+
+import json
+import signal
+import subprocess
+import sys
+import tempfile
+import unittest
+import urllib.request
+from pathlib import Path
+
+bin_folder = Path(sys.argv.pop(1))
+HOST_OPTIONS = (
+    "--bundle-id --url --cloud-container --cloud-base --cloud-environment --cloud-token --host-views "
+    "--view-size --defaults --applications --languages --quit-after --screenshot --help"
+).split()
+
+
+def run(program, *arguments):
+    return subprocess.run(
+        [bin_folder / program, *arguments],
+        stdin=subprocess.DEVNULL,
+        capture_output=True,
+        text=True,
+        timeout=30,
+    )
+
+
+class Usage(unittest.TestCase):
+    def assert_refused(self, program, *arguments, because):
+        result = run(program, *arguments)
+        self.assertEqual((result.returncode, result.stdout), (2, ""))
+        self.assertTrue(result.stderr.startswith(f"{program}: "), result.stderr)
+        self.assertIn(because, result.stderr)
+
+    def test_help_names_every_option(self):
+        result = run("qorix-sample-host", "--help")
+        self.assertEqual((result.returncode, result.stderr), (0, ""))
+        for option in HOST_OPTIONS:
+            self.assertIn(f"  {option} ", result.stdout)
+        self.assertEqual(run("qorix-sample-server", "--help").returncode, 0)
+
+    def test_host_refuses_what_it_does_not_understand(self):
+        self.assert_refused("qorix-sample-host", "--colour", because="--colour")
+        self.assert_refused("qorix-sample-host", "stray", because="stray")
+        self.assert_refused("qorix-sample-host", "--url", because="--url")
+        self.assert_refused("qorix-sample-host", "--host-views", "-1", because="'-1'")
+        self.assert_refused("qorix-sample-host", "--host-views", "two", because="'two'")
+        self.assert_refused("qorix-sample-host", "--view-size", "800", because="800x500")
+        self.assert_refused("qorix-sample-host", "--view-size", "0x500", because="--view-size")
+        self.assert_refused("qorix-sample-host", "--quit-after", "nan", because="'nan'")
+        self.assert_refused("qorix-sample-host", "--url", "http://a/", "--cloud-container", "b",
+                            because="one source")
+
+    def test_server_refuses_what_it_does_not_understand(self):
+        self.assert_refused("qorix-sample-server", because="folder")
+        self.assert_refused("qorix-sample-server", "/no/such/folder", because="/no/such/folder")
+        self.assert_refused("qorix-sample-server", "--port", "65536", because="65536")
+        self.assert_refused("qorix-sample-server", "--port", because="--port")
+
+
+class Server(unittest.TestCase):
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        (Path(folder.name) / "a.xml").write_text("<a/>")
+        self.server = subprocess.Popen(
+            [bin_folder / "qorix-sample-server", "--port", "0", folder.name],
+            stdin=subprocess.PIPE,
+            stdout=subprocess.PIPE,
+            text=True,
+        )
+        self.addCleanup(self.server.stdout.close)
+        self.addCleanup(self.server.stdin.close)
+        event = json.loads(self.server.stdout.readline())
+        self.assertEqual(event["event"], "listening")
+        self.url = f"http://127.0.0.1:{event['port']}/a.xml"
+
+    def test_serves_until_its_input_ends(self):
+        self.assertEqual(urllib.request.urlopen(self.url, timeout=10).read(), b"<a/>")
+        self.server.stdin.close()
+        self.assertEqual(self.server.wait(10), 0)
+
+    def test_ends_when_asked_to(self):
+        self.server.send_signal(signal.SIGTERM)
+        self.assertEqual(self.server.wait(10), 0)
+
+
+if __name__ == "__main__":
+    unittest.main()
