@@ -1,0 +1,173 @@
+#!/usr/bin/env python3
+"""The checks of the house rules find what they are there to find: each is run on small bad trees."""
+
+import json
+import tempfile
+import unittest
+from pathlib import Path
+
+import every_test_is_built
+import layering
+import words
+
+
+class Tree(unittest.TestCase):
+    def setUp(self):
+        self.folder = tempfile.TemporaryDirectory()
+        self.addCleanup(self.folder.cleanup)
+        self.root = Path(self.folder.name)
+
+    def write(self, name, text=""):
+        path = self.root / name
+        path.parent.mkdir(parents=True, exist_ok=True)
+        path.write_text(text)
+
+
+class Layering(Tree):
+    def setUp(self):
+        super().setUp()
+        for name in (
+            "include/qorix/MyPushAdInfo.h",
+            "platform/View.h",
+            "platform/linux/HttpSession.h",
+            "platform/gtk/Install.h",
+            "definition/XmlTree.h",
+            "sources/Body.h",
+            "webview/Marks.h",
+            "presentation/Layout.h",
+            "manager/Cache.h",
+            "tests/fakes/Clock.h",
+        ):
+            self.write(name)
+
+    def assert_refused(self, name, include):
+        self.write(name, f"#pragma once\n  #  include {include}\n")
+        self.assertEqual([f.split(":")[:2] for f in layering.faults(self.root)], [[name, "2"]])
+
+    def assert_allowed(self, name, include):
+        self.write(name, f"#include {include}\n")
+        self.assertEqual(list(layering.faults(self.root)), [])
+
+    def test_an_empty_house_has_no_fault(self):
+        self.assertEqual(list(layering.faults(self.root)), [])
+
+    def test_toolkit_in_the_core(self):
+        self.assert_refused("webview/Marks.cpp", "<gtk/gtk.h>")
+
+    def test_toolkit_in_quotes(self):
+        self.assert_refused("presentation/Layout.cpp", '"gdk/gdk.h"')
+
+    def test_web_engine_in_the_core(self):
+        self.assert_refused("webview/Marks.cpp", "<webkit2/webkit2.h>")
+
+    def test_toolkit_in_platform_linux(self):
+        self.assert_refused("platform/linux/Log.cpp", "<gtk/gtk.h>")
+
+    def test_toolkit_in_a_test_of_the_core(self):
+        self.assert_refused("tests/presentation/LayoutTest.cpp", "<gtk/gtk.h>")
+
+    def test_glib_in_the_core(self):
+        self.assert_refused("definition/XmlTree.cpp", "<glib.h>")
+
+    def test_third_party_header_in_a_public_header(self):
+        self.assert_refused("include/qorix/MyPushAdUtil.h", "<nlohmann/json.hpp>")
+
+    def test_third_party_header_in_a_port(self):
+        self.assert_refused("platform/Log.h", "<expat.h>")
+
+    def test_port_that_knows_the_public_interface(self):
+        self.assert_refused("platform/Log.h", '"qorix/MyPushAdInfo.h"')
+
+    def test_definition_that_knows_sources(self):
+        self.assert_refused("definition/XmlTree.cpp", '"sources/Body.h"')
+
+    def test_every_arrow_upwards(self):
+        self.assert_refused("definition/XmlTree.cpp", '"webview/Marks.h"')
+        self.assert_refused("definition/XmlTree.cpp", '"manager/Cache.h"')
+        self.write("definition/XmlTree.cpp")
+        self.assert_refused("webview/Marks.cpp", '"presentation/Layout.h"')
+        self.write("webview/Marks.cpp")
+        self.assert_refused("presentation/Layout.cpp", '"manager/Cache.h"')
+
+    def test_core_that_knows_a_platform(self):
+        self.assert_refused("manager/Manager.cpp", '"platform/gtk/Install.h"')
+        self.assert_refused("manager/Manager.cpp", '"platform/linux/HttpSession.h"')
+
+    def test_relative_include(self):
+        self.assert_refused("manager/Manager.cpp", '"../presentation/Layout.h"')
+
+    def test_what_is_allowed(self):
+        self.assert_allowed("platform/gtk/Views.cpp", "<gtk/gtk.h>")
+        self.assert_allowed("platform/linux/Apps.cpp", "<gio/gio.h>")
+        self.assert_allowed("platform/Log.h", "<string_view>")
+        self.assert_allowed("definition/XmlTree.cpp", "<expat.h>")
+        self.assert_allowed("definition/XmlTree.cpp", '"qorix/MyPushAdInfo.h"')
+        self.assert_allowed("presentation/Layout.cpp", '"webview/Marks.h"')
+        self.assert_allowed("manager/Manager.cpp", '"presentation/Layout.h"')
+        self.assert_allowed("examples/host/main.cpp", '"platform/gtk/Install.h"')
+        self.assert_allowed("tests/gtk/ViewsTest.cpp", "<gtk/gtk.h>")
+        self.assert_allowed("tests/manager/CacheTest.cpp", '"fakes/Clock.h"')
+
+
+class EveryTestIsBuilt(Tree):
+    def build(self, *names):
+        commands = [{"directory": str(self.root), "file": name} for name in names]
+        self.write("build/compile_commands.json", json.dumps(commands))
+
+    def found(self):
+        return list(every_test_is_built.faults(self.root, self.root / "build"))
+
+    def test_a_test_that_no_target_builds(self):
+        self.write("tests/a/OneTest.cpp")
+        self.write("tests/a/TwoTest.cpp")
+        self.build("tests/a/OneTest.cpp")
+        self.assertEqual(self.found(), ["tests/a/TwoTest.cpp: no target builds it"])
+
+    def test_a_source_that_no_target_builds(self):
+        self.write("manager/Cache.cpp")
+        self.build()
+        self.assertEqual(self.found(), ["manager/Cache.cpp: no target builds it"])
+
+    def test_a_benchmark_that_nobody_names(self):
+        self.write("bench/ParserBench.cpp")
+        self.write("bench/OtherBench.cpp")
+        self.write("bench/CMakeLists.txt", "add_executable(qorix-bench-parser ParserBench.cpp)\n")
+        self.build()
+        self.assertEqual(self.found(), ["bench/OtherBench.cpp: no target builds it"])
+
+
+class Words(Tree):
+    def assert_found(self, text):
+        self.write("docs/a.md", f"good\n{text}\n")
+        self.assertEqual(list(words.faults(self.root)), [f"docs/a.md:2: {text}"])
+
+    def test_papers(self):
+        for text in (
+            "see Part" + " 4.2",
+            "as the" + " specification says",
+            "in spec" + ".md",
+            "shared" + "/design has it",
+            "since issue" + " 3",
+        ):
+            self.assert_found(text)
+
+    def test_marks(self):
+        for text in ("TO" + "DO: later", "FIX" + "ME", "TEST(A, DISABLED" + "_B)", "GTEST" + "_SKIP();"):
+            self.assert_found(text)
+
+    def test_a_file_name(self):
+        self.write("tests/part" + "_4_2_test.cpp")
+        self.assertEqual(len(list(words.faults(self.root))), 1)
+
+    def test_builds_and_git_are_passed_over(self):
+        for folder in ("build", "build-x", ".git"):
+            self.write(f"{folder}/a.cpp", "FIX" + "ME\n")
+        self.assertEqual(list(words.faults(self.root)), [])
+
+    def test_ordinary_words(self):
+        self.write("docs/a.md", "part of a whole; a specification; an issue; partly; todo lists\n")
+        self.assertEqual(list(words.faults(self.root)), [])
+
+
+if __name__ == "__main__":
+    unittest.main()
