@@ -6,7 +6,7 @@
 #include "platform/Geometry.h"
 #include "platform/Screen.h"
 
-typedef struct _GdkWindow GdkWindow;
+using GdkWindow = struct _GdkWindow;
 
 namespace qorix::gtk {
 

@@ -5,7 +5,7 @@
 
 #include "platform/View.h"
 
-typedef struct _GtkOverlay GtkOverlay;
+using GtkOverlay = struct _GtkOverlay;
 
 namespace qorix::gtk {
 

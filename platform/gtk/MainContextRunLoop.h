@@ -10,7 +10,7 @@
 
 #include "platform/RunLoop.h"
 
-typedef struct _GSource GSource;
+using GSource = struct _GSource;
 
 namespace qorix::gtk {
 

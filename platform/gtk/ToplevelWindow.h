@@ -6,9 +6,9 @@
 #include "platform/Window.h"
 #include "platform/gtk/Desktop.h"
 
-typedef struct _GtkWidget GtkWidget;
-typedef struct _GtkWindow GtkWindow;
-typedef union _GdkEvent GdkEvent;
+using GtkWidget = struct _GtkWidget;
+using GtkWindow = struct _GtkWindow;
+using GdkEvent = union _GdkEvent;
 
 namespace qorix::gtk {
 

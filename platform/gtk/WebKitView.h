@@ -8,13 +8,13 @@
 #include "platform/gtk/MainContextRunLoop.h"
 #include "platform/gtk/WidgetView.h"
 
-typedef int gboolean;
-typedef struct _GError GError;
-typedef struct _WebKitJavascriptResult WebKitJavascriptResult;
-typedef struct _WebKitPolicyDecision WebKitPolicyDecision;
-typedef struct _WebKitUserContentManager WebKitUserContentManager;
-typedef struct _WebKitWebContext WebKitWebContext;
-typedef struct _WebKitWebView WebKitWebView;
+using gboolean = int;
+using GError = struct _GError;
+using WebKitJavascriptResult = struct _WebKitJavascriptResult;
+using WebKitPolicyDecision = struct _WebKitPolicyDecision;
+using WebKitUserContentManager = struct _WebKitUserContentManager;
+using WebKitWebContext = struct _WebKitWebContext;
+using WebKitWebView = struct _WebKitWebView;
 
 namespace qorix::gtk {
 

@@ -6,9 +6,9 @@
 
 #include "platform/View.h"
 
-typedef struct _GtkWidget GtkWidget;
-typedef struct _GtkOverlay GtkOverlay;
-typedef struct _cairo_rectangle_int cairo_rectangle_int_t;
+using GtkWidget = struct _GtkWidget;
+using GtkOverlay = struct _GtkOverlay;
+using cairo_rectangle_int_t = struct _cairo_rectangle_int;
 
 namespace qorix::gtk {
 
@@ -25,6 +25,10 @@ enum class Ownership {
 /// up to its container.
 class NativeView {
  public:
+  NativeView(const NativeView&) = delete;
+  NativeView& operator=(const NativeView&) = delete;
+  virtual ~NativeView();
+
   /// The one of `widget`, or null.
   static NativeView* of(GtkWidget* widget);
 
@@ -36,9 +40,6 @@ class NativeView {
 
  protected:
   NativeView(GtkWidget* widget, Ownership ownership);
-  virtual ~NativeView();
-  NativeView(const NativeView&) = delete;
-  NativeView& operator=(const NativeView&) = delete;
 
   /// The widget is being destroyed; it is no longer the view's afterwards.
   virtual void widgetWillBeDestroyed() {}

@@ -174,7 +174,7 @@ class LoopbackServer::Implementation {
         handler ? handler(request) : Answer{.status = 404, .body = {"<h1>Not found</h1>"}});
     response.status = answer->status;
     for (const auto& [name, value] : answer->headers) {
-      response.set_header(name.c_str(), value);
+      response.set_header(name, value);
     }
     // A type that the library does not compress of its own accord.
     const bool hasType = answer->headers.contains("Content-Type");

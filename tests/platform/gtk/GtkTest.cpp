@@ -69,6 +69,7 @@ void serveLoop() {
 
 std::string run(const std::vector<std::string>& command) {
   std::vector<char*> arguments;
+  arguments.reserve(command.size() + 1);
   for (const auto& each : command) {
     arguments.push_back(const_cast<char*>(each.c_str()));
   }

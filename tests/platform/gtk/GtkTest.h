@@ -86,9 +86,11 @@ class HostWindow {
 
 /// Installs the real platform with a log that can be read; GLib's warnings are failures.
 class GtkTest : public testing::Test {
+ public:
+  ~GtkTest() override;
+
  protected:
   GtkTest();
-  ~GtkTest() override;
 
   std::shared_ptr<RecordingLog> log = std::make_shared<RecordingLog>();
 };

@@ -133,7 +133,8 @@ TEST_F(GtkView, frameFollowsItsHostWithoutALag) {
                            int x = 0;
                            int y = 0;
                            gtk_widget_translate_coordinates(places->webView, window, 0, 0, &x, &y);
-                           places->xAndWidth.push_back({x, gtk_widget_get_allocated_width(window)});
+                           places->xAndWidth.emplace_back(x,
+                                                          gtk_widget_get_allocated_width(window));
                          }),
                          &seen);
   GList* children = gtk_container_get_children(GTK_CONTAINER(host.overlay()));

@@ -94,7 +94,7 @@ TEST_F(CurlUrlSessionTest, anErrorStatusIsNoError) {
 }
 
 TEST_F(CurlUrlSessionTest, bytesArriveAsTheyAre) {
-  const std::string latin1 = "caf\xE9 \xFF\x00 \x80";
+  const std::string latin1("caf\xE9 \xFF\0 \x80", 8);
   expectSuccess(fetchAnswer(
       {.headers = {{"Content-Type", "text/html; charset=iso-8859-1"}}, .body = {latin1}}));
   EXPECT_EQ(delegate_->body(), latin1);

@@ -40,6 +40,7 @@ int millisecondsUntil(Clock::time_point deadline) {
 pid_t startProgram(const std::vector<std::string>& command,
                    const std::vector<std::pair<std::string, std::string>>& environment) {
   std::vector<char*> arguments;
+  arguments.reserve(command.size() + 1);
   for (const auto& each : command) {
     arguments.push_back(const_cast<char*>(each.c_str()));
   }
@@ -174,9 +175,10 @@ std::unique_ptr<VirtualDisplay> VirtualDisplay::start(const VirtualDisplayOption
 }
 
 VirtualDisplay::~VirtualDisplay() {
-  for (auto child = children_.rbegin(); child != children_.rend(); ++child) {
-    kill(*child, SIGTERM);
-    waitpid(*child, nullptr, 0);
+  std::reverse(children_.begin(), children_.end());
+  for (const pid_t child : children_) {
+    kill(child, SIGTERM);
+    waitpid(child, nullptr, 0);
   }
   std::error_code ignored;
   if (!folder_.empty()) {
