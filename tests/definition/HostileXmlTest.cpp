@@ -59,39 +59,39 @@ std::string laughs(const std::string& first, int levels, const std::string& use)
   return document + "]>" + use;
 }
 
-TEST(HostileXmlTest, ABillionLaughsAreRefused) {
+TEST(HostileXmlTest, aBillionLaughsAreRefused) {
   EXPECT_FALSE(isReadWithinBounds(laughs("lol", 9, "<r>&e9;</r>")));
 }
 
-TEST(HostileXmlTest, ABillionElementsAreRefused) {
+TEST(HostileXmlTest, aBillionElementsAreRefused) {
   EXPECT_FALSE(isReadWithinBounds(laughs("<x/>", 9, "<r>&e9;</r>")));
 }
 
-TEST(HostileXmlTest, MoreElementsThanADocumentOfItsSizeCanHoldAreRefused) {
+TEST(HostileXmlTest, moreElementsThanADocumentOfItsSizeCanHoldAreRefused) {
   // Seven megabytes of elements: few enough bytes to pass for text.
   EXPECT_FALSE(isReadWithinBounds(laughs(repeated("<x/>", 18), 5, "<r>&e5;</r>")));
 }
 
-TEST(HostileXmlTest, ABillionEmptyEntitiesAreRefused) {
+TEST(HostileXmlTest, aBillionEmptyEntitiesAreRefused) {
   EXPECT_FALSE(isReadWithinBounds(laughs("", 9, "<r>&e9;</r>")));
 }
 
-TEST(HostileXmlTest, ABillionLaughsInAnAttributeAreRefused) {
+TEST(HostileXmlTest, aBillionLaughsInAnAttributeAreRefused) {
   EXPECT_FALSE(isReadWithinBounds(laughs("lol", 9, "<r a='&e9;'/>")));
 }
 
-TEST(HostileXmlTest, AQuadraticBlowUpIsRefused) {
+TEST(HostileXmlTest, aQuadraticBlowUpIsRefused) {
   const std::string document = "<!DOCTYPE r [<!ENTITY e '" + std::string(100'000, 'x') + "'>]>";
   EXPECT_FALSE(isReadWithinBounds(document + "<r>" + repeated("&e;", 30'000) + "</r>"));
   EXPECT_FALSE(isReadWithinBounds(document + "<r a='" + repeated("&e;", 30'000) + "'/>"));
 }
 
-TEST(HostileXmlTest, ALargeQuadraticBlowUpIsRefused) {
+TEST(HostileXmlTest, aLargeQuadraticBlowUpIsRefused) {
   const std::string document = "<!DOCTYPE r [<!ENTITY e '" + std::string(1'000'000, 'x') + "'>]>";
   EXPECT_FALSE(isReadWithinBounds(document + "<r>" + repeated("&e;", 300'000) + "</r>"));
 }
 
-TEST(HostileXmlTest, BombsOfParameterEntitiesAreRefused) {
+TEST(HostileXmlTest, bombsOfParameterEntitiesAreRefused) {
   std::string document = "<!DOCTYPE r [<!ENTITY % p0 ' '>";
   for (int level = 1; level <= 30; ++level) {
     document += "<!ENTITY % p" + std::to_string(level) + " '" +
@@ -100,7 +100,7 @@ TEST(HostileXmlTest, BombsOfParameterEntitiesAreRefused) {
   EXPECT_FALSE(isReadWithinBounds(document + "%p30;]><r/>"));
 }
 
-TEST(HostileXmlTest, AChainOfEntitiesDoesNotOverflowTheStack) {
+TEST(HostileXmlTest, aChainOfEntitiesDoesNotOverflowTheStack) {
   std::string document = "<!DOCTYPE r [<!ENTITY e0 'end'>";
   for (int level = 1; level <= 20'000; ++level) {
     document += "<!ENTITY e" + std::to_string(level) + " '&e" + std::to_string(level - 1) + ";'>";
@@ -109,7 +109,7 @@ TEST(HostileXmlTest, AChainOfEntitiesDoesNotOverflowTheStack) {
   isReadWithinBounds(document + "]><r a='&e20000;'/>");
 }
 
-TEST(HostileXmlTest, ManyUsesOfExternalEntitiesAreNotQuadratic) {
+TEST(HostileXmlTest, manyUsesOfExternalEntitiesAreNotQuadratic) {
   std::string document = "<!DOCTYPE r [";
   std::string uses;
   for (int index = 0; index < 15'000; ++index) {
@@ -119,7 +119,7 @@ TEST(HostileXmlTest, ManyUsesOfExternalEntitiesAreNotQuadratic) {
   EXPECT_TRUE(isReadWithinBounds(document + "]><r>" + uses + uses + "</r>"));
 }
 
-TEST(HostileXmlTest, ABombOfDefaultAttributesIsRefused) {
+TEST(HostileXmlTest, aBombOfDefaultAttributesIsRefused) {
   std::string document = "<!DOCTYPE r [<!ATTLIST x ";
   for (int index = 0; index < 20'000; ++index) {
     document += "a" + std::to_string(index) + " CDATA 'v' ";
@@ -128,7 +128,7 @@ TEST(HostileXmlTest, ABombOfDefaultAttributesIsRefused) {
   EXPECT_TRUE(isReadWithinBounds(document + ">]><r>" + repeated("<x/>", 50) + "</r>"));
 }
 
-TEST(HostileXmlTest, OneTokenOfManyMegabytesIsNotQuadratic) {
+TEST(HostileXmlTest, oneTokenOfManyMegabytesIsNotQuadratic) {
   const std::string filling(8'000'000, 'x');
   for (const auto& document :
        {"<r a='" + filling + "'/>", "<r><!--" + filling + "--></r>", "<r><?p " + filling + "?></r>",
@@ -141,7 +141,7 @@ TEST(HostileXmlTest, OneTokenOfManyMegabytesIsNotQuadratic) {
   }
 }
 
-TEST(HostileXmlTest, EntitiesThatAddAsMuchAsThePageForSeveralLanguagesAreRead) {
+TEST(HostileXmlTest, entitiesThatAddAsMuchAsThePageForSeveralLanguagesAreRead) {
   const std::string page(1'000'000, 'x');
   const auto document = XmlDocument::parse("<!DOCTYPE r [<!ENTITY page '" + page +
                                            "'>]><r>&page;<b>&page;</b>&page;</r>");
@@ -149,7 +149,7 @@ TEST(HostileXmlTest, EntitiesThatAddAsMuchAsThePageForSeveralLanguagesAreRead) {
   EXPECT_EQ(document->root().text().size(), 3 * page.size());
 }
 
-TEST(HostileXmlTest, ExternalEntitiesAreNeverRead) {
+TEST(HostileXmlTest, externalEntitiesAreNeverRead) {
   const std::string path = testing::TempDir() + "qorix-external-entity.txt";
   std::ofstream(path) << "<!ENTITY secret 'secret'>secret";
   const std::string url = "http://127.0.0.1:9/x";

@@ -132,26 +132,26 @@ const std::vector<std::string> kBad = {
     "<a/>",
 };
 
-TEST(JsonTest, AcceptsWhatTheGrammarAllows) {
+TEST(JsonTest, acceptsWhatTheGrammarAllows) {
   for (const auto& text : kGood) {
     EXPECT_TRUE(parseJson(text)) << text;
   }
 }
 
-TEST(JsonTest, RefusesWhatTheGrammarDoesNotAllow) {
+TEST(JsonTest, refusesWhatTheGrammarDoesNotAllow) {
   for (const auto& text : kBad) {
     EXPECT_FALSE(parseJson(text)) << text;
   }
 }
 
-TEST(JsonTest, RefusesZeroBytesAnywhere) {
+TEST(JsonTest, refusesZeroBytesAnywhere) {
   using namespace std::string_literals;
   for (const auto& text : {"\0{}"s, "{}\0"s, "{\0}"s, "[\"\0\"]"s, "{}\0garbage"s}) {
     EXPECT_FALSE(parseJson(text));
   }
 }
 
-TEST(JsonTest, RefusesEveryTruncationOfAText) {
+TEST(JsonTest, refusesEveryTruncationOfAText) {
   const std::string whole = R"({"a":[1,-2.5e3,"é\n",{"b":true,"c":null}],"d":1e400})";
   ASSERT_TRUE(parseJson(whole));
   for (std::size_t size = 0; size < whole.size(); ++size) {
@@ -159,14 +159,14 @@ TEST(JsonTest, RefusesEveryTruncationOfAText) {
   }
 }
 
-TEST(JsonTest, NestsFiveHundredAndTwelveDeepAndNoDeeper) {
+TEST(JsonTest, nestsFiveHundredAndTwelveDeepAndNoDeeper) {
   EXPECT_TRUE(parseJson(repeated("[", 512) + repeated("]", 512)));
   EXPECT_FALSE(parseJson(repeated("[", 513) + repeated("]", 513)));
   EXPECT_TRUE(parseJson(repeated("{\"a\":", 511) + "{}" + repeated("}", 511)));
   EXPECT_FALSE(parseJson(repeated("{\"a\":", 512) + "{}" + repeated("}", 512)));
 }
 
-TEST(JsonTest, RefusesDepthBombs) {
+TEST(JsonTest, refusesDepthBombs) {
   EXPECT_FALSE(parseJson(std::string(100'000, '[')));
   EXPECT_FALSE(parseJson(repeated("[", 100'000) + repeated("]", 100'000)));
   EXPECT_FALSE(parseJson(repeated("{\"a\":", 100'000) + "1" + repeated("}", 100'000)));
@@ -174,14 +174,14 @@ TEST(JsonTest, RefusesDepthBombs) {
   EXPECT_FALSE(parseJson("[1e400," + std::string(100'000, '[')));
 }
 
-TEST(JsonTest, KeepsSixtyFourBitIntegers) {
+TEST(JsonTest, keepsSixtyFourBitIntegers) {
   EXPECT_EQ(integerOf("9223372036854775807"), kMax);
   EXPECT_EQ(integerOf("-9223372036854775808"), kMin);
   EXPECT_EQ(integerOf("9007199254740993"), 9007199254740993);
   EXPECT_EQ(integerOf("-9007199254740993"), -9007199254740993);
 }
 
-TEST(JsonTest, TruncatesFractionsTowardZero) {
+TEST(JsonTest, truncatesFractionsTowardZero) {
   EXPECT_EQ(integerOf("1.9"), 1);
   EXPECT_EQ(integerOf("-1.9"), -1);
   EXPECT_EQ(integerOf("-0.5"), 0);
@@ -190,7 +190,7 @@ TEST(JsonTest, TruncatesFractionsTowardZero) {
   EXPECT_EQ(integerOf("-1e-99999999999999999999"), 0);
 }
 
-TEST(JsonTest, SaturatesNumbersBeyondSixtyFourBits) {
+TEST(JsonTest, saturatesNumbersBeyondSixtyFourBits) {
   for (const auto* number : {"9223372036854775808", "18446744073709551615", "18446744073709551616",
                              "123456789012345678901234567890", "1e30", "1e308"}) {
     EXPECT_EQ(integerOf(number), kMax) << number;
@@ -199,7 +199,7 @@ TEST(JsonTest, SaturatesNumbersBeyondSixtyFourBits) {
   EXPECT_EQ(integerOf("-1e30"), kMin);
 }
 
-TEST(JsonTest, SaturatesNumbersBeyondADouble) {
+TEST(JsonTest, saturatesNumbersBeyondADouble) {
   const std::string digits = repeated("9", 400);
   for (const auto& number :
        {std::string("1e400"), std::string("1E+400"), std::string("0.001e400"),
@@ -211,7 +211,7 @@ TEST(JsonTest, SaturatesNumbersBeyondADouble) {
   EXPECT_EQ(integerOf("0." + repeated("0", 400) + "1e401"), 1);
 }
 
-TEST(JsonTest, HugeNumbersLeaveTheRestOfTheTextAlone) {
+TEST(JsonTest, hugeNumbersLeaveTheRestOfTheTextAlone) {
   const auto value = parseJson(
       R"({"1e400":"-1e400 \" 1e400 \\","n":-1e400,"m":[1e400, 2,1e-400 ],"k":7,"t":"1e400"})");
   ASSERT_TRUE(value);
@@ -228,7 +228,7 @@ TEST(JsonTest, HugeNumbersLeaveTheRestOfTheTextAlone) {
   EXPECT_EQ(*find(members, "t")->as<std::string>(), "1e400");
 }
 
-TEST(JsonTest, ManyHugeNumbersTakeOneMoreReadingAndNotOneEach) {
+TEST(JsonTest, manyHugeNumbersTakeOneMoreReadingAndNotOneEach) {
   const auto value = parseJson("[" + repeated("1e400,", 200'000) + "1]");
   ASSERT_TRUE(value);
   EXPECT_EQ(value->as<Array>()->size(), 200'001U);
@@ -237,14 +237,14 @@ TEST(JsonTest, ManyHugeNumbersTakeOneMoreReadingAndNotOneEach) {
   EXPECT_FALSE(parseJson("[1e400," + repeated("1e400-", 200'000)));
 }
 
-TEST(JsonTest, TheLastOfSeveralMembersOfOneNameWins) {
+TEST(JsonTest, theLastOfSeveralMembersOfOneNameWins) {
   const auto value = parseJson(R"({"a":1,"b":2,"a":3})");
   ASSERT_TRUE(value);
   EXPECT_EQ(value->as<Dictionary>()->size(), 2U);
   EXPECT_EQ(find(*value->as<Dictionary>(), "a")->integerValue(), 3);
 }
 
-TEST(JsonTest, TellsTheTypesOfValuesApart) {
+TEST(JsonTest, tellsTheTypesOfValuesApart) {
   const auto value = parseJson(R"([null,true,1,1.5,"1",[],{}])");
   ASSERT_TRUE(value);
   const auto& array = *value->as<Array>();
@@ -258,7 +258,7 @@ TEST(JsonTest, TellsTheTypesOfValuesApart) {
   EXPECT_TRUE(array[6].as<Dictionary>()->empty());
 }
 
-TEST(JsonTest, DecodesEscapes) {
+TEST(JsonTest, decodesEscapes) {
   const auto value = parseJson(R"(["\"\\\/\b\f\n\r\té\uD834\uDD1E"])");
   ASSERT_TRUE(value);
   EXPECT_EQ(*value->as<Array>()->front().as<std::string>(),

@@ -61,7 +61,7 @@ constexpr Case kCases[] = {
     {"-99999999999999999999999999999999999999px", kMin64, kMin32},
 };
 
-TEST(LeadingIntegerTest, ReadsTheIntegerThatATextBeginsWithAndSaturates) {
+TEST(LeadingIntegerTest, readsTheIntegerThatATextBeginsWithAndSaturates) {
   for (const auto& [text, as64, as32] : kCases) {
     EXPECT_EQ(leadingInteger<std::int64_t>(text), as64) << '"' << text << '"';
     EXPECT_EQ(leadingInteger<std::int32_t>(text), as32) << '"' << text << '"';

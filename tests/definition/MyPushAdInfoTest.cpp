@@ -38,13 +38,13 @@ class LanguageChoiceTest : public DefinitionTest {
   }
 };
 
-TEST_F(LanguageChoiceTest, OnlyTheFirstPreferenceCounts) {
+TEST_F(LanguageChoiceTest, onlyTheFirstPreferenceCounts) {
   prefer({"de-DE", "en-US"});
   EXPECT_EQ(choose({{"en", "English"}, {"default", "Default"}}), "Default");
   EXPECT_TRUE(log_->lines().empty());
 }
 
-TEST_F(LanguageChoiceTest, WithoutPreferencesTheLanguageIsEnglish) {
+TEST_F(LanguageChoiceTest, withoutPreferencesTheLanguageIsEnglish) {
   EXPECT_EQ(choose({{"default", "Default"}, {"en", "English"}}), "English");
   EXPECT_EQ(choose({{"default", "Default"}, {"ja", "Japanese"}}), "Default");
   prefer({});
@@ -52,30 +52,30 @@ TEST_F(LanguageChoiceTest, WithoutPreferencesTheLanguageIsEnglish) {
   EXPECT_TRUE(log_->lines().empty());
 }
 
-TEST_F(LanguageChoiceTest, AnEmptyEntryForTheLanguageIsNotReplacedByTheDefault) {
+TEST_F(LanguageChoiceTest, anEmptyEntryForTheLanguageIsNotReplacedByTheDefault) {
   prefer({"en-US"});
   EXPECT_EQ(choose({{"en", ""}, {"default", "Default"}}), "");
   EXPECT_EQ(log_->lines(), Lines{kLanguageLine});
 }
 
-TEST_F(LanguageChoiceTest, WithNeitherTheLanguageNorADefaultThereIsNothing) {
+TEST_F(LanguageChoiceTest, withNeitherTheLanguageNorADefaultThereIsNothing) {
   prefer({"de-DE"});
   EXPECT_EQ(choose({{"en", "English"}}), std::nullopt);
   EXPECT_EQ(log_->lines(), Lines{kLanguageLine});
 }
 
-TEST_F(LanguageChoiceTest, AnAbsentDictionaryGivesNothing) {
+TEST_F(LanguageChoiceTest, anAbsentDictionaryGivesNothing) {
   EXPECT_EQ(MyPushAdInfo::localizedValueInDict(nullptr), std::nullopt);
   EXPECT_EQ(log_->lines(), Lines{kLanguageLine});
 }
 
-TEST_F(LanguageChoiceTest, AnEmptyDefaultIsReturnedAndLogged) {
+TEST_F(LanguageChoiceTest, anEmptyDefaultIsReturnedAndLogged) {
   prefer({"de"});
   EXPECT_EQ(choose({{"default", ""}}), "");
   EXPECT_EQ(log_->lines(), Lines{kLanguageLine});
 }
 
-TEST_F(LanguageChoiceTest, ACodeServesEveryLanguageThatBeginsWithIt) {
+TEST_F(LanguageChoiceTest, aCodeServesEveryLanguageThatBeginsWithIt) {
   const LocalizedTexts texts = {
       {"en", "en"}, {"zh-Hans", "zh-Hans"}, {"pt-BR", "pt-BR"}, {"default", "default"}};
   const std::vector<std::pair<std::string, std::string>> expectations = {{"en", "en"},
@@ -95,7 +95,7 @@ TEST_F(LanguageChoiceTest, ACodeServesEveryLanguageThatBeginsWithIt) {
   }
 }
 
-TEST_F(LanguageChoiceTest, CodesAreTriedInTheDocumentsOrder) {
+TEST_F(LanguageChoiceTest, codesAreTriedInTheDocumentsOrder) {
   prefer({"zh-Hans-CN"});
   EXPECT_EQ(choose({{"zh", "short"}, {"zh-Hans", "long"}}), "short");
   EXPECT_EQ(choose({{"zh-Hans", "long"}, {"zh", "short"}}), "long");
@@ -103,7 +103,7 @@ TEST_F(LanguageChoiceTest, CodesAreTriedInTheDocumentsOrder) {
   EXPECT_EQ(choose({{"default", "Default"}, {"default-x", "Exact"}}), "Default");
 }
 
-TEST_F(LanguageChoiceTest, TitleAndPageAreChosenFromTheirOwnTexts) {
+TEST_F(LanguageChoiceTest, titleAndPageAreChosenFromTheirOwnTexts) {
   const auto info = MyPushAdInfo::createInstance();
   EXPECT_EQ(info->localizedTitle(), std::nullopt);
   EXPECT_EQ(info->localizedHtmlString(), std::nullopt);
@@ -134,17 +134,17 @@ class CheckTest : public DefinitionTest {
   }
 };
 
-TEST_F(CheckTest, AFreshRecordFailsMostRulesInOrder) {
+TEST_F(CheckTest, aFreshRecordFailsMostRulesInOrder) {
   MyPushAdInfo::createInstance()->doCheck();
   EXPECT_EQ(log_->lines(), checkLines({97, 99, 101, 102, 103, 105, 107, 108, 109}));
 }
 
-TEST_F(CheckTest, ASoundRecordWithEmptyDictionariesLogsNothing) {
+TEST_F(CheckTest, aSoundRecordWithEmptyDictionariesLogsNothing) {
   soundRecord()->doCheck();
   EXPECT_TRUE(log_->lines().empty());
 }
 
-TEST_F(CheckTest, EachRuleHasItsOwnLine) {
+TEST_F(CheckTest, eachRuleHasItsOwnLine) {
   const std::vector<std::pair<int, void (*)(MyPushAdInfo&)>> defects = {
       {97, [](MyPushAdInfo& info) { info.setAdId(0); }},
       {97, [](MyPushAdInfo& info) { info.setAdId(-1); }},
@@ -179,12 +179,12 @@ class WaveringInfo : public MyPushAdInfo {
   mutable int readings_ = 0;
 };
 
-TEST_F(CheckTest, ASwitchThatReadsOffAndThenOnIsReported) {
+TEST_F(CheckTest, aSwitchThatReadsOffAndThenOnIsReported) {
   soundRecord<WaveringInfo>()->doCheck();
   EXPECT_EQ(log_->lines(), Lines{checkLine(98)});
 }
 
-TEST_F(CheckTest, ASwitchedOffRecordIsNoDefect) {
+TEST_F(CheckTest, aSwitchedOffRecordIsNoDefect) {
   const auto info = soundRecord();
   info->setEnable(false);
   info->doCheck();
@@ -232,14 +232,14 @@ class MergeTest : public DefinitionTest {
   const std::shared_ptr<MyPushAdInfo> info_ = MyPushAdInfo::createInstance();
 };
 
-TEST_F(MergeTest, AnEmptyObjectChangesNothingAndLogsNothing) {
+TEST_F(MergeTest, anEmptyObjectChangesNothingAndLogsNothing) {
   merge("{}");
   expectUnchanged();
   EXPECT_TRUE(isAdvanceDictEmpty());
   EXPECT_TRUE(log_->lines().empty());
 }
 
-TEST_F(MergeTest, WhatIsNoJsonObjectIsRefused) {
+TEST_F(MergeTest, whatIsNoJsonObjectIsRefused) {
   for (const auto* advance : {"", "[]", "not JSON", "1", "\"text\"", "{} trailing", "{\"a\":1,}"}) {
     merge(advance);
     EXPECT_EQ(log_->takeLines(), Lines{mergeLine(153)}) << advance;
@@ -248,7 +248,7 @@ TEST_F(MergeTest, WhatIsNoJsonObjectIsRefused) {
   EXPECT_TRUE(isAdvanceDictEmpty());
 }
 
-TEST_F(MergeTest, AnAbsentCustomisationIsReportedBeforeAnAbsentHost) {
+TEST_F(MergeTest, anAbsentCustomisationIsReportedBeforeAnAbsentHost) {
   merge(std::nullopt);
   EXPECT_EQ(log_->takeLines(), Lines{mergeLine(146)});
   installHost(std::nullopt);
@@ -257,7 +257,7 @@ TEST_F(MergeTest, AnAbsentCustomisationIsReportedBeforeAnAbsentHost) {
   expectUnchanged();
 }
 
-TEST_F(MergeTest, AHostWithoutIdentifierIsRefused) {
+TEST_F(MergeTest, aHostWithoutIdentifierIsRefused) {
   for (const auto& host : {std::optional<std::string>(), std::optional<std::string>("")}) {
     installHost(host);
     merge("{\"\":{\"embed\":9}}");
@@ -266,7 +266,7 @@ TEST_F(MergeTest, AHostWithoutIdentifierIsRefused) {
   expectUnchanged();
 }
 
-TEST_F(MergeTest, ATextThatIsNoUnicodeIsRefused) {
+TEST_F(MergeTest, aTextThatIsNoUnicodeIsRefused) {
   merge("{\"\xFF\":1}");
   EXPECT_EQ(log_->takeLines(), Lines{mergeLine(150)});
   merge("\xED\xA0\x80");
@@ -274,7 +274,7 @@ TEST_F(MergeTest, ATextThatIsNoUnicodeIsRefused) {
   expectUnchanged();
 }
 
-TEST_F(MergeTest, EveryMemberOfTheHostsEntryIsMerged) {
+TEST_F(MergeTest, everyMemberOfTheHostsEntryIsMerged) {
   mergeEntry(R"({"enable":1,"version":"2b2","embed":11,"width":12,"height":13,"offsetx":14,)"
              R"("offsety":15,"count":16,"delay":17,"notes":"other","extra":"kept"})");
   EXPECT_TRUE(info_->enable());
@@ -292,14 +292,14 @@ TEST_F(MergeTest, EveryMemberOfTheHostsEntryIsMerged) {
   EXPECT_TRUE(log_->lines().empty());
 }
 
-TEST_F(MergeTest, TrueSwitchesOnAndFractionsAreTruncatedAndTextsAreNoNumbers) {
+TEST_F(MergeTest, trueSwitchesOnAndFractionsAreTruncatedAndTextsAreNoNumbers) {
   mergeEntry(R"({"enable":true,"width":"320","delay":2.7})");
   EXPECT_TRUE(info_->enable());
   EXPECT_EQ(info_->delay(), 2);
   EXPECT_EQ(info_->width(), 2);
 }
 
-TEST_F(MergeTest, TheSwitchGoesByTheIntegerValue) {
+TEST_F(MergeTest, theSwitchGoesByTheIntegerValue) {
   const std::vector<std::pair<std::string, bool>> expectations = {
       {"1", true}, {"0", false},   {"-1", true},    {"true", true}, {"false", false},
       {"2", true}, {"0.9", false}, {"-0.5", false}, {"1.9", true},  {"1e400", true}};
@@ -318,7 +318,7 @@ TEST_F(MergeTest, TheSwitchGoesByTheIntegerValue) {
   }
 }
 
-TEST_F(MergeTest, IntegersAreTruncatedTowardZeroAndSaturate) {
+TEST_F(MergeTest, integersAreTruncatedTowardZeroAndSaturate) {
   mergeEntry(R"({"embed":-0.5,"width":1.9,"height":-1.9,"offsetx":true,"offsety":-1e400,)"
              R"("count":18446744073709551616,"delay":9223372036854775807})");
   EXPECT_EQ(info_->embed(), 0);
@@ -330,7 +330,7 @@ TEST_F(MergeTest, IntegersAreTruncatedTowardZeroAndSaturate) {
   EXPECT_EQ(info_->delay(), std::numeric_limits<std::int64_t>::max());
 }
 
-TEST_F(MergeTest, MembersOfOtherTypesAndEmptyTextsAreSkipped) {
+TEST_F(MergeTest, membersOfOtherTypesAndEmptyTextsAreSkipped) {
   mergeEntry(R"({"enable":"1","version":"","embed":"9","width":null,"height":[],"offsetx":{},)"
              R"("offsety":"x","count":"1","delay":"1","notes":""})");
   expectUnchanged();
@@ -340,14 +340,14 @@ TEST_F(MergeTest, MembersOfOtherTypesAndEmptyTextsAreSkipped) {
   EXPECT_TRUE(log_->lines().empty());
 }
 
-TEST_F(MergeTest, AnEntryForAnotherHostChangesNothing) {
+TEST_F(MergeTest, anEntryForAnotherHostChangesNothing) {
   merge(R"({"com.example.viewer":{"embed":9},"COM.EXAMPLE.EDITOR":{"embed":9}})");
   expectUnchanged();
   EXPECT_TRUE(isAdvanceDictEmpty());
   EXPECT_TRUE(log_->lines().empty());
 }
 
-TEST_F(MergeTest, AnEntryThatIsNoObjectChangesNothing) {
+TEST_F(MergeTest, anEntryThatIsNoObjectChangesNothing) {
   for (const auto* entry : {"1", "[]", "null", "\"text\"", "true"}) {
     mergeEntry(entry);
     EXPECT_TRUE(isAdvanceDictEmpty()) << entry;
@@ -356,14 +356,14 @@ TEST_F(MergeTest, AnEntryThatIsNoObjectChangesNothing) {
   EXPECT_TRUE(log_->lines().empty());
 }
 
-TEST_F(MergeTest, AnEarlyStopKeepsTheEntryOfAnEarlierMerge) {
+TEST_F(MergeTest, anEarlyStopKeepsTheEntryOfAnEarlierMerge) {
   mergeEntry(R"({"embed":9})");
   merge("not JSON");
   EXPECT_EQ(info_->embed(), 9);
   EXPECT_EQ(info_->advanceDict()->size(), 1U);
 }
 
-TEST(RecordTest, AFreshRecordIsSwitchedOffAndEmpty) {
+TEST(RecordTest, aFreshRecordIsSwitchedOffAndEmpty) {
   const auto info = MyPushAdInfo::createInstance();
   EXPECT_FALSE(info->enable());
   for (const auto number : {info->adId(), info->embed(), info->width(), info->height(),

@@ -113,7 +113,7 @@ constexpr const char* kExample = R"(<?xml version="1.0" encoding="UTF-8"?>
 </rootcfg>
 )";
 
-TEST_F(ParsingTest, TheHostWithATableLineShowsTheAdvertisementThatItNames) {
+TEST_F(ParsingTest, theHostWithATableLineShowsTheAdvertisementThatItNames) {
   const auto info = parse(kExample);
   ASSERT_NE(info, nullptr);
   EXPECT_EQ(info->adId(), 12);
@@ -136,7 +136,7 @@ TEST_F(ParsingTest, TheHostWithATableLineShowsTheAdvertisementThatItNames) {
   EXPECT_TRUE(log_->lines().empty());
 }
 
-TEST_F(ParsingTest, AnyOtherHostShowsTheFirstAdvertisement) {
+TEST_F(ParsingTest, anyOtherHostShowsTheFirstAdvertisement) {
   installHost("com.example.other");
   const auto info = parse(kExample);
   ASSERT_NE(info, nullptr);
@@ -146,12 +146,12 @@ TEST_F(ParsingTest, AnyOtherHostShowsTheFirstAdvertisement) {
   EXPECT_TRUE(log_->lines().empty());
 }
 
-TEST_F(ParsingTest, AnAbsentTextIsRefused) {
+TEST_F(ParsingTest, anAbsentTextIsRefused) {
   EXPECT_EQ(MyPushAdUtil::parseXMLWithString(std::nullopt), nullptr);
   EXPECT_EQ(log_->lines(), parserLine(87));
 }
 
-TEST_F(ParsingTest, ATextThatIsNotWellFormedIsRefused) {
+TEST_F(ParsingTest, aTextThatIsNotWellFormedIsRefused) {
   for (const auto* document : {"", "text", "<rootcfg>", "<rootcfg/>x"}) {
     expectDefect(91, document);
   }
@@ -159,7 +159,7 @@ TEST_F(ParsingTest, ATextThatIsNotWellFormedIsRefused) {
   expectDefect(91, std::string(kExample) + "\xFF");
 }
 
-TEST_F(ParsingTest, AnyFileVersionButAnEmptyOnePasses) {
+TEST_F(ParsingTest, anyFileVersionButAnEmptyOnePasses) {
   const auto document = [](const std::string& data) {
     return "<rootcfg>" + data + adText("1") + "</rootcfg>";
   };
@@ -177,7 +177,7 @@ TEST_F(ParsingTest, AnyFileVersionButAnEmptyOnePasses) {
   expectDefect(94, "<Rootcfg><data><file_version>1</file_version></data></Rootcfg>");
 }
 
-TEST_F(ParsingTest, TheFirstFileVersionUnderAnyDataCounts) {
+TEST_F(ParsingTest, theFirstFileVersionUnderAnyDataCounts) {
   const auto document = [](const std::string& data) {
     return "<rootcfg>" + data + adText("1") + "</rootcfg>";
   };
@@ -187,19 +187,19 @@ TEST_F(ParsingTest, TheFirstFileVersionUnderAnyDataCounts) {
                document("<data><file_version/></data><data><file_version>1</file_version></data>"));
 }
 
-TEST_F(ParsingTest, AnEmptyTableMakesEveryHostShowTheFirstAdvertisement) {
+TEST_F(ParsingTest, anEmptyTableMakesEveryHostShowTheFirstAdvertisement) {
   const auto document = documentText("", adText("21") + adText("22"));
   EXPECT_EQ(adIdFor(kEditor, document), 21);
   EXPECT_EQ(adIdFor("com.example.other", document), 21);
 }
 
-TEST_F(ParsingTest, AHostWithoutIdentifierShowsTheFirstAdvertisement) {
+TEST_F(ParsingTest, aHostWithoutIdentifierShowsTheFirstAdvertisement) {
   const auto document = documentText(tableLine(kEditor, "22"), adText("21") + adText("22"));
   EXPECT_EQ(adIdFor(std::nullopt, document), 21);
   EXPECT_EQ(adIdFor("", document), 21);
 }
 
-TEST_F(ParsingTest, TheTableIsReadFromEveryDataElementAndTheFirstMatchingLineCounts) {
+TEST_F(ParsingTest, theTableIsReadFromEveryDataElementAndTheFirstMatchingLineCounts) {
   const auto document = "<rootcfg><data><file_version>1</file_version></data><data>" +
                         tableLine("com.example.other", "21") + "</data><data>" +
                         tableLine(kEditor, "22") + tableLine(kEditor, "21") + "</data>" +
@@ -208,7 +208,7 @@ TEST_F(ParsingTest, TheTableIsReadFromEveryDataElementAndTheFirstMatchingLineCou
   EXPECT_EQ(adIdFor("com.example.other", document), 21);
 }
 
-TEST_F(ParsingTest, IdentifiersAreComparedExactly) {
+TEST_F(ParsingTest, identifiersAreComparedExactly) {
   const auto document =
       documentText(tableLine("COM.EXAMPLE.EDITOR", "22") + tableLine(" com.example.editor", "22") +
                        tableLine("com.example.editor.pro", "22"),
@@ -222,7 +222,7 @@ TEST_F(ParsingTest, IdentifiersAreComparedExactly) {
   expectDefect(166, documentText(tableLine(kEditor, "022"), adText("22")));
 }
 
-TEST_F(ParsingTest, ATableLineWithoutAdidSpoilsTheDocumentForHostsBehindItAndWithoutALine) {
+TEST_F(ParsingTest, aTableLineWithoutAdidSpoilsTheDocumentForHostsBehindItAndWithoutALine) {
   const auto document =
       documentText(tableLine("com.example.first", "22") +
                        "<push_ad_config><appid>com.example.broken</appid></push_ad_config>" +
@@ -238,14 +238,14 @@ TEST_F(ParsingTest, ATableLineWithoutAdidSpoilsTheDocumentForHostsBehindItAndWit
   EXPECT_EQ(log_->takeLines(), parserLine(104));
 }
 
-TEST_F(ParsingTest, ATableLineWithoutAppidIsRefusedFirst) {
+TEST_F(ParsingTest, aTableLineWithoutAppidIsRefusedFirst) {
   expectDefect(103, documentText("<push_ad_config/>", adText("1")));
   expectDefect(103, documentText(tableLine("", "1"), adText("1")));
   expectDefect(103, documentText("<push_ad_config><adid>1</adid></push_ad_config>", adText("1")));
   expectDefect(104, documentText(tableLine(kEditor, ""), adText("1")));
 }
 
-TEST_F(ParsingTest, TheFirstAppidAndAdidOfALineCount) {
+TEST_F(ParsingTest, theFirstAppidAndAdidOfALineCount) {
   const auto document = documentText(
       "<push_ad_config><appid>com.example.editor</appid><appid>com.example.other</appid>"
       "<adid>22</adid><adid>21</adid></push_ad_config>",
@@ -254,12 +254,12 @@ TEST_F(ParsingTest, TheFirstAppidAndAdidOfALineCount) {
   EXPECT_EQ(adIdFor("com.example.other", document), 21);
 }
 
-TEST_F(ParsingTest, ADocumentWithoutAdvertisementsIsRefused) {
+TEST_F(ParsingTest, aDocumentWithoutAdvertisementsIsRefused) {
   expectDefect(119, documentText("", ""));
   expectDefect(119, documentText("<push_ad/>", "<Push_ad/>"));
 }
 
-TEST_F(ParsingTest, AnAdvertisementWithoutAdidSpoilsTheDocumentOnlyAheadOfTheChosenOne) {
+TEST_F(ParsingTest, anAdvertisementWithoutAdidSpoilsTheDocumentOnlyAheadOfTheChosenOne) {
   Ad broken;
   broken.adid = "";
   const std::string table = tableLine(kEditor, "22");
@@ -272,11 +272,11 @@ TEST_F(ParsingTest, AnAdvertisementWithoutAdidSpoilsTheDocumentOnlyAheadOfTheCho
   EXPECT_TRUE(log_->lines().empty());
 }
 
-TEST_F(ParsingTest, ATableLineThatNamesNoAdvertisementDoesNotFallBackToTheFirst) {
+TEST_F(ParsingTest, aTableLineThatNamesNoAdvertisementDoesNotFallBackToTheFirst) {
   expectDefect(166, documentText(tableLine(kEditor, "99"), adText("21") + adText("22")));
 }
 
-TEST_F(ParsingTest, TheFirstOfSeveralAdvertisementsOfOneIdentifierIsChosen) {
+TEST_F(ParsingTest, theFirstOfSeveralAdvertisementsOfOneIdentifierIsChosen) {
   Ad second;
   second.adid = "<adid>22</adid>";
   second.width = "<width>1</width>";
@@ -296,7 +296,7 @@ const std::vector<FieldCase> kFields = {
     {&Ad::width, "width", 131},   {&Ad::height, "height", 132},   {&Ad::count, "count", 133},
     {&Ad::delay, "delay", 134},   {&Ad::advance, "advance", 135}, {&Ad::notes, "notes", 136}};
 
-TEST_F(ParsingTest, EachFieldMustBeThereWithSomeText) {
+TEST_F(ParsingTest, eachFieldMustBeThereWithSomeText) {
   for (const auto& [member, name, line] : kFields) {
     for (const auto& defect : {std::string(), element(name, ""), element(name, "<!-- no text -->"),
                                element(name, "") += element(name, "1")}) {
@@ -307,7 +307,7 @@ TEST_F(ParsingTest, EachFieldMustBeThereWithSomeText) {
   }
 }
 
-TEST_F(ParsingTest, OfSeveralDefectsTheFirstFieldsIsLogged) {
+TEST_F(ParsingTest, ofSeveralDefectsTheFirstFieldsIsLogged) {
   for (std::size_t index = 0; index + 1 < kFields.size(); ++index) {
     Ad ad;
     ad.*kFields[index].member = "";
@@ -317,7 +317,7 @@ TEST_F(ParsingTest, OfSeveralDefectsTheFirstFieldsIsLogged) {
   }
 }
 
-TEST_F(ParsingTest, TitleAndPageMustBeThere) {
+TEST_F(ParsingTest, titleAndPageMustBeThere) {
   Ad ad;
   ad.htmlContents = "";
   expectDefect(139, documentText("", ad.text()));
@@ -325,7 +325,7 @@ TEST_F(ParsingTest, TitleAndPageMustBeThere) {
   expectDefect(138, documentText("", ad.text()));
 }
 
-TEST_F(ParsingTest, ATitleOrPageOfTextWithoutChildElementsIsRefused) {
+TEST_F(ParsingTest, aTitleOrPageOfTextWithoutChildElementsIsRefused) {
   Ad ad;
   ad.htmlContents = "<html_contents>a page</html_contents>";
   expectDefect(177, documentText("", ad.text()));
@@ -335,7 +335,7 @@ TEST_F(ParsingTest, ATitleOrPageOfTextWithoutChildElementsIsRefused) {
   expectDefect(176, documentText("", ad.text()));
 }
 
-TEST_F(ParsingTest, AnEmptyLanguageIsLeftOutAndTheOthersCount) {
+TEST_F(ParsingTest, anEmptyLanguageIsLeftOutAndTheOthersCount) {
   Ad ad;
   ad.title = "<title>text<en/><!-- c --><?pi x?><ja>J</ja> <default> </default></title>";
   const auto info = parseAd(ad);
@@ -343,7 +343,7 @@ TEST_F(ParsingTest, AnEmptyLanguageIsLeftOutAndTheOthersCount) {
   EXPECT_EQ(info->titleDict(), (LocalizedTexts{{"ja", "J"}, {"default", " "}}));
 }
 
-TEST_F(ParsingTest, TheLastOfSeveralTextsOfOneLanguageWinsInTheFirstOnesPlace) {
+TEST_F(ParsingTest, theLastOfSeveralTextsOfOneLanguageWinsInTheFirstOnesPlace) {
   Ad ad;
   ad.title = "<title><en>1</en><ja>J</ja><en>2</en><en/><EN>E</EN></title>";
   const auto info = parseAd(ad);
@@ -351,7 +351,7 @@ TEST_F(ParsingTest, TheLastOfSeveralTextsOfOneLanguageWinsInTheFirstOnesPlace) {
   EXPECT_EQ(info->titleDict(), (LocalizedTexts{{"en", "2"}, {"ja", "J"}, {"EN", "E"}}));
 }
 
-TEST_F(ParsingTest, OnlyTheFirstTitleAndPageAreRead) {
+TEST_F(ParsingTest, onlyTheFirstTitleAndPageAreRead) {
   Ad ad;
   ad.title = "<title><en>1</en></title><title><en>2</en></title>";
   ad.htmlContents += "<html_contents><ja>2</ja></html_contents>";
@@ -361,7 +361,7 @@ TEST_F(ParsingTest, OnlyTheFirstTitleAndPageAreRead) {
   EXPECT_EQ(info->htmlContentsDict(), (LocalizedTexts{{"en", "<p>"}}));
 }
 
-TEST_F(ParsingTest, OnlyTheTextZeroDisables) {
+TEST_F(ParsingTest, onlyTheTextZeroDisables) {
   const std::vector<std::pair<std::string, bool>> expectations = {
       {"0", false}, {"1", true},  {"yes", true}, {"false", true}, {"00", true},
       {"-0", true}, {" 0", true}, {"0 ", true},  {"no", true}};
@@ -374,7 +374,7 @@ TEST_F(ParsingTest, OnlyTheTextZeroDisables) {
   }
 }
 
-TEST_F(ParsingTest, IntegersAreTheLeadingOnesAndSaturate) {
+TEST_F(ParsingTest, integersAreTheLeadingOnesAndSaturate) {
   Ad ad;
   ad.adid = "<adid> 7 </adid>";
   ad.embed = "<embed>abc</embed>";
@@ -393,7 +393,7 @@ TEST_F(ParsingTest, IntegersAreTheLeadingOnesAndSaturate) {
   EXPECT_TRUE(log_->lines().empty());
 }
 
-TEST_F(ParsingTest, TextsAreTakenAsTheyAre) {
+TEST_F(ParsingTest, textsAreTakenAsTheyAre) {
   Ad ad;
   ad.version = "<version> 2<![CDATA[a]]>&#49;\r\n</version>";
   ad.notes = "<notes><b>bold</b> <!-- c -->note</notes>";
@@ -403,7 +403,7 @@ TEST_F(ParsingTest, TextsAreTakenAsTheyAre) {
   EXPECT_EQ(info->notes(), "bold note");
 }
 
-TEST_F(ParsingTest, ACustomisationThatIsNotJsonLeavesTheElementsValues) {
+TEST_F(ParsingTest, aCustomisationThatIsNotJsonLeavesTheElementsValues) {
   Ad ad;
   ad.advance = "<advance>not JSON</advance>";
   const auto info = parseAd(ad);
@@ -414,13 +414,13 @@ TEST_F(ParsingTest, ACustomisationThatIsNotJsonLeavesTheElementsValues) {
   EXPECT_TRUE(info->advanceDict()->empty());
 }
 
-TEST_F(ParsingTest, AHostWithoutIdentifierIsLoggedByTheCustomisation) {
+TEST_F(ParsingTest, aHostWithoutIdentifierIsLoggedByTheCustomisation) {
   installHost(std::nullopt);
   EXPECT_NE(parseAd({}), nullptr);
   EXPECT_EQ(log_->lines(), Lines{"-[MyPushAdInfo doParseCustomizationAndMerge] 147" + kFatal});
 }
 
-TEST_F(ParsingTest, OnceEveryPromotedApplicationIsInstalledTheAdvertisementIsOff) {
+TEST_F(ParsingTest, onceEveryPromotedApplicationIsInstalledTheAdvertisementIsOff) {
   installPackages({"Example Viewer.app", "Example Converter.app"});
   Ad ad;
   ad.advance = "<advance>{\"com.example.editor\":{\"enable\":1,\"width\":9}}</advance>";
@@ -436,7 +436,7 @@ TEST_F(ParsingTest, OnceEveryPromotedApplicationIsInstalledTheAdvertisementIsOff
   EXPECT_EQ(applicationsFolder_->openedDirectories.size(), 1U);
 }
 
-TEST_F(ParsingTest, TheLineAboutInstalledApplicationsFollowsTheCustomisations) {
+TEST_F(ParsingTest, theLineAboutInstalledApplicationsFollowsTheCustomisations) {
   installPackages({"Example Viewer.app"});
   Ad ad;
   ad.advance = "<advance>x</advance>";
@@ -446,7 +446,7 @@ TEST_F(ParsingTest, TheLineAboutInstalledApplicationsFollowsTheCustomisations) {
             (Lines{"-[MyPushAdInfo doParseCustomizationAndMerge] 153" + kFatal, kAllInstalled}));
 }
 
-TEST_F(ParsingTest, AMissingPromotedApplicationKeepsTheAdvertisementOn) {
+TEST_F(ParsingTest, aMissingPromotedApplicationKeepsTheAdvertisementOn) {
   installPackages({"Example Viewer.app"});
   Ad ad;
   ad.promoAppNames =
@@ -458,7 +458,7 @@ TEST_F(ParsingTest, AMissingPromotedApplicationKeepsTheAdvertisementOn) {
   EXPECT_TRUE(log_->lines().empty());
 }
 
-TEST_F(ParsingTest, WithoutPromotedNamesTheApplicationsFolderIsNotTouched) {
+TEST_F(ParsingTest, withoutPromotedNamesTheApplicationsFolderIsNotTouched) {
   Ad ad;
   EXPECT_TRUE(parseAd(ad)->enable());
   ad.promoAppNames = "<promo_app_name/>";
@@ -467,7 +467,7 @@ TEST_F(ParsingTest, WithoutPromotedNamesTheApplicationsFolderIsNotTouched) {
   EXPECT_TRUE(log_->lines().empty());
 }
 
-TEST_F(ParsingTest, InstalledApplicationsAreReadBeforeTheLastCheck) {
+TEST_F(ParsingTest, installedApplicationsAreReadBeforeTheLastCheck) {
   applicationsFolder_->contents.reset();
   Ad ad;
   ad.title = "<title/>";
@@ -477,7 +477,7 @@ TEST_F(ParsingTest, InstalledApplicationsAreReadBeforeTheLastCheck) {
                                   parserLine(176).front()}));
 }
 
-TEST_F(ParsingTest, APageOfTwentyMegabytesIsRead) {
+TEST_F(ParsingTest, aPageOfTwentyMegabytesIsRead) {
   std::string page;
   page.resize(20'000'000, 'x');
   Ad ad;
@@ -487,7 +487,7 @@ TEST_F(ParsingTest, APageOfTwentyMegabytesIsRead) {
   EXPECT_TRUE(info->htmlContentsDict()->front().second == page);
 }
 
-TEST_F(ParsingTest, ALargeDocumentIsReadForAHostAnywhereInItsTable) {
+TEST_F(ParsingTest, aLargeDocumentIsReadForAHostAnywhereInItsTable) {
   constexpr int kCount = 20'000;
   std::string table;
   std::string ads;

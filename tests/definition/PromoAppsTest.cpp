@@ -14,7 +14,7 @@ const std::string kFatal = ": ZAM <=> ***Error***: fatal error found, go to pre-
 
 class PromoAppsTest : public DefinitionTest {};
 
-TEST_F(PromoAppsTest, AnAbsentOrEmptySetIsFalseWithoutTouchingTheFileSystem) {
+TEST_F(PromoAppsTest, anAbsentOrEmptySetIsFalseWithoutTouchingTheFileSystem) {
   installPackages({"Example Viewer.app"});
   EXPECT_FALSE(MyPushAdUtil::areAllPromoAppsAlreadyInstalled(std::nullopt));
   EXPECT_FALSE(MyPushAdUtil::areAllPromoAppsAlreadyInstalled(Names{}));
@@ -22,7 +22,7 @@ TEST_F(PromoAppsTest, AnAbsentOrEmptySetIsFalseWithoutTouchingTheFileSystem) {
   EXPECT_TRUE(applicationsFolder_->openedDirectories.empty());
 }
 
-TEST_F(PromoAppsTest, AllNamesMustBeInstalledSpelledExactlySo) {
+TEST_F(PromoAppsTest, allNamesMustBeInstalledSpelledExactlySo) {
   installPackages({"Example Viewer.app", "Example Converter.app", "Other.app"});
   const auto areInstalled = [](const Names& names) {
     return MyPushAdUtil::areAllPromoAppsAlreadyInstalled(names);
@@ -37,18 +37,18 @@ TEST_F(PromoAppsTest, AllNamesMustBeInstalledSpelledExactlySo) {
   EXPECT_TRUE(log_->lines().empty());
 }
 
-TEST_F(PromoAppsTest, APlainFolderIsNotCountedButItsPackageChildrenAre) {
+TEST_F(PromoAppsTest, aPlainFolderIsNotCountedButItsPackageChildrenAre) {
   applicationsFolder_->contents = {{false, "Example Viewer"}, {true, "Inside.app"}};
   EXPECT_EQ(MyPushAdUtil::fetchUserInstalledAppNamesSet(), Names{"Inside"});
 }
 
-TEST_F(PromoAppsTest, OnlyTheLastExtensionIsRemoved) {
+TEST_F(PromoAppsTest, onlyTheLastExtensionIsRemoved) {
   installPackages({"Tool.Pro.app", "Plain", "Dot.", "Two..app"});
   EXPECT_EQ(MyPushAdUtil::fetchUserInstalledAppNamesSet(),
             (Names{"Tool.Pro", "Plain", "Dot", "Two."}));
 }
 
-TEST_F(PromoAppsTest, ItemsThatCannotBeReadOrHaveNoNameLeftArePassedOver) {
+TEST_F(PromoAppsTest, itemsThatCannotBeReadOrHaveNoNameLeftArePassedOver) {
   applicationsFolder_->contents = {{std::nullopt, "Unreadable.app"},
                                    {true, std::nullopt},
                                    {true, ""},
@@ -58,13 +58,13 @@ TEST_F(PromoAppsTest, ItemsThatCannotBeReadOrHaveNoNameLeftArePassedOver) {
   EXPECT_EQ(MyPushAdUtil::fetchUserInstalledAppNamesSet(), Names{"Good"});
 }
 
-TEST_F(PromoAppsTest, OnlyTheFirstDirectoryIsRead) {
+TEST_F(PromoAppsTest, onlyTheFirstDirectoryIsRead) {
   applicationsFolder_->folders = {"/first", "/second"};
   MyPushAdUtil::fetchUserInstalledAppNamesSet();
   EXPECT_EQ(applicationsFolder_->openedDirectories, Lines{"/first"});
 }
 
-TEST_F(PromoAppsTest, TheFolderIsReadAfreshOnEveryCall) {
+TEST_F(PromoAppsTest, theFolderIsReadAfreshOnEveryCall) {
   installPackages({"Example Viewer.app"});
   EXPECT_TRUE(MyPushAdUtil::areAllPromoAppsAlreadyInstalled(Names{"Example Viewer"}));
   installPackages({});
@@ -72,14 +72,14 @@ TEST_F(PromoAppsTest, TheFolderIsReadAfreshOnEveryCall) {
   EXPECT_EQ(applicationsFolder_->openedDirectories.size(), 2U);
 }
 
-TEST_F(PromoAppsTest, NoApplicationsFolderLogsOnceAndNothingIsInstalled) {
+TEST_F(PromoAppsTest, noApplicationsFolderLogsOnceAndNothingIsInstalled) {
   applicationsFolder_->folders.clear();
   EXPECT_FALSE(MyPushAdUtil::areAllPromoAppsAlreadyInstalled(Names{"Example Viewer"}));
   EXPECT_EQ(log_->lines(), Lines{kMethod + " 244" + kFatal});
   EXPECT_TRUE(applicationsFolder_->openedDirectories.empty());
 }
 
-TEST_F(PromoAppsTest, AFolderThatCannotBeOpenedLogsAndNothingIsInstalled) {
+TEST_F(PromoAppsTest, aFolderThatCannotBeOpenedLogsAndNothingIsInstalled) {
   applicationsFolder_->contents.reset();
   EXPECT_FALSE(MyPushAdUtil::areAllPromoAppsAlreadyInstalled(Names{"Example Viewer"}));
   EXPECT_EQ(log_->lines(), Lines{kMethod + " 257" + kFatal});

@@ -63,13 +63,13 @@ const std::vector<TextCase> kWellFormed = {
     {"<x:r>an undeclared prefix is no matter</x:r>", "an undeclared prefix is no matter"},
 };
 
-TEST(XmlDocumentTest, ReadsTheTextOfWellFormedDocuments) {
+TEST(XmlDocumentTest, readsTheTextOfWellFormedDocuments) {
   for (const auto& [document, text] : kWellFormed) {
     EXPECT_EQ(textOf(document), text) << document;
   }
 }
 
-TEST(XmlDocumentTest, WhereTheTextIsCutIntoPiecesMakesNoDifference) {
+TEST(XmlDocumentTest, whereTheTextIsCutIntoPiecesMakesNoDifference) {
   for (const auto& [document, text] : kWellFormed) {
     for (std::size_t pieceSize = 1; pieceSize < document.size(); ++pieceSize) {
       const auto read = XmlDocument::parse(document, pieceSize);
@@ -161,21 +161,21 @@ const std::vector<std::string> kNotWellFormed = {
     "<!DOCTYPE r [<!ELEMENT r ANY]><r/>",
 };
 
-TEST(XmlDocumentTest, RefusesDocumentsThatAreNotWellFormed) {
+TEST(XmlDocumentTest, refusesDocumentsThatAreNotWellFormed) {
   for (const auto& document : kNotWellFormed) {
     EXPECT_FALSE(XmlDocument::parse(document)) << document;
     EXPECT_FALSE(XmlDocument::parse(document, 3)) << document;
   }
 }
 
-TEST(XmlDocumentTest, RefusesZeroBytesAndOtherEncodings) {
+TEST(XmlDocumentTest, refusesZeroBytesAndOtherEncodings) {
   for (const auto& document : {"<r>\0</r>"s, "<r/>\0"s, "\0<r/>"s, "<r><![CDATA[\0]]></r>"s,
                                "<\0r\0/\0>\0"s, "\xFF\xFE<\0r\0/\0>\0"s, "\xFE\xFF\0<\0r\0/\0>"s}) {
     EXPECT_FALSE(XmlDocument::parse(document));
   }
 }
 
-TEST(XmlDocumentTest, RefusesEveryTruncationOfADocument) {
+TEST(XmlDocumentTest, refusesEveryTruncationOfADocument) {
   const std::string whole =
       "<?xml version='1.0'?><!DOCTYPE r [<!ENTITY e 'x'>]><r a='1'>&e;<!-- c --><b><![CDATA[<>]]>"
       "</b></r>";
@@ -190,7 +190,7 @@ std::string longSection(const std::string& inside) {
   return "<![CDATA[" + inside + std::string(2000, '.') + "]]>";
 }
 
-TEST(XmlDocumentTest, TheInsideOfALongSectionIsReadLikeThatOfAShortOne) {
+TEST(XmlDocumentTest, theInsideOfALongSectionIsReadLikeThatOfAShortOne) {
   const std::string dots(2000, '.');
   const std::vector<TextCase> sections = {
       {"a\r\nb\rc\n\r", "a\nb\nc\n\n"},
@@ -221,7 +221,7 @@ TEST(XmlDocumentTest, TheInsideOfALongSectionIsReadLikeThatOfAShortOne) {
   EXPECT_EQ(textOf("<r>" + longSection("")), "<refused>");
 }
 
-TEST(XmlDocumentTest, WhatOnlyLooksLikeALongSectionIsNone) {
+TEST(XmlDocumentTest, whatOnlyLooksLikeALongSectionIsNone) {
   const std::string section = longSection("no");
   EXPECT_EQ(textOf("<r>a<!--" + section + "-->b</r>"), "ab");
   EXPECT_EQ(textOf("<r>a<?p " + section + "?>b" + longSection("") + "</r>"),
@@ -242,7 +242,7 @@ std::vector<std::string> names(const XmlElement::Children& children) {
   return result;
 }
 
-TEST(XmlDocumentTest, ChildrenAreTheDirectOnesInDocumentOrder) {
+TEST(XmlDocumentTest, childrenAreTheDirectOnesInDocumentOrder) {
   const auto document = XmlDocument::parse(
       "<r>t<a>1<c>deep</c></a><!-- x --><b/><?p?><c/><a>2</a><![CDATA[<a/>]]><A>3</A></r>");
   ASSERT_TRUE(document);
@@ -259,20 +259,20 @@ TEST(XmlDocumentTest, ChildrenAreTheDirectOnesInDocumentOrder) {
   EXPECT_EQ(root.text(), "t1deep2<a/>3");
 }
 
-TEST(XmlDocumentTest, PrefixesArePartOfTheName) {
+TEST(XmlDocumentTest, prefixesArePartOfTheName) {
   const auto document = XmlDocument::parse("<r xmlns='urn:d' xmlns:p='urn:p'><p:a/><a/></r>");
   ASSERT_TRUE(document);
   EXPECT_EQ(names(document->root().children()), (std::vector<std::string>{"p:a", "a"}));
 }
 
-TEST(XmlDocumentTest, AMovedDocumentKeepsItsContents) {
+TEST(XmlDocumentTest, aMovedDocumentKeepsItsContents) {
   auto document = XmlDocument::parse("<r><a>some text that is longer than a short string</a></r>");
   const XmlDocument moved = std::move(*document);
   EXPECT_EQ(moved.root().firstChildNamed("a")->text(),
             "some text that is longer than a short string");
 }
 
-TEST(XmlDocumentTest, AMillionNestedElementsAreRead) {
+TEST(XmlDocumentTest, aMillionNestedElementsAreRead) {
   constexpr std::size_t kDepth = 1'000'000;
   std::string text;
   for (std::size_t i = 0; i < kDepth; ++i) {
@@ -294,7 +294,7 @@ TEST(XmlDocumentTest, AMillionNestedElementsAreRead) {
   EXPECT_EQ(element.text(), "x");
 }
 
-TEST(XmlDocumentTest, APageOfTwentyMegabytesInOneSectionIsRead) {
+TEST(XmlDocumentTest, aPageOfTwentyMegabytesInOneSectionIsRead) {
   std::string page;
   while (page.size() < 20'000'000) {
     page += "<p class=\"x\">Fast, small &amp; friendly: \xE6\x97\xA5\xE6\x9C\xAC.</p>\n";
