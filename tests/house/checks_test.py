@@ -8,6 +8,7 @@ from pathlib import Path
 
 import every_test_is_built
 import layering
+import promises
 import words
 
 
@@ -167,6 +168,21 @@ class Words(Tree):
     def test_ordinary_words(self):
         self.write("docs/a.md", "part of a whole; a specification; an issue; partly; todo lists\n")
         self.assertEqual(list(words.faults(self.root)), [])
+
+
+class Promises(Tree):
+    def faults_for(self, named):
+        self.write("tests/a/SomeTest.cpp", "TEST_F(SomeTest, endsWell) {}\n")
+        self.write("docs/testing.md", f"| promise | tests |\n|---|---|\n| it holds | {named} |\n")
+        return list(promises.faults(self.root))
+
+    def test_a_test_that_exists(self):
+        for named in ("`SomeTest`", "`SomeTest.endsWell`", "`SomeTest.ends…`, `Some…`"):
+            self.assertEqual(self.faults_for(named), [])
+
+    def test_a_test_that_is_gone(self):
+        for named in ("`OtherTest`", "`SomeTest.endsBadly`", "`SomeTest`, `SomeTest.begins…`"):
+            self.assertEqual(len(self.faults_for(named)), 1)
 
 
 if __name__ == "__main__":

@@ -1,0 +1,35 @@
+#!/usr/bin/env python3
+"""Checks that the tests named in docs/testing.md exist. usage: promises.py ROOT
+
+Prints one line for each name that no test bears and exits 1 if there is any.
+"""
+
+import re
+import sys
+from pathlib import Path
+
+TEST = re.compile(r"^TEST(?:_F|_P)?\(\s*(\w+),\s*(\w+)\s*\)|NAME (house)\.", re.MULTILINE)
+
+
+def tests(root):
+    """Every test as "Suite.name"."""
+    for path in sorted((root / "tests").rglob("*")):
+        if path.name == "CMakeLists.txt" or path.suffix == ".cpp":
+            for suite, name, house in TEST.findall(path.read_text()):
+                yield f"{suite or house}.{name}"
+
+
+def faults(root):
+    known = list(tests(root))
+    for row in re.findall(r"^\|.*\|([^|]+)\|$", (root / "docs/testing.md").read_text(), re.MULTILINE):
+        for named in re.findall(r"`([^`]+)`", row):
+            # "…" stands for any letters; a suite stands for all of its tests.
+            pattern = ".*".join(re.escape(part) for part in named.split("…"))
+            if "/" not in named and not any(re.match(pattern, test) for test in known):
+                yield f"docs/testing.md: no test is named {named}"
+
+
+if __name__ == "__main__":
+    found = list(faults(Path(sys.argv[1])))
+    print("\n".join(found) or "every test that is named exists")
+    sys.exit(1 if found else 0)
