@@ -1,3 +1,6 @@
+#include <cstddef>
+#include <string>
+
 #include "platform/Log.h"
 #include "platform/Platform.h"
 #include "qorix/MyPushAdManager.h"
@@ -12,6 +15,19 @@ namespace {
 std::string hostIdentifier() {
   const auto manager = MyPushAdManager::sharedPushAdManager();
   return manager == nullptr ? std::string() : manager->appBundleIdentifier().value_or("");
+}
+
+/// The page's list; nothing when it is longer than any page has applications to promote, since each
+/// is looked up while the host waits.
+std::string listOfPage(WebView& webView) {
+  constexpr std::size_t kLongestList = 65536;
+  std::string list = webView.stringByEvaluatingJavaScriptFromString(kListPromoAppsScript);
+  if (list.size() > kLongestList) {
+    logLine("ZAM Ad page's list of applications is too long: " + std::to_string(list.size()) +
+            " bytes");
+    list.clear();
+  }
+  return list;
 }
 
 bool isInstalled(const Value& appId) {
@@ -38,8 +54,7 @@ void MyPushAdViewController::processAdFilterFeatureIfNeeded(
     return;
   }
   const std::string host = hostIdentifier();
-  const Array appIds =
-      parseArrayWithJSString(webView->stringByEvaluatingJavaScriptFromString(kListPromoAppsScript));
+  const Array appIds = parseArrayWithJSString(listOfPage(*webView));
   const Array installFlags = findAppInstallFlagsWithAppIds(appIds);
   webView->stringByEvaluatingJavaScriptFromString(
       postPromoAppInfoScript(host, convertToJSArrayWithStringArray(appIds),

@@ -3,11 +3,13 @@
 #include <gtk/gtk.h>
 
 #include "platform/Platform.h"
+#include "platform/gtk/DesktopWorkspace.h"
 #include "platform/gtk/MainContextRunLoop.h"
 #include "platform/gtk/ResourceInterfaceLoader.h"
 #include "platform/gtk/ToplevelWindow.h"
 #include "platform/gtk/WidgetView.h"
 #include "platform/linux/CurlUrlSession.h"
+#include "platform/linux/DesktopEntryRegistry.h"
 #include "platform/linux/LinuxApplicationsFolder.h"
 #include "platform/linux/LinuxBundle.h"
 #include "platform/linux/SqliteUserDefaults.h"
@@ -29,6 +31,8 @@ void install(const InstallOptions& options) {
   services.urlSessions = std::make_shared<CurlUrlSessionFactory>();
   services.applicationsFolder =
       std::make_shared<LinuxApplicationsFolder>(options.applicationsDirectory);
+  services.applicationRegistry = std::make_shared<DesktopEntryRegistry>();
+  services.workspace = std::make_shared<DesktopWorkspace>();
   services.windows = std::make_shared<ToplevelWindowFactory>();
   services.interfaceLoader = std::make_shared<ResourceInterfaceLoader>(runLoop);
   if (!options.defaultAdFileUrl.empty()) {

@@ -2,20 +2,18 @@
 
 #include <errno.h>
 #include <fcntl.h>
-#include <pwd.h>
 #include <sqlite3.h>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <array>
 #include <charconv>
-#include <cstdlib>
 #include <cstring>
 #include <string_view>
 #include <utility>
 
 #include "platform/linux/PreferredLanguages.h"
+#include "platform/linux/UserFolders.h"
 
 namespace qorix {
 
@@ -126,23 +124,6 @@ bool renameWithCompanions(const std::string& path, const std::string& name) {
   return ::rename(path.c_str(), name.c_str()) == 0;
 }
 
-std::string homeFolder() {
-  const char* home = std::getenv("HOME");
-  if (home != nullptr && home[0] == '/') {
-    return home;
-  }
-  std::array<char, 16384> buffer{};
-  passwd entry{};
-  passwd* found = nullptr;
-  ::getpwuid_r(::getuid(), &entry, buffer.data(), buffer.size(), &found);
-  return found == nullptr ? "" : found->pw_dir;
-}
-
-std::string configurationFolder() {
-  const char* folder = std::getenv("XDG_CONFIG_HOME");
-  return folder != nullptr && folder[0] == '/' ? folder : homeFolder() + "/.config";
-}
-
 void appendPercentEscape(std::string& text, char c) {
   static constexpr char kDigits[] = "0123456789ABCDEF";
   const auto byte = static_cast<unsigned char>(c);
@@ -163,7 +144,7 @@ std::string defaultSettingsPath(const std::string& bundleIdentifier) {
       name += c;
     }
   }
-  return configurationFolder() + "/qorix/" + name + ".sqlite";
+  return userConfigurationFolder() + "/qorix/" + name + ".sqlite";
 }
 
 /// One open connection to one file. Every method answers an SQLite result code.

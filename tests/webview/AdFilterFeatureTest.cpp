@@ -106,6 +106,16 @@ TEST_F(AdFilterFeatureTest, anEmptyAnswerStillTellsThePageWithEmptyLists) {
   EXPECT_EQ(answerTo(""), "cocoa_post_promo_app_info('com.host.app', [], []);");
 }
 
+TEST_F(AdFilterFeatureTest, aListOfManyKilobytesIsLoggedAndTakenAsEmpty) {
+  EXPECT_EQ(answerTo(std::string(65537, ',')),
+            "cocoa_post_promo_app_info('com.host.app', [], []);");
+  EXPECT_THAT(fakes_.log->takeLines(),
+              ElementsAre("ZAM Ad page's list of applications is too long: 65537 bytes"));
+  answerTo(std::string(65536, ','));
+  EXPECT_THAT(fakes_.log->lines(), IsEmpty());
+  EXPECT_THAT(registry_->asked, IsEmpty());
+}
+
 TEST_F(AdFilterFeatureTest, aHostWithoutIdentifierIsTheEmptyText) {
   MyPushAdManager::sharedPushAdManager()->setAppBundleIdentifier(std::nullopt);
   EXPECT_EQ(answerTo("com.a.one"), "cocoa_post_promo_app_info('', ['com.a.one'], ['1']);");

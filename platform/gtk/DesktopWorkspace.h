@@ -1,0 +1,13 @@
+#pragma once
+
+#include "platform/Workspace.h"
+
+namespace qorix::gtk {
+
+/// Opens addresses with what the user's desktop has registered for their schemes.
+class DesktopWorkspace : public Workspace {
+ public:
+  void openUrl(const Url& url) override;
+};
+
+}  // namespace qorix::gtk

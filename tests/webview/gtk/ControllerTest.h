@@ -1,0 +1,66 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "platform/gtk/GtkTest.h"
+#include "qorix/MyPushAdNotifications.h"
+#include "qorix/MyPushAdUtil.h"
+#include "qorix/MyPushAdViewController.h"
+#include "support/LoopbackServer.h"
+
+namespace qorix::test {
+
+/// A page in the real engine, shown by the real controller, with a user at the pointer and the
+/// keys.
+class ControllerTest : public GtkTest {
+ protected:
+  ControllerTest();
+
+  /// Shows the page as a banner and waits until it has loaded and the after-load work is done.
+  void show(const std::string& html);
+
+  /// Waits until the page on show has that title.
+  bool waitForTitle(const std::string& title);
+  std::string evaluate(const std::string& script);
+
+  /// Clicks in the middle of the element with that id, as a user, or at a point inside of it.
+  void click(const std::string& id);
+  void click(const std::string& id, int x, int y);
+
+  /// Waits until the user's acts have brought that many reports, openings or requests altogether.
+  bool waitForActs(std::size_t count);
+  std::size_t acts() const;
+
+  /// Serves the loop until what a click queues has arrived.
+  void settle();
+
+  struct Delegate : MyPushAdViewControllerDelegate {
+    void pushAdViewControllerCloseButtonDidClick(
+        const std::shared_ptr<MyPushAdViewController>& /*controller*/) override {
+      reports.emplace_back("close");
+    }
+    void pushAdViewControllerOpenIAPButtonDidClickWithURL(
+        const std::shared_ptr<MyPushAdViewController>& /*controller*/,
+        const std::optional<Url>& url) override {
+      reports.push_back("purchase " + url->absoluteString());
+    }
+    std::vector<std::string> reports;
+  };
+
+  struct RecordingWorkspace : Workspace {
+    void openUrl(const Url& url) override { opened.push_back(url.absoluteString()); }
+    std::vector<std::string> opened;
+  };
+
+  LoopbackServer server;
+  HostWindow host{400, 300};
+  std::shared_ptr<Delegate> delegate = std::make_shared<Delegate>();
+  std::shared_ptr<RecordingWorkspace> workspace = std::make_shared<RecordingWorkspace>();
+  std::shared_ptr<MyPushAdViewController> controller =
+      MyPushAdViewController::createInstanceWithPushAdMode(MyPushAdModeBanner);
+  std::vector<std::string> announced;  // the elements, described
+};
+
+}  // namespace qorix::test

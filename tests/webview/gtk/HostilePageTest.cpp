@@ -1,0 +1,151 @@
+// Pages that mean no good: the host goes on.
+
+#include <gmock/gmock.h>
+#include <signal.h>
+
+#include <filesystem>
+#include <fstream>
+
+#include "webview/gtk/ControllerTest.h"
+
+namespace qorix::test {
+
+namespace {
+
+using ::testing::Contains;
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+
+class HostilePage : public ControllerTest {
+ protected:
+  /// A page whose list function is `list` and which keeps what it is told.
+  static std::string pageWithList(const std::string& list) {
+    return "<script>var told = 'nothing'; function cocoa_obtain_promo_app_ids() {" + list +
+           "} function cocoa_post_promo_app_info(host, ids, flags) {"
+           " told = ids.length + ' ' + flags.length; }</script>";
+  }
+
+  /// Counts how often the host's loop gets its turn.
+  class Ticks {
+   public:
+    Ticks() : timer_(g_timeout_add(20, tick, &count)) {}
+    ~Ticks() { g_source_remove(timer_); }
+    Ticks(const Ticks&) = delete;
+    Ticks& operator=(const Ticks&) = delete;
+    int count = 0;
+
+   private:
+    static gboolean tick(gpointer count) {
+      ++*static_cast<int*>(count);
+      return G_SOURCE_CONTINUE;
+    }
+    guint timer_;
+  };
+
+  /// Ends the engine's process of the page, which is a child of this one.
+  static void crashWebProcess() {
+    for (const auto& entry : std::filesystem::directory_iterator("/proc")) {
+      std::ifstream file(entry.path() / "stat");
+      std::string process;
+      std::string name;
+      std::string state;
+      pid_t parent = 0;
+      if (file >> process >> name >> state >> parent && parent == getpid() &&
+          name.starts_with("(WebKitWebProces")) {
+        kill(static_cast<pid_t>(std::stol(process)), SIGKILL);
+      }
+    }
+  }
+};
+
+}  // namespace
+
+TEST_F(HostilePage, aListThatNeverEndsIsGivenUpWhileTheHostIsServed) {
+  const Ticks ticks;
+  host.show();
+  host.view()->addSubview(controller->view());
+  controller->view()->setFrame({{0, 0}, {400, 300}});
+  controller->loadDataWithTitle(std::nullopt,
+                                "<body style='background:#f00'>" + pageWithList("for (;;) {}"));
+  // The exchange begins when the page has loaded: from then on its script answers nothing.
+  ASSERT_TRUE(waitFor([&] { return evaluate("'awake'") == "awake"; }));
+  ASSERT_TRUE(waitFor([&] { return evaluate("'awake'").empty(); }));
+  EXPECT_GT(ticks.count, 20);
+}
+
+TEST_F(HostilePage, aListThatThrowsIsAnEmptyOne) {
+  show(pageWithList("throw new Error('no');"));
+  EXPECT_EQ(evaluate("told"), "0 0");
+}
+
+TEST_F(HostilePage, aListOfMegabytesIsLoggedAndTakenAsEmpty) {
+  show(pageWithList("return 'com.example.a,'.repeat(500000);"));
+  EXPECT_EQ(evaluate("told"), "0 0");
+  EXPECT_THAT(log->lines(), Contains(HasSubstr("list of applications is too long")));
+}
+
+TEST_F(HostilePage, redefinedMethodsOfTheDocumentHideNoClick) {
+  show(
+      "<a id='a' class='zamopenout' href='https://example.com/' "
+      "style='display:block;height:60px;font:30px monospace'>More</a><script>"
+      "addEventListener('load', () => { for (const name of ['caretRangeFromPoint', "
+      "'createRange', 'elementFromPoint', 'addEventListener']) "
+      "{ document[name] = () => { throw new Error('mine'); }; } "
+      "Node.prototype.contains = () => false; Element.prototype.getAttribute = () => 'other'; "
+      "window.webkit = null; window.setTimeout = () => 0; document.title = 'loaded'; });"
+      "</script>");
+  click("a", 10, 20);
+  ASSERT_TRUE(waitForActs(1));
+  EXPECT_THAT(workspace->opened, ElementsAre("https://example.com/"));
+  EXPECT_THAT(announced, ElementsAre("{(idName is a)(className is zamopenout)}"));
+}
+
+TEST_F(HostilePage, aPageMayNavigateWhileItIsAsked) {
+  server.setAnswer("/next", {.headers = {{"Content-Type", "text/html"}},
+                             .body = {"<title>next</title>", "<p>another page</p>"}});
+  host.show();
+  host.view()->addSubview(controller->view());
+  controller->loadDataWithTitle(
+      std::nullopt,
+      "<title>first</title>" +
+          pageWithList("location.href = '" + server.url("/next") + "'; return 'com.example.a';"));
+  EXPECT_TRUE(waitForTitle("next"));
+}
+
+TEST_F(HostilePage, dialogsOpenedWhileItIsAskedDoNotStopTheExchange) {
+  show(pageWithList("alert('a'); confirm('b'); prompt('c'); return 'com.example.a';"));
+  EXPECT_EQ(evaluate("told"), "1 1");
+}
+
+TEST_F(HostilePage, whatNeedsPermissionIsRefused) {
+  show(
+      "<script>var answers = [];"
+      "navigator.geolocation.getCurrentPosition(() => answers.push('place'),"
+      " () => answers.push('no place'));"
+      "const media = navigator.mediaDevices;"
+      "(media ? media.getUserMedia({video: true, audio: true}) : Promise.reject())"
+      " .then(() => answers.push('camera'), () => answers.push('no camera'));"
+      "(window.Notification ? Notification.requestPermission() : Promise.resolve('denied'))"
+      " .then((answer) => answers.push('notifications ' + answer));</script>");
+  ASSERT_TRUE(waitFor([&] { return evaluate("answers.length") == "3"; }));
+  EXPECT_EQ(evaluate("answers.sort().join()"), "no camera,no place,notifications denied");
+}
+
+TEST_F(HostilePage, aPageThatClosesItselfStays) {
+  show("<script>window.close(); self.close(); top.close();</script><p id='p'>here</p>");
+  EXPECT_EQ(evaluate("document.getElementById('p').textContent"), "here");
+}
+
+TEST_F(HostilePage, aCrashedWebProcessIsOneLogLineAndABlankBanner) {
+  show("<body style='background:#f00'>");
+  log->takeLines();
+  crashWebProcess();
+  ASSERT_TRUE(waitFor([&] { return !log->lines().empty(); }));
+  settle();
+  EXPECT_THAT(log->lines(), ElementsAre("ZAM Ad page's web process ended: crashed"));
+  EXPECT_EQ(evaluate("1 + 1"), "");
+  controller->loadDataWithTitle(std::nullopt, "<title>again</title>");
+  EXPECT_TRUE(waitForTitle("again")) << "a later page is shown";
+}
+
+}  // namespace qorix::test

@@ -1,0 +1,199 @@
+// What real clicks on real pages do.
+
+#include <gmock/gmock.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+
+#include "webview/gtk/ControllerTest.h"
+
+namespace qorix::test {
+
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+class LinkActions : public ControllerTest {
+ protected:
+  /// A link that fills the line, as tall as 40 pixels.
+  static std::string link(const std::string& attributes, const std::string& content) {
+    return "<a style='display:block;height:40px;padding:20px;font:20px monospace' " + attributes +
+           ">" + content + "</a>";
+  }
+
+  static std::size_t countWindows() {
+    GList* windows = gtk_window_list_toplevels();
+    const std::size_t count = g_list_length(windows);
+    g_list_free(windows);
+    return count;
+  }
+
+  std::size_t requestsFor(const std::string& target) const {
+    std::size_t count = 0;
+    for (const auto& request : server.requests()) {
+      count += request.target == target ? 1 : 0;
+    }
+    return count;
+  }
+};
+
+}  // namespace
+
+TEST_F(LinkActions, theTextOfALinkCarriesItsClassMark) {
+  show(link("id='out' class='big zamopenout' href='https://example.com/more?a=1'", "More"));
+  click("out", 30, 30);
+  ASSERT_TRUE(waitForActs(1));
+  EXPECT_THAT(workspace->opened, ElementsAre("https://example.com/more?a=1"));
+  EXPECT_THAT(announced, ElementsAre("{(idName is out)(className is big zamopenout)}"));
+  EXPECT_THAT(delegate->reports, IsEmpty());
+}
+
+TEST_F(LinkActions, thePaddingOfALinkIsTheLinkItself) {
+  show(link("id='buy' class='zamopeniap' href='https://example.com/buy'", "Buy"));
+  click("buy", 5, 5);
+  ASSERT_TRUE(waitForActs(1));
+  EXPECT_THAT(delegate->reports, ElementsAre("purchase https://example.com/buy"));
+  EXPECT_THAT(announced, ElementsAre("{(idName is buy)(className is zamopeniap)}"));
+}
+
+TEST_F(LinkActions, anImageInALinkIsWhatIsHit) {
+  const std::string image = "<img id='picture' class='wide' width='100' height='30'>";
+  show(link("href='https://example.com/buy?zamopeniap=1'", image) +
+       link("id='marked' class='zamopenout' href='" + server.url("/followed") + "'",
+            "<img id='other' width='100' height='30'>"));
+  click("picture");
+  ASSERT_TRUE(waitForActs(1));
+  EXPECT_THAT(delegate->reports, ElementsAre("purchase https://example.com/buy?zamopeniap=1"));
+  click("other");
+  ASSERT_TRUE(waitForActs(2));
+  EXPECT_EQ(requestsFor("/followed"), 1U) << "the class of the link around an image does not count";
+  EXPECT_THAT(announced,
+              ElementsAre("{(idName is picture)(className is wide)}", "{(idName is other)}"));
+}
+
+TEST_F(LinkActions, linksInInnerFramesActLikeThoseInThePage) {
+  show(
+      "<iframe id='frame' width='300' height='100' srcdoc=\"<body style='margin:0'><a id='inner' "
+      "style='display:block;height:90px' href='https://example.com/in?zamopeniap=1'></a>\">"
+      "</iframe>");
+  click("frame");
+  ASSERT_TRUE(waitForActs(1));
+  EXPECT_THAT(delegate->reports, ElementsAre("purchase https://example.com/in?zamopeniap=1"));
+  EXPECT_THAT(announced, ElementsAre("{(idName is inner)}"));
+}
+
+TEST_F(LinkActions, aCloseControlThatIsAnImageCloses) {
+  show(link("href='https://example.com/close'",
+            "<img id='cocoa_close_web' width='40' height='30'>"));
+  click("cocoa_close_web");
+  ASSERT_TRUE(waitForActs(1));
+  EXPECT_THAT(delegate->reports, ElementsAre("close"));
+  EXPECT_THAT(announced, ElementsAre("{(idName is cocoa_close_web)}"));
+}
+
+TEST_F(LinkActions, theTextInsideACloseControlDoesNotClose) {
+  show(link("id='cocoa_close_web' href='" + server.url("/followed") + "'", "Close"));
+  click("cocoa_close_web", 30, 30);
+  ASSERT_TRUE(waitForActs(1));
+  EXPECT_EQ(requestsFor("/followed"), 1U);
+  EXPECT_THAT(delegate->reports, IsEmpty());
+}
+
+TEST_F(LinkActions, marksInTheQueryIgnoreLetterCaseAndThoseInTheClassKeepIt) {
+  show(link("id='a' href='https://apps.example.com/id1?mt=12&LS=1'", "") +
+       link("id='b' href='https://example.com/?ZAMOPENOUT=1'", "") +
+       link("id='c' href='https://example.com/?ZamOpenIAP=1'", ""));
+  click("a");
+  ASSERT_TRUE(waitForActs(1));
+  click("b");
+  ASSERT_TRUE(waitForActs(2));
+  click("c");
+  ASSERT_TRUE(waitForActs(3));
+  EXPECT_THAT(workspace->opened, ElementsAre("macappstore://apps.example.com/id1?mt=12&LS=1",
+                                             "https://example.com/?ZAMOPENOUT=1"));
+  EXPECT_THAT(delegate->reports, ElementsAre("purchase https://example.com/?ZamOpenIAP=1"));
+}
+
+TEST_F(LinkActions, aClassMarkInCapitalsIsNone) {
+  show(link("id='a' class='ZAMOPENOUT ZAMOPENIAP' href='" + server.url("/followed") + "'", ""));
+  click("a");
+  ASSERT_TRUE(waitForActs(1));
+  EXPECT_EQ(requestsFor("/followed"), 1U);
+  EXPECT_THAT(workspace->opened, IsEmpty());
+  EXPECT_THAT(announced, ElementsAre("{(idName is a)(className is ZAMOPENOUT ZAMOPENIAP)}"));
+}
+
+TEST_F(LinkActions, formsReloadsAndStepsBackAreLetThroughWhateverTheirMarks) {
+  for (const char* name : {"answer", "elsewhere"}) {
+    server.setAnswer(std::string("/") + name,
+                     {.headers = {{"Content-Type", "text/html"}},
+                      .body = {std::string("<title>") + name + "</title>"}});
+  }
+  show("<form action='" + server.url("/answer") +
+       "'><input type='hidden' name='zamopeniap' value='1'>"
+       "<button id='send' style='width:100px;height:40px'>Send</button></form>");
+  click("send");
+  ASSERT_TRUE(waitForTitle("answer"));
+  EXPECT_EQ(requestsFor("/answer?zamopeniap=1"), 1U);
+  evaluate("document.title = 'before'; location.reload(); 1");
+  ASSERT_TRUE(waitForTitle("answer"));
+  EXPECT_EQ(requestsFor("/answer?zamopeniap=1"), 2U);
+  evaluate("location.href = '" + server.url("/elsewhere?ls=1") + "'; 1");
+  ASSERT_TRUE(waitForTitle("elsewhere"));
+  evaluate("history.back(); 1");
+  EXPECT_TRUE(waitForTitle("answer"));
+  settle();
+  EXPECT_THAT(delegate->reports, IsEmpty());
+  EXPECT_THAT(workspace->opened, IsEmpty());
+  EXPECT_THAT(announced, IsEmpty());
+}
+
+TEST_F(LinkActions, theKeyboardFollowsALinkWithoutAnElement) {
+  show(link("id='a' class='zamopenout' href='https://example.com/?zamopeniap=1'", "Buy"));
+  evaluate("document.getElementById('a').focus(); 1");
+  gtk_widget_child_focus(GTK_WIDGET(host.window()), GTK_DIR_TAB_FORWARD);
+  evaluate("document.getElementById('a').focus(); 1");
+  run({"xdotool", "key", "Return"});
+  ASSERT_TRUE(waitForActs(1));
+  EXPECT_THAT(delegate->reports, ElementsAre("purchase https://example.com/?zamopeniap=1"));
+  EXPECT_THAT(announced, IsEmpty());
+}
+
+TEST_F(LinkActions, aScriptsClickNamesTheElement) {
+  show(link("id='a' class='zamopenout' href='https://example.com/'", "More"));
+  evaluate("document.getElementById('a').click(); 1");
+  ASSERT_TRUE(waitForActs(1));
+  EXPECT_THAT(workspace->opened, ElementsAre("https://example.com/"));
+  EXPECT_THAT(announced, ElementsAre("{(idName is a)(className is zamopenout)}"));
+}
+
+TEST_F(LinkActions, aLinkForANewWindowOpensNone) {
+  show(link("id='a' target='_blank' href='" + server.url("/window") + "'", "") +
+       link("id='b' href='https://example.com/?zamopeniap=1'", ""));
+  const std::size_t windows = countWindows();
+  click("a");
+  click("b");
+  ASSERT_TRUE(waitForActs(1));  // both clicks have arrived by then
+  EXPECT_EQ(requestsFor("/window"), 0U);
+  EXPECT_EQ(evaluate("document.title"), "loaded");
+  EXPECT_EQ(countWindows(), windows);
+}
+
+TEST_F(LinkActions, theInstalledApplicationsReachThePage) {
+  const std::filesystem::path entries =
+      std::filesystem::path(std::getenv("XDG_DATA_HOME")) / "applications";
+  std::filesystem::create_directories(entries);
+  std::ofstream(entries / "com.example.viewer.desktop")
+      << "[Desktop Entry]\nType=Application\nName=Viewer\nExec=true\n";
+  show(
+      "<script>var told = '';"
+      "function cocoa_obtain_promo_app_ids() { return 'com.example.viewer, com.example.none'; }"
+      "function cocoa_post_promo_app_info(host, ids, flags) {"
+      " told = host + '|' + ids.join() + '|' + flags.join(); }</script>");
+  EXPECT_TRUE(waitFor([&] { return evaluate("told") != ""; }));
+  EXPECT_EQ(evaluate("told"), "|com.example.viewer,com.example.none|1,0");
+}
+
+}  // namespace qorix::test
