@@ -33,6 +33,16 @@ void NotificationCenter::removeObserver(const std::string& name, Observation obs
   }
 }
 
+std::size_t NotificationCenter::countObservers() const {
+  std::size_t count = 0;
+  for (const auto& [name, observers] : observers_) {
+    for (const Observer& observer : observers.list) {
+      count += observer.removed ? 0 : 1;
+    }
+  }
+  return count;
+}
+
 void NotificationCenter::post(const Notification& notification) {
   const auto entry = observers_.find(notification.name());
   if (entry == observers_.end()) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <deque>
 #include <functional>
@@ -27,6 +28,9 @@ class NotificationCenter {
   /// Calls the handlers for the notification's name, in the order in which they were added, before
   /// it returns. Handlers added meanwhile hear the next notification only.
   void post(const Notification& notification);
+
+  /// How many observations there are, of all names.
+  std::size_t countObservers() const;
 
  private:
   struct Observer {

@@ -18,7 +18,7 @@ class NullRunLoop : public RunLoop {
  public:
   void performAfterDelay(double /*seconds*/, std::function<void()> /*task*/) override {}
   void dispatchAsync(std::function<void()> /*task*/) override {}
-  void performAndWait(std::function<void()> /*task*/) override {}
+  void performAndWait(std::function<void()> task) override { task(); }
 };
 
 class NullUrlSession : public UrlSession {

@@ -43,8 +43,9 @@ struct Platform {
 };
 
 /// A platform whose every service does nothing, but for a log on standard error, settings that last
-/// as long as the process, and notifications. For members that a platform lacks, and in force until
-/// one is installed.
+/// as long as the process, and notifications. Its run loop has no thread of its own: what is
+/// awaited runs at once, what is deferred never. For members that a platform lacks, and in force
+/// until one is installed.
 Platform nullPlatform();
 
 /// Puts `services` in force for the whole process. Call it on the main thread before anything else

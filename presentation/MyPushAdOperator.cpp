@@ -19,17 +19,25 @@ std::shared_ptr<Window>& sharedPopupAdWindow() {
   return window;
 }
 
-ShownState readShownState(UserDefaults& defaults) {
-  return {defaults.stringForKey(kVersionKey), defaults.integerForKey(kCountKey)};
-}
+/// In the host's settings, one pair for all of its views.
+class StoredShownState : public ShownState {
+ public:
+  std::optional<std::string> version() override { return defaults_.stringForKey(kVersionKey); }
+  std::int64_t count() override { return defaults_.integerForKey(kCountKey); }
 
-void writeDurably(const ShownStateChange& change, UserDefaults& defaults) {
-  if (change.version) {
-    defaults.setString(*change.version, kVersionKey);
+  void restart(const std::string& version, std::int64_t count) override {
+    defaults_.setString(version, kVersionKey);
+    setCount(count);
   }
-  defaults.setInteger(change.count, kCountKey);
-  defaults.synchronize();
-}
+
+  void setCount(std::int64_t count) override {
+    defaults_.setInteger(count, kCountKey);
+    defaults_.synchronize();
+  }
+
+ private:
+  UserDefaults& defaults_ = *platform().standardUserDefaults;
+};
 
 }  // namespace
 
@@ -62,17 +70,12 @@ void MyPushAdOperator::processShowAdIfNeededWithPushAdInfo(
 }
 
 bool MyPushAdOperator::decideAndCount(const MyPushAdInfo& info) {
-  const ShowTerms terms{info.enable(), info.version(), info.count()};
-  UserDefaults& defaults = *platform().standardUserDefaults;
-  const auto decision =
-      decideShow(terms, isCounted(terms) ? readShownState(defaults) : ShownState());
-  if (decision.reason == ShowReason::disabled) {
+  StoredShownState shown;
+  const ShowReason reason = decideShow({info.enable(), info.version(), info.count()}, shown);
+  if (reason == ShowReason::disabled) {
     logLine("ZAM Disabled.");
   }
-  for (const auto& change : decision.changes) {
-    writeDurably(change, defaults);
-  }
-  return decision.isDue();
+  return isDue(reason);
 }
 
 // Preparing.
@@ -136,14 +139,12 @@ void MyPushAdOperator::preparePopupWindowIfNeeded() {
 // Showing.
 
 void MyPushAdOperator::showAd() {
-  if (myPushAdInfo_ == nullptr) {
-    return;
-  }
-  const auto title = myPushAdInfo_->localizedTitle();
-  const auto html = myPushAdInfo_->localizedHtmlString();
+  const auto info = myPushAdInfo_;
+  const auto title = info == nullptr ? std::nullopt : info->localizedTitle();
+  const auto html = info == nullptr ? std::nullopt : info->localizedHtmlString();
   if (isAdShownAsBanner()) {
     showBanner(title, html);
-  } else if (myPushAdInfo_->embed() == 0) {
+  } else if (info == nullptr || info->embed() == 0) {  // no record reads as all zeros
     showPopup(title, html);
   }
 }

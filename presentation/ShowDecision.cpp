@@ -10,31 +10,32 @@ bool isAbsentOrEmpty(const std::optional<std::string>& text) { return !text || t
 
 }  // namespace
 
-bool isCounted(const ShowTerms& terms) { return terms.enable && !isAbsentOrEmpty(terms.version); }
+bool isDue(ShowReason reason) {
+  return reason != ShowReason::disabled && reason != ShowReason::usedUp;
+}
 
-ShowDecision decideShow(const ShowTerms& terms, const ShownState& stored) {
+ShowReason decideShow(const ShowTerms& terms, ShownState& shown) {
   if (!terms.enable) {
-    return {ShowReason::disabled, {}};
+    return ShowReason::disabled;
   }
-  if (!isCounted(terms)) {
-    return {ShowReason::dueUncounted, {}};
+  if (isAbsentOrEmpty(terms.version)) {
+    return ShowReason::dueUncounted;
   }
-  if (isAbsentOrEmpty(stored.version)) {
-    return {ShowReason::dueFirst, {{terms.version, 1}}};
+  const auto shownVersion = shown.version();
+  if (isAbsentOrEmpty(shownVersion)) {
+    shown.restart(*terms.version, 1);
+    return ShowReason::dueFirst;
   }
-  ShowDecision decision{ShowReason::dueCounted, {}};
-  std::int64_t shown = stored.count;
-  if (!isSameAdVersion(*stored.version, *terms.version)) {
-    decision.reason = ShowReason::dueNewVersion;
-    decision.changes.push_back({terms.version, 0});
-    shown = 0;
+  const bool isSameVersion = isSameAdVersion(*shownVersion, *terms.version);
+  if (!isSameVersion) {
+    shown.restart(*terms.version, 0);
   }
-  if (shown >= terms.count) {
-    decision.reason = ShowReason::usedUp;
-  } else {
-    decision.changes.push_back({std::nullopt, shown + 1});
+  const std::int64_t count = shown.count();
+  if (count >= terms.count) {
+    return ShowReason::usedUp;
   }
-  return decision;
+  shown.setCount(count + 1);
+  return isSameVersion ? ShowReason::dueCounted : ShowReason::dueNewVersion;
 }
 
 }  // namespace qorix

@@ -3,7 +3,6 @@
 #include <cstdint>
 #include <optional>
 #include <string>
-#include <vector>
 
 namespace qorix {
 
@@ -14,10 +13,17 @@ struct ShowTerms {
   std::int64_t count = 0;
 };
 
-/// What this machine remembers of earlier showings.
-struct ShownState {
-  std::optional<std::string> version;
-  std::int64_t count = 0;
+/// What this machine remembers of earlier showings. Each value is asked for when it is needed,
+/// after the changes decided before it have been made.
+class ShownState {
+ public:
+  virtual ~ShownState() = default;
+  virtual std::optional<std::string> version() = 0;
+  virtual std::int64_t count() = 0;
+  /// Makes both durable.
+  virtual void restart(const std::string& version, std::int64_t count) = 0;
+  /// Makes the count durable.
+  virtual void setCount(std::int64_t count) = 0;
 };
 
 enum class ShowReason {
@@ -29,25 +35,11 @@ enum class ShowReason {
   usedUp,         // shown as often as the count
 };
 
-/// One durable change of what the machine remembers.
-struct ShownStateChange {
-  std::optional<std::string> version;  // left as it is when absent
-  std::int64_t count = 0;
-};
+/// Whether an advertisement is shown for that reason.
+bool isDue(ShowReason reason);
 
-struct ShowDecision {
-  ShowReason reason = ShowReason::disabled;
-  /// In this order, each to be made durable before the next. A showing is counted when it is
-  /// decided.
-  std::vector<ShownStateChange> changes;
-
-  bool isDue() const { return reason != ShowReason::disabled && reason != ShowReason::usedUp; }
-};
-
-/// Whether the showings of an advertisement on these terms depend on what the machine remembers.
-bool isCounted(const ShowTerms& terms);
-
-/// Decides whether an advertisement is due. `stored` is looked at only when `isCounted`.
-ShowDecision decideShow(const ShowTerms& terms, const ShownState& stored);
+/// Decides whether an advertisement is due, and counts it if so: a showing is counted when it is
+/// decided. What has no version is neither looked up nor counted.
+ShowReason decideShow(const ShowTerms& terms, ShownState& shown);
 
 }  // namespace qorix

@@ -88,7 +88,7 @@ class MyPushAdOperator : public MyPushAdViewControllerDelegate,
   const std::shared_ptr<Window>& popupAdWindow() const { return popupAdWindow_; }
   void setPopupAdWindow(std::shared_ptr<Window> window) { popupAdWindow_ = std::move(window); }
 
-  /// The record of the last request that was decided.
+  /// The record of the last request before a decision; null before any, and after one with null.
   const std::shared_ptr<MyPushAdInfo>& myPushAdInfo() const { return myPushAdInfo_; }
   void setMyPushAdInfo(std::shared_ptr<MyPushAdInfo> info) { myPushAdInfo_ = std::move(info); }
 

@@ -14,6 +14,7 @@ class MyPushAdDownloadDelegate {
  public:
   virtual ~MyPushAdDownloadDelegate() = default;
 
+  /// `error` is the transport's own, or the source's with its whole message as the domain.
   virtual void downloadFailedWithError(const Error& /*error*/) {}
   /// `text` is the fetched document, UTF-8.
   virtual void downloadSuccessfullyWithString(const std::string& /*text*/) {}

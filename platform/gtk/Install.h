@@ -24,6 +24,8 @@ struct InstallOptions {
   /// Where the maker publishes the ad configuration document: for show requests that name no
   /// address. Empty keeps the library's own.
   std::string defaultAdFileUrl = {};
+
+  /// The cloud container with the document, "iCloud." and a reverse-DNS name, likewise.
   std::string defaultCloudContainerIdentifier = {};
 };
 

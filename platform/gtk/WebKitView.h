@@ -25,7 +25,7 @@ WebKitWebContext* adWebContext();
 /// The web view port on a WebKitWebView, which owns it.
 ///
 /// Loads are reported from the run loop, so never while a script is being evaluated. Of the
-/// delegate's methods the engine gives no cause for mouse moves.
+/// delegate's methods mouse moves and the start of a load are never called: nobody listens to them.
 class WebKitView : public WidgetView<WebView> {
  public:
   /// The View of `webView`, new to the page: nothing has been loaded into it.

@@ -68,6 +68,8 @@ class SampleHostTest : public ::testing::Test {
     ASSERT_TRUE(host.waitForEnd());
     EXPECT_TRUE(WIFEXITED(host.status()) && WEXITSTATUS(host.status()) == 0) << host.status();
     EXPECT_EQ(host.countEvents("quit"), 1);
+    EXPECT_EQ(host.countLog("-WARNING **"), 0);
+    EXPECT_EQ(host.countLog("-CRITICAL **"), 0);
   }
 
   /// One launch that ends when the advertisement was shown; false when it was not.
@@ -221,6 +223,76 @@ TEST_F(SampleHostTest, thePageIsInTheUsersLanguage) {
   HostProcess host(arguments({"--languages", "de-AT,en-US"}));
   EXPECT_TRUE(host.waitForEvent(kWillShow));
   EXPECT_EQ(waitForColor(kAdColor, 300, 60).width, 300);
+  expectProperQuit(host);
+}
+
+TEST_F(SampleHostTest, aHostIsKnownByItsBundleIdentifier) {
+  serve({.table = "<push_ad_config><appid>com.example.viewer</appid><adid>99</adid>"
+                  "</push_ad_config>"});
+  HostProcess other(arguments({"--bundle-id", "com.example.viewer"}));
+  EXPECT_TRUE(other.waitForLog("ZAM OK. but rty")) << "its line names no advertisement";
+  expectProperQuit(other);
+  HostProcess editor(arguments());
+  EXPECT_TRUE(editor.waitForEvent(kWillShow));
+  expectProperQuit(editor);
+}
+
+TEST_F(SampleHostTest, whatIsPromotedIsLookedForInTheApplicationsFolder) {
+  serve({.others = "<promo_app_name>Example Viewer</promo_app_name>"});
+  {
+    std::ofstream(folder_ / "Example Viewer.desktop") << "[Desktop Entry]\n";
+    HostProcess host(arguments());
+    EXPECT_TRUE(host.waitForLog("ZAM Disabled."));
+    EXPECT_EQ(host.countLog("ZAM: All po-apps installed, Disable it."), 1);
+    expectProperQuit(host);
+  }
+  std::filesystem::remove(folder_ / "Example Viewer.desktop");
+  HostProcess host(arguments());
+  EXPECT_TRUE(host.waitForEvent(kWillShow));
+  expectProperQuit(host);
+}
+
+TEST_F(SampleHostTest, quitsByItselfAndSavesAPictureOfTheScreen) {
+  serve({.width = "300", .height = "60"});
+  const std::string file = (folder_ / "picture.png").string();
+  HostProcess host(arguments({"--quit-after", "4", "--screenshot", file}));
+  EXPECT_TRUE(host.waitForEvent(kWillShow));
+  ASSERT_TRUE(host.waitForEnd());
+  EXPECT_TRUE(WIFEXITED(host.status()) && WEXITSTATUS(host.status()) == 0);
+  EXPECT_EQ(host.events().back().at("event"), "quit");
+  const auto picture = readPicture(file);
+  ASSERT_NE(picture, nullptr);
+  EXPECT_EQ(picture->width(), screenWidth());
+  EXPECT_EQ(picture->height(), screenHeight());
+  EXPECT_EQ(boxOfColor(*picture, kAdColor).width, 300);
+}
+
+TEST_F(SampleHostTest, clicksAreToldWithTheirAddressAndElement) {
+  serve({.width = "300", .height = "60"},
+        "<body style='margin:0'><a id='buy' class='zamopeniap' href='https://example.com/?a=1' "
+        "style='display:block;height:100vh;background:#ff00aa'></a>");
+  HostProcess host(arguments());
+  const PixelBox box = waitForColor(kAdColor, 300, 60);
+  ASSERT_EQ(box.width, 300);
+  clickAt(box.x + 150, box.y + 30);
+  const auto purchase = host.waitForEvent("ZAMPushAdOpenIAPNotification");
+  ASSERT_TRUE(purchase);
+  EXPECT_EQ(*purchase, (nlohmann::json{{"event", "ZAMPushAdOpenIAPNotification"},
+                                       {"hostView", 0},
+                                       {"popup", false},
+                                       {"adId", 12},
+                                       {"frame", {500, 440, 300, 60}},
+                                       {"url", "https://example.com/?a=1"},
+                                       {"element", nullptr}}));
+  const auto click = host.waitForEvent("ZAMPushAdIsTriggeringNavigationNotification");
+  ASSERT_TRUE(click);
+  EXPECT_EQ(*click, (nlohmann::json{{"event", "ZAMPushAdIsTriggeringNavigationNotification"},
+                                    {"hostView", nullptr},
+                                    {"popup", false},
+                                    {"adId", nullptr},
+                                    {"frame", nullptr},
+                                    {"url", nullptr},
+                                    {"element", "{(idName is buy)(className is zamopeniap)}"}}));
   expectProperQuit(host);
 }
 

@@ -29,9 +29,12 @@ void FakeRunLoop::performAndWait(std::function<void()> task) {
     return;
   }
   std::promise<void> done;
+  // Like a delayed perform it waits while a menu is tracked; those belong to the main thread.
   dispatchAsync([&] {
-    task();
-    done.set_value();
+    performAfterDelay(0, [&] {
+      task();
+      done.set_value();
+    });
   });
   done.get_future().wait();
 }

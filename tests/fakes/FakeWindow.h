@@ -53,9 +53,11 @@ class FakeWindow : public Window, public std::enable_shared_from_this<FakeWindow
     ++orderFrontCalls;
   }
   void close() override {
-    if (visible) {
+    if (visible && !isClosing_) {
+      isClosing_ = true;
       platform().notificationCenter->post(
           Notification(kWindowWillCloseNotification, shared_from_this()));
+      isClosing_ = false;
       visible = false;
     }
   }
@@ -71,6 +73,7 @@ class FakeWindow : public Window, public std::enable_shared_from_this<FakeWindow
   std::vector<Rect> setFrames;
 
  private:
+  bool isClosing_ = false;
   std::shared_ptr<View> contentView_;
   double titleBarHeight_;
   Rect frame_;

@@ -168,6 +168,13 @@ TEST_F(ManagerTest, aRequestThatGetsNoHostViewIsDropped) {
   EXPECT_FALSE(manager().isDownloadFileRequested());
 }
 
+TEST_F(ManagerTest, theWarningAboutTheBundleComesBeforeTheFaultOfTheView) {
+  fakes_.windows->isBroken = true;
+  MyPushAdManager::sharedPushAdManager()->prepareAndShowAdWithHostView(
+      nullptr, MyPushAdFileHostModeWebServer, kAddress);
+  EXPECT_THAT(fakes_.log->lines(), ElementsAre(kNoBundleMessage, prepareCheck(157, kFatalMessage)));
+}
+
 TEST_F(ManagerTest, aRequestWithoutAListOfOperatorsIsDropped) {
   manager().setPushAdOperators(std::nullopt);
   show(hostView_);
@@ -233,6 +240,18 @@ TEST_F(ManagerTest, anUnknownModeLeavesTheManagerWithoutSourceForGood) {
   EXPECT_THAT(fakes_.urlSessions->sessions, IsEmpty());
   manager().downloadFailedWithError({});
   EXPECT_THAT(fakes_.log->lines(), ElementsAre("ZAM dError rty"));
+}
+
+TEST_F(ManagerTest, afterAnUnknownModeNoLaterRequestStartsASourceEvenWithoutADefinition) {
+  manager().prepareAndShowAdWithHostView(hostView_, static_cast<MyPushAdFileHostMode>(-1),
+                                         kAddress);
+  fakes_.log->takeLines();
+  show(hostView_);
+  manager().prepareAndShowAdWithHostView(hostView_, MyPushAdFileHostModeCloudKit, "iCloud.x");
+  EXPECT_EQ(manager().lonePushAdInfo(), nullptr);
+  EXPECT_EQ(manager().pushAdSource(), nullptr);
+  EXPECT_THAT(fakes_.urlSessions->sessions, IsEmpty());
+  EXPECT_THAT(fakes_.log->lines(), IsEmpty());
 }
 
 TEST_F(ManagerTest, theDefaultAddressesAreTheDeployments) {
@@ -332,6 +351,24 @@ TEST_F(ManagerTest, savingTwiceLeavesOneTextAndLogsTwice) {
               ElementsAre("ZAM dadstring is saved.", "ZAM dadstring is saved."));
 }
 
+TEST_F(ManagerTest, savingAndClearingAreMadeDurableAtOnce) {
+  struct CountingDefaults : MemoryUserDefaults {
+    bool synchronize() override {
+      cachedAtSynchronize.push_back(stringForKey(kCacheKey).value_or("nothing"));
+      return true;
+    }
+    std::vector<std::string> cachedAtSynchronize;
+  };
+  const auto defaults = std::make_shared<CountingDefaults>();
+  auto services = fakes_.services();
+  services.standardUserDefaults = defaults;
+  installPlatform(std::move(services));
+  manager().saveAsCachedPushAdWith("text");
+  EXPECT_THAT(defaults->cachedAtSynchronize, ElementsAre("text"));
+  manager().clearCachedAdContents();
+  EXPECT_THAT(defaults->cachedAtSynchronize, ElementsAre("text", "nothing"));
+}
+
 TEST_F(ManagerTest, savingNothingKeepsTheCache) {
   storeInCache("good");
   manager().saveAsCachedPushAdWith(std::nullopt);
@@ -368,6 +405,23 @@ TEST_F(ManagerTest, aGoodTextIsCachedAndOfferedToEveryOperator) {
     EXPECT_EQ(presenter->myPushAdInfo(), manager().lonePushAdInfo());
   }
   EXPECT_THAT(fakes_.runLoop->pendingDelays(), IsEmpty()) << "a success ends the chain";
+}
+
+TEST_F(ManagerTest, aGoodTextIsCachedBeforeItIsOffered) {
+  show(hostView_);
+  show(std::make_shared<FakeView>());
+  land(makeDocument({.enable = "0"}));
+  EXPECT_THAT(fakes_.log->lines(), ElementsAre("ZAM dSuccess", "ZAM dadstring is saved.",
+                                               "ZAM Disabled.", "ZAM Disabled."));
+}
+
+TEST_F(ManagerTest, operatorsAreAskedInTheOrderOfTheirCreation) {
+  const auto second = std::make_shared<FakeView>();
+  show(hostView_);
+  show(second);
+  land(makeDocument({.count = "1"}));
+  EXPECT_EQ(hostView_->children.size(), 1U) << "the first one gets the only showing";
+  EXPECT_THAT(second->children, IsEmpty());
 }
 
 TEST_F(ManagerTest, aTextThatDoesNotParseIsTriedAgainInAMinute) {

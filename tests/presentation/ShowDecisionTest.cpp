@@ -1,83 +1,108 @@
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include <limits>
+#include <vector>
 
 #include "presentation/ShowDecision.h"
 
 namespace qorix {
 namespace {
 
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
 constexpr std::int64_t kLargest = std::numeric_limits<std::int64_t>::max();
+
+/// What a machine remembers, and what is done to it.
+class Memory : public ShownState {
+ public:
+  Memory() = default;
+  Memory(const char* version, std::int64_t count) : version_(version), count_(count) {}
+
+  std::optional<std::string> version() override {
+    calls.emplace_back("version?");
+    return version_;
+  }
+  std::int64_t count() override {
+    calls.emplace_back("count?");
+    return count_;
+  }
+  void restart(const std::string& version, std::int64_t count) override {
+    calls.push_back(version + " " + std::to_string(count));
+    version_ = version;
+    count_ = count;
+  }
+  void setCount(std::int64_t count) override {
+    calls.push_back(std::to_string(count));
+    count_ = count;
+  }
+
+  std::vector<std::string> calls;
+
+ private:
+  std::optional<std::string> version_;
+  std::int64_t count_ = 0;
+};
 
 ShowTerms terms(const char* version, std::int64_t count) { return {true, version, count}; }
 
-TEST(ShowDecisionTest, disabledIsNeverDueAndChangesNothing) {
-  const auto decision = decideShow({false, "3", 5}, {"3", 0});
-  EXPECT_EQ(decision.reason, ShowReason::disabled);
-  EXPECT_FALSE(decision.isDue());
-  EXPECT_TRUE(decision.changes.empty());
-  EXPECT_FALSE(isCounted({false, "3", 5}));
+ShowReason decide(const ShowTerms& terms, Memory memory) { return decideShow(terms, memory); }
+
+TEST(ShowDecisionTest, disabledIsNeverDueAndRemembersNothing) {
+  Memory memory("3", 0);
+  EXPECT_EQ(decideShow({false, "3", 5}, memory), ShowReason::disabled);
+  EXPECT_FALSE(isDue(ShowReason::disabled));
+  EXPECT_THAT(memory.calls, IsEmpty());
 }
 
 TEST(ShowDecisionTest, withoutVersionItIsAlwaysDueAndNotCounted) {
   for (const auto& version : {std::optional<std::string>(), std::optional<std::string>("")}) {
-    const auto decision = decideShow({true, version, 0}, {"3", 99});
-    EXPECT_EQ(decision.reason, ShowReason::dueUncounted);
-    EXPECT_TRUE(decision.isDue());
-    EXPECT_TRUE(decision.changes.empty());
-    EXPECT_FALSE(isCounted({true, version, 0}));
+    Memory memory("3", 99);
+    EXPECT_EQ(decideShow({true, version, 0}, memory), ShowReason::dueUncounted);
+    EXPECT_THAT(memory.calls, IsEmpty());
   }
+  EXPECT_TRUE(isDue(ShowReason::dueUncounted));
 }
 
 TEST(ShowDecisionTest, theFirstShowingIsGrantedWhateverTheCount) {
   for (const std::int64_t count : {std::int64_t{-3}, std::int64_t{0}, kLargest}) {
-    const auto decision = decideShow(terms("3", count), {});
-    EXPECT_EQ(decision.reason, ShowReason::dueFirst);
-    ASSERT_EQ(decision.changes.size(), 1U);
-    EXPECT_EQ(decision.changes[0].version, "3");
-    EXPECT_EQ(decision.changes[0].count, 1);
+    Memory memory;
+    EXPECT_EQ(decideShow(terms("3", count), memory), ShowReason::dueFirst);
+    EXPECT_THAT(memory.calls, ElementsAre("version?", "3 1"));
   }
-  EXPECT_EQ(decideShow(terms("3", 0), {"", 7}).reason, ShowReason::dueFirst);
+  EXPECT_EQ(decide(terms("3", 0), {"", 7}), ShowReason::dueFirst);
+  EXPECT_TRUE(isDue(ShowReason::dueFirst));
 }
 
 TEST(ShowDecisionTest, theSameVersionIsDueUntilItsCountIsSpent) {
-  const auto due = decideShow(terms("3", 2), {"3", 1});
-  EXPECT_EQ(due.reason, ShowReason::dueCounted);
-  ASSERT_EQ(due.changes.size(), 1U);
-  EXPECT_EQ(due.changes[0].version, std::nullopt);
-  EXPECT_EQ(due.changes[0].count, 2);
-
-  const auto spent = decideShow(terms("3", 2), {"3", 2});
-  EXPECT_EQ(spent.reason, ShowReason::usedUp);
-  EXPECT_FALSE(spent.isDue());
-  EXPECT_TRUE(spent.changes.empty());
-  EXPECT_EQ(decideShow(terms("3", 2), {"3", 3}).reason, ShowReason::usedUp);
+  Memory memory("3", 1);
+  EXPECT_EQ(decideShow(terms("3", 2), memory), ShowReason::dueCounted);
+  EXPECT_EQ(decideShow(terms("3", 2), memory), ShowReason::usedUp);
+  EXPECT_THAT(memory.calls, ElementsAre("version?", "count?", "2", "version?", "count?"));
+  EXPECT_TRUE(isDue(ShowReason::dueCounted));
+  EXPECT_FALSE(isDue(ShowReason::usedUp));
+  EXPECT_EQ(decide(terms("3", 2), {"3", 3}), ShowReason::usedUp);
 }
 
-TEST(ShowDecisionTest, anotherVersionStartsAgainFromZeroWithTwoChanges) {
+TEST(ShowDecisionTest, anotherVersionStartsAgainFromZero) {
   for (const char* version : {"2", "4"}) {
-    const auto decision = decideShow(terms(version, 1), {"3", 9});
-    EXPECT_EQ(decision.reason, ShowReason::dueNewVersion);
-    ASSERT_EQ(decision.changes.size(), 2U);
-    EXPECT_EQ(decision.changes[0].version, version);
-    EXPECT_EQ(decision.changes[0].count, 0);
-    EXPECT_EQ(decision.changes[1].version, std::nullopt);
-    EXPECT_EQ(decision.changes[1].count, 1);
+    Memory memory("3", 9);
+    EXPECT_EQ(decideShow(terms(version, 1), memory), ShowReason::dueNewVersion);
+    EXPECT_THAT(memory.calls, ElementsAre("version?", std::string(version) + " 0", "count?", "1"));
   }
+  EXPECT_TRUE(isDue(ShowReason::dueNewVersion));
 }
 
 TEST(ShowDecisionTest, anotherVersionWithoutCountIsRememberedButNotDue) {
-  const auto decision = decideShow(terms("4", 0), {"3", 9});
-  EXPECT_EQ(decision.reason, ShowReason::usedUp);
-  ASSERT_EQ(decision.changes.size(), 1U);
-  EXPECT_EQ(decision.changes[0].version, "4");
-  EXPECT_EQ(decision.changes[0].count, 0);
+  Memory memory("3", 9);
+  EXPECT_EQ(decideShow(terms("4", 0), memory), ShowReason::usedUp);
+  EXPECT_THAT(memory.calls, ElementsAre("version?", "4 0", "count?"));
 }
 
 TEST(ShowDecisionTest, countsAreComparedSigned) {
-  EXPECT_EQ(decideShow(terms("3", -1), {"3", -2}).reason, ShowReason::dueCounted);
-  EXPECT_EQ(decideShow(terms("3", kLargest), {"3", kLargest}).reason, ShowReason::usedUp);
-  EXPECT_EQ(decideShow(terms("3", kLargest), {"3", kLargest - 1}).changes[0].count, kLargest);
+  EXPECT_EQ(decide(terms("3", -1), {"3", -2}), ShowReason::dueCounted);
+  EXPECT_EQ(decide(terms("3", kLargest), {"3", kLargest}), ShowReason::usedUp);
+  EXPECT_EQ(decide(terms("3", kLargest), {"3", kLargest - 1}), ShowReason::dueCounted);
 }
 
 }  // namespace

@@ -16,7 +16,10 @@ struct DocumentOf {
   std::string delay = "0";
   std::string title = "<default>Title</default>";
   std::string html = "<default><![CDATA[<p>page</p>]]></default>";
-  std::string padding = {};  // in a comment at the end, to reach a length
+  std::string table = {};     // lines of the host table
+  std::string others = {};    // further elements of the advertisement
+  std::string laterAds = {};  // advertisements behind it
+  std::string padding = {};   // in a comment at the end, to reach a length
 };
 
 inline std::string makeDocument(const DocumentOf& values = {}) {
@@ -28,9 +31,10 @@ inline std::string makeDocument(const DocumentOf& values = {}) {
                          element("width", values.width) + element("height", values.height) +
                          element("count", values.count) + element("delay", values.delay) +
                          element("advance", "{}") + element("notes", "notes") +
-                         element("title", values.title) + element("html_contents", values.html);
-  return element("rootcfg",
-                 element("data", element("file_version", "1")) + element("push_ad", ad)) +
+                         element("title", values.title) + element("html_contents", values.html) +
+                         values.others;
+  return element("rootcfg", element("data", element("file_version", "1") + values.table) +
+                                element("push_ad", ad) + values.laterAds) +
          (values.padding.empty() ? "" : "<!--" + values.padding + "-->");
 }
 

@@ -47,6 +47,9 @@ struct PixelBox {
 /// The smallest rectangle around the pixels of that colour; without size when there are none.
 PixelBox boxOfColor(const Picture& picture, const Pixel& color);
 
+/// The picture in a PNG file; null when it cannot be read.
+std::unique_ptr<Picture> readPicture(const std::filesystem::path& file);
+
 /// Takes a picture of the whole X display `name` (":7"). Null when it cannot be reached.
 std::unique_ptr<Picture> takePicture(const std::string& name);
 

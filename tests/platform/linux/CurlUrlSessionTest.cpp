@@ -71,6 +71,10 @@ class CurlUrlSessionTest : public ::testing::Test {
   std::shared_ptr<UrlSession> session_;
 };
 
+TEST_F(CurlUrlSessionTest, sixtySecondsOfSilenceEndATransferUnlessToldOtherwise) {
+  EXPECT_EQ(CurlUrlSessionFactory::Options().idleLimitSeconds, 60);
+}
+
 TEST_F(CurlUrlSessionTest, asksPlainlyAndPastEveryCache) {
   expectSuccess(fetchAnswer({.body = {"text"}}));
   ASSERT_EQ(server_.requests().size(), 1U);

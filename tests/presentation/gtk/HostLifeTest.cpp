@@ -3,6 +3,7 @@
 #include "platform/gtk/GtkTest.h"
 #include "qorix/MyPushAdManager.h"
 #include "qorix/MyPushAdNotifications.h"
+#include "support/LoopbackServer.h"
 #include "support/Records.h"
 
 namespace qorix::test {
@@ -119,22 +120,33 @@ TEST_P(HostLife, whileAPopupIsShown) {
 }
 
 TEST_P(HostLife, whileAScriptOfThePageRuns) {
-  // The page takes its time to answer; the host acts meanwhile.
+  // The page tells the server that it has been asked, and then takes its time; the host acts
+  // meanwhile.
+  LoopbackServer server;
   request({.embed = 1},
-          "<title>loaded</title><script>"
-          "function cocoa_obtain_promo_app_ids() { var end = Date.now() + 700;"
-          " while (Date.now() < end) {} return 'a'; }"
-          "function cocoa_post_promo_app_info() {}</script>");
-  waitForShowing();
-  std::function<void()> act = [this] { destroy(); };
+          "<script>function cocoa_obtain_promo_app_ids() {"
+          " var request = new XMLHttpRequest(); request.open('GET', '" +
+              server.url("/asked") +
+              "', false); try { request.send(); } catch (e) {}"
+              " var end = Date.now() + 1500; while (Date.now() < end) {}"
+              " return 'a'; }"
+              "function cocoa_post_promo_app_info() {}</script>");
+  std::function<bool()> act = [&] {
+    if (!server.requests().empty()) {
+      destroy();
+    }
+    return isDestroyed_;
+  };
   g_timeout_add(
-      400,
+      5,
       [](gpointer data) -> gboolean {
-        (*static_cast<std::function<void()>*>(data))();
-        return G_SOURCE_REMOVE;
+        return (*static_cast<std::function<bool()>*>(data))() ? G_SOURCE_REMOVE : G_SOURCE_CONTINUE;
       },
       &act);
   ASSERT_TRUE(waitFor([this] { return isDestroyed_; }));
+  bool isLater = false;
+  platform().mainRunLoop->performAfterDelay(0.3, [&isLater] { isLater = true; });
+  ASSERT_TRUE(waitFor([&isLater] { return isLater; }));
 }
 
 INSTANTIATE_TEST_SUITE_P(Ends, HostLife, testing::Values(End::destroyView, End::destroyWindow),

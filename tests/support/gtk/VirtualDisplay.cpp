@@ -113,6 +113,27 @@ bool Picture::writePng(const std::filesystem::path& file) const {
   return isWritten;
 }
 
+std::unique_ptr<Picture> readPicture(const std::filesystem::path& file) {
+  GdkPixbuf* pixbuf = gdk_pixbuf_new_from_file(file.c_str(), nullptr);
+  if (pixbuf == nullptr) {
+    return nullptr;
+  }
+  const int width = gdk_pixbuf_get_width(pixbuf);
+  const int height = gdk_pixbuf_get_height(pixbuf);
+  const int channels = gdk_pixbuf_get_n_channels(pixbuf);
+  const guint8* pixels = gdk_pixbuf_read_pixels(pixbuf);
+  std::vector<std::uint8_t> rgb;
+  rgb.reserve(static_cast<std::size_t>(width) * static_cast<std::size_t>(height) * 3);
+  for (int y = 0; y < height; ++y) {
+    const guint8* row = pixels + static_cast<std::ptrdiff_t>(y) * gdk_pixbuf_get_rowstride(pixbuf);
+    for (int x = 0; x < width; ++x) {
+      rgb.insert(rgb.end(), row + x * channels, row + x * channels + 3);
+    }
+  }
+  g_object_unref(pixbuf);
+  return std::make_unique<Picture>(width, height, std::move(rgb));
+}
+
 PixelBox boxOfColor(const Picture& picture, const Pixel& color) {
   int left = picture.width();
   int right = -1;
