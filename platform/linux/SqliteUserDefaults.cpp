@@ -2,6 +2,7 @@
 
 #include <errno.h>
 #include <fcntl.h>
+#include <poll.h>
 #include <sqlite3.h>
 #include <sys/file.h>
 #include <sys/stat.h>
@@ -9,6 +10,7 @@
 
 #include <charconv>
 #include <cstring>
+#include <iterator>
 #include <string_view>
 #include <utility>
 
@@ -90,8 +92,12 @@ class FolderLock {
  public:
   explicit FolderLock(const std::string& path)
       : descriptor_(::open(folderOf(path).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {
-    if (descriptor_ >= 0) {
-      ::flock(descriptor_, LOCK_EX);
+    // Another process needs a moment to move a file; nobody waits longer for it than for a lock.
+    for (int left = kPatience; left > 0 && !isHeld_; left -= kPause) {
+      isHeld_ = descriptor_ >= 0 && ::flock(descriptor_, LOCK_EX | LOCK_NB) == 0;
+      if (!isHeld_) {
+        ::poll(nullptr, 0, kPause);
+      }
     }
   }
   FolderLock(const FolderLock&) = delete;
@@ -102,8 +108,13 @@ class FolderLock {
     }
   }
 
+  bool isHeld() const { return isHeld_; }
+
  private:
+  static constexpr int kPause = 5;  // milliseconds between two looks
+
   int descriptor_;
+  bool isHeld_ = false;
 };
 
 std::string unusedName(const std::string& path) {
@@ -394,7 +405,9 @@ std::optional<SqliteUserDefaults::Setting> SqliteUserDefaults::settingForKey(
   std::optional<Setting> setting;
   // Many reads of a file that stays locked must not add up.
   const int patience = isInTrouble_ ? 0 : kPatience;
-  perform(patience, [&](File& file) { return file.read(key, setting); });
+  if (!perform(patience, [&](File& file) { return file.read(key, setting); })) {
+    hasAnsweredBlindly_ = true;
+  }
   return setting;
 }
 
@@ -440,11 +453,25 @@ bool SqliteUserDefaults::synchronize() {
   if (pending_.empty()) {
     return true;
   }
-  if (!perform(kPatience, [this](File& file) { return file.commit(pending_); })) {
+  if (!perform(kPatience, [this](File& file) { return commit(file); })) {
     return false;
   }
+  hasAnsweredBlindly_ = false;
   pending_.clear();
   return true;
+}
+
+int SqliteUserDefaults::commit(File& file) {
+  // What was set while the file could not be read rests on its being empty. It is not: what it
+  // holds stays.
+  for (auto change = pending_.begin(); hasAnsweredBlindly_ && change != pending_.end();) {
+    std::optional<Setting> held;
+    if (const int code = file.read(change->first, held); code != SQLITE_OK) {
+      return code;
+    }
+    change = held.has_value() ? pending_.erase(change) : std::next(change);
+  }
+  return pending_.empty() ? SQLITE_OK : file.commit(pending_);
 }
 
 /// Runs `operation` on the open file; on a new one when it turns out to be damaged.
@@ -490,6 +517,11 @@ void SqliteUserDefaults::setAside(const std::string& why) {
   const bool isOurs = file_->isAt(path_);  // else another process has been faster
   file_.reset();
   if (!isOurs) {
+    return;
+  }
+  if (!lock.isHeld()) {
+    reportTrouble("Settings file " + path_ + " is damaged (" + why +
+                  ") and its folder is locked; settings are kept in memory for now.");
     return;
   }
   const std::string name = unusedName(path_);

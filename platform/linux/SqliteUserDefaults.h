@@ -21,8 +21,9 @@ std::string defaultSettingsPath(const std::string& bundleIdentifier);
 ///
 /// Changes are pending, and seen by reads, until `synchronize` writes all of them with one durable
 /// commit. A damaged file is kept aside as "<file>.damaged-<n>" and a new one begun; a file that
-/// cannot be used leaves the changes pending in memory until it can be. Either is logged with one
-/// line. No call waits longer than a quarter of a second for another process.
+/// cannot be used leaves the changes pending in memory until it can be; those made without a look
+/// at what the file holds then give way to it. Either is logged with one line. No look at the file
+/// waits longer than a quarter of a second for another process.
 ///
 /// The languages under `kAppleLanguagesKey` are the environment's unless a list has been stored.
 class SqliteUserDefaults : public UserDefaults {
@@ -49,6 +50,7 @@ class SqliteUserDefaults : public UserDefaults {
   using Changes = std::map<std::string, std::optional<Setting>>;  // nothing: removed
 
   std::optional<Setting> settingForKey(const std::string& key);
+  int commit(File& file);
   bool perform(int patience, const std::function<int(File&)>& operation);
   int open(int patience);
   void setAside(const std::string& why);
@@ -59,6 +61,7 @@ class SqliteUserDefaults : public UserDefaults {
   std::shared_ptr<Log> log_;
   std::unique_ptr<File> file_;
   Changes pending_;
+  bool hasAnsweredBlindly_ = false;  // since the last commit: a read found the file unusable
   bool isInTrouble_ = false;  // the file could not be used last time, and that has been logged
 };
 

@@ -417,6 +417,25 @@ TEST_F(SqliteUserDefaultsTest, aFileThatIsLockedFromTheBeginningIsUsedOnceItIsFr
   EXPECT_EQ(log_->lines().size(), 1U);
 }
 
+TEST_F(SqliteUserDefaultsTest, whatIsSetWithoutALookAtALockedFileGivesWayToWhatItHolds) {
+  makeFile();
+  auto other = std::make_unique<OtherProgram>(path_);
+  ASSERT_EQ(other->run("PRAGMA locking_mode = EXCLUSIVE; BEGIN IMMEDIATE"), SQLITE_OK);
+  const auto store = open();
+  EXPECT_EQ(store->integerForKey("count"), 0);
+  store->setInteger(1, "count");
+  store->setInteger(7, "new");
+  EXPECT_FALSE(store->synchronize());
+  EXPECT_EQ(store->integerForKey("count"), 1) << "for the time being";
+  other.reset();
+  EXPECT_TRUE(store->synchronize());
+  EXPECT_EQ(store->integerForKey("count"), 3);
+  EXPECT_EQ(store->integerForKey("new"), 7);
+  store->setInteger(4, "count");
+  EXPECT_TRUE(store->synchronize());
+  EXPECT_EQ(open()->integerForKey("count"), 4);
+}
+
 TEST_F(SqliteUserDefaultsTest, aFullDiskKeepsValuesPendingAndIsNotDamage) {
   makeFile();
   const auto store = open();
