@@ -2,10 +2,6 @@
 
 #include <gmock/gmock.h>
 
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-
 #include "webview/gtk/ControllerTest.h"
 
 namespace qorix::test {
@@ -181,19 +177,22 @@ TEST_F(LinkActions, aLinkForANewWindowOpensNone) {
   EXPECT_EQ(countWindows(), windows);
 }
 
-TEST_F(LinkActions, theInstalledApplicationsReachThePage) {
-  const std::filesystem::path entries =
-      std::filesystem::path(std::getenv("XDG_DATA_HOME")) / "applications";
-  std::filesystem::create_directories(entries);
-  std::ofstream(entries / "com.example.viewer.desktop")
-      << "[Desktop Entry]\nType=Application\nName=Viewer\nExec=true\n";
-  show(
-      "<script>var told = '';"
-      "function cocoa_obtain_promo_app_ids() { return 'com.example.viewer, com.example.none'; }"
-      "function cocoa_post_promo_app_info(host, ids, flags) {"
-      " told = host + '|' + ids.join() + '|' + flags.join(); }</script>");
-  EXPECT_TRUE(waitFor([&] { return evaluate("told") != ""; }));
-  EXPECT_EQ(evaluate("told"), "|com.example.viewer,com.example.none|1,0");
+TEST_F(LinkActions, aLinkWithoutIdAndClassIsAnnouncedOnceAndAlone) {
+  show("<a href='" + server.url("/followed") +
+       "' style='display:block;height:100px'></a><p id='below'></p>");
+  click("below", 10, -50);
+  ASSERT_TRUE(waitForActs(1));
+  EXPECT_EQ(requestsFor("/followed"), 1U);
+  EXPECT_THAT(announced, ElementsAre("{}"));
+}
+
+TEST_F(LinkActions, aPageStaysWhereItIsAfterAnAction) {
+  show(link("id='a' href='" + server.url("/buy?zamopeniap=1") + "'", ""));
+  click("a");
+  ASSERT_TRUE(waitForActs(1));
+  EXPECT_THAT(delegate->reports, ElementsAre("purchase " + server.url("/buy?zamopeniap=1")));
+  EXPECT_THAT(server.requests(), IsEmpty());
+  EXPECT_EQ(evaluate("document.title"), "loaded");
 }
 
 }  // namespace qorix::test
