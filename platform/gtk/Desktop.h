@@ -16,6 +16,7 @@ struct Decorations {
   double right = 0;
   double top = 0;
   double bottom = 0;
+  bool operator==(const Decorations&) const = default;
 };
 
 /// Height of the whole desktop, all monitors together.

@@ -132,7 +132,9 @@ Decorations ToplevelWindow::decorations() const {
   if (window == nullptr || gtk_window_get_decorated(window_) == FALSE) {
     return {};
   }
-  if (const auto current = decorationsOfWindow(window)) {
+  // While it takes a window up again, a window manager may call it undecorated for a moment.
+  const auto current = decorationsOfWindow(window);
+  if (current && *current != Decorations()) {
     decorations_ = *current;
   }
   return decorations_;

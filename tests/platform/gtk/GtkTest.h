@@ -35,7 +35,8 @@ inline constexpr Pixel kRed = {255, 0, 0};
 inline constexpr Pixel kGreen = {0, 255, 0};
 inline constexpr Pixel kBlue = {0, 0, 255};
 inline constexpr Pixel kYellow = {255, 255, 0};
-inline constexpr double kPatience = 15;  // seconds
+inline constexpr double kPatience =
+    40;  // seconds; sanitized and beside others, a page takes its time
 
 /// Starts the display that the tests of this process use. Two monitors side by side, each of
 /// 800 x 900, when the only test to run asks for them by its suite's name ("TwoMonitors").
