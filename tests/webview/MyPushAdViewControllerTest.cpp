@@ -19,16 +19,16 @@ constexpr const char* kHideScript =
 struct RecordingDelegate : MyPushAdViewControllerDelegate {
   void pushAdViewControllerCloseButtonDidClick(
       const std::shared_ptr<MyPushAdViewController>& controller) override {
-    closed.push_back(controller);
+    senders.push_back(controller);
   }
   void pushAdViewControllerOpenIAPButtonDidClickWithURL(
       const std::shared_ptr<MyPushAdViewController>& controller,
       const std::optional<Url>& url) override {
-    closed.push_back(controller);
+    senders.push_back(controller);
     purchases.push_back(url ? url->absoluteString() : "");
   }
 
-  std::vector<std::shared_ptr<MyPushAdViewController>> closed;
+  std::vector<std::shared_ptr<MyPushAdViewController>> senders;
   std::vector<std::string> purchases;
 };
 
@@ -147,7 +147,7 @@ TEST_F(ViewControllerTest, reportsClicksToItsDelegate) {
   controller->handleCloseButtonClicked();
   controller->handleOpenIAPButtonClickedWithURL(Url::parse("https://example.com/?zamopeniap=1"));
   controller->handleOpenIAPButtonClickedWithURL(std::nullopt);
-  EXPECT_THAT(delegate->closed, ElementsAre(controller, controller, controller));
+  EXPECT_THAT(delegate->senders, ElementsAre(controller, controller, controller));
   EXPECT_THAT(delegate->purchases, ElementsAre("https://example.com/?zamopeniap=1", ""));
 }
 

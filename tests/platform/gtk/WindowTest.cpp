@@ -23,22 +23,8 @@ class GtkWindowPort : public GtkTest {
 
   // The rectangle of the screen that is red, y downwards.
   static GdkRectangle redArea() {
-    const Picture picture = screenPicture();
-    int left = picture.width();
-    int right = -1;
-    int top = picture.height();
-    int bottom = -1;
-    for (int y = 0; y < picture.height(); ++y) {
-      for (int x = 0; x < picture.width(); ++x) {
-        if (picture.at(x, y) == kRed) {
-          left = std::min(left, x);
-          right = std::max(right, x);
-          top = std::min(top, y);
-          bottom = std::max(bottom, y);
-        }
-      }
-    }
-    return {left, top, right - left + 1, bottom - top + 1};
+    const PixelBox box = boxOfColor(screenPicture(), kRed);
+    return {box.x, box.y, box.width, box.height};
   }
 
   static bool isRedExactlyAt(const GdkRectangle& expected) {

@@ -25,7 +25,7 @@ class DesktopEntryRegistryTest : public ::testing::Test {
   }
 
   std::filesystem::path write(const std::string& name, const std::string& text = kApplication) {
-    const auto file = folder_.path() / name;
+    auto file = folder_.path() / name;
     std::filesystem::create_directories(file.parent_path());
     std::ofstream(file) << text;
     return file;

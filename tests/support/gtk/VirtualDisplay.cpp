@@ -126,7 +126,7 @@ std::unique_ptr<Picture> readPicture(const std::filesystem::path& file) {
   rgb.reserve(static_cast<std::size_t>(width) * static_cast<std::size_t>(height) * 3);
   for (int y = 0; y < height; ++y) {
     const guint8* row = pixels + static_cast<std::ptrdiff_t>(y) * gdk_pixbuf_get_rowstride(pixbuf);
-    for (int x = 0; x < width; ++x) {
+    for (std::ptrdiff_t x = 0; x < width; ++x) {
       rgb.insert(rgb.end(), row + x * channels, row + x * channels + 3);
     }
   }

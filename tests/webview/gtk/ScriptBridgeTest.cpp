@@ -45,7 +45,7 @@ TEST_F(ScriptBridge, theInstalledApplicationsReachThePage) {
       "function cocoa_obtain_promo_app_ids() { return 'com.example.viewer, com.example.none'; }"
       "function cocoa_post_promo_app_info(host, ids, flags) {"
       " told = host + '|' + ids.join() + '|' + flags.join(); }</script>");
-  EXPECT_TRUE(waitFor([&] { return evaluate("told") != ""; }));
+  EXPECT_TRUE(waitFor([&] { return !evaluate("told").empty(); }));
   EXPECT_EQ(evaluate("told"), "|com.example.viewer,com.example.none|1,0");
 }
 
