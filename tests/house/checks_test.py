@@ -67,6 +67,9 @@ class Layering(Tree):
     def test_toolkit_in_a_test_of_the_core(self):
         self.assert_refused("tests/presentation/LayoutTest.cpp", "<gtk/gtk.h>")
 
+    def test_toolkit_in_a_tool_that_needs_no_display(self):
+        self.assert_refused("tools/adcheck/main.cpp", "<gtk/gtk.h>")
+
     def test_glib_in_the_core(self):
         self.assert_refused("definition/XmlTree.cpp", "<glib.h>")
 
@@ -106,6 +109,7 @@ class Layering(Tree):
         self.assert_allowed("presentation/Layout.cpp", '"webview/Marks.h"')
         self.assert_allowed("manager/Manager.cpp", '"presentation/Layout.h"')
         self.assert_allowed("examples/host/main.cpp", '"platform/gtk/Install.h"')
+        self.assert_allowed("tools/preview/main.cpp", "<gtk/gtk.h>")
         self.assert_allowed("tests/gtk/ViewsTest.cpp", "<gtk/gtk.h>")
         self.assert_allowed("tests/manager/CacheTest.cpp", '"fakes/Clock.h"')
 

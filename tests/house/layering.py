@@ -22,7 +22,7 @@ BELOW = {
     "platform/gtk": PORTS | {"platform/linux"},
 }
 # Whoever builds a program may include every room.
-PROGRAMS = ("examples", "tests", "bench")
+PROGRAMS = ("examples", "tools", "tests", "bench")
 
 TOOLKIT = re.compile(
     r"(gtk|gdk|gdk-pixbuf|webkit2?|webkitdom|jsc|JavaScriptCore|pango|cairo|atk|X11|libsoup)[/.-]|"
@@ -45,6 +45,7 @@ def may_use_toolkit(path):
     """The GTK platform, the programs that start it, and its own tests."""
     return (
         room_of(path) in ("platform/gtk", "examples")
+        or path.parts[:2] == ("tools", "preview")
         or room_of(path) in ("tests", "bench")
         and "gtk" in str(path).lower()
     )
