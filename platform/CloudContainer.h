@@ -28,7 +28,8 @@ class CloudRecord : public Object {
   virtual Value objectForKey(const std::string& key) const = 0;
 };
 
-/// Asks for the records of one type whose field equals a text.
+/// Asks for the records of one type whose field equals a text. The assets of the last one are
+/// fetched with it; those of the others have no file.
 struct CloudQuery {
   std::string recordType;
   std::string fieldName;

@@ -1,12 +1,15 @@
 #!/usr/bin/env python3
-"""Shows the library at its main job. usage: demo.py BUILD (./run demo calls it so)
+"""Shows the library at its main job. usage: demo.py BUILD [--cloud] (./run demo calls it so)
 
 Starts the sample server with the sample document and the sample host twice: as the editor, which is
 to show a banner, and as the viewer, which is to show the pop-up window. With a display both stay until
 their windows are closed. Without one it brings a display of its own, looks for each advertisement on
 it, saves BUILD/demo/banner.png and BUILD/demo/popup.png, and succeeds only if both were seen.
+
+With --cloud the server is a cloud service and the hosts read the document from its record.
 """
 
+import argparse
 import ctypes
 import json
 import os
@@ -23,6 +26,8 @@ from pathlib import Path
 
 SECONDS_FOR_EACH = 25  # from the start of a host to its advertisement on the screen
 WILL_SHOW = "ZAMPushAdWillShowNotification"
+CLOUD = ["--cloud-container", "iCloud.com.example.ads", "--cloud-environment", "development"]
+CLOUD += ["--cloud-token", "0123456789abcdef"]
 
 
 @dataclass(frozen=True)
@@ -56,14 +61,14 @@ class Failure(Exception):
 class Host:
     """A running sample host; what it prints is told and can be waited for."""
 
-    def __init__(self, bin_folder, folder, showing, url, *more):
+    def __init__(self, bin_folder, folder, showing, source, *more):
         self.showing = showing
         self.log = folder / f"{showing.name}.log"
         self.events = queue.Queue()
         applications = folder / "applications"  # none of the promoted ones is installed
         applications.mkdir(exist_ok=True)
         command = [bin_folder / "qorix-sample-host", "--bundle-id", showing.bundle_id]
-        command += ["--url", url, "--host-views", str(showing.host_views), "--view-size", "800x300"]
+        command += [*source, "--host-views", str(showing.host_views), "--view-size", "800x300"]
         command += ["--defaults", folder / f"{showing.name}.settings"]
         command += ["--applications", applications, "--languages", "en", *more]
         with open(self.log, "w") as log:
@@ -103,10 +108,10 @@ class Host:
             raise Failure(f"{self.showing.bundle_id} ended with status {status}")
 
 
-def start_server(bin_folder, documents):
-    """Serves `documents` until this process ends; returns the sample document's address."""
+def start_server(bin_folder, documents, cloud):
+    """Serves `documents` until this process ends; returns the hosts' options for the sample document."""
     server = subprocess.Popen(
-        [bin_folder / "qorix-sample-server", "--port", "0", documents],
+        [bin_folder / "qorix-sample-server", "--port", "0", *(CLOUD if cloud else []), documents],
         stdin=subprocess.PIPE,
         stdout=subprocess.PIPE,
         text=True,
@@ -114,9 +119,12 @@ def start_server(bin_folder, documents):
     port = json.loads(server.stdout.readline() or "{}").get("port")
     if not port:
         raise Failure("the sample server did not start")
-    url = f"http://127.0.0.1:{port}/commonad.xml"
-    tell(f"qorix-sample-server serves {url}")
-    return server, url
+    base = f"http://127.0.0.1:{port}"
+    if cloud:
+        tell(f"qorix-sample-server is the cloud service {base} with the container {CLOUD[1]}")
+        return server, ["--cloud-base", base, *CLOUD]
+    tell(f"qorix-sample-server serves {base}/commonad.xml")
+    return server, ["--url", f"{base}/commonad.xml"]
 
 
 def start_display(folder):
@@ -154,11 +162,11 @@ def size_seen(picture, colour):
     return re.sub(r"[+-].*", "", found)
 
 
-def see(bin_folder, folder, showing, url):
+def see(bin_folder, folder, showing, source):
     """One host from its start to its picture."""
     deadline = time.monotonic() + SECONDS_FOR_EACH
     picture = folder / f"{showing.name}.png"
-    host = Host(bin_folder, folder, showing, url, "--screenshot", picture)
+    host = Host(bin_folder, folder, showing, source, "--screenshot", picture)
     host.wait_for_showing(deadline)
     look = folder / "look.png"
     while True:  # until the page is painted
@@ -179,9 +187,9 @@ def see(bin_folder, folder, showing, url):
     tell(f"saved {picture}")
 
 
-def show_to_user(bin_folder, folder, url):
+def show_to_user(bin_folder, folder, source):
     """Both hosts side by side, until their windows are closed."""
-    hosts = [Host(bin_folder, folder, showing, url) for showing in SHOWINGS]
+    hosts = [Host(bin_folder, folder, showing, source) for showing in SHOWINGS]
     tell("close the windows to end the demo")
     for host in hosts:
         host.wait_for_showing(time.monotonic() + 10**6)
@@ -237,7 +245,11 @@ def stop(*_):
 
 
 def main():
-    build = Path(sys.argv[1]).resolve()
+    parser = argparse.ArgumentParser(prog="./run demo")
+    parser.add_argument("build", type=Path, help=argparse.SUPPRESS)
+    parser.add_argument("--cloud", action="store_true", help="from a cloud record instead of a URL")
+    arguments = parser.parse_args()
+    build = arguments.build.resolve()
     folder = build / "demo"
     shutil.rmtree(folder, ignore_errors=True)  # with the counts of earlier showings
     folder.mkdir()
@@ -248,13 +260,13 @@ def main():
     if not has_display:
         adopt_orphans()
     try:
-        server, url = start_server(build / "bin", documents)
+        server, source = start_server(build / "bin", documents, arguments.cloud)
         if has_display:
-            show_to_user(build / "bin", folder, url)
+            show_to_user(build / "bin", folder, source)
         else:
             start_display(folder)
             for showing in SHOWINGS:
-                see(build / "bin", folder, showing, url)
+                see(build / "bin", folder, showing, source)
         server.stdin.close()
         server.wait()
         tell("done")

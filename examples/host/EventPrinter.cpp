@@ -8,8 +8,7 @@
 #include <string>
 #include <utility>
 
-#include "platform/Platform.h"
-#include "qorix/MyPushAdNotifications.h"
+#include "NotificationFacts.h"
 #include "qorix/MyPushAdUtil.h"
 
 namespace {
@@ -39,17 +38,7 @@ Json hostViewIndex(const Notification& notification,
   return nullptr;
 }
 
-// Where the advertisement is: in its host view, or on the screen.
-Json adFrame(const Notification& notification, bool popup) {
-  std::optional<qorix::Rect> frame;
-  if (const auto adView = std::dynamic_pointer_cast<qorix::View>(notification.object())) {
-    frame = adView->frame();
-    const qorix::Value* value =
-        popup ? find(*notification.userInfo(), qorix::kPushAdPopupWindowKey) : nullptr;
-    if (const auto window = value ? value->object<qorix::Window>() : nullptr) {
-      frame = window->contentRectForFrameRect(window->frame());
-    }
-  }
+Json adFrame(const std::optional<qorix::Rect>& frame) {
   if (!frame) {
     return nullptr;
   }
@@ -57,20 +46,9 @@ Json adFrame(const Notification& notification, bool popup) {
           number(frame->size.height)};
 }
 
-Json actionUrl(const Notification& notification) {
-  const qorix::Value* value = notification.userInfo()
-                                  ? find(*notification.userInfo(), qorix::kPushAdActionURLKey)
-                                  : nullptr;
-  const qorix::Url* url = value ? value->as<qorix::Url>() : nullptr;
-  return url ? Json(url->absoluteString()) : Json(nullptr);
-}
-
-Json clickedElement(const Notification& notification) {
-  if (notification.name() != qorix::kPushAdIsTriggeringNavigationNotification) {
-    return nullptr;
-  }
-  const auto element = MyPushAdUtil::fetchHTMLElementDescriptionForNotification(&notification);
-  return element ? Json(*element) : Json(nullptr);
+template <class T>
+Json orNull(const std::optional<T>& value) {
+  return value ? Json(*value) : Json(nullptr);
 }
 
 }  // namespace
@@ -78,20 +56,14 @@ Json clickedElement(const Notification& notification) {
 void printEvent(const char* name) { print({{"event", name}}); }
 
 void printNotifications(std::vector<std::shared_ptr<qorix::View>> hostViews) {
-  const auto printOne = [hostViews = std::move(hostViews)](const Notification& notification) {
-    const bool popup = MyPushAdUtil::isPopupWindowForNotification(&notification);
-    const auto info = MyPushAdUtil::fetchPushAdInfoForNotification(&notification);
+  observeNotifications([hostViews = std::move(hostViews)](const Notification& notification) {
+    const NotificationFacts facts = readNotification(notification);
     print({{"event", notification.name()},
            {"hostView", hostViewIndex(notification, hostViews)},
-           {"popup", popup},
-           {"adId", info ? Json(info->adId()) : Json(nullptr)},
-           {"frame", adFrame(notification, popup)},
-           {"url", actionUrl(notification)},
-           {"element", clickedElement(notification)}});
-  };
-  for (const char* name :
-       {qorix::kPushAdWillShowNotification, qorix::kPushAdDidCloseNotification,
-        qorix::kPushAdOpenIAPNotification, qorix::kPushAdIsTriggeringNavigationNotification}) {
-    qorix::platform().notificationCenter->addObserver(name, printOne);
-  }
+           {"popup", facts.isPopup},
+           {"adId", orNull(facts.adId)},
+           {"frame", adFrame(facts.frame)},
+           {"url", orNull(facts.url)},
+           {"element", orNull(facts.element)}});
+  });
 }

@@ -1,5 +1,6 @@
 // qorix-sample-host: a small editor that shows the advertisements of its maker's other
-// applications. Everything that a host needs is in main() and showAdvertisements().
+// applications. Everything that a host needs is in main() and showAdvertisements(), but for the
+// views, which EditorWindow.cpp makes.
 
 #include <glib-unix.h>
 #include <gtk/gtk.h>
@@ -8,8 +9,10 @@
 #include <cstdio>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
+#include "EditorWindow.h"
 #include "EventPrinter.h"
 #include "LanguagesOfThisRun.h"
 #include "Options.h"
@@ -18,12 +21,6 @@
 #include "qorix/MyPushAdManager.h"
 
 namespace {
-
-constexpr const char* kText =
-    "The quick brown fox\n\n"
-    "Pack my box with five dozen liquor jugs.\n"
-    "Sphinx of black quartz, judge my vow.\n"
-    "How vexingly quick daft zebras jump!\n";
 
 struct Host {
   Options options;
@@ -36,6 +33,9 @@ qorix::gtk::InstallOptions installOptions(const Options& options) {
   install.bundleIdentifier = options.bundleId;
   install.settingsPath = options.defaults;
   install.applicationsDirectory = options.applications;
+  install.cloudServiceAddress = options.cloudBase.value_or("");
+  install.cloudEnvironment = options.cloudEnvironment.value_or("");
+  install.cloudApiToken = options.cloudToken.value_or("");
   return install;
 }
 
@@ -65,57 +65,6 @@ void showAdvertisements(const Host& host) {
       manager->prepareAndShowAdByUsingMyAppWebServerURLWithHostView(view);
     }
   }
-}
-
-GtkWidget* createMenuBar() {
-  GtkWidget* quit = gtk_menu_item_new_with_mnemonic("_Quit");
-  g_signal_connect(quit, "activate", G_CALLBACK(gtk_main_quit), nullptr);
-  GtkWidget* fileMenu = gtk_menu_new();
-  gtk_menu_shell_append(GTK_MENU_SHELL(fileMenu), quit);
-  GtkWidget* file = gtk_menu_item_new_with_mnemonic("_File");
-  gtk_menu_item_set_submenu(GTK_MENU_ITEM(file), fileMenu);
-  GtkWidget* bar = gtk_menu_bar_new();
-  gtk_menu_shell_append(GTK_MENU_SHELL(bar), file);
-  return bar;
-}
-
-// A text view inside an overlay, in which a banner can lie on top of the text.
-GtkWidget* createEditor() {
-  GtkWidget* text = gtk_text_view_new();
-  gtk_text_view_set_left_margin(GTK_TEXT_VIEW(text), 12);
-  gtk_text_view_set_top_margin(GTK_TEXT_VIEW(text), 12);
-  gtk_text_buffer_set_text(gtk_text_view_get_buffer(GTK_TEXT_VIEW(text)), kText, -1);
-  GtkWidget* scroller = gtk_scrolled_window_new(nullptr, nullptr);
-  gtk_container_add(GTK_CONTAINER(scroller), text);
-  GtkWidget* overlay = gtk_overlay_new();
-  gtk_container_add(GTK_CONTAINER(overlay), scroller);
-  return overlay;
-}
-
-GtkWidget* createWindow(Host& host) {
-  const Options& options = host.options;
-  GtkWidget* editors = gtk_box_new(GTK_ORIENTATION_VERTICAL, 0);
-  gtk_box_set_homogeneous(GTK_BOX(editors), TRUE);
-  for (int i = 0; i < options.hostViews; ++i) {
-    GtkWidget* overlay = createEditor();
-    gtk_container_add(GTK_CONTAINER(editors), overlay);
-    gtk_widget_set_vexpand(overlay, TRUE);
-    host.views.push_back(qorix::gtk::viewForOverlay(GTK_OVERLAY(overlay)));
-  }
-  GtkWidget* menuBar = createMenuBar();
-  GtkWidget* content = gtk_box_new(GTK_ORIENTATION_VERTICAL, 0);
-  gtk_container_add(GTK_CONTAINER(content), menuBar);
-  gtk_container_add(GTK_CONTAINER(content), editors);
-  gtk_widget_show_all(content);
-
-  GtkWidget* window = gtk_window_new(GTK_WINDOW_TOPLEVEL);
-  gtk_window_set_title(GTK_WINDOW(window), ("Sample Editor - " + options.bundleId).c_str());
-  gtk_container_add(GTK_CONTAINER(window), content);
-  int menuBarHeight = 0;
-  gtk_widget_get_preferred_height(menuBar, nullptr, &menuBarHeight);
-  gtk_window_set_default_size(GTK_WINDOW(window), options.viewWidth,
-                              menuBarHeight + options.hostViews * options.viewHeight);
-  return window;
 }
 
 gboolean windowIsUp(GtkWidget* /*window*/, GdkEvent* /*event*/, gpointer data) {
@@ -169,7 +118,11 @@ int main(int argc, char** argv) {
     overrideLanguages(host.options.languages);
   }
 
-  GtkWidget* window = createWindow(host);
+  EditorWindow editor =
+      createEditorWindow("Sample Editor - " + host.options.bundleId, host.options.hostViews,
+                         host.options.viewWidth, host.options.viewHeight);
+  GtkWidget* window = editor.window;
+  host.views = std::move(editor.views);
   printNotifications(host.views);
   g_signal_connect(window, "map-event", G_CALLBACK(windowIsUp), &host);
   g_signal_connect(window, "delete-event", G_CALLBACK(windowIsClosing), nullptr);

@@ -12,20 +12,29 @@
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
+#include <fstream>
+#include <optional>
+#include <sstream>
 #include <string>
 #include <thread>
+
+#include "CloudRecords.h"
 
 namespace {
 
 constexpr const char* kUsage =
-    "usage: qorix-sample-server [--port N] FOLDER\n"
-    "\n"
-    "Serves FOLDER over HTTP on 127.0.0.1 until standard input ends or it is asked to stop. "
-    "Prints\n"
-    "{\"event\":\"listening\",\"port\":N} when it is ready.\n"
-    "\n"
-    "  --port N   listen on that port; 0, the default, takes a free one\n"
-    "  --help     print this\n";
+    R"(usage: qorix-sample-server [OPTION]... FOLDER
+
+Serves FOLDER over HTTP on 127.0.0.1 until standard input ends or it is asked to stop. Prints
+{"event":"listening","port":N} when it is ready.
+
+  --port N                  listen on that port; 0, the default, takes a free one
+  --cloud-container ID      be a cloud service, too, with that container: each file NAME.xml of
+                            FOLDER is a record whose filename is NAME
+  --cloud-environment NAME  the container's environment (production)
+  --cloud-token TOKEN       the container's API token (token)
+  --help                    print this
+)";
 
 [[noreturn]] void refuse(const std::string& why) {
   std::fprintf(stderr, "qorix-sample-server: %s\n%s", why.c_str(), kUsage);
@@ -34,6 +43,9 @@ constexpr const char* kUsage =
 
 struct Options {
   int port = 0;
+  std::optional<std::string> cloudContainer;
+  std::string cloudEnvironment = "production";
+  std::string cloudToken = "token";
   std::string folder;
 };
 
@@ -50,14 +62,23 @@ Options parseOptions(int argc, char** argv) {
   Options options;
   for (int i = 1; i < argc; ++i) {
     const std::string argument = argv[i];
+    const auto value = [&]() -> std::string {
+      if (++i == argc) {
+        refuse(argument + " needs a value");
+      }
+      return argv[i];
+    };
     if (argument == "--help") {
       std::fputs(kUsage, stdout);
       std::exit(0);
     } else if (argument == "--port") {
-      if (++i == argc) {
-        refuse("--port needs a value");
-      }
-      options.port = parsePort(argv[i]);
+      options.port = parsePort(value());
+    } else if (argument == "--cloud-container") {
+      options.cloudContainer = value();
+    } else if (argument == "--cloud-environment") {
+      options.cloudEnvironment = value();
+    } else if (argument == "--cloud-token") {
+      options.cloudToken = value();
     } else if (argument.starts_with("-")) {
       refuse("unknown option '" + argument + "'");
     } else if (options.folder.empty()) {
@@ -95,6 +116,44 @@ void waitForStop(int signals) {
   }
 }
 
+// The records as they are on the disk now.
+CloudRecords recordsOf(const Options& options, int port) {
+  CloudRecords records(*options.cloudContainer, options.cloudEnvironment, options.cloudToken);
+  for (const auto& entry : std::filesystem::directory_iterator(options.folder)) {
+    if (entry.path().extension() == ".xml") {
+      const std::string name = entry.path().stem().string();
+      records.add({.type = "macadfiles",
+                   .texts = {{"filename", name}},
+                   .assets = {{"filecontents",
+                               {.downloadUrl = "http://127.0.0.1:" + std::to_string(port) +
+                                               "/assets/" + name + "/${f}?o=1",
+                                .size = std::filesystem::file_size(entry.path())}}}});
+    }
+  }
+  return records;
+}
+
+void serveRecords(httplib::Server& server, const Options& options, const int& port) {
+  server.Post("/database/.*", [&](const httplib::Request& request, httplib::Response& response) {
+    const auto answer = recordsOf(options, port)
+                            .answer({.method = request.method,
+                                     .path = request.path,
+                                     .query = request.target.substr(request.target.find('?') + 1),
+                                     .contentType = request.get_header_value("Content-Type"),
+                                     .body = request.body});
+    response.status = answer.status;
+    response.set_content(answer.body, "application/json");
+  });
+  server.Get("/assets/([^/]+)/[^/]+", [&](const httplib::Request& request,
+                                          httplib::Response& response) {
+    std::ifstream file(options.folder + "/" + request.matches[1].str() + ".xml", std::ios::binary);
+    std::ostringstream bytes;
+    bytes << file.rdbuf();
+    response.status = file ? 200 : 404;
+    response.set_content(bytes.str(), "application/octet-stream");
+  });
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -103,9 +162,12 @@ int main(int argc, char** argv) {
 
   httplib::Server server;
   server.set_mount_point("/", options.folder);
-  const int port = options.port == 0
-                       ? server.bind_to_any_port("127.0.0.1")
-                       : (server.bind_to_port("127.0.0.1", options.port) ? options.port : -1);
+  int port = 0;
+  if (options.cloudContainer) {
+    serveRecords(server, options, port);
+  }
+  port = options.port == 0 ? server.bind_to_any_port("127.0.0.1")
+                           : (server.bind_to_port("127.0.0.1", options.port) ? options.port : -1);
   if (port < 0) {
     std::fprintf(stderr, "qorix-sample-server: cannot listen on port %d: %s\n", options.port,
                  std::strerror(errno));

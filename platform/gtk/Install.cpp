@@ -8,6 +8,7 @@
 #include "platform/gtk/ResourceInterfaceLoader.h"
 #include "platform/gtk/ToplevelWindow.h"
 #include "platform/gtk/WidgetView.h"
+#include "platform/linux/CloudKitContainers.h"
 #include "platform/linux/CurlUrlSession.h"
 #include "platform/linux/DesktopEntryRegistry.h"
 #include "platform/linux/LinuxApplicationsFolder.h"
@@ -17,18 +18,45 @@
 
 namespace qorix::gtk {
 
+namespace {
+
+std::shared_ptr<UserDefaults> settingsFor(const InstallOptions& options,
+                                          const std::shared_ptr<Log>& log) {
+  if (options.settings != nullptr) {
+    return options.settings;
+  }
+  return std::make_shared<SqliteUserDefaults>(options.settingsPath.empty()
+                                                  ? defaultSettingsPath(options.bundleIdentifier)
+                                                  : options.settingsPath,
+                                              log);
+}
+
+CloudKitContainerFactory::Options cloudOptions(const InstallOptions& options) {
+  CloudKitContainerFactory::Options cloud;
+  if (!options.cloudServiceAddress.empty()) {
+    cloud.serviceAddress = options.cloudServiceAddress;
+  }
+  if (!options.cloudEnvironment.empty()) {
+    cloud.environment = options.cloudEnvironment;
+  }
+  cloud.apiToken = options.cloudApiToken;
+  return cloud;
+}
+
+}  // namespace
+
 void install(const InstallOptions& options) {
-  const auto runLoop = std::make_shared<MainContextRunLoop>();
   Platform services;
+  services.urlSessions = std::make_shared<CurlUrlSessionFactory>();
+  // Behind the sessions: when the process ends, what was made last goes first, and their threads
+  // can only be ended once nobody waits for the loop any more.
+  const auto runLoop = std::make_shared<MainContextRunLoop>();
   services.log = std::make_shared<StandardErrorLog>();
-  services.standardUserDefaults = std::make_shared<SqliteUserDefaults>(
-      options.settingsPath.empty() ? defaultSettingsPath(options.bundleIdentifier)
-                                   : options.settingsPath,
-      services.log);
+  services.standardUserDefaults = settingsFor(options, services.log);
   services.mainRunLoop = runLoop;
   services.mainBundle = hostBundle(options.bundleIdentifier);
   services.libraryBundle = libraryBundle();
-  services.urlSessions = std::make_shared<CurlUrlSessionFactory>();
+  services.cloudContainers = std::make_shared<CloudKitContainerFactory>(cloudOptions(options));
   services.applicationsFolder =
       std::make_shared<LinuxApplicationsFolder>(options.applicationsDirectory);
   services.applicationRegistry = std::make_shared<DesktopEntryRegistry>();

@@ -3,6 +3,7 @@
 #include <memory>
 #include <string>
 
+#include "platform/UserDefaults.h"
 #include "platform/View.h"
 
 using GtkOverlay = struct _GtkOverlay;
@@ -18,6 +19,9 @@ struct InstallOptions {
   /// folder, one file a bundle identifier.
   std::string settingsPath = {};
 
+  /// The host's settings when it keeps them itself; no settings file is then touched.
+  std::shared_ptr<UserDefaults> settings = {};
+
   /// The folder whose items are the installed applications.
   std::string applicationsDirectory = "/usr/share/applications";
 
@@ -27,6 +31,15 @@ struct InstallOptions {
 
   /// The cloud container with the document, "iCloud." and a reverse-DNS name, likewise.
   std::string defaultCloudContainerIdentifier = {};
+
+  /// Where cloud containers are reached; https. Empty keeps the public service.
+  std::string cloudServiceAddress = {};
+
+  /// "development" or "production"; empty is production.
+  std::string cloudEnvironment = {};
+
+  /// The container's API token. Without it no container can be made.
+  std::string cloudApiToken = {};
 };
 
 /// Puts the services of a GTK desktop in force for the whole process. Call it once, on the main

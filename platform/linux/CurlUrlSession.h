@@ -1,23 +1,16 @@
 #pragma once
 
 #include <memory>
-#include <string>
 
 #include "platform/UrlSession.h"
+#include "platform/linux/HttpQueue.h"
 
 namespace qorix {
 
-/// Sessions over libcurl, each with a worker thread of its own that begins with its first task.
-/// Their errors have the domain "curl" and libcurl's codes. When the process exits in the ordinary
-/// way, the workers are ended before the libraries below them are torn down.
+/// Sessions over libcurl, each with a queue of its own, whose errors they pass on.
 class CurlUrlSessionFactory : public UrlSessionFactory {
  public:
-  struct Options {
-    /// A task ends with an error when nothing has arrived for so many seconds; connecting counts.
-    double idleLimitSeconds = 60;
-    /// The certificates to trust, a PEM file; empty for those of the system.
-    std::string certificateAuthorityFile = {};
-  };
+  using Options = HttpOptions;
 
   CurlUrlSessionFactory();
   explicit CurlUrlSessionFactory(Options options);

@@ -1,8 +1,8 @@
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 
-#include <chrono>
 #include <cstdio>
+#include <ctime>
 #include <fstream>
 #include <functional>
 #include <string>
@@ -12,8 +12,6 @@
 namespace qorix {
 namespace {
 
-// Generous, because the tests share the machine; the worst takes a fifth of a second alone.
-constexpr std::chrono::seconds kDeadline(10);
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 constexpr bool kIsSanitized = true;
 #elif defined(__has_feature)
@@ -23,6 +21,10 @@ constexpr bool kIsSanitized = false;
 #endif
 // A sanitizer keeps books of its own, and memory that was freed.
 constexpr long kMebibytes = kIsSanitized ? 512 : 64;
+// Of the processor's time, as the tests share the machine.
+constexpr double kSeconds = kIsSanitized ? 10 : 1;
+
+double processorSeconds() { return static_cast<double>(std::clock()) / CLOCKS_PER_SEC; }
 
 std::string repeated(const std::string& text, std::size_t count) {
   std::string result;
@@ -42,9 +44,9 @@ long peakKibibytes() {
 /// Reads the document and checks what that took.
 bool isReadWithinBounds(const std::string& document) {
   const long before = peakKibibytes();
-  const auto start = std::chrono::steady_clock::now();
+  const double start = processorSeconds();
   const bool isRead = XmlDocument::parse(document).has_value();
-  EXPECT_LT(std::chrono::steady_clock::now() - start, kDeadline);
+  EXPECT_LT(processorSeconds() - start, kSeconds);
   EXPECT_LE(peakKibibytes() - before, kMebibytes * 1024);
   return isRead;
 }
@@ -134,10 +136,10 @@ TEST(HostileXmlTest, oneTokenOfManyMegabytesIsNotQuadratic) {
        {"<r a='" + filling + "'/>", "<r><!--" + filling + "--></r>", "<r><?p " + filling + "?></r>",
         "<r><!--" + repeated("<![CDATA[", 500'000) + "--></r>",
         "<r><![CDATA[" + repeated("<![CDATA[]]]]", 500'000) + "]]></r>"}) {
-    const auto start = std::chrono::steady_clock::now();
+    const double start = processorSeconds();
     EXPECT_TRUE(XmlDocument::parse(document));
     EXPECT_TRUE(XmlDocument::parse(document, 1 << 20));
-    EXPECT_LT(std::chrono::steady_clock::now() - start, kDeadline);
+    EXPECT_LT(processorSeconds() - start, kSeconds);
   }
 }
 

@@ -7,6 +7,7 @@ import subprocess
 import sys
 import tempfile
 import unittest
+import urllib.error
 import urllib.request
 from pathlib import Path
 
@@ -58,15 +59,18 @@ class Usage(unittest.TestCase):
         self.assert_refused("qorix-sample-server", "/no/such/folder", because="/no/such/folder")
         self.assert_refused("qorix-sample-server", "--port", "65536", because="65536")
         self.assert_refused("qorix-sample-server", "--port", because="--port")
+        self.assert_refused("qorix-sample-server", "--cloud-container", because="--cloud-container")
 
 
 class Server(unittest.TestCase):
+    options = ()
+
     def setUp(self):
         folder = tempfile.TemporaryDirectory()
         self.addCleanup(folder.cleanup)
         (Path(folder.name) / "a.xml").write_text("<a/>")
         self.server = subprocess.Popen(
-            [bin_folder / "qorix-sample-server", "--port", "0", folder.name],
+            [bin_folder / "qorix-sample-server", "--port", "0", *self.options, folder.name],
             stdin=subprocess.PIPE,
             stdout=subprocess.PIPE,
             text=True,
@@ -75,7 +79,8 @@ class Server(unittest.TestCase):
         self.addCleanup(self.server.stdin.close)
         event = json.loads(self.server.stdout.readline())
         self.assertEqual(event["event"], "listening")
-        self.url = f"http://127.0.0.1:{event['port']}/a.xml"
+        self.base = f"http://127.0.0.1:{event['port']}"
+        self.url = f"{self.base}/a.xml"
 
     def test_serves_until_its_input_ends(self):
         self.assertEqual(urllib.request.urlopen(self.url, timeout=10).read(), b"<a/>")
@@ -85,6 +90,43 @@ class Server(unittest.TestCase):
     def test_ends_when_asked_to(self):
         self.server.send_signal(signal.SIGTERM)
         self.assertEqual(self.server.wait(10), 0)
+
+
+class CloudService(Server):
+    options = ("--cloud-container", "iCloud.a", "--cloud-token", "t")
+
+    def query(self, name="a", token="t"):
+        """The status and the answer of a query for that file name."""
+        value = {"value": name, "type": "STRING"}
+        filters = [{"comparator": "EQUALS", "fieldName": "filename", "fieldValue": value}]
+        body = {"query": {"recordType": "macadfiles", "filterBy": filters}}
+        request = urllib.request.Request(
+            f"{self.base}/database/1/iCloud.a/production/public/records/query?ckAPIToken={token}",
+            json.dumps(body).encode(),
+            {"Content-Type": "application/json"},
+        )
+        try:
+            with urllib.request.urlopen(request, timeout=10) as answer:
+                return answer.status, json.load(answer)
+        except urllib.error.HTTPError as error:
+            with error:
+                return error.code, json.load(error)
+
+    def test_a_file_of_the_folder_is_a_record(self):
+        status, answer = self.query()
+        self.assertEqual(status, 200)
+        [record] = answer["records"]
+        asset = record["fields"]["filecontents"]["value"]
+        self.assertEqual(asset["size"], 4)
+        url = asset["downloadURL"].replace("${f}", "any")
+        self.assertEqual(urllib.request.urlopen(url, timeout=10).read(), b"<a/>")
+
+    def test_other_names_have_no_record(self):
+        self.assertEqual(self.query("b"), (200, {"records": []}))
+
+    def test_another_token_is_refused(self):
+        status, answer = self.query(token="u")
+        self.assertEqual((status, answer["serverErrorCode"]), (401, "AUTHENTICATION_FAILED"))
 
 
 if __name__ == "__main__":

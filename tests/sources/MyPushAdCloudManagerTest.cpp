@@ -5,6 +5,7 @@
 #include <fstream>
 #include <thread>
 
+#include "fakes/FakeCloudContainer.h"
 #include "fakes/FakePlatform.h"
 #include "qorix/MyPushAdCloudManager.h"
 
@@ -25,42 +26,9 @@ std::string check(const std::string& method, int line, const std::string& messag
   return "-[MyPushAdCloudManager " + method + "] " + std::to_string(line) + ": ZAM <=> " + message;
 }
 
-struct FakeAsset : CloudAsset {
-  explicit FakeAsset(std::optional<Url> file) : url(std::move(file)) {}
-  std::optional<Url> fileUrl() const override { return url; }
-  std::optional<Url> url;
-};
-
-struct FakeRecord : CloudRecord {
-  explicit FakeRecord(Value value) : contents(std::move(value)) {}
-  Value objectForKey(const std::string& key) const override {
-    return key == "filecontents" ? contents : Value();
-  }
-  Value contents;
-};
-
-struct FakeDatabase : CloudDatabase {
-  void performQuery(const CloudQuery& query, Completion completion) override {
-    queries.push_back(query);
-    completions.push_back(std::move(completion));
-  }
-  std::vector<CloudQuery> queries;
-  std::vector<Completion> completions;
-};
-
-struct FakeContainer : CloudContainer {
-  std::shared_ptr<CloudDatabase> publicCloudDatabase() override { return database; }
-  std::shared_ptr<CloudDatabase> database;
-};
-
-struct FakeContainerFactory : CloudContainerFactory {
-  std::shared_ptr<CloudContainer> containerWithIdentifier(const std::string& identifier) override {
-    asked.push_back(identifier);
-    return container;
-  }
-  std::vector<std::string> asked;
-  std::shared_ptr<FakeContainer> container;
-};
+std::shared_ptr<CloudRecord> fileContents(Value value) {
+  return std::make_shared<FakeCloudRecord>(Dictionary{{"filecontents", std::move(value)}});
+}
 
 struct RecordingDelegate : MyPushAdDownloadDelegate {
   void downloadFailedWithError(const Error& error) override {
@@ -80,7 +48,7 @@ class CloudSourceTest : public ::testing::Test {
 
  protected:
   CloudSourceTest() {
-    factory_->container = std::make_shared<FakeContainer>();
+    factory_->container = std::make_shared<FakeCloudContainer>();
     factory_->container->database = database_;
     auto services = fakes_.services();
     services.cloudContainers = factory_;
@@ -90,7 +58,7 @@ class CloudSourceTest : public ::testing::Test {
 
   /// The query's outcome arrives on a thread of the database's own.
   void complete(const std::optional<Records>& records, const std::optional<Error>& error) {
-    std::thread worker([&] { database_->completions.back()(records, error); });
+    std::thread worker = database_->answer(records, error);
     fakes_.runLoop->waitForWork(10);
     worker.join();
   }
@@ -99,7 +67,7 @@ class CloudSourceTest : public ::testing::Test {
     std::filesystem::create_directories(folder_);
     const auto path = folder_ / std::to_string(++files_);
     std::ofstream(path, std::ios::binary) << bytes;
-    return std::make_shared<FakeRecord>(std::make_shared<FakeAsset>(Url::fileUrl(path.string())));
+    return fileContents(std::make_shared<FakeCloudAsset>(Url::fileUrl(path.string())));
   }
 
   std::vector<std::string> outcomesOf(const std::optional<Records>& records) {
@@ -109,8 +77,9 @@ class CloudSourceTest : public ::testing::Test {
   }
 
   FakePlatform fakes_;
-  std::shared_ptr<FakeDatabase> database_ = std::make_shared<FakeDatabase>();
-  std::shared_ptr<FakeContainerFactory> factory_ = std::make_shared<FakeContainerFactory>();
+  std::shared_ptr<FakeCloudDatabase> database_ = std::make_shared<FakeCloudDatabase>();
+  std::shared_ptr<FakeCloudContainerFactory> factory_ =
+      std::make_shared<FakeCloudContainerFactory>();
   std::shared_ptr<RecordingDelegate> delegate_ = std::make_shared<RecordingDelegate>();
   std::shared_ptr<MyPushAdCloudManager> source_ =
       MyPushAdCloudManager::createInstanceWithCloudContainerId("iCloud.com.example.ads");
@@ -164,25 +133,24 @@ TEST_F(CloudSourceTest, aLastRecordThatIsNoneIsTheSameError) {
 }
 
 TEST_F(CloudSourceTest, aTextInPlaceOfTheAssetIsAnError) {
-  EXPECT_THAT(outcomesOf(Records{std::make_shared<FakeRecord>("text")}),
+  EXPECT_THAT(outcomesOf(Records{fileContents("text")}),
               ElementsAre("Custom Error: handle record error. 2"));
   EXPECT_THAT(fakes_.log->lines(), ElementsAre(check("handleRecord:", 172, kFatalMessage)));
 }
 
 TEST_F(CloudSourceTest, anAssetWithoutAFileIsAnError) {
-  EXPECT_THAT(
-      outcomesOf(Records{std::make_shared<FakeRecord>(std::make_shared<FakeAsset>(std::nullopt))}),
-      ElementsAre("Custom Error: handle record error. 2"));
+  EXPECT_THAT(outcomesOf(Records{fileContents(std::make_shared<FakeCloudAsset>(std::nullopt))}),
+              ElementsAre("Custom Error: handle record error. 2"));
   EXPECT_THAT(fakes_.log->lines(), ElementsAre(check("handleRecord:", 173, kFatalMessage)));
 }
 
 TEST_F(CloudSourceTest, aFileThatIsGoneOrNotUtf8IsAnError) {
   EXPECT_THAT(outcomesOf(Records{recordWithFile("caf\xE9")}),
               ElementsAre("Custom Error: handle record error. 2"));
-  outcomesOf(Records{
-      std::make_shared<FakeRecord>(std::make_shared<FakeAsset>(Url::fileUrl("/nowhere/at all")))});
-  outcomesOf(Records{std::make_shared<FakeRecord>(
-      std::make_shared<FakeAsset>(Url::fileUrl(std::filesystem::temp_directory_path().string())))});
+  outcomesOf(
+      Records{fileContents(std::make_shared<FakeCloudAsset>(Url::fileUrl("/nowhere/at all")))});
+  outcomesOf(Records{fileContents(std::make_shared<FakeCloudAsset>(
+      Url::fileUrl(std::filesystem::temp_directory_path().string())))});
   EXPECT_EQ(delegate_->outcomes.size(), 3U);
   EXPECT_THAT(fakes_.log->lines(), ElementsAre(check("handleRecord:", 176, kFatalMessage),
                                                check("handleRecord:", 176, kFatalMessage),

@@ -96,11 +96,18 @@ class LoopbackServer::Implementation {
     }
     server_->set_keep_alive_max_count(1);
     server_->set_tcp_nodelay(true);
+    const auto handle = [this](const httplib::Request& request, httplib::Response& response) {
+      respond(noted(request), request.path, response);
+    };
     server_->set_pre_routing_handler(
-        [this](const httplib::Request& request, httplib::Response& response) {
-          respond(noted(request), request.path, response);
+        [handle](const httplib::Request& request, httplib::Response& response) {
+          if (request.method == "POST") {  // its body has not been read yet
+            return httplib::Server::HandlerResponse::Unhandled;
+          }
+          handle(request, response);
           return httplib::Server::HandlerResponse::Handled;
         });
+    server_->Post(".*", handle);
     port_ = server_->bind_to_any_port(kAddress);
     if (port_ <= 0) {
       throw std::runtime_error("no port on loopback is free");
@@ -152,7 +159,8 @@ class LoopbackServer::Implementation {
 
  private:
   Request noted(const httplib::Request& request) {
-    Request result{.method = request.method, .target = request.target, .headers = {}};
+    Request result{
+        .method = request.method, .target = request.target, .headers = {}, .body = request.body};
     for (const auto& [name, value] : request.headers) {
       result.headers.insert_or_assign(lowerCase(name), value);
     }

@@ -25,6 +25,7 @@ class LoopbackServer {
     std::string method;
     std::string target;                          // path and query as sent
     std::map<std::string, std::string> headers;  // names in lower case; the last of a name wins
+    std::string body;
     /// The value of the header `lowerCaseName`, or "".
     std::string header(const std::string& lowerCaseName) const;
   };

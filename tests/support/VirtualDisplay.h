@@ -1,12 +1,12 @@
 #pragma once
 
-#include <sys/types.h>
-
 #include <cstdint>
 #include <filesystem>
 #include <memory>
 #include <string>
 #include <vector>
+
+#include "tools/preview/PrivateDisplay.h"
 
 namespace qorix::test {
 
@@ -73,7 +73,7 @@ class VirtualDisplay {
   VirtualDisplay& operator=(const VirtualDisplay&) = delete;
 
   /// The display's name, ":7".
-  const std::string& name() const { return name_; }
+  const std::string& name() const;
 
   /// The folder below which programs find their private XDG folders; removed in the end.
   const std::filesystem::path& folder() const { return folder_; }
@@ -83,13 +83,10 @@ class VirtualDisplay {
 
  private:
   VirtualDisplay() = default;
-  bool startServer(const VirtualDisplayOptions& options);
   bool divideIntoMonitors(const VirtualDisplayOptions& options) const;
-  bool startWindowManager();
 
-  std::string name_;
   std::filesystem::path folder_;
-  std::vector<pid_t> children_;  // in the order of their start
+  std::unique_ptr<PrivateDisplay> server_;
 };
 
 }  // namespace qorix::test

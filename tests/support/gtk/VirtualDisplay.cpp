@@ -1,19 +1,12 @@
 #include "support/VirtualDisplay.h"
 
-#include <X11/Xatom.h>
 #include <X11/Xlib.h>
 #include <X11/Xutil.h>
 #include <X11/extensions/Xrandr.h>
-#include <fcntl.h>
 #include <gdk-pixbuf/gdk-pixbuf.h>
-#include <poll.h>
-#include <signal.h>
-#include <sys/prctl.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <system_error>
@@ -23,76 +16,10 @@ namespace qorix::test {
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
-constexpr auto kStartTimeLimit = std::chrono::seconds(30);
-
 struct CloseDisplay {
   void operator()(Display* display) const { XCloseDisplay(display); }
 };
 using Connection = std::unique_ptr<Display, CloseDisplay>;
-
-int millisecondsUntil(Clock::time_point deadline) {
-  const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now());
-  return left.count() > 0 ? static_cast<int>(left.count()) : 0;
-}
-
-// Starts a program that ends with this thread and is silent. `inherited` stays open in it.
-pid_t startProgram(const std::vector<std::string>& command,
-                   const std::vector<std::pair<std::string, std::string>>& environment) {
-  std::vector<char*> arguments;
-  arguments.reserve(command.size() + 1);
-  for (const auto& each : command) {
-    arguments.push_back(const_cast<char*>(each.c_str()));
-  }
-  arguments.push_back(nullptr);
-  const pid_t parent = getpid();
-  const pid_t child = fork();
-  if (child != 0) {
-    return child;
-  }
-  prctl(PR_SET_PDEATHSIG, SIGKILL);
-  if (getppid() != parent) {
-    _exit(127);
-  }
-  for (const auto& [name, value] : environment) {
-    setenv(name.c_str(), value.c_str(), 1);
-  }
-  const int nowhere = open("/dev/null", O_RDWR | O_CLOEXEC);
-  dup2(nowhere, STDIN_FILENO);
-  dup2(nowhere, STDOUT_FILENO);
-  dup2(nowhere, STDERR_FILENO);
-  execvp(arguments[0], arguments.data());
-  _exit(127);
-}
-
-// The line that the other end of the pipe writes, without its end; empty when none comes in time.
-std::string readLine(int pipe, Clock::time_point deadline) {
-  std::string line;
-  pollfd readable = {pipe, POLLIN, 0};
-  char next = 0;
-  while (poll(&readable, 1, millisecondsUntil(deadline)) > 0 && read(pipe, &next, 1) == 1) {
-    if (next == '\n') {
-      return line;
-    }
-    line += next;
-  }
-  return {};
-}
-
-bool hasWindowManager(Display* display) {
-  Atom type = None;
-  int format = 0;
-  unsigned long count = 0;
-  unsigned long rest = 0;
-  unsigned char* data = nullptr;
-  XGetWindowProperty(display, DefaultRootWindow(display),
-                     XInternAtom(display, "_NET_SUPPORTING_WM_CHECK", False), 0, 1, False,
-                     XA_WINDOW, &type, &format, &count, &rest, &data);
-  if (data != nullptr) {
-    XFree(data);
-  }
-  return count == 1;
-}
 
 }  // namespace
 
@@ -187,8 +114,9 @@ std::unique_ptr<VirtualDisplay> VirtualDisplay::start(const VirtualDisplayOption
     return nullptr;
   }
   display->folder_ = folder;
-  if (!display->startServer(options) || !display->divideIntoMonitors(options) ||
-      !display->startWindowManager()) {
+  display->server_ = PrivateDisplay::start(options.width, options.height);
+  if (display->server_ == nullptr || !display->divideIntoMonitors(options) ||
+      !display->server_->startWindowManager(folder)) {
     std::fprintf(stderr, "A virtual display cannot be started.\n");
     return nullptr;
   }
@@ -196,40 +124,20 @@ std::unique_ptr<VirtualDisplay> VirtualDisplay::start(const VirtualDisplayOption
 }
 
 VirtualDisplay::~VirtualDisplay() {
-  std::reverse(children_.begin(), children_.end());
-  for (const pid_t child : children_) {
-    kill(child, SIGTERM);
-    waitpid(child, nullptr, 0);
-  }
+  server_.reset();
   std::error_code ignored;
   if (!folder_.empty()) {
     std::filesystem::remove_all(folder_, ignored);
   }
 }
 
-bool VirtualDisplay::startServer(const VirtualDisplayOptions& options) {
-  int ends[2];
-  if (pipe(ends) != 0) {
-    return false;
-  }
-  fcntl(ends[0], F_SETFD, FD_CLOEXEC);
-  const std::string size =
-      std::to_string(options.width) + "x" + std::to_string(options.height) + "x24";
-  children_.push_back(startProgram({"Xvfb", "-displayfd", std::to_string(ends[1]), "-screen", "0",
-                                    size, "-nolisten", "tcp", "-noreset"},
-                                   {}));
-  ::close(ends[1]);
-  const std::string number = readLine(ends[0], Clock::now() + kStartTimeLimit);
-  ::close(ends[0]);
-  name_ = ":" + number;
-  return !number.empty();
-}
+const std::string& VirtualDisplay::name() const { return server_->name(); }
 
 bool VirtualDisplay::divideIntoMonitors(const VirtualDisplayOptions& options) const {
   if (options.monitors == 1) {
     return true;
   }
-  const Connection display(XOpenDisplay(name_.c_str()));
+  const Connection display(XOpenDisplay(name().c_str()));
   if (display == nullptr) {
     return false;
   }
@@ -258,41 +166,8 @@ bool VirtualDisplay::divideIntoMonitors(const VirtualDisplayOptions& options) co
   return true;
 }
 
-bool VirtualDisplay::startWindowManager() {
-  const Connection display(XOpenDisplay(name_.c_str()));
-  if (display == nullptr) {
-    return false;
-  }
-  XSelectInput(display.get(), DefaultRootWindow(display.get()), PropertyChangeMask);
-  children_.push_back(startProgram({"openbox", "--sm-disable"}, {{"DISPLAY", name_},
-                                                                 {"HOME", folder_.string()},
-                                                                 {"XDG_CONFIG_HOME", folder_},
-                                                                 {"XDG_CACHE_HOME", folder_},
-                                                                 {"XDG_DATA_HOME", folder_}}));
-  const auto deadline = Clock::now() + kStartTimeLimit;
-  while (!hasWindowManager(display.get())) {
-    if (XPending(display.get()) == 0) {
-      pollfd connection = {ConnectionNumber(display.get()), POLLIN, 0};
-      if (poll(&connection, 1, millisecondsUntil(deadline)) <= 0) {
-        return false;
-      }
-    }
-    while (XPending(display.get()) > 0) {
-      XEvent event;
-      XNextEvent(display.get(), &event);
-    }
-  }
-  return true;
-}
-
 void VirtualDisplay::useInThisProcess() const {
-  setenv("DISPLAY", name_.c_str(), 1);
-  setenv("GDK_BACKEND", "x11", 1);
-  setenv("NO_AT_BRIDGE", "1", 1);
-  setenv("GSETTINGS_BACKEND", "memory", 1);
-  setenv("GTK_THEME", "Adwaita", 1);
-  setenv("DBUS_SESSION_BUS_ADDRESS", "disabled:", 1);
-  unsetenv("WAYLAND_DISPLAY");
+  server_->useInThisProcess();
   for (const char* variable : {"HOME", "XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME",
                                "XDG_STATE_HOME", "XDG_RUNTIME_DIR"}) {
     const auto place = folder_ / variable;

@@ -2,7 +2,7 @@
 
 #include <cstdlib>
 
-#include "end-to-end/Screen.h"
+#include "support/Screen.h"
 
 // Every run has a display of its own; a list of the tests needs none.
 int main(int argc, char** argv) {

@@ -1,4 +1,4 @@
-#include "end-to-end/Screen.h"
+#include "support/Screen.h"
 
 #include <gtest/gtest.h>
 
@@ -7,7 +7,7 @@
 #include <memory>
 #include <string>
 
-#include "end-to-end/HostProcess.h"
+#include "support/ChildProcess.h"
 
 namespace qorix::test {
 

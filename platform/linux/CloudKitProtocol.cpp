@@ -1,0 +1,176 @@
+#include "platform/linux/CloudKitProtocol.h"
+
+#include <utf8.h>
+
+#include <nlohmann/json.hpp>
+#include <utility>
+
+namespace qorix::cloudkit {
+
+namespace {
+
+using nlohmann::json;
+
+constexpr const char* kAssetType = "ASSETID";
+constexpr int kOk = 200;
+
+/// The member of that name; null when there is none or `parent` is no object. Nothing is copied: a
+/// copy of a hostile answer could be too deep for the stack.
+const json* member(const json& parent, const char* name) {
+  const auto found = parent.find(name);
+  return found == parent.end() ? nullptr : &*found;
+}
+
+const std::string* text(const json* value) {
+  return value == nullptr ? nullptr : value->get_ptr<const std::string*>();
+}
+
+const std::string* textMember(const json& parent, const char* name) {
+  return text(member(parent, name));
+}
+
+Value plainValue(const json& value) {
+  if (const auto* string = text(&value)) {
+    return *string;
+  }
+  if (value.is_boolean()) {
+    return value.get<bool>();
+  }
+  if (value.is_number_float() || (value.is_number_unsigned() && value.get<std::int64_t>() < 0)) {
+    return value.get<double>();
+  }
+  return value.is_number() ? Value(value.get<std::int64_t>()) : Value();
+}
+
+/// Enough of a text for one line of a log.
+std::string_view excerpt(std::string_view text) {
+  const auto piece = text.substr(0, 500);
+  return {piece.begin(), utf8::find_invalid(piece.begin(), piece.end())};
+}
+
+AssetLocation assetLocation(const json& value) {
+  AssetLocation asset;
+  if (const auto* url = textMember(value, "downloadURL")) {
+    asset.downloadUrl = *url;
+  }
+  const json* size = member(value, "size");
+  if (size != nullptr && size->is_number_unsigned()) {
+    asset.size = size->get<std::uint64_t>();
+  }
+  return asset;
+}
+
+RecordValues recordValues(const json& record) {
+  RecordValues values;
+  const json* fields = member(record, "fields");
+  if (fields == nullptr || !fields->is_object()) {
+    return values;
+  }
+  for (const auto& [name, field] : fields->items()) {
+    const json* value = member(field, "value");
+    const auto* type = textMember(field, "type");
+    if (value == nullptr) {
+      continue;
+    }
+    if (type != nullptr && *type == kAssetType) {
+      values.assets.emplace(name, assetLocation(*value));
+    } else if (auto plain = plainValue(*value); !plain.isNull()) {
+      values.plain.emplace(name, std::move(plain));
+    }
+  }
+  return values;
+}
+
+/// The error that `answer`, the whole of it or one record, holds in place of what was asked for.
+std::optional<Error> serverError(const json& answer, int status) {
+  const auto* code = textMember(answer, "serverErrorCode");
+  if (code == nullptr) {
+    return std::nullopt;
+  }
+  std::string description(excerpt(*code));
+  if (const auto* name = textMember(answer, "recordName")) {
+    description += " for record ";
+    description += excerpt(*name);
+  }
+  if (const auto* reason = textMember(answer, "reason")) {
+    description += ": ";
+    description += excerpt(*reason);
+  }
+  const json* wait = member(answer, "retryAfter");
+  if (const auto seconds = wait == nullptr ? std::nullopt : plainValue(*wait).integerValue()) {
+    description += " (retry after " + std::to_string(*seconds) + " s)";
+  }
+  return error(status, description);
+}
+
+std::variant<Page, Error> readPage(const json& answer) {
+  const json* records = member(answer, "records");
+  if (records == nullptr || !records->is_array()) {
+    return error(kOk, "the cloud service's answer holds no records");
+  }
+  Page page;
+  for (const json& record : *records) {
+    if (auto fault = serverError(record, kOk)) {
+      return *std::move(fault);
+    }
+    page.records.push_back(recordValues(record));
+  }
+  const auto* marker = textMember(answer, "continuationMarker");
+  if (marker != nullptr && !marker->empty()) {
+    page.continuationMarker = *marker;
+  }
+  return page;
+}
+
+}  // namespace
+
+Error error(int status, std::string description) {
+  return {"CloudKit", status, std::move(description)};
+}
+
+std::string queryBody(const CloudQuery& query,
+                      const std::optional<std::string>& continuationMarker) {
+  json body = {
+      {"zoneID", {{"zoneName", "_defaultZone"}}},
+      {"query",
+       {{"recordType", query.recordType},
+        {"filterBy",
+         json::array({{{"comparator", "EQUALS"},
+                       {"fieldName", query.fieldName},
+                       {"fieldValue", {{"value", query.fieldValue}, {"type", "STRING"}}}}})}}},
+  };
+  if (continuationMarker) {
+    body["continuationMarker"] = *continuationMarker;
+  }
+  return body.dump(-1, ' ', false, json::error_handler_t::replace);
+}
+
+std::variant<Page, Error> readAnswer(int status, std::string_view body) {
+  const json answer = json::parse(body, nullptr, /*allow_exceptions=*/false);
+  if (auto fault = serverError(answer, status)) {
+    return *std::move(fault);
+  }
+  if (status != kOk) {
+    return error(status, "the cloud service answered with HTTP status " + std::to_string(status));
+  }
+  if (answer.is_discarded()) {
+    return error(status, "the cloud service's answer is no JSON");
+  }
+  return readPage(answer);
+}
+
+std::optional<Url> downloadAddress(const AssetLocation& asset, const Url& service) {
+  constexpr std::string_view kFileNamePlace = "${f}";
+  constexpr std::string_view kFileName = "asset";
+  std::string address = asset.downloadUrl.value_or("");
+  for (auto place = address.find(kFileNamePlace); place != address.npos;
+       place = address.find(kFileNamePlace, place + kFileName.size())) {
+    address.replace(place, kFileNamePlace.size(), kFileName);
+  }
+  const auto url = Url::parse(address);
+  const bool isUsable =
+      url && (url->scheme() == "https" || (url->scheme() == "http" && service.scheme() == "http"));
+  return isUsable ? url : std::nullopt;
+}
+
+}  // namespace qorix::cloudkit

@@ -1,0 +1,52 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/CloudContainer.h"
+#include "platform/linux/CloudKitProtocol.h"
+#include "platform/linux/HttpQueue.h"
+
+namespace qorix {
+
+/// One query under way: page after page, then the last record's assets one by one. Keeps itself
+/// alive until its end. Everything but `run` happens on the queue's thread.
+class CloudKitQuery : public std::enable_shared_from_this<CloudKitQuery> {
+ public:
+  CloudKitQuery(std::shared_ptr<HttpQueue> queue, Url address, CloudQuery query,
+                CloudDatabase::Completion completion);
+
+  /// Call it once.
+  void run();
+
+ private:
+  struct Asset;
+  class Record;
+  /// Runs a request whose failure is the query's; `ended` gets its HTTP status otherwise.
+  void start(HttpRequest request, std::function<void(int status)> ended);
+  void requestPage(const std::optional<std::string>& continuationMarker);
+  void handleAnswer(int status, const std::string& body,
+                    const std::optional<std::string>& askedWith);
+  void addRecord(cloudkit::RecordValues values);
+  void fetchNextAsset();
+  bool receiveAsset(std::string_view bytes, int status);
+  void checkAsset(int status);
+  void succeed();
+  void fail(const Error& error);
+
+  const std::shared_ptr<HttpQueue> queue_;
+  const Url address_;
+  const CloudQuery query_;
+  CloudDatabase::Completion completion_;
+  std::size_t pages_ = 0;
+  std::vector<std::shared_ptr<CloudRecord>> records_;
+  std::vector<std::shared_ptr<Asset>> assets_;  // of the last record, those still to be fetched
+  std::shared_ptr<Asset> asset_;                // the one that is being fetched
+  std::optional<Error> ownError_;               // why the query itself gave a request up
+};
+
+}  // namespace qorix

@@ -1,0 +1,49 @@
+#!/usr/bin/env python3
+"""Builds the libraries twice and compares them. usage: reproducible_test.py CMAKE ROOT
+
+Once from the tree itself and once from a copy of it elsewhere, each from nothing and without a
+compiler cache. With one SOURCE_DATE_EPOCH the results must be the same to the byte.
+"""
+
+import os
+import shutil
+import subprocess
+import sys
+import tempfile
+from pathlib import Path
+
+LIBRARIES = ("libqorix.so", "libqorix-gtk3.so")
+STAMP = b"Jan  5 2024\x00"  # of the time below
+ENVIRONMENT = {**os.environ, "SOURCE_DATE_EPOCH": "1704447667", "CCACHE_DISABLE": "1"}
+
+
+def build(cmake, source, folder):
+    """Builds `source` in `folder`; answers the libraries' bytes."""
+    options = ["-G", "Ninja", "-D", "CMAKE_BUILD_TYPE=RelWithDebInfo"]
+    for part in ("TESTS", "EXAMPLES", "TOOLS"):
+        options += ["-D", f"QORIX_BUILD_{part}=OFF"]
+    for command in ([cmake, "-S", source, "-B", folder, *options], [cmake, "--build", folder]):
+        result = subprocess.run(command, env=ENVIRONMENT, capture_output=True, text=True)
+        if result.returncode != 0:
+            sys.exit(f"{command} failed:\n{result.stdout[-3000:]}\n{result.stderr[-3000:]}")
+    return {name: (folder / "lib" / name).read_bytes() for name in LIBRARIES}
+
+
+def main():
+    cmake, root = sys.argv[1], Path(sys.argv[2])
+    with tempfile.TemporaryDirectory(prefix="qorix-reproducible-") as temporary:
+        copy = Path(temporary) / "a copy" / "of the tree"
+        ignored = shutil.ignore_patterns("build*", ".git", "__pycache__")
+        shutil.copytree(root, copy, ignore=lambda folder, names: (
+            ignored(folder, names) if Path(folder) == root else set()))
+        first = build(cmake, root, Path(temporary) / "first")
+        second = build(cmake, copy, copy / "out")
+    faults = [f"{name} differs" for name in LIBRARIES if first[name] != second[name]]
+    if STAMP not in first[LIBRARIES[0]]:
+        faults.append("the time that was given is not in the library")
+    print("\n".join(faults) or f"{', '.join(LIBRARIES)}: the same {sum(map(len, first.values()))} bytes")
+    return 1 if faults else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())

@@ -1,0 +1,617 @@
+#include <curl/curl.h>
+#include <gmock/gmock.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+
+#include <array>
+#include <atomic>
+#include <chrono>
+#include <csignal>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <limits>
+#include <nlohmann/json.hpp>
+
+#include "fakes/RecordingLog.h"
+#include "platform/Platform.h"
+#include "platform/linux/CloudKitContainers.h"
+#include "support/CloudServer.h"
+#include "support/QueryOutcome.h"
+#include "support/TemporaryFolder.h"
+
+namespace qorix {
+namespace {
+
+using Answer = LoopbackServer::Answer;
+using Ending = LoopbackServer::Ending;
+using Security = LoopbackServer::Security;
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+
+std::shared_ptr<CloudAsset> assetOf(const std::shared_ptr<CloudRecord>& record) {
+  return record->objectForKey("filecontents").object<CloudAsset>();
+}
+
+std::string pathOf(const CloudAsset& asset) { return asset.fileUrl().value().filePath().value(); }
+
+std::string contents(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+/// Files may grow to `size` bytes as long as the object lives.
+class FileSizeLimit {
+ public:
+  explicit FileSizeLimit(::rlim_t size) {
+    std::signal(SIGXFSZ, SIG_IGN);
+    ::getrlimit(RLIMIT_FSIZE, &before_);
+    const ::rlimit limit{size, before_.rlim_max};
+    ::setrlimit(RLIMIT_FSIZE, &limit);
+  }
+  FileSizeLimit(const FileSizeLimit&) = delete;
+  FileSizeLimit& operator=(const FileSizeLimit&) = delete;
+  ~FileSizeLimit() { ::setrlimit(RLIMIT_FSIZE, &before_); }
+
+ private:
+  ::rlimit before_{};
+};
+
+/// The files without a name that this process holds open.
+std::vector<std::string> namelessFiles() {
+  std::vector<std::string> files;
+  for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
+    std::error_code gone;
+    const auto target = std::filesystem::read_symlink(entry.path(), gone).string();
+    if (target.find("/qorix-") != target.npos && target.ends_with(" (deleted)")) {
+      files.push_back(entry.path());
+    }
+  }
+  return files;
+}
+
+class CloudKitTest : public ::testing::Test {
+ protected:
+  CloudKitTest() {
+    for (const char* name :
+         {"http_proxy", "https_proxy", "HTTPS_PROXY", "all_proxy", "ALL_PROXY"}) {
+      ::unsetenv(name);
+    }
+    ::setenv("TMPDIR", folder_.path().c_str(), 1);
+    Platform services = nullPlatform();
+    services.log = log_;
+    installPlatform(std::move(services));
+    options_.serviceAddress = cloud_.server().url("");
+    options_.apiToken = CloudServer::kToken;
+  }
+
+  QueryOutcome query() {
+    const auto container =
+        CloudKitContainerFactory(options_).containerWithIdentifier(CloudServer::kContainer);
+    if (container == nullptr) {
+      ADD_FAILURE() << "no container";
+      return {};
+    }
+    PendingQuery pending;
+    container->publicCloudDatabase()->performQuery(CloudServer::adFileQuery(),
+                                                   pending.completion());
+    auto outcome = pending.wait();
+    EXPECT_TRUE(outcome.has_value());
+    return outcome.value_or(QueryOutcome());
+  }
+
+  std::vector<std::shared_ptr<CloudRecord>> records() {
+    const auto outcome = query();
+    EXPECT_FALSE(outcome.error) << outcome.error->description;
+    return outcome.records.value_or(std::vector<std::shared_ptr<CloudRecord>>());
+  }
+
+  Error error() {
+    const auto outcome = query();
+    EXPECT_FALSE(outcome.records);
+    return outcome.error.value_or(Error{"none", 0, ""});
+  }
+
+  Error errorAfter(int status, const std::string& body) {
+    cloud_.setAnswer({.status = status, .body = {body}});
+    return error();
+  }
+
+  void expectError(const Error& error, const std::string& domain, int code,
+                   const std::string& description) {
+    EXPECT_EQ(error.domain, domain);
+    EXPECT_EQ(error.code, code);
+    EXPECT_THAT(error.description, HasSubstr(description));
+  }
+
+  const TemporaryFolder folder_;
+  const std::shared_ptr<RecordingLog> log_ = std::make_shared<RecordingLog>();
+  CloudServer cloud_;
+  CloudKitContainerFactory::Options options_;
+};
+
+// The request.
+
+TEST_F(CloudKitTest, postsTheQueryWithTheToken) {
+  EXPECT_THAT(records(), IsEmpty());
+  ASSERT_EQ(cloud_.server().requests().size(), 1U);
+  const auto request = cloud_.server().requests()[0];
+  EXPECT_EQ(request.method, "POST");
+  EXPECT_EQ(request.target,
+            "/database/1/iCloud.com.example.ads/production/public/records/query"
+            "?ckAPIToken=a%2Btoken%2Fwith%3Dsigns");
+  EXPECT_EQ(request.header("content-type"), "application/json");
+  EXPECT_EQ(request.header("cookie"), "");
+  EXPECT_EQ(nlohmann::json::parse(request.body), nlohmann::json::parse(R"({
+    "zoneID": {"zoneName": "_defaultZone"},
+    "query": {
+      "recordType": "macadfiles",
+      "filterBy": [{"comparator": "EQUALS", "fieldName": "filename",
+                    "fieldValue": {"value": "commonad", "type": "STRING"}}]
+    }
+  })"));
+}
+
+TEST_F(CloudKitTest, theServersOwnErrorsSayWhatWasWrong) {
+  options_.apiToken = "another token";
+  expectError(error(), "CloudKit", 401, "AUTHENTICATION_FAILED: unknown API token");
+  options_.apiToken = CloudServer::kToken;
+  options_.environment = "development";
+  expectError(error(), "CloudKit", 404, "NOT_FOUND: there is no such container");
+}
+
+TEST_F(CloudKitTest, theEnvironmentIsPartOfTheAddress) {
+  CloudServer development(Security::plain, "development");
+  development.addAdFile("text");
+  options_.serviceAddress = development.server().url("/");  // a slash at the end does no harm
+  options_.environment = "development";
+  EXPECT_EQ(records().size(), 1U);
+}
+
+TEST_F(CloudKitTest, theContainersNameIsEscaped) {
+  const auto container =
+      CloudKitContainerFactory(options_).containerWithIdentifier("iCloud.a/b?c d\u00E9");
+  ASSERT_NE(container, nullptr);
+  PendingQuery pending;
+  container->publicCloudDatabase()->performQuery(CloudServer::adFileQuery(), pending.completion());
+  ASSERT_TRUE(pending.wait());
+  EXPECT_THAT(cloud_.server().requests().at(0).target,
+              HasSubstr("/1/iCloud.a%2Fb%3Fc%20d%C3%A9/production/"));
+}
+
+// Containers that cannot be made.
+
+TEST_F(CloudKitTest, withoutATokenThereIsNoContainer) {
+  options_.apiToken = "";
+  EXPECT_EQ(CloudKitContainerFactory(options_).containerWithIdentifier("iCloud.com.example"),
+            nullptr);
+  EXPECT_THAT(log_->lines(), IsEmpty());
+}
+
+TEST_F(CloudKitTest, anAddressThatIsNoneIsLogged) {
+  for (const char* address : {"", "api.apple-cloudkit.com", "ftp://127.0.0.1", "https://a b",
+                              "https://127.0.0.1/?query", "https://127.0.0.1/#fragment"}) {
+    options_.serviceAddress = address;
+    EXPECT_EQ(CloudKitContainerFactory(options_).containerWithIdentifier("iCloud.com.example"),
+              nullptr);
+    EXPECT_THAT(log_->takeLines(),
+                ElementsAre("The cloud service's address is none: " + options_.serviceAddress));
+  }
+}
+
+TEST_F(CloudKitTest, anUnknownEnvironmentIsLogged) {
+  options_.environment = "staging";
+  EXPECT_EQ(CloudKitContainerFactory(options_).containerWithIdentifier("iCloud.com.example"),
+            nullptr);
+  EXPECT_THAT(log_->lines(),
+              ElementsAre("The cloud environment is neither development nor production: staging"));
+}
+
+TEST_F(CloudKitTest, thePublicServiceInProductionIsTheDefault) {
+  const CloudKitContainerFactory::Options defaults;
+  EXPECT_EQ(defaults.serviceAddress, "https://api.apple-cloudkit.com");
+  EXPECT_EQ(defaults.environment, "production");
+  EXPECT_EQ(defaults.http.idleLimitSeconds, 60);
+}
+
+TEST_F(CloudKitTest, makingAContainerSendsNothing) {
+  const auto container =
+      CloudKitContainerFactory(options_).containerWithIdentifier(CloudServer::kContainer);
+  ASSERT_NE(container, nullptr);
+  EXPECT_NE(container->publicCloudDatabase(), nullptr);
+  EXPECT_THAT(cloud_.server().requests(), IsEmpty());
+}
+
+// Records.
+
+TEST_F(CloudKitTest, everyPageIsFollowedInOrder) {
+  for (int i = 1; i <= 7; ++i) {
+    cloud_.records().add({.type = "macadfiles",
+                          .texts = {{"filename", "commonad"}, {"number", std::to_string(i)}},
+                          .assets = {}});
+  }
+  cloud_.records().setPageSize(3);
+  const auto all = records();
+  ASSERT_EQ(all.size(), 7U);
+  for (std::size_t i = 0; i < all.size(); ++i) {
+    EXPECT_EQ(all[i]->objectForKey("number").description(), std::to_string(i + 1));
+  }
+  EXPECT_EQ(cloud_.queries(), 3);
+}
+
+TEST_F(CloudKitTest, recordsOfOtherTypesAndNamesAreLeftOut) {
+  cloud_.records().add({.type = "iosadfiles", .texts = {{"filename", "commonad"}}, .assets = {}});
+  cloud_.records().add({.type = "macadfiles", .texts = {{"filename", "other"}}, .assets = {}});
+  EXPECT_THAT(records(), IsEmpty());
+}
+
+TEST_F(CloudKitTest, onlyTheLastRecordsAssetIsFetched) {
+  cloud_.addAdFile({.status = 404, .body = {"gone"}}, 4);
+  cloud_.addAdFile("last");
+  const auto all = records();
+  ASSERT_EQ(all.size(), 2U);
+  EXPECT_EQ(assetOf(all[0])->fileUrl(), std::nullopt);
+  EXPECT_EQ(contents(pathOf(*assetOf(all[1]))), "last");
+  EXPECT_EQ(cloud_.downloads(), 1);
+}
+
+TEST_F(CloudKitTest, fieldsHaveTheirTypes) {
+  cloud_.setAnswer({.body = {R"({"records": [{"recordName": "a", "fields": {
+      "text": {"value": "t", "type": "STRING"}, "untyped": {"value": "u"},
+      "whole": {"value": -3, "type": "INT64"}, "large": {"value": 18446744073709551615},
+      "part": {"value": 2.5, "type": "DOUBLE"}, "flag": {"value": true},
+      "list": {"value": ["a"], "type": "STRING_LIST"}, "none": {"type": "STRING"}, "odd": 1,
+      "filecontents": {"value": "a text", "type": "STRING"}}}]})"}});
+  const auto all = records();
+  ASSERT_EQ(all.size(), 1U);
+  const auto value = [&](const char* name) { return all[0]->objectForKey(name); };
+  EXPECT_EQ(value("text").description(), "t");
+  EXPECT_EQ(value("untyped").description(), "u");
+  EXPECT_EQ(value("whole").integerValue(), -3);
+  EXPECT_EQ(value("large").integerValue(), std::numeric_limits<std::int64_t>::max());
+  EXPECT_EQ(value("part").description(), "2.5");
+  EXPECT_EQ(value("flag").booleanValue(), true);
+  for (const char* name : {"list", "none", "odd", "missing"}) {
+    EXPECT_TRUE(value(name).isNull()) << name;
+  }
+  EXPECT_EQ(assetOf(all[0]), nullptr);
+  EXPECT_EQ(value("filecontents").description(), "a text");
+}
+
+TEST_F(CloudKitTest, aRecordWithoutFieldsHasNone) {
+  cloud_.setAnswer({.body = {R"({"records": [{"recordName": "a"}, 7]})"}});
+  const auto all = records();
+  ASSERT_EQ(all.size(), 2U);
+  EXPECT_TRUE(all[0]->objectForKey("filecontents").isNull());
+  EXPECT_TRUE(all[1]->objectForKey("filecontents").isNull());
+}
+
+// Assets.
+
+TEST_F(CloudKitTest, anAssetIsAPrivateFileAsLongAsItsRecordLives) {
+  cloud_.addAdFile("caf\xE9 \xFF\0 not UTF-8");
+  auto all = records();
+  ASSERT_EQ(all.size(), 1U);
+  const std::string path = pathOf(*assetOf(all[0]));
+  EXPECT_EQ(contents(path), "caf\xE9 \xFF\0 not UTF-8");
+  EXPECT_EQ(contents(path), "caf\xE9 \xFF\0 not UTF-8") << "a second look finds the same";
+  struct ::stat status {};
+  ASSERT_EQ(::stat(path.c_str(), &status), 0);
+  EXPECT_EQ(status.st_mode & 0777, 0600U);
+  EXPECT_EQ(status.st_nlink, 0U) << "nobody else can find it";
+  EXPECT_THAT(namelessFiles(), ElementsAre(path));
+  EXPECT_TRUE(std::filesystem::is_empty(folder_.path()));
+  all.clear();
+  EXPECT_THAT(namelessFiles(), IsEmpty());
+}
+
+TEST_F(CloudKitTest, anEmptyAssetIsAnEmptyFile) {
+  cloud_.addAdFile("");
+  const auto all = records();
+  ASSERT_EQ(all.size(), 1U);
+  EXPECT_EQ(std::filesystem::file_size(pathOf(*assetOf(all[0]))), 0U);
+}
+
+TEST_F(CloudKitTest, aLargeAssetArrivesWhole) {
+  std::string text(20'000'000, 'x');
+  text.back() = 'y';
+  cloud_.addAdFile(text);
+  const auto all = records();
+  ASSERT_EQ(all.size(), 1U);
+  EXPECT_TRUE(contents(pathOf(*assetOf(all[0]))) == text);
+}
+
+TEST_F(CloudKitTest, anAssetThatArrivesSlowlyArrives) {
+  cloud_.addAdFile({.body = {"sl", "ow"}, .waitsBetweenPieces = true}, 4);
+  const auto container =
+      CloudKitContainerFactory(options_).containerWithIdentifier(CloudServer::kContainer);
+  PendingQuery pending;
+  container->publicCloudDatabase()->performQuery(CloudServer::adFileQuery(), pending.completion());
+  ASSERT_TRUE(cloud_.server().waitForRequests(2));
+  EXPECT_FALSE(pending.isOver());
+  cloud_.server().releasePiece();
+  const auto outcome = pending.wait();
+  ASSERT_TRUE(outcome && outcome->records);
+  EXPECT_EQ(contents(pathOf(*assetOf(outcome->records->back()))), "slow");
+}
+
+TEST_F(CloudKitTest, anAssetThatIsCutIsAnError) {
+  cloud_.addAdFile({.body = {"half"}, .ending = Ending::cut}, 5);
+  expectError(error(), "curl", CURLE_PARTIAL_FILE, "");
+  EXPECT_THAT(namelessFiles(), IsEmpty());
+}
+
+TEST_F(CloudKitTest, anAssetThatStopsComingIsAnError) {
+  options_.http.idleLimitSeconds = 0.3;
+  cloud_.addAdFile({.body = {"half"}, .ending = Ending::stall}, 5);
+  expectError(error(), "curl", CURLE_OPERATION_TIMEDOUT, "Nothing has arrived for too long");
+}
+
+TEST_F(CloudKitTest, anAssetOfAnotherSizeIsAnError) {
+  cloud_.addAdFile({.body = {"12345"}}, 6);
+  expectError(error(), "CloudKit", 200, "an asset is shorter than its record says");
+  cloud_.addAdFile({.body = {"12345"}}, 4);
+  expectError(error(), "CloudKit", 200, "an asset is longer than its record says");
+  EXPECT_THAT(namelessFiles(), IsEmpty());
+}
+
+TEST_F(CloudKitTest, anAssetWithoutAStatedSizeIsTakenAsItComes) {
+  cloud_.server().setAnswer("/a", {.body = {"text"}});
+  cloud_.setAnswer({.body = {R"({"records": [{"fields": {"filecontents": {"type": "ASSETID",
+      "value": {"downloadURL": ")" +
+                             cloud_.server().url("/a") + R"("}}}}]})"}});
+  const auto all = records();
+  ASSERT_EQ(all.size(), 1U);
+  EXPECT_EQ(contents(pathOf(*assetOf(all[0]))), "text");
+}
+
+TEST_F(CloudKitTest, anAssetThatIsNotThereIsAnError) {
+  cloud_.addAdFile({.status = 404, .body = {"<h1>A long page about nothing</h1>"}}, 4);
+  expectError(error(), "CloudKit", 404, "an asset could not be fetched: HTTP status 404");
+  cloud_.addAdFile({.status = 410}, 4);
+  expectError(error(), "CloudKit", 410, "an asset could not be fetched: HTTP status 410");
+}
+
+TEST_F(CloudKitTest, anAssetMayHaveMoved) {
+  cloud_.addAdFile(LoopbackServer::redirect("/new"), 4);
+  cloud_.server().setAnswer("/new", {.body = {"text"}});
+  const auto all = records();
+  ASSERT_EQ(all.size(), 1U);
+  EXPECT_EQ(contents(pathOf(*assetOf(all[0]))), "text");
+}
+
+TEST_F(CloudKitTest, anAssetWithoutAnAddressHasNoFile) {
+  cloud_.setAnswer({.body = {R"({"records": [{"fields": {
+      "filecontents": {"value": {"size": 3}, "type": "ASSETID"}}}]})"}});
+  const auto all = records();
+  ASSERT_EQ(all.size(), 1U);
+  ASSERT_NE(assetOf(all[0]), nullptr);
+  EXPECT_EQ(assetOf(all[0])->fileUrl(), std::nullopt);
+}
+
+TEST_F(CloudKitTest, anAssetsAddressThatIsNoneIsAnError) {
+  for (const char* address : {"no address", "file:///etc/hostname", "ftp://127.0.0.1/a"}) {
+    cloud_.setAnswer({.body = {R"({"records": [{"fields": {"filecontents": {"value":
+        {"downloadURL": ")" + std::string(address) +
+                               R"("}, "type": "ASSETID"}}}]})"}});
+    expectError(error(), "CloudKit", 200,
+                "an asset's address cannot be used: " + std::string(address));
+  }
+}
+
+TEST_F(CloudKitTest, aServiceOnHttpsHasItsAssetsThereToo) {
+  CloudServer secure(Security::tls);
+  secure.addAdFile("text");
+  options_.serviceAddress = secure.server().url("");
+  options_.http.certificateAuthorityFile = secure.server().certificateFile();
+  EXPECT_EQ(records().size(), 1U);
+  cloud_.server().setAnswer("/a", {.body = {"text"}});
+  secure.setAnswer({.body = {R"({"records": [{"fields": {"filecontents": {"type": "ASSETID",
+      "value": {"downloadURL": ")" +
+                             cloud_.server().url("/a") + R"("}}}}]})"}});
+  expectError(error(), "CloudKit", 200, "an asset's address cannot be used");
+  EXPECT_THAT(cloud_.server().requests(), IsEmpty());
+}
+
+TEST_F(CloudKitTest, aFolderThatCannotBeWrittenIsAnError) {
+  ::setenv("TMPDIR", "/no/such/folder", 1);
+  cloud_.addAdFile("text");
+  expectError(error(), "CloudKit", 200,
+              "no file can be made for an asset: No such file or directory");
+}
+
+TEST_F(CloudKitTest, aFileThatCannotGrowIsAnError) {
+  cloud_.addAdFile(std::string(5000, 'x'));
+  const FileSizeLimit limit(1000);
+  expectError(error(), "CloudKit", 200, "an asset cannot be stored: File too large");
+}
+
+TEST_F(CloudKitTest, aRecordWithTooManyAssetsIsAnError) {
+  nlohmann::json fields;
+  for (int i = 0; i < 17; ++i) {
+    fields["file" + std::to_string(i)] = {{"value", {{"downloadURL", cloud_.server().url("/a")}}},
+                                          {"type", "ASSETID"}};
+  }
+  cloud_.setAnswer({.body = {nlohmann::json{{"records", {{{"fields", fields}}}}}.dump()}});
+  expectError(error(), "CloudKit", 200, "the last record has too many assets");
+}
+
+// Errors.
+
+TEST_F(CloudKitTest, everyDocumentedErrorIsReadable) {
+  const auto body = [](const char* code, const char* more = "") {
+    return std::string(R"({"uuid": "1-2", "serverErrorCode": ")") + code +
+           R"(", "reason": "because")" + more + "}";
+  };
+  expectError(errorAfter(400, body("BAD_REQUEST")), "CloudKit", 400, "BAD_REQUEST: because");
+  expectError(errorAfter(401, body("AUTHENTICATION_REQUIRED", R"(, "redirectURL": "https://a/")")),
+              "CloudKit", 401, "AUTHENTICATION_REQUIRED: because");
+  expectError(errorAfter(421, body("AUTHENTICATION_REQUIRED")), "CloudKit", 421,
+              "AUTHENTICATION_REQUIRED: because");
+  expectError(errorAfter(500, body("INTERNAL_ERROR")), "CloudKit", 500, "INTERNAL_ERROR: because");
+  expectError(errorAfter(503, body("TRY_AGAIN_LATER", R"(, "retryAfter": 12)")), "CloudKit", 503,
+              "TRY_AGAIN_LATER: because (retry after 12 s)");
+  expectError(errorAfter(200, body("ACCESS_DENIED")), "CloudKit", 200, "ACCESS_DENIED: because");
+}
+
+TEST_F(CloudKitTest, aRateLimitIsAnError) {
+  expectError(errorAfter(429, R"({"serverErrorCode": "THROTTLED", "retryAfter": 30.9})"),
+              "CloudKit", 429, "THROTTLED (retry after 30 s)");
+}
+
+TEST_F(CloudKitTest, anErrorWithoutJsonIsItsStatus) {
+  expectError(errorAfter(502, "<h1>Bad Gateway</h1>"), "CloudKit", 502,
+              "the cloud service answered with HTTP status 502");
+  expectError(errorAfter(429, ""), "CloudKit", 429, "HTTP status 429");
+}
+
+TEST_F(CloudKitTest, anAnswerThatIsNoAnswerIsAnError) {
+  for (const char* body : {"", "<html>", "{\"records\": [", "{\"records\": []} {}"}) {
+    expectError(errorAfter(200, body), "CloudKit", 200, "the cloud service's answer is no JSON");
+  }
+  for (const char* body : {"[]", "7", "null", "{}", R"({"records": {}})", R"({"records": null})"}) {
+    expectError(errorAfter(200, body), "CloudKit", 200, "answer holds no records");
+  }
+}
+
+TEST_F(CloudKitTest, aRecordThatCouldNotBeReadIsAnError) {
+  expectError(errorAfter(200, R"({"records": [{"recordName": "r1",
+                  "serverErrorCode": "NOT_FOUND", "reason": "it has gone"}]})"),
+              "CloudKit", 200, "NOT_FOUND for record r1: it has gone");
+}
+
+TEST_F(CloudKitTest, aLongReasonIsCutBetweenCharacters) {
+  std::string reason;
+  for (int i = 0; i < 1000; ++i) {
+    reason += "\u20AC";
+  }
+  const auto description =
+      errorAfter(400, R"({"serverErrorCode": "A", "reason": ")" + reason + R"("})").description;
+  EXPECT_EQ(description, "A: " + reason.substr(0, 498));
+}
+
+TEST_F(CloudKitTest, anAnswerFarTooDeepDoesNoHarm) {
+  const std::string deep(1'000'000, '[');
+  expectError(errorAfter(200, deep), "CloudKit", 200, "no JSON");
+  const std::string nested = R"({"records": [{"fields": {"a": {"value": )" + deep +
+                             std::string(deep.size(), ']') + "}}}]}";
+  cloud_.setAnswer({.body = {nested}});
+  EXPECT_EQ(records().size(), 1U);
+}
+
+TEST_F(CloudKitTest, anAnswerFarTooLongIsAnError) {
+  expectError(errorAfter(200, std::string(17U << 20, ' ')), "CloudKit", 200,
+              "the cloud service's answer is too long");
+}
+
+TEST_F(CloudKitTest, resultsThatDoNotEndAreAnError) {
+  const std::string page = R"({"records": [], "continuationMarker": ")";
+  expectError(errorAfter(200, page + "same\"}"), "CloudKit", 200,
+              "the cloud service's results do not end");
+  EXPECT_EQ(cloud_.queries(), 2);
+  std::atomic<int> count = 0;
+  cloud_.server().setHandler(cloud_.records().queryPath(),
+                             [&](const LoopbackServer::Request&) -> Answer {
+                               return {.body = {page + std::to_string(++count) + "\"}"}};
+                             });
+  expectError(error(), "CloudKit", 200, "the cloud service's results do not end");
+  EXPECT_EQ(count, 1000);
+}
+
+TEST_F(CloudKitTest, anEmptyMarkerIsTheEnd) {
+  cloud_.setAnswer({.body = {R"({"records": [], "continuationMarker": ""})"}});
+  EXPECT_THAT(records(), IsEmpty());
+}
+
+TEST_F(CloudKitTest, queriesAreNotLedElsewhere) {
+  cloud_.setAnswer(LoopbackServer::redirect("/elsewhere", 307));
+  expectError(error(), "CloudKit", 307, "HTTP status 307");
+  EXPECT_EQ(cloud_.server().requests().size(), 1U);
+}
+
+TEST_F(CloudKitTest, aQueryThatStopsIsAnError) {
+  options_.http.idleLimitSeconds = 0.3;
+  cloud_.setAnswer({.ending = Ending::stall});
+  expectError(error(), "curl", CURLE_OPERATION_TIMEDOUT, "Nothing has arrived for too long");
+}
+
+TEST_F(CloudKitTest, anAnswerThatIsCutIsAnError) {
+  cloud_.setAnswer({.body = {R"({"records": []})"}, .ending = Ending::cut});
+  expectError(error(), "curl", CURLE_PARTIAL_FILE, "");
+}
+
+TEST_F(CloudKitTest, aServiceThatIsNotThereIsAnError) {
+  {
+    const LoopbackServer gone;
+    options_.serviceAddress = gone.url("");
+  }
+  expectError(error(), "curl", CURLE_COULDNT_CONNECT, "");
+}
+
+TEST_F(CloudKitTest, aServiceThatCannotBeTrustedIsAnError) {
+  CloudServer secure(Security::tls);
+  options_.serviceAddress = secure.server().url("");
+  expectError(error(), "curl", CURLE_PEER_FAILED_VERIFICATION, "");
+  EXPECT_THAT(secure.server().requests(), IsEmpty());
+}
+
+// Life.
+
+TEST_F(CloudKitTest, queriesOfOneDatabaseHaveOutcomesOfTheirOwn) {
+  cloud_.addAdFile("text");
+  const auto database = CloudKitContainerFactory(options_)
+                            .containerWithIdentifier(CloudServer::kContainer)
+                            ->publicCloudDatabase();
+  std::array<PendingQuery, 20> queries;
+  for (auto& query : queries) {
+    database->performQuery(CloudServer::adFileQuery(), query.completion());
+  }
+  for (auto& query : queries) {
+    const auto outcome = query.wait();
+    ASSERT_TRUE(outcome && outcome->records);
+    EXPECT_EQ(contents(pathOf(*assetOf(outcome->records->back()))), "text");
+  }
+  EXPECT_THAT(namelessFiles(), IsEmpty());
+}
+
+TEST_F(CloudKitTest, theCompletionIsLetGoOfBehindItsCall) {
+  const auto watched = std::make_shared<int>();
+  PendingQuery pending;
+  CloudKitContainerFactory(options_)
+      .containerWithIdentifier(CloudServer::kContainer)
+      ->publicCloudDatabase()
+      ->performQuery(CloudServer::adFileQuery(),
+                     [watched, completion = pending.completion()](auto records, auto error) {
+                       completion(records, error);
+                     });
+  EXPECT_TRUE(pending.wait());
+  const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+  while (watched.use_count() > 1 && std::chrono::steady_clock::now() < end) {
+    std::this_thread::yield();
+  }
+  EXPECT_EQ(watched.use_count(), 1);
+}
+
+using CloudKitDeathTest = CloudKitTest;
+
+TEST_F(CloudKitDeathTest, exitEndsAQueryUnderWay) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  EXPECT_EXIT(
+      {
+        auto& cloud = *new CloudServer;
+        cloud.addAdFile({.body = {"half"}, .ending = Ending::stall}, 5);
+        options_.serviceAddress = cloud.server().url("");
+        const auto container =
+            CloudKitContainerFactory(options_).containerWithIdentifier(CloudServer::kContainer);
+        container->publicCloudDatabase()->performQuery(CloudServer::adFileQuery(),
+                                                       [](auto, auto) { std::abort(); });
+        cloud.server().waitForRequests(2);
+        std::exit(0);
+      },
+      ::testing::ExitedWithCode(0), "");
+}
+
+}  // namespace
+}  // namespace qorix

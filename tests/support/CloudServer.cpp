@@ -1,0 +1,55 @@
+#include "support/CloudServer.h"
+
+#include <algorithm>
+
+namespace qorix {
+
+namespace {
+
+constexpr const char* kAssetFolder = "/assets/";
+
+int countTargets(const LoopbackServer& server, const std::string& beginning) {
+  const auto requests = server.requests();
+  return static_cast<int>(std::ranges::count_if(
+      requests, [&](const auto& request) { return request.target.starts_with(beginning); }));
+}
+
+}  // namespace
+
+CloudServer::CloudServer(LoopbackServer::Security security, const std::string& environment)
+    : server_(security), records_(kContainer, environment, kToken) {
+  const auto answerQuery = [this](const LoopbackServer::Request& request) {
+    const auto mark = request.target.find('?');
+    const auto answer = records_.answer(
+        {.method = request.method,
+         .path = request.target.substr(0, mark),
+         .query = mark == std::string::npos ? std::string() : request.target.substr(mark + 1),
+         .contentType = request.header("content-type"),
+         .body = request.body});
+    return LoopbackServer::Answer{.status = answer.status,
+                                  .headers = {{"Content-Type", "application/json"}},
+                                  .body = {answer.body}};
+  };
+  for (const char* name : {"development", "production"}) {
+    server_.setHandler(CloudRecords(kContainer, name, kToken).queryPath(), answerQuery);
+  }
+}
+
+void CloudServer::addAdFile(const LoopbackServer::Answer& asset, std::size_t size) {
+  const std::string folder = kAssetFolder + std::to_string(++assets_);
+  server_.setAnswer(folder + "/asset", asset);
+  records_.add({.type = "macadfiles",
+                .texts = {{"filename", "commonad"}},
+                .assets = {{"filecontents",
+                            {.downloadUrl = server_.url(folder + "/${f}?o=1"), .size = size}}}});
+}
+
+void CloudServer::setAnswer(LoopbackServer::Answer answer) {
+  server_.setAnswer(records_.queryPath(), std::move(answer));
+}
+
+int CloudServer::downloads() const { return countTargets(server_, kAssetFolder); }
+
+int CloudServer::queries() const { return countTargets(server_, "/database/"); }
+
+}  // namespace qorix
