@@ -21,9 +21,22 @@ namespace {
 constexpr std::size_t kDeepestNesting = 512;
 constexpr std::string_view kDigits = "0123456789";
 
+/// What the reader says is wrong, without its name and place, and without the text it has read:
+/// "... syntax error while parsing value - invalid literal; last read: 'tru}'".
+std::string reasonIn(std::string_view message) {
+  constexpr std::string_view kMark = " - ";
+  const auto mark = message.find(kMark);
+  if (mark != message.npos) {
+    message.remove_prefix(mark + kMark.size());
+  }
+  return std::string(message.substr(0, message.find("; last read: ")));
+}
+
 /// Builds a value from the reader's events; answering false stops the reader.
 class JsonBuilder : public nlohmann::json_sax<nlohmann::json> {
  public:
+  explicit JsonBuilder(JsonDefect* defect) : defect_(defect) {}
+
   Value takeValue() { return std::move(value_); }
 
   /// Whether the reader stopped at a number beyond the range of a double.
@@ -53,10 +66,13 @@ class JsonBuilder : public nlohmann::json_sax<nlohmann::json> {
   bool start_array(std::size_t /*count*/) override { return open(false); }
   bool end_array() override { return close(); }
 
-  bool parse_error(std::size_t /*position*/, const std::string& /*token*/,
+  bool parse_error(std::size_t position, const std::string& /*token*/,
                    const nlohmann::detail::exception& error) override {
     constexpr int kNumberOverflow = 406;
     stoppedAtHugeNumber_ = error.id == kNumberOverflow;
+    if (defect_ != nullptr) {  // the position counts the bytes read, the wrong one included
+      *defect_ = {reasonIn(error.what()), position == 0 ? 0 : position - 1};
+    }
     return false;
   }
 
@@ -68,9 +84,16 @@ class JsonBuilder : public nlohmann::json_sax<nlohmann::json> {
     std::string key;  // of the member that is being read
   };
 
+  bool refuse(const char* reason) {
+    if (defect_ != nullptr) {
+      *defect_ = {reason, 0};
+    }
+    return false;
+  }
+
   bool addScalar(Value value) {
     if (open_.empty()) {
-      return false;
+      return refuse("neither an object nor an array");
     }
     add(std::move(value));
     return true;
@@ -87,7 +110,7 @@ class JsonBuilder : public nlohmann::json_sax<nlohmann::json> {
 
   bool open(bool isObject) {
     if (open_.size() == kDeepestNesting) {
-      return false;
+      return refuse("nested too deeply");
     }
     open_.emplace_back().isObject = isObject;
     return true;
@@ -106,6 +129,7 @@ class JsonBuilder : public nlohmann::json_sax<nlohmann::json> {
     return true;
   }
 
+  JsonDefect* const defect_;  // null when nobody wants it
   std::vector<Container> open_;
   Value value_;
   bool stoppedAtHugeNumber_ = false;
@@ -170,7 +194,8 @@ std::size_t skipString(std::string_view text, std::size_t begin) {
   return std::min(index + 1, text.size());
 }
 
-/// `text` with the numbers that are too large for a double replaced by the largest of their sign.
+/// `text` with the numbers that are too large for a double replaced by the largest of their sign,
+/// which take no more room, and blanks: all else stays where it is.
 std::string withHugeNumbersBounded(std::string_view text) {
   std::string bounded;
   bounded.reserve(text.size());
@@ -185,6 +210,7 @@ std::string withHugeNumbersBounded(std::string_view text) {
     if (isHugeNumber(text.substr(index, end - index))) {
       bounded += text.substr(copied, index - copied);
       bounded += text[index] == '-' ? "-1e308" : "1e308";
+      bounded.resize(end, ' ');
       copied = end;
     }
     index = end;
@@ -195,18 +221,21 @@ std::string withHugeNumbersBounded(std::string_view text) {
 
 }  // namespace
 
-std::optional<Value> parseJson(std::string_view text) {
-  if (text.find('\0') != std::string_view::npos) {
+std::optional<Value> parseJson(std::string_view text, JsonDefect* defect) {
+  if (const auto zero = text.find('\0'); zero != std::string_view::npos) {
+    if (defect != nullptr) {
+      *defect = {"a zero byte", zero};
+    }
     return std::nullopt;
   }
-  JsonBuilder builder;
+  JsonBuilder builder(defect);
   if (nlohmann::json::sax_parse(text, &builder)) {
     return builder.takeValue();
   }
   if (!builder.stoppedAtHugeNumber()) {
     return std::nullopt;
   }
-  JsonBuilder secondBuilder;
+  JsonBuilder secondBuilder(defect);
   const bool isRead = nlohmann::json::sax_parse(withHugeNumbersBounded(text), &secondBuilder);
   return isRead ? std::optional(secondBuilder.takeValue()) : std::nullopt;
 }

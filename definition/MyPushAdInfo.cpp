@@ -2,34 +2,14 @@
 
 #include <utf8.h>
 
-#include <algorithm>
-#include <string_view>
-
 #include "definition/Json.h"
+#include "definition/LanguageChoice.h"
 #include "platform/Log.h"
 #include "platform/Platform.h"
 
 namespace qorix {
 
 namespace {
-
-constexpr std::string_view kFallbackLanguage = "en";
-constexpr std::string_view kDefaultCode = "default";
-
-std::string preferredLanguage() {
-  const auto languages = platform().standardUserDefaults->stringArrayForKey(kAppleLanguagesKey);
-  return languages && !languages->empty() ? languages->front() : std::string(kFallbackLanguage);
-}
-
-std::optional<std::string> textForLanguage(const LocalizedTexts& texts, std::string_view language) {
-  auto entry = std::ranges::find_if(
-      texts, [&](const auto& candidate) { return language.starts_with(candidate.first); });
-  if (entry == texts.end()) {
-    entry = std::ranges::find_if(
-        texts, [](const auto& candidate) { return candidate.first == kDefaultCode; });
-  }
-  return entry == texts.end() ? std::nullopt : std::optional(entry->second);
-}
 
 bool isEmpty(const std::optional<std::string>& text) { return !text || text->empty(); }
 
@@ -60,7 +40,8 @@ std::optional<std::string> MyPushAdInfo::localizedHtmlString() const {
 }
 
 std::optional<std::string> MyPushAdInfo::localizedValueInDict(const LocalizedTexts* texts) {
-  auto value = texts == nullptr ? std::nullopt : textForLanguage(*texts, preferredLanguage());
+  const auto* entry = texts == nullptr ? nullptr : entryForLanguage(*texts, preferredLanguage());
+  auto value = entry == nullptr ? std::nullopt : std::optional(entry->second);
   if (isEmpty(value)) {
     logCheck("+[MyPushAdInfo localizedValueInDict:]", 130, kVerifyFailed);
   }

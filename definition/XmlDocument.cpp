@@ -12,6 +12,8 @@
 #include <utility>
 #include <vector>
 
+#include "definition/XmlSourceMap.h"
+
 namespace qorix {
 
 namespace {
@@ -88,9 +90,10 @@ int XMLCALL readAsBlank(XML_Parser parser, const XML_Char* context, const XML_Ch
 /// Builds a document from the parser's events.
 class XmlReader {
  public:
-  explicit XmlReader(std::string_view text)
+  XmlReader(std::string_view text, XmlSourceMap* sourceMap)
       : parser_(XML_ParserCreate(kEncoding)),
         input_(text),
+        sourceMap_(sourceMap),
         mostElements_(text.size() / kSmallestElement + kEntityElements),
         mostDefaultAttributes_(text.size() + kDefaultAttributes) {}
 
@@ -98,16 +101,43 @@ class XmlReader {
     pieceSize_ = pieceSize;
     // The parser would take texts that begin so for UTF-16; zero bytes further on it refuses.
     if (parser_ == nullptr || input_.substr(0, 4).find('\0') != input_.npos) {
+      noteError("a zero byte near the beginning", 0);
       return std::nullopt;
     }
     prepareParser();
     // As much as they need unless entities add to it; memory that is not used costs nothing.
     document_.text_.reserve(input_.size());
     document_.names_.reserve(input_.size() / 2);
+    if (sourceMap_ != nullptr) {
+      return readNoting();
+    }
     return parse() ? std::optional(std::move(document_)) : std::nullopt;
   }
 
  private:
+  // Every byte passes through the parser, which knows where it is.
+  std::optional<XmlDocument> readNoting() {
+    XML_SetElementHandler(parser_.get(), startElementNoting, endElement);
+    XML_SetCharacterDataHandler(parser_.get(), characterDataNoting);
+    if (feed(input_, XML_TRUE)) {
+      return std::move(document_);
+    }
+    const XML_Error code = XML_GetErrorCode(parser_.get());
+    noteError(code == XML_ERROR_ABORTED ? stopReason_ : XML_ErrorString(code), sourceOffset());
+    return std::nullopt;
+  }
+
+  void noteError(const char* message, std::size_t offset) {
+    if (sourceMap_ != nullptr) {
+      sourceMap_->error_ = {message, offset};
+    }
+  }
+
+  /// Where the event, or the error, stands that the parser is at.
+  std::size_t sourceOffset() const {
+    return static_cast<std::size_t>(std::max(XML_GetCurrentByteIndex(parser_.get()), XML_Index{0}));
+  }
+
   void prepareParser() {
     XML_Parser parser = parser_.get();
     XML_SetUserData(parser, this);
@@ -181,7 +211,10 @@ class XmlReader {
     }
   }
 
-  void stop() { XML_StopParser(parser_.get(), XML_FALSE); }
+  void stop(const char* reason) {
+    stopReason_ = reason;
+    XML_StopParser(parser_.get(), XML_FALSE);
+  }
 
   static XmlReader& reader(void* userData) { return *static_cast<XmlReader*>(userData); }
 
@@ -192,7 +225,7 @@ class XmlReader {
     self.countDefaultAttributes(attributes);
     if (document.elements_.size() == self.mostElements_ ||
         self.defaultAttributes_ > self.mostDefaultAttributes_) {
-      self.stop();
+      self.stop("entities or default attributes add too much");
       return;
     }
     self.open_.push_back(document.elements_.size());
@@ -213,13 +246,29 @@ class XmlReader {
     reader(userData).document_.text_.append(text, static_cast<std::size_t>(length));
   }
 
+  static void XMLCALL startElementNoting(void* userData, const XML_Char* name,
+                                         const XML_Char** attributes) {
+    XmlReader& self = reader(userData);
+    self.sourceMap_->addElement(self.sourceOffset());
+    startElement(userData, name, attributes);
+  }
+
+  static void XMLCALL characterDataNoting(void* userData, const XML_Char* text, int length) {
+    XmlReader& self = reader(userData);
+    const std::string_view piece(text, static_cast<std::size_t>(length));
+    const std::size_t source = self.sourceOffset();
+    self.sourceMap_->addText(
+        {self.document_.text_.size(), source, self.input_.substr(source, piece.size()) == piece});
+    characterData(userData, text, length);
+  }
+
   static void XMLCALL startSection(void* userData) { reader(userData).isInSection_ = true; }
   static void XMLCALL endSection(void* userData) { reader(userData).isInSection_ = false; }
 
   static void XMLCALL xmlDeclaration(void* userData, const XML_Char* version,
                                      const XML_Char* /*encoding*/, int /*standalone*/) {
     if (version == nullptr || !isVersionOne(version)) {
-      reader(userData).stop();
+      reader(userData).stop("a version of XML other than 1.x");
     }
   }
 
@@ -232,23 +281,26 @@ class XmlReader {
   // Behind an unknown parameter entity the parser no longer believes any declaration.
   static void XMLCALL skippedEntity(void* userData, const XML_Char* /*name*/, int isParameter) {
     if (isParameter != 0) {
-      reader(userData).stop();
+      reader(userData).stop("an unknown parameter entity");
     }
   }
 
   const ParserPointer parser_;
   const std::string_view input_;
+  XmlSourceMap* const sourceMap_;  // null when nobody wants it
   const std::size_t mostElements_;
   const std::size_t mostDefaultAttributes_;
   std::size_t pieceSize_ = 0;
   std::size_t defaultAttributes_ = 0;
   bool isInSection_ = false;
+  const char* stopReason_ = "";
   XmlDocument document_;
   std::vector<std::size_t> open_;
 };
 
-std::optional<XmlDocument> XmlDocument::parse(std::string_view text, std::size_t pieceSize) {
-  return XmlReader(text).read(std::clamp(pieceSize, std::size_t{1}, kLargestPiece));
+std::optional<XmlDocument> XmlDocument::parse(std::string_view text, std::size_t pieceSize,
+                                              XmlSourceMap* sourceMap) {
+  return XmlReader(text, sourceMap).read(std::clamp(pieceSize, std::size_t{1}, kLargestPiece));
 }
 
 XmlElement XmlDocument::root() const { return {*this, 0}; }

@@ -10,6 +10,7 @@
 namespace qorix {
 
 class XmlElement;
+class XmlSourceMap;
 
 /// A well-formed XML document, read-only. Names are taken as they are written (a prefix is part of
 /// the name); attributes, comments and processing instructions are dropped.
@@ -20,15 +21,18 @@ class XmlDocument {
   /// says: external entities count as empty. Time and memory are proportional to the text.
   ///
   /// The text is handed to the parser in pieces of `pieceSize` bytes at most; where they are cut
-  /// makes no difference to the result.
+  /// makes no difference to the result. Where everything stands is noted in `sourceMap`, a new one,
+  /// when there is one; the reader is slower then.
   static std::optional<XmlDocument> parse(std::string_view text,
-                                          std::size_t pieceSize = kLargestPiece);
+                                          std::size_t pieceSize = kLargestPiece,
+                                          XmlSourceMap* sourceMap = nullptr);
 
   XmlElement root() const;
 
  private:
   friend class XmlElement;
   friend class XmlReader;
+  friend class XmlSourceMap;
 
   static constexpr std::size_t kLargestPiece = std::size_t{1} << 30;
 
@@ -63,6 +67,7 @@ class XmlElement {
 
  private:
   friend class XmlDocument;
+  friend class XmlSourceMap;
   XmlElement(const XmlDocument& document, std::size_t index)
       : document_(&document), index_(index) {}
 

@@ -1,43 +1,18 @@
 #include "qorix/MyPushAdOperator.h"
 
-#include <string>
-
 #include "platform/Log.h"
 #include "platform/Platform.h"
-#include "presentation/ShowDecision.h"
+#include "presentation/StoredShownState.h"
 
 namespace qorix {
 
 namespace {
-
-constexpr const char* kVersionKey = "ZAMMyPushAdVersionKey";
-constexpr const char* kCountKey = "ZAMMyPushAdCountKey";
 
 /// The one pop-up window of the process. Never destroyed: it lives as long as the process.
 std::shared_ptr<Window>& sharedPopupAdWindow() {
   static auto& window = *new std::shared_ptr<Window>();
   return window;
 }
-
-/// In the host's settings, one pair for all of its views.
-class StoredShownState : public ShownState {
- public:
-  std::optional<std::string> version() override { return defaults_.stringForKey(kVersionKey); }
-  std::int64_t count() override { return defaults_.integerForKey(kCountKey); }
-
-  void restart(const std::string& version, std::int64_t count) override {
-    defaults_.setString(version, kVersionKey);
-    setCount(count);
-  }
-
-  void setCount(std::int64_t count) override {
-    defaults_.setInteger(count, kCountKey);
-    defaults_.synchronize();
-  }
-
- private:
-  UserDefaults& defaults_ = *platform().standardUserDefaults;
-};
 
 }  // namespace
 
@@ -63,19 +38,10 @@ void MyPushAdOperator::processShowAdIfNeededWithPushAdInfo(
     logCheck(kMethod, 287, kFatalError);
     return;
   }
-  if (decideAndCount(*myPushAdInfo_)) {
+  if (isDue(decideAndCount(*myPushAdInfo_))) {
     prepareToShowAd();
   }
   isProcessShowAdRequested_ = true;
-}
-
-bool MyPushAdOperator::decideAndCount(const MyPushAdInfo& info) {
-  StoredShownState shown;
-  const ShowReason reason = decideShow({info.enable(), info.version(), info.count()}, shown);
-  if (reason == ShowReason::disabled) {
-    logLine("ZAM Disabled.");
-  }
-  return isDue(reason);
 }
 
 // Preparing.

@@ -99,7 +99,6 @@ class MyPushAdOperator : public MyPushAdViewControllerDelegate,
  private:
   void startObservingNotifications();
   void stopObservingNotifications();
-  bool decideAndCount(const MyPushAdInfo& info);
   void preparePopupWindowIfNeeded();
   void showBanner(const std::optional<std::string>& title, const std::optional<std::string>& html);
   void showPopup(const std::optional<std::string>& title, const std::optional<std::string>& html);

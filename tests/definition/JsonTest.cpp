@@ -265,5 +265,27 @@ TEST(JsonTest, decodesEscapes) {
             "\"\\/\b\f\n\r\t\xC3\xA9\xF0\x9D\x84\x9E");
 }
 
+TEST(JsonTest, aTextThatIsNotReadIsExplainedOnRequest) {
+  const auto expectDefect = [](const std::string& text, std::size_t offset,
+                               const std::string& message) {
+    JsonDefect defect;
+    EXPECT_FALSE(parseJson(text, &defect)) << text;
+    EXPECT_EQ(defect.offset, offset) << text;
+    EXPECT_EQ(defect.message, message) << text;
+  };
+  expectDefect("", 0, "unexpected end of input; expected '[', '{', or a literal");
+  expectDefect("{\"a\": 1,}", 8, "unexpected '}'; expected string literal");
+  expectDefect("{\"a\" 1}", 5, "unexpected number literal; expected ':'");
+  expectDefect("[1, nul]", 7, "invalid literal");
+  expectDefect("[1", 2, "unexpected end of input; expected ']'");
+  expectDefect("[]]", 2, "unexpected ']'; expected end of input");
+  expectDefect("7", 0, "neither an object nor an array");
+  expectDefect(repeated("[", 513) + repeated("]", 513), 0, "nested too deeply");
+  expectDefect(std::string("[\0]", 3), 1, "a zero byte");
+  // Numbers too large for a double do not move what stands behind them.
+  expectDefect("[1e400, -99999e999, 1e0000999, ,]", 31,
+               "unexpected ','; expected '[', '{', or a literal");
+}
+
 }  // namespace
 }  // namespace qorix

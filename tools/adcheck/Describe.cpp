@@ -1,0 +1,105 @@
+#include "tools/adcheck/Describe.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+
+#include "presentation/AdFrameLayout.h"
+#include "tools/adcheck/Wording.h"
+
+namespace qorix::adcheck {
+
+namespace {
+
+constexpr std::array<std::string_view, 8> kAnchors = {
+    "top right",   "right edge, middle", "bottom right", "bottom edge, middle",
+    "bottom left", "left edge, middle",  "top left",     "top edge, middle"};
+
+Size sizeOf(const MyPushAdInfo& info) {
+  return {static_cast<double>(info.width()), static_cast<double>(info.height())};
+}
+
+std::string bannerFrameText(const MyPushAdInfo& info, const Size& view) {
+  const Rect frame =
+      bannerFrame(view, {info.embed(), sizeOf(info), static_cast<double>(info.offsetx()),
+                         static_cast<double>(info.offsety())});
+  const auto& [origin, size] = frame;
+  const bool isInside = origin.x >= 0 && origin.y >= 0 && origin.x + size.width <= view.width &&
+                        origin.y + size.height <= view.height;
+  return "x " + numberText(origin.x) + ", y " + numberText(origin.y) + " from the lower left, " +
+         sizeText(size.width, size.height) + ", in a host view of " +
+         sizeText(view.width, view.height) + (isInside ? "" : "; it passes the view's edges");
+}
+
+}  // namespace
+
+std::string times(std::int64_t count) {
+  return count == 1 ? "once" : std::to_string(count) + " times";
+}
+
+std::string placementOf(const MyPushAdInfo& info) {
+  const auto embed = info.embed();
+  if (embed < 0) {
+    return "nothing";
+  }
+  if (embed == 0) {
+    return "pop-up";
+  }
+  const auto index = static_cast<std::size_t>(embed) - 1;
+  return "banner, " +
+         std::string(index < kAnchors.size() ? kAnchors[index] : "lower left, without offsets");
+}
+
+std::string frameOf(const MyPushAdInfo& info, const Size& view) {
+  if (info.embed() < 0) {
+    return "none";
+  }
+  if (info.embed() > 0) {
+    return bannerFrameText(info, view);
+  }
+  const bool hasSize = info.width() > 0 && info.height() > 0;
+  const Size size = sizeOf(info);
+  return (hasSize ? sizeText(size.width, size.height) : "the size of the window") +
+         ", in the middle of the screen, whatever the host view";
+}
+
+std::string decisionOf(const HostRun& run, const Options& options) {
+  const MyPushAdInfo& info = *run.record;
+  const std::string_view reason = run.decision.reason;
+  const std::string stored = quoted(options.storedVersion.value_or(""));
+  if (reason == "disabled") {
+    return "no, it is switched off";
+  }
+  if (reason == "used-up") {
+    return "no, this version was shown " + times(run.decision.storedCount) + " and count is " +
+           std::to_string(info.count());
+  }
+  if (reason == "parked") {
+    return "a showing is counted, but never seen: delay is " + std::to_string(info.delay());
+  }
+  if (reason == "nothing-to-show") {
+    return "a showing is counted, but nothing is shown: embed is " + std::to_string(info.embed());
+  }
+  if (reason == "due-first") {
+    return "yes, nothing was shown on this machine yet, so count is not looked at";
+  }
+  if (reason == "due-new-version") {
+    return "yes, " + stored + " was shown, which is another version: counted from 0";
+  }
+  if (reason == "due-uncounted") {
+    return "yes, each time: it has no version";
+  }
+  return "yes, this version was shown " + times(run.decision.storedCount - 1) + " and count is " +
+         std::to_string(info.count());
+}
+
+std::string languagesOf(const std::optional<LocalizedTexts>& texts) {
+  std::string list;
+  for (const auto& [language, text] : texts.value_or(LocalizedTexts())) {
+    list += (list.empty() ? "" : ", ") + printable(language);
+  }
+  return list;
+}
+
+}  // namespace qorix::adcheck

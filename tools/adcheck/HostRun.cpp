@@ -1,0 +1,122 @@
+#include "tools/adcheck/HostRun.h"
+
+#include <utility>
+#include <vector>
+
+#include "platform/MemoryUserDefaults.h"
+#include "platform/linux/LinuxApplicationsFolder.h"
+#include "presentation/StoredShownState.h"
+#include "qorix/MyPushAdUtil.h"
+
+namespace qorix::adcheck {
+
+namespace {
+
+/// Hands on what is logged until it is silenced.
+class SinkLog : public Log {
+ public:
+  explicit SinkLog(LogSink sink) : sink_(std::move(sink)) {}
+  void write(std::string_view message) override {
+    if (!isSilent_) {
+      sink_(message);
+    }
+  }
+  void silence() { isSilent_ = true; }
+
+ private:
+  LogSink sink_;
+  bool isSilent_ = false;
+};
+
+/// A folder that is there and holds nothing.
+class EmptyApplicationsFolder : public ApplicationsFolder {
+ public:
+  std::vector<std::string> directories() override { return {"/"}; }
+  std::optional<std::vector<Item>> items(const std::string& /*directory*/) override {
+    return std::vector<Item>();
+  }
+};
+
+std::shared_ptr<UserDefaults> settings(const Options& options) {
+  auto defaults = std::make_shared<MemoryUserDefaults>();
+  if (options.languages) {
+    defaults->setStringArray(*options.languages, kAppleLanguagesKey);
+  }
+  if (options.storedVersion) {
+    defaults->setString(*options.storedVersion, kShownVersionKey);
+  }
+  if (options.storedCount) {
+    defaults->setInteger(*options.storedCount, kShownCountKey);
+  }
+  return defaults;
+}
+
+std::shared_ptr<ApplicationsFolder> applicationsFolder(const Options& options) {
+  if (options.applications) {
+    return std::make_shared<LinuxApplicationsFolder>(*options.applications);
+  }
+  return std::make_shared<EmptyApplicationsFolder>();
+}
+
+std::string_view nameOf(ShowReason reason, const MyPushAdInfo& info) {
+  if (isDue(reason) && info.delay() < 0) {
+    return "parked";
+  }
+  if (isDue(reason) && info.embed() < 0) {
+    return "nothing-to-show";
+  }
+  switch (reason) {
+    case ShowReason::disabled:
+      return "disabled";
+    case ShowReason::dueUncounted:
+      return "due-uncounted";
+    case ShowReason::dueFirst:
+      return "due-first";
+    case ShowReason::dueNewVersion:
+      return "due-new-version";
+    case ShowReason::dueCounted:
+      return "due-counted";
+    default:
+      return "used-up";
+  }
+}
+
+}  // namespace
+
+Decision decide(const MyPushAdInfo& info) {
+  const ShowReason reason = decideAndCount(info);
+  StoredShownState stored(*platform().standardUserDefaults);
+  return {isDue(reason), nameOf(reason, info), stored.version(), stored.count()};
+}
+
+HostRun runHost(const std::string& document, const std::optional<std::string>& app,
+                const Options& options, LogSink sink) {
+  const auto log = std::make_shared<SinkLog>(std::move(sink));
+  Platform services = nullPlatform();
+  services.log = log;
+  services.standardUserDefaults = settings(options);
+  services.applicationsFolder = applicationsFolder(options);
+  services.mainBundle = std::make_shared<const Bundle>(app, Url::fileUrl("/"));
+  installPlatform(services);
+
+  HostRun run;
+  run.record = MyPushAdUtil::parseXMLWithString(document);
+  if (run.record == nullptr) {
+    log->silence();
+    return run;
+  }
+  const MyPushAdInfo& info = *run.record;
+  run.decision = decide(info);
+  if (run.decision.isDue) {
+    info.doCheck();
+  }
+  if (!run.decision.isDue || info.delay() < 0) {
+    log->silence();  // a host does not come to look the texts up
+  }
+  run.title = info.localizedTitle();
+  run.page = info.localizedHtmlString();
+  log->silence();  // whatever is asked of the library after this run is not the host's doing
+  return run;
+}
+
+}  // namespace qorix::adcheck

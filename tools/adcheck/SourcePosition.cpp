@@ -1,0 +1,35 @@
+#include "tools/adcheck/SourcePosition.h"
+
+#include <algorithm>
+
+namespace qorix::adcheck {
+
+namespace {
+
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+
+/// Bytes that continue a character do not count.
+bool beginsCharacter(char byte) { return (static_cast<unsigned char>(byte) & 0xC0U) != 0x80U; }
+
+}  // namespace
+
+SourceLines::SourceLines(std::string_view text) : text_(text) {
+  starts_.push_back(text.starts_with(kByteOrderMark) ? kByteOrderMark.size() : 0);
+  for (std::size_t end = text.find_first_of("\r\n"); end != text.npos;
+       end = text.find_first_of("\r\n", end)) {
+    end += text.substr(end, 2) == "\r\n" ? 2 : 1;
+    starts_.push_back(end);
+  }
+}
+
+SourcePosition SourceLines::positionOf(std::size_t offset) const {
+  offset = std::clamp(offset, starts_.front(), std::max(starts_.front(), text_.size()));
+  const auto next = std::ranges::upper_bound(starts_, offset);
+  const std::size_t start = *std::prev(next);
+  const auto characters =
+      std::ranges::count_if(text_.substr(start, offset - start), beginsCharacter);
+  return {static_cast<std::size_t>(next - starts_.begin()),
+          static_cast<std::size_t>(characters) + 1};
+}
+
+}  // namespace qorix::adcheck
