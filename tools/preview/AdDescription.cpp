@@ -1,0 +1,73 @@
+#include "tools/preview/AdDescription.h"
+
+#include <cstddef>
+#include <iterator>
+
+namespace {
+
+constexpr const char* kAnchors[] = {
+    "top right corner",   "right edge", "bottom right corner", "bottom edge",
+    "bottom left corner", "left edge",  "top left corner",     "top edge",
+};
+
+std::string placeOf(const qorix::MyPushAdInfo& info) {
+  if (info.embed() == 0) {
+    return "pop-up";
+  }
+  if (info.embed() < 0) {
+    return "nowhere";
+  }
+  const auto index = static_cast<std::size_t>(info.embed()) - 1;
+  if (index >= std::size(kAnchors)) {
+    return "banner in the bottom left corner";
+  }
+  return std::string("banner at the ") + kAnchors[index];
+}
+
+std::string pair(std::int64_t first, const char* between, std::int64_t second) {
+  return std::to_string(first) + between + std::to_string(second);
+}
+
+}  // namespace
+
+std::string describeAd(const qorix::MyPushAdInfo& info) {
+  std::string text = "ad " + std::to_string(info.adId()) + ", version " +
+                     info.version().value_or("") + ", " + placeOf(info) + ", " +
+                     pair(info.width(), "x", info.height());
+  if (info.offsetx() != 0 || info.offsety() != 0) {
+    text += ", offsets " + pair(info.offsetx(), " and ", info.offsety());
+  }
+  return text + ", after " + std::to_string(info.delay()) + " s, at most " +
+         std::to_string(info.count()) + " times";
+}
+
+std::vector<std::string> reasonsOfHost(const qorix::MyPushAdInfo& info, bool allAppsInstalled) {
+  std::vector<std::string> reasons;
+  if (allAppsInstalled) {
+    reasons.emplace_back("all applications that it promotes are installed");
+  } else if (!info.enable()) {
+    reasons.emplace_back("it is switched off (enable is 0)");
+  }
+  if (info.delay() < 0) {
+    reasons.push_back("its delay is negative (" + std::to_string(info.delay()) + ")");
+  }
+  return reasons;
+}
+
+std::vector<std::string> reasonsOfPlace(const qorix::MyPushAdInfo& info) {
+  if (info.embed() >= 0) {
+    return {};
+  }
+  return {"it is neither a banner nor a pop-up (embed is " + std::to_string(info.embed()) + ")"};
+}
+
+std::vector<std::string> reasonsOfContent(const qorix::MyPushAdInfo& info) {
+  std::vector<std::string> reasons;
+  if (info.embed() > 0 && (info.width() < 1 || info.height() < 1)) {
+    reasons.push_back("the banner has no size (" + pair(info.width(), "x", info.height()) + ")");
+  }
+  if (info.localizedHtmlString().value_or("").empty()) {
+    reasons.emplace_back("there is no page in the user's language");
+  }
+  return reasons;
+}

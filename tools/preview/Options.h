@@ -1,0 +1,26 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+/// The host that no line of a host table names.
+inline constexpr const char* kAnyHost = "qorix.preview";
+
+/// What the command line asks for.
+struct Options {
+  std::string file;
+  std::string app = kAnyHost;
+  std::vector<std::string> languages;       // empty: the user's own
+  std::optional<std::string> applications;  // nothing: none is installed
+  int viewWidth = 800;
+  int viewHeight = 600;
+  bool anyway = false;
+  bool open = false;
+  std::optional<std::string> screenshot;
+  std::optional<double> quitAfter;  // seconds
+};
+
+/// Reads the command line. Ends the process after --help and --version, and with status 2 after a
+/// message when the command line makes no sense.
+Options parseOptions(int argc, char** argv);
