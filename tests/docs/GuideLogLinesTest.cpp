@@ -1,0 +1,238 @@
+#include <map>
+#include <regex>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "definition/AdReader.h"
+#include "docs/GuideTest.h"
+#include "fakes/FakePlatform.h"
+#include "platform/Error.h"
+#include "qorix/MyPushAdManager.h"
+#include "qorix/MyPushAdViewController.h"
+
+namespace qorix::test {
+namespace {
+
+using testing::Contains;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+constexpr const char* kParser = "+[MyPushAdUtil parseXMLWithString:]";
+constexpr const char* kMerge = "-[MyPushAdInfo doParseCustomizationAndMerge]";
+constexpr const char* kCheck = "-[MyPushAdInfo doCheck]";
+constexpr const char* kChoice = "+[MyPushAdInfo localizedValueInDict:]";
+
+/// The numbers that the method has logged, in their order.
+std::vector<int> numbersOf(const std::string& method, const Lines& lines) {
+  std::vector<int> numbers;
+  for (const auto& line : lines) {
+    if (line.starts_with(method + " ")) {
+      numbers.push_back(std::stoi(line.substr(method.size())));
+    }
+  }
+  return numbers;
+}
+
+class GuideLogLinesTest : public GuideTest {
+ protected:
+  /// The words of the guide by the number that they explain.
+  std::map<int, std::string> wordsUnder(const std::string& heading, std::size_t table = 0) const {
+    std::map<int, std::string> words;
+    for (const auto& row : guide_.table(heading, table)) {
+      words[std::stoi(row.at(0))] = row.at(1);
+    }
+    return words;
+  }
+
+  static std::vector<int> numbersIn(const std::map<int, std::string>& words) {
+    std::vector<int> numbers;
+    numbers.reserve(words.size());
+    for (const auto& [number, text] : words) {
+      numbers.push_back(number);
+    }
+    return numbers;
+  }
+
+  /// The document is refused with that number, whose words in the guide hold `code`.
+  void expectRefused(const std::string& document, int number, const std::string& code) {
+    log_->takeLines();
+    EXPECT_EQ(parse(document), nullptr) << document;
+    EXPECT_THAT(numbersOf(kParser, log_->takeLines()), ElementsAre(number)) << document;
+    EXPECT_THAT(codesIn(refusals_[number]), Contains(code)) << number;
+    seen_.insert(number);
+  }
+
+  std::string minimalWithLine(const std::string& children) const {
+    return minimalPlus("data", elementOf("push_ad_config", children));
+  }
+
+  std::map<int, std::string> refusals_ = wordsUnder("The document is refused");
+  std::set<int> seen_;
+};
+
+TEST_F(GuideLogLinesTest, everyRefusalIsExplained) {
+  const std::string appid = elementOf("appid", kEditor);
+  EXPECT_EQ(MyPushAdUtil::parseXMLWithString(std::nullopt), nullptr);
+  EXPECT_THAT(numbersOf(kParser, log_->takeLines()), ElementsAre(87));
+  EXPECT_EQ(parse(minimal_ + "<"), nullptr);
+  EXPECT_THAT(numbersOf(kParser, log_->takeLines()), ElementsAre(91));
+  seen_ = {87, 91};
+
+  expectRefused("<html/>", 94, "rootcfg");
+  expectRefused(minimalWith("file_version", ""), 94, "file_version");
+  expectRefused(minimalHolding("file_version", ""), 94, "file_version");
+  expectRefused(minimalWithLine("<adid>1</adid>"), 103, "appid");
+  expectRefused(minimalWithLine(appid), 104, "adid");
+  expectRefused(minimalWith("push_ad", ""), 119, "push_ad");
+  expectRefused(minimalWith("adid", ""), 122, "adid");
+  expectRefused(minimalWith("data", "<data><file_version>1</file_version></data><push_ad/>"), 122,
+                "push_ad");
+  for (std::size_t index = field::enable; index < kFieldNames.size(); ++index) {
+    const std::string name(kFieldNames.at(index));
+    const int number = 127 + static_cast<int>(index);
+    expectRefused(minimalWith(name, ""), number, name);
+    expectRefused(minimalHolding(name, ""), number, name);
+  }
+  expectRefused(minimalWith("title", ""), 138, "title");
+  expectRefused(minimalWith("html_contents", ""), 139, "html_contents");
+  expectRefused(minimalWithLine(appid + "<adid>2</adid>"), 166, "adid");
+  expectRefused(minimalHolding("title", "text"), 176, "title");
+  expectRefused(minimalHolding("html_contents", "<en></en>"), 177, "html_contents");
+
+  // The reader has a number for an advertisement without identifier, but never gets so far.
+  const auto document = XmlDocument::parse("<push_ad/>");
+  EXPECT_EQ(readAd(document->root()).defect->line, 127);
+  seen_.insert(127);
+
+  EXPECT_EQ(std::vector<int>(seen_.begin(), seen_.end()), numbersIn(refusals_));
+}
+
+TEST_F(GuideLogLinesTest, theLineInTheGuideIsTheOneOfATableLineWithoutAdid) {
+  parse(minimalWithLine(elementOf("appid", kEditor)));
+  EXPECT_EQ(log_->lines().at(0) + "\n", guide_.block("text"));
+}
+
+TEST_F(GuideLogLinesTest, everyRefusedCustomisationIsExplained) {
+  EXPECT_NE(parse(minimalHolding("advance", "[]")), nullptr);
+  EXPECT_NE(parse(minimalHolding("advance", "none")), nullptr);
+  EXPECT_THAT(numbersOf(kMerge, log_->takeLines()), ElementsAre(153, 153));
+  const auto info = parse(minimal_);
+  info->setAdvance(std::nullopt);
+  info->doParseCustomizationAndMerge();
+  info->setAdvance("\xFF");
+  info->doParseCustomizationAndMerge();
+  installHost(std::nullopt);
+  info->doParseCustomizationAndMerge();
+  EXPECT_THAT(numbersOf(kMerge, log_->takeLines()), ElementsAre(146, 150, 147));
+  EXPECT_THAT(numbersIn(wordsUnder("The customisation is left out")),
+              ElementsAre(146, 147, 150, 153));
+}
+
+TEST_F(GuideLogLinesTest, everyOddValueIsExplained) {
+  const auto words = wordsUnder("A value is odd", 0);
+  const auto worst = MyPushAdInfo::createInstance();
+  worst->setEmbed(-1);
+  worst->setDelay(-1);
+  worst->setAdvanceDict(std::nullopt);
+  worst->doCheck();
+  EXPECT_EQ(numbersOf(kCheck, log_->takeLines()), numbersIn(words));
+
+  // What a document can bring about.
+  std::string document = minimal_;
+  const std::map<int, std::pair<std::string, std::string>> values = {
+      {97, {"adid", "0"}},    {100, {"embed", "-1"}}, {101, {"width", "0"}},
+      {102, {"height", "0"}}, {103, {"count", "0"}},  {104, {"delay", "-1"}}};
+  std::vector<int> expected;
+  for (const auto& [number, value] : values) {
+    const auto& [name, text] = value;
+    document = with(document, name, elementOf(name, text));
+    expected.push_back(number);
+    EXPECT_EQ(codeIn(words.at(number)), name);
+  }
+  parse(document)->doCheck();
+  EXPECT_EQ(numbersOf(kCheck, log_->takeLines()), expected);
+  for (const auto& [number, text] : words) {
+    EXPECT_TRUE(values.contains(number) || number == 99 || number >= 105) << number;
+  }
+}
+
+TEST_F(GuideLogLinesTest, aMissingLanguageIsExplained) {
+  parse(minimalHolding("title", "<de>Hallo</de>"))->localizedTitle();
+  EXPECT_EQ(numbersOf(kChoice, log_->takeLines()), numbersIn(wordsUnder("A value is odd", 1)));
+  // An empty element is left out, blanks are a text.
+  EXPECT_EQ(parse(minimalHolding("title", "<en></en><default>Hello</default>"))->localizedTitle(),
+            "Hello");
+  EXPECT_EQ(parse(minimalHolding("title", "<en> </en><default>Hello</default>"))->localizedTitle(),
+            " ");
+  EXPECT_THAT(log_->lines(), IsEmpty());
+}
+
+/// A whole host, with fakes for what lies below it.
+class GuideOtherLinesTest : public testing::Test {
+ protected:
+  GuideOtherLinesTest() {
+    installPlatform(fakes_.services());
+    fakes_.applicationsFolder->contents->push_back({true, "Example Viewer.app"});
+    manager_->configureWithAppBundle(platform().mainBundle);
+    manager_->prepareAndShowAdWithHostView(std::make_shared<FakeView>(),
+                                           MyPushAdFileHostModeWebServer, "https://example.com/");
+  }
+
+  void fetch(const std::string& text) {
+    fakes_.urlSessions->sessions.at(0)->deliver(text);
+    fakes_.urlSessions->sessions.at(0)->complete();
+    fakes_.runLoop->runUntilIdle();
+  }
+
+  FakePlatform fakes_;
+  std::shared_ptr<MyPushAdManager> manager_ = MyPushAdManager::sharedPushAdManager();
+};
+
+/// Whether a line ends in that text, "…" standing for anything.
+bool isLogged(const Lines& lines, const std::string& text) {
+  const std::string gap = "…";
+  const auto cut = text.find(gap);
+  const auto head = text.substr(0, cut);
+  const auto tail = cut == text.npos ? "" : text.substr(cut + gap.size());
+  for (const auto& line : lines) {
+    const auto begin = line.find(head);
+    if (begin != line.npos &&
+        (cut == text.npos ? begin + head.size() == line.size() : line.ends_with(tail))) {
+      return true;
+    }
+  }
+  return false;
+}
+
+TEST_F(GuideOtherLinesTest, theOtherLinesAreWhatAHostLogs) {
+  const Guide guide;
+  const std::string off =
+      std::regex_replace(guide.block("minimal"), std::regex("</push_ad>"),
+                         "<promo_app_name>Example Viewer</promo_app_name></push_ad>");
+  fetch("not XML");
+  fetch(off);
+  fakes_.urlSessions->sessions.at(0)->complete(Error{"no network", 1, ""});
+  fakes_.runLoop->runUntilIdle();
+  const auto controller = MyPushAdViewController::createInstanceWithPushAdMode(MyPushAdModeBanner);
+  controller->view();
+  controller->processAdFilterFeatureIfNeeded(controller->legacyWebView());
+  struct Listener : WebPolicyDecisionListener {
+    void use() override {}
+    void ignore() override {}
+  } listener;
+  for (const auto* address : {"https://example.com/?ls=1", "https://example.com/?zamopenout=1"}) {
+    controller->webViewDecidePolicyForNavigationAction(controller->legacyWebView(), {},
+                                                       *Url::parse(address), {}, listener);
+  }
+  const auto lines = fakes_.log->lines();
+  for (const auto& row : guide.table("Other lines")) {
+    EXPECT_TRUE(isLogged(lines, codesIn(row.at(0)).at(0)))
+        << row.at(0) << " in " << testing::PrintToString(lines);
+  }
+  EXPECT_THAT(lines, Contains(testing::HasSubstr(" 353: ZAM <=> Opening URL:[macappstore:")));
+  EXPECT_THAT(lines, Contains(testing::HasSubstr(" 361: ZAM <=> Opening URL:[https:")));
+}
+
+}  // namespace
+}  // namespace qorix::test

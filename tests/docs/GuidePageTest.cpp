@@ -1,0 +1,233 @@
+#include <cctype>
+#include <memory>
+#include <regex>
+#include <set>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "docs/Guide.h"
+#include "docs/GuideTest.h"
+#include "fakes/FakePlatform.h"
+#include "platform/DomNode.h"
+#include "platform/WebView.h"
+#include "qorix/MyPushAdViewController.h"
+#include "webview/PageScripts.h"
+
+namespace qorix::test {
+namespace {
+
+/// A click on a link: what the address and the clicked element hold.
+struct Click {
+  std::string query = {};
+  std::string className = {};
+  std::string id = {};
+};
+
+/// One line of the guide's table of marks.
+struct Mark {
+  std::string text;
+  std::string place;  // "query", "class" or "id"
+  bool isCaseCounting = false;
+  std::string act;  // what the guide says that it does
+
+  Click click() const { return clickWith(text); }
+  Click clickWith(const std::string& spelling) const {
+    return place == "query"   ? Click{.query = spelling}
+           : place == "class" ? Click{.className = spelling}
+                              : Click{.id = spelling};
+  }
+};
+
+std::string actIn(std::string_view words) {
+  for (const std::string_view act : {"App Store", "browser", "purchase", "closes"}) {
+    if (words.find(act) != words.npos) {
+      return std::string(act);
+    }
+  }
+  return "unknown";
+}
+
+std::string inCapitals(std::string text) {
+  for (char& c : text) {
+    c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+  }
+  return text;
+}
+
+class GuidePageTest : public testing::Test {
+ protected:
+  GuidePageTest() {
+    auto services = fakes_.services();
+    services.workspace = workspace_;
+    installPlatform(std::move(services));
+    controller_->setDelegate(delegate_);
+    controller_->view();
+  }
+
+  std::vector<Mark> marks() const {
+    std::vector<Mark> marks;
+    for (const auto& row : guide_.table("Links and marks")) {
+      const std::string& where = row.at(1);
+      marks.push_back({codeIn(row.at(0)),
+                       where.starts_with("the query")   ? "query"
+                       : where.starts_with("the class") ? "class"
+                                                        : "id",
+                       row.at(2) == "counts", actIn(row.at(3))});
+    }
+    return marks;
+  }
+
+  /// What the library does.
+  std::string actOf(const Click& click) {
+    struct Listener : WebPolicyDecisionListener {
+      void use() override { isUsed = true; }
+      void ignore() override {}
+      bool isUsed = false;
+    } listener;
+    workspace_->opened.clear();
+    delegate_->reports.clear();
+    const auto element = std::make_shared<DomHtmlElement>(click.id, click.className);
+    const Dictionary information = {
+        {kWebActionNavigationTypeKey, 0},
+        {kWebActionElementKey,
+         Dictionary{{kWebElementDomNodeKey, std::shared_ptr<DomNode>(element)}}}};
+    const std::string query = click.query.empty() ? "" : "?" + click.query;
+    controller_->webViewDecidePolicyForNavigationAction(
+        controller_->legacyWebView(), information, *Url::parse("https://example.com/a" + query), {},
+        listener);
+    if (listener.isUsed) {
+      return "followed";
+    }
+    if (!workspace_->opened.empty()) {
+      return workspace_->opened.front().starts_with("macappstore:") ? "App Store" : "browser";
+    }
+    return delegate_->reports.empty() ? "nothing" : delegate_->reports.front();
+  }
+
+  struct RecordingWorkspace : Workspace {
+    void openUrl(const Url& url) override { opened.push_back(url.absoluteString()); }
+    std::vector<std::string> opened;
+  };
+  struct Delegate : MyPushAdViewControllerDelegate {
+    void pushAdViewControllerCloseButtonDidClick(
+        const std::shared_ptr<MyPushAdViewController>& /*controller*/) override {
+      reports.emplace_back("closes");
+    }
+    void pushAdViewControllerOpenIAPButtonDidClickWithURL(
+        const std::shared_ptr<MyPushAdViewController>& /*controller*/,
+        const std::optional<Url>& /*url*/) override {
+      reports.emplace_back("purchase");
+    }
+    std::vector<std::string> reports;
+  };
+
+  const Guide guide_;
+  FakePlatform fakes_;
+  std::shared_ptr<RecordingWorkspace> workspace_ = std::make_shared<RecordingWorkspace>();
+  std::shared_ptr<Delegate> delegate_ = std::make_shared<Delegate>();
+  std::shared_ptr<MyPushAdViewController> controller_ =
+      MyPushAdViewController::createInstanceWithPushAdMode(MyPushAdModeBanner);
+};
+
+TEST_F(GuidePageTest, everyMarkActsAsTheGuideSays) {
+  std::set<std::string> acts;
+  for (const Mark& mark : marks()) {
+    acts.insert(mark.act);
+    EXPECT_EQ(actOf(mark.click()), mark.act) << mark.text;
+    EXPECT_EQ(actOf(mark.clickWith(inCapitals(mark.text))),
+              mark.isCaseCounting ? "followed" : mark.act)
+        << mark.text;
+    EXPECT_EQ(actOf(mark.clickWith("x" + mark.text + "x")),
+              mark.place == "id" ? "followed" : mark.act)
+        << mark.text;
+  }
+  EXPECT_EQ(acts, (std::set<std::string>{"App Store", "browser", "purchase", "closes"}));
+  EXPECT_EQ(actOf({.query = "a=1", .className = "big", .id = "more"}), "followed");
+}
+
+TEST_F(GuidePageTest, noMarkIsLeftOut) {
+  std::multiset<std::string> found;
+  for (const Mark& mark : marks()) {
+    found.insert(mark.act + " by the " + mark.place);
+  }
+  // As the library's tests of a click take them: an address, and a clicked element or none.
+  EXPECT_EQ(found, (std::multiset<std::string>{"App Store by the query", "browser by the query",
+                                               "browser by the class", "purchase by the query",
+                                               "purchase by the class", "closes by the id"}));
+}
+
+TEST_F(GuidePageTest, marksAreFoundInTheirPlacesOnly) {
+  for (const Mark& mark : marks()) {
+    for (const Click& click :
+         {Click{.query = mark.text}, Click{.className = mark.text}, Click{.id = mark.text}}) {
+      const bool isInPlace = mark.place == "query"   ? !click.query.empty()
+                             : mark.place == "class" ? !click.className.empty()
+                                                     : !click.id.empty();
+      // The mark of a class is also the beginning of the query's: "zamopenout=1" in a class.
+      const bool isQueryMarkInClass =
+          mark.place == "query" && !click.className.empty() && mark.text.starts_with("zam");
+      EXPECT_EQ(actOf(click), isInPlace || isQueryMarkInClass ? mark.act : "followed") << mark.text;
+    }
+  }
+}
+
+TEST_F(GuidePageTest, theUpperMarkWins) {
+  const auto all = marks();
+  for (std::size_t upper = 0; upper < all.size(); ++upper) {
+    for (std::size_t lower = upper + 1; lower < all.size(); ++lower) {
+      const Click first = all[upper].click();
+      const Click second = all[lower].click();
+      EXPECT_EQ(actOf({.query = second.query + "&" + first.query,
+                       .className = second.className + " " + first.className,
+                       .id = second.id + first.id}),
+                all[upper].act)
+          << all[upper].text << " and " << all[lower].text;
+    }
+  }
+}
+
+TEST_F(GuidePageTest, theCloseControlAndTheFunctionsAreThoseOfTheLibrary) {
+  EXPECT_EQ(marks().back().text, kCloseControlId);
+  std::set<std::string> inGuide;
+  for (const auto& row : guide_.table("The script bridge")) {
+    inGuide.insert(codeIn(row.at(0)));
+  }
+  std::set<std::string> inScripts;
+  const std::regex function("cocoa_\\w+(?=[()])");
+  for (const std::string& script :
+       {std::string(kFilterSupportScript), std::string(kListPromoAppsScript),
+        postPromoAppInfoScript("", "[]", "[]")}) {
+    for (std::sregex_iterator each(script.begin(), script.end(), function), end; each != end;
+         ++each) {
+      inScripts.insert(each->str());
+    }
+  }
+  EXPECT_EQ(inScripts, inGuide);
+}
+
+TEST_F(GuidePageTest, theLimitsOfThePagesListAreThoseOfTheLibrary) {
+  const std::string text = textOfFile(QORIX_GUIDE);
+  std::smatch bytes;
+  std::smatch seconds;
+  ASSERT_TRUE(std::regex_search(text, bytes, std::regex("longer than (\\d+) bytes")));
+  ASSERT_TRUE(std::regex_search(text, seconds, std::regex("for more than (\\d+) seconds")));
+  EXPECT_DOUBLE_EQ(std::stod(seconds[1]), kScriptTimeLimit);
+
+  const auto answerTo = [&](const std::string& list) {
+    const auto webView = std::make_shared<FakeWebView>();
+    webView->page = [list](const std::string& script) {
+      return script == kListPromoAppsScript   ? list
+             : script == kFilterSupportScript ? std::string("support")
+                                              : std::string();
+    };
+    controller_->processAdFilterFeatureIfNeeded(webView);
+    return webView->scripts.back();
+  };
+  const std::string longest(std::stoul(bytes[1]), 'a');
+  EXPECT_EQ(answerTo(longest), postPromoAppInfoScript("", "['" + longest + "']", "['0']"));
+  EXPECT_EQ(answerTo(longest + "a"), postPromoAppInfoScript("", "[]", "[]"));
+}
+
+}  // namespace
+}  // namespace qorix::test
