@@ -1,6 +1,7 @@
 # Writes the source that holds the time of the build. usage: cmake -D OUTPUT=FILE -P BuildStamp.cmake
 #
-# The time is the clock's, in the local zone, or that of SOURCE_DATE_EPOCH, in UTC.
+# The time is the clock's, in the local zone, or that of SOURCE_DATE_EPOCH, in UTC. What the build was
+# CONFIGURED_FOR is not read: it makes another command of this one, which is then run again.
 
 if(NOT "$ENV{SOURCE_DATE_EPOCH}" STREQUAL "")
   set(zone UTC)

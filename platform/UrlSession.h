@@ -32,7 +32,7 @@ class UrlSession {
   /// the network.
   virtual ~UrlSession() = default;
 
-  /// Starts one plain GET that by-passes every cache and follows redirects (from https only to
+  /// Starts one plain GET that bypasses every cache and follows redirects (from https only to
   /// https), and returns at once. The task ends with an error after 60 seconds without data; there
   /// is no limit on the whole. Any thread.
   virtual void startDataTask(const Url& url) = 0;

@@ -1,12 +1,12 @@
 #!/usr/bin/env python3
-"""Shows the library at its main job. usage: demo.py BUILD [--cloud] (./run demo calls it so)
+"""Shows the library at its main job. usage: demo.py BUILD [OPTION]... (./run demo calls it so)
 
 Starts the sample server with the sample document and the sample host twice: as the editor, which is
 to show a banner, and as the viewer, which is to show the pop-up window. With a display both stay until
 their windows are closed. Without one it brings a display of its own, looks for each advertisement on
 it, saves BUILD/demo/banner.png and BUILD/demo/popup.png, and succeeds only if both were seen.
 
-With --cloud the server is a cloud service and the hosts read the document from its record.
+With --folder it keeps its files there in place of BUILD/demo. With --cloud the server is a cloud service and the hosts read the document from its record.
 """
 
 import argparse
@@ -247,12 +247,13 @@ def stop(*_):
 def main():
     parser = argparse.ArgumentParser(prog="./run demo")
     parser.add_argument("build", type=Path, help=argparse.SUPPRESS)
+    parser.add_argument("--folder", type=Path, help=argparse.SUPPRESS)
     parser.add_argument("--cloud", action="store_true", help="from a cloud record instead of a URL")
     arguments = parser.parse_args()
     build = arguments.build.resolve()
-    folder = build / "demo"
+    folder = (arguments.folder or build / "demo").resolve()
     shutil.rmtree(folder, ignore_errors=True)  # with the counts of earlier showings
-    folder.mkdir()
+    folder.mkdir(parents=True)
     documents = Path(__file__).resolve().parent.parent / "documents"
     has_display = bool(os.environ.get("DISPLAY"))
     signal.signal(signal.SIGTERM, stop)

@@ -1,5 +1,6 @@
 #include "CloudRecords.h"
 
+#include <charconv>
 #include <nlohmann/json.hpp>
 #include <set>
 #include <utility>
@@ -104,8 +105,11 @@ Query readQuery(const std::string& body) {
 std::string decoded(const std::string& text) {
   std::string result;
   for (std::size_t i = 0; i < text.size(); ++i) {
-    if (text[i] == '%' && i + 2 < text.size()) {
-      result += static_cast<char>(std::stoi(text.substr(i + 1, 2), nullptr, 16));
+    unsigned char byte = 0;
+    const char* digits = text.data() + i + 1;
+    if (text[i] == '%' && i + 2 < text.size() &&
+        std::from_chars(digits, digits + 2, byte, 16).ptr == digits + 2) {
+      result += static_cast<char>(byte);
       i += 2;
     } else {
       result += text[i];
@@ -145,38 +149,40 @@ std::string CloudRecords::queryPath() const {
 }
 
 CloudRecords::Answer CloudRecords::answer(const Request& request) const {
-  if (request.path != queryPath()) {
+  const std::size_t mark = request.target.find('?');
+  const std::string query = mark == std::string::npos ? "" : request.target.substr(mark + 1);
+  if (request.target.substr(0, mark) != queryPath()) {
     return errorAnswer({404, "NOT_FOUND", "there is no such container, environment or operation"});
   }
   if (request.method != "POST") {
     return errorAnswer({405, "BAD_REQUEST", "queries are posted"});
   }
   const std::string tokenName = "ckAPIToken=";
-  if (!request.query.starts_with(tokenName)) {
+  if (!query.starts_with(tokenName)) {
     return errorAnswer({401, "AUTHENTICATION_FAILED", "no auth method found"});
   }
-  if (decoded(request.query.substr(tokenName.size())) != token_) {
+  if (decoded(query.substr(tokenName.size())) != token_) {
     return errorAnswer({401, "AUTHENTICATION_FAILED", "unknown API token"});
   }
   if (request.contentType != "application/json") {
     return errorAnswer({400, "BAD_REQUEST", "the body must be application/json"});
   }
   try {
-    const Query query = readQuery(request.body);
+    const Query asked = readQuery(request.body);
     std::vector<json> matches;
     for (std::size_t i = 0; i < records_.size(); ++i) {
-      const auto field = records_[i].texts.find(query.fieldName);
-      if (records_[i].type == query.recordType && field != records_[i].texts.end() &&
-          field->second == query.fieldValue) {
+      const auto field = records_[i].texts.find(asked.fieldName);
+      if (records_[i].type == asked.recordType && field != records_[i].texts.end() &&
+          field->second == asked.fieldValue) {
         matches.push_back(recordObject(records_[i], i));
       }
     }
     json page = {{"records", json::array()}};
-    for (std::size_t i = query.first; i < matches.size() && i < query.first + pageSize_; ++i) {
+    for (std::size_t i = asked.first; i < matches.size() && i < asked.first + pageSize_; ++i) {
       page["records"].push_back(matches[i]);
     }
-    if (query.first + pageSize_ < matches.size()) {
-      page["continuationMarker"] = kMarkerPrefix + std::to_string(query.first + pageSize_);
+    if (asked.first + pageSize_ < matches.size()) {
+      page["continuationMarker"] = kMarkerPrefix + std::to_string(asked.first + pageSize_);
     }
     return {200, page.dump()};
   } catch (const Refusal& refusal) {

@@ -22,8 +22,7 @@ class CloudRecords {
   };
   struct Request {
     std::string method;
-    std::string path;
-    std::string query;  // what follows the "?"
+    std::string target;  // path and query as sent
     std::string contentType;
     std::string body;
   };

@@ -120,14 +120,15 @@ void waitForStop(int signals) {
 CloudRecords recordsOf(const Options& options, int port) {
   CloudRecords records(*options.cloudContainer, options.cloudEnvironment, options.cloudToken);
   for (const auto& entry : std::filesystem::directory_iterator(options.folder)) {
-    if (entry.path().extension() == ".xml") {
+    if (entry.path().extension() == ".xml" && entry.is_regular_file()) {
       const std::string name = entry.path().stem().string();
-      records.add({.type = "macadfiles",
-                   .texts = {{"filename", name}},
-                   .assets = {{"filecontents",
-                               {.downloadUrl = "http://127.0.0.1:" + std::to_string(port) +
-                                               "/assets/" + name + "/${f}?o=1",
-                                .size = std::filesystem::file_size(entry.path())}}}});
+      records.add(
+          {.type = "macadfiles",
+           .texts = {{"filename", name}},
+           .assets = {{"filecontents",
+                       {.downloadUrl = "http://127.0.0.1:" + std::to_string(port) + "/assets/" +
+                                       httplib::detail::encode_query_param(name) + "/${f}?o=1",
+                        .size = std::filesystem::file_size(entry.path())}}}});
     }
   }
   return records;
@@ -137,8 +138,7 @@ void serveRecords(httplib::Server& server, const Options& options, const int& po
   server.Post("/database/.*", [&](const httplib::Request& request, httplib::Response& response) {
     const auto answer = recordsOf(options, port)
                             .answer({.method = request.method,
-                                     .path = request.path,
-                                     .query = request.target.substr(request.target.find('?') + 1),
+                                     .target = request.target,
                                      .contentType = request.get_header_value("Content-Type"),
                                      .body = request.body});
     response.status = answer.status;

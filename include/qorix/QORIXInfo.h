@@ -10,8 +10,9 @@ class QORIXInfo {
   QORIXInfo() = delete;
 
   /// One line with the internal version, which is independent of `QORIXVersionNumber`, and the
-  /// build's date and time: "{QORIXFramework Info: QORIXFrameworkInternalVersion=25.3.0, QORIX
-  /// compile on [Jan  5 2024 - 09:41:07]}". Any thread.
+  /// build's date and time. Any thread.
+  ///
+  /// {QORIXFramework Info: QORIXFrameworkInternalVersion=25.3.0, QORIX compile on [...]}
   static std::string frameworkInfoString();
 };
 

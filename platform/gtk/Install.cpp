@@ -11,6 +11,7 @@
 #include "platform/linux/CloudKitContainers.h"
 #include "platform/linux/CurlUrlSession.h"
 #include "platform/linux/DesktopEntryRegistry.h"
+#include "platform/linux/HttpQueue.h"
 #include "platform/linux/LinuxApplicationsFolder.h"
 #include "platform/linux/LinuxBundle.h"
 #include "platform/linux/SqliteUserDefaults.h"
@@ -46,16 +47,17 @@ CloudKitContainerFactory::Options cloudOptions(const InstallOptions& options) {
 }  // namespace
 
 void install(const InstallOptions& options) {
-  Platform services;
-  services.urlSessions = std::make_shared<CurlUrlSessionFactory>();
-  // Behind the sessions: when the process ends, what was made last goes first, and their threads
-  // can only be ended once nobody waits for the loop any more.
+  // Before the run loop: when the process ends, what was made last goes first, and the threads that
+  // fetch can only be ended once none of them waits for the loop any more.
+  HttpQueue::prepare();
   const auto runLoop = std::make_shared<MainContextRunLoop>();
+  Platform services;
   services.log = std::make_shared<StandardErrorLog>();
   services.standardUserDefaults = settingsFor(options, services.log);
   services.mainRunLoop = runLoop;
   services.mainBundle = hostBundle(options.bundleIdentifier);
   services.libraryBundle = libraryBundle();
+  services.urlSessions = std::make_shared<CurlUrlSessionFactory>();
   services.cloudContainers = std::make_shared<CloudKitContainerFactory>(cloudOptions(options));
   services.applicationsFolder =
       std::make_shared<LinuxApplicationsFolder>(options.applicationsDirectory);

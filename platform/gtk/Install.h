@@ -32,7 +32,8 @@ struct InstallOptions {
   /// The cloud container with the document, "iCloud." and a reverse-DNS name, likewise.
   std::string defaultCloudContainerIdentifier = {};
 
-  /// Where cloud containers are reached; https. Empty keeps the public service.
+  /// Where cloud containers are reached: https, or http for a server of one's own. Empty keeps the
+  /// public service.
   std::string cloudServiceAddress = {};
 
   /// "development" or "production"; empty is production.

@@ -21,8 +21,7 @@ std::string escaped(const std::string& text) {
 
 bool isServiceAddress(const std::string& address) {
   const auto url = Url::parse(address);
-  return url && (url->scheme() == "https" || url->scheme() == "http") &&
-         address.find_first_of("?#") == address.npos;
+  return url && cloudkit::isHttpOrHttps(*url) && address.find_first_of("?#") == address.npos;
 }
 
 /// Where the queries of a container's public database go.
@@ -70,7 +69,7 @@ std::shared_ptr<CloudContainer> CloudKitContainerFactory::containerWithIdentifie
     return nullptr;
   }
   if (!isServiceAddress(options_.serviceAddress)) {
-    logLine("The cloud service's address is none: " + options_.serviceAddress);
+    logLine("The cloud service's address cannot be used: " + options_.serviceAddress);
     return nullptr;
   }
   if (options_.environment != "development" && options_.environment != "production") {

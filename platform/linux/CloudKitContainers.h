@@ -24,7 +24,7 @@ class CloudKitContainerFactory : public CloudContainerFactory {
 
   explicit CloudKitContainerFactory(Options options);
 
-  /// Null also, after one log line, when the service's address or the environment is none.
+  /// Null also, after one log line, when the service's address or the environment cannot be used.
   std::shared_ptr<CloudContainer> containerWithIdentifier(const std::string& identifier) override;
 
  private:

@@ -2,6 +2,8 @@
 
 #include <utf8.h>
 
+#include <algorithm>
+#include <cctype>
 #include <nlohmann/json.hpp>
 #include <utility>
 
@@ -13,6 +15,7 @@ using nlohmann::json;
 
 constexpr const char* kAssetType = "ASSETID";
 constexpr int kOk = 200;
+constexpr int kMostDepth = 32;
 
 /// The member of that name; null when there is none or `parent` is no object. Nothing is copied: a
 /// copy of a hostile answer could be too deep for the stack.
@@ -40,6 +43,11 @@ Value plainValue(const json& value) {
     return value.get<double>();
   }
   return value.is_number() ? Value(value.get<std::int64_t>()) : Value();
+}
+
+bool hasScheme(const Url& url, std::string_view scheme) {
+  return std::ranges::equal(url.scheme(), scheme, {},
+                            [](unsigned char c) { return std::tolower(c); });
 }
 
 /// Enough of a text for one line of a log.
@@ -146,7 +154,11 @@ std::string queryBody(const CloudQuery& query,
 }
 
 std::variant<Page, Error> readAnswer(int status, std::string_view body) {
-  const json answer = json::parse(body, nullptr, /*allow_exceptions=*/false);
+  // What lies deeper is left out, and costs no memory.
+  const auto isWanted = [](int depth, json::parse_event_t, const json&) {
+    return depth < kMostDepth;
+  };
+  const json answer = json::parse(body, isWanted, /*allow_exceptions=*/false);
   if (auto fault = serverError(answer, status)) {
     return *std::move(fault);
   }
@@ -159,18 +171,20 @@ std::variant<Page, Error> readAnswer(int status, std::string_view body) {
   return readPage(answer);
 }
 
-std::optional<Url> downloadAddress(const AssetLocation& asset, const Url& service) {
+bool isHttpOrHttps(const Url& url) { return hasScheme(url, "https") || hasScheme(url, "http"); }
+
+std::variant<Url, Error> assetAddress(std::string downloadUrl, const Url& service) {
   constexpr std::string_view kFileNamePlace = "${f}";
   constexpr std::string_view kFileName = "asset";
-  std::string address = asset.downloadUrl.value_or("");
-  for (auto place = address.find(kFileNamePlace); place != address.npos;
-       place = address.find(kFileNamePlace, place + kFileName.size())) {
-    address.replace(place, kFileNamePlace.size(), kFileName);
+  for (auto place = downloadUrl.find(kFileNamePlace); place != downloadUrl.npos;
+       place = downloadUrl.find(kFileNamePlace, place + kFileName.size())) {
+    downloadUrl.replace(place, kFileNamePlace.size(), kFileName);
   }
-  const auto url = Url::parse(address);
-  const bool isUsable =
-      url && (url->scheme() == "https" || (url->scheme() == "http" && service.scheme() == "http"));
-  return isUsable ? url : std::nullopt;
+  const auto url = Url::parse(downloadUrl);
+  if (url && isHttpOrHttps(*url) && (hasScheme(*url, "https") || !hasScheme(service, "https"))) {
+    return *url;
+  }
+  return error(kOk, "an asset's address cannot be used: " + std::string(excerpt(downloadUrl)));
 }
 
 }  // namespace qorix::cloudkit

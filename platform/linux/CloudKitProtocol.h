@@ -38,7 +38,7 @@ struct Page {
   std::optional<std::string> continuationMarker;
 };
 
-/// The error of an answer that is none: too large, from nowhere, not understood.
+/// The error for an answer that cannot be used.
 Error error(int status, std::string description);
 
 /// The body of the request for the page behind `continuationMarker`, or for the first.
@@ -48,8 +48,11 @@ std::string queryBody(const CloudQuery& query,
 /// Reads an answer with that HTTP status. A page with a record that could not be read is an error.
 std::variant<Page, Error> readAnswer(int status, std::string_view body);
 
-/// The address of an asset: a place for a file name of our choice is filled. Nothing when the
-/// service has given none that can be used; an asset of a service on https is on https.
-std::optional<Url> downloadAddress(const AssetLocation& asset, const Url& service);
+/// Whether a service or its assets can be there.
+bool isHttpOrHttps(const Url& url);
+
+/// The whole address of an asset with that `downloadUrl`: the place for a file name of the reader's
+/// choice is filled. An error when it cannot be used; an asset of a service on https is on https.
+std::variant<Url, Error> assetAddress(std::string downloadUrl, const Url& service);
 
 }  // namespace qorix::cloudkit

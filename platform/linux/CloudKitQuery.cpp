@@ -12,11 +12,13 @@ namespace qorix {
 namespace {
 
 // Far beyond what anybody publishes, and little enough for a host's memory and patience.
-constexpr std::size_t kMostBytesOfAnAnswer = std::size_t{16} << 20;
+constexpr std::size_t kMostBytesOfPages = std::size_t{16} << 20;  // of all pages
 constexpr std::size_t kMostPages = 1000;
 constexpr std::size_t kMostAssets = 16;
+constexpr std::uint64_t kMostBytesOfAnAsset = std::uint64_t{64} << 20;
 
 constexpr int kOk = 200;
+constexpr const char* kTooLarge = "an asset is too large";
 
 Error unusable(const std::string& description) { return cloudkit::error(kOk, description); }
 
@@ -75,9 +77,10 @@ void CloudKitQuery::start(HttpRequest request, std::function<void(int status)> e
 
 void CloudKitQuery::requestPage(const std::optional<std::string>& continuationMarker) {
   const auto body = std::make_shared<std::string>();
-  const auto receive = [this, body](std::string_view bytes, int /*status*/) {
-    if (body->size() + bytes.size() > kMostBytesOfAnAnswer) {
-      ownError_ = unusable("the cloud service's answer is too long");
+  const auto receive = [this, body](std::string_view bytes, int status) {
+    pageBytes_ += bytes.size();
+    if (pageBytes_ > kMostBytesOfPages) {
+      ownError_ = cloudkit::error(status, "the cloud service's answer is too long");
       return false;
     }
     body->append(bytes);
@@ -139,9 +142,13 @@ void CloudKitQuery::fetchNextAsset() {
   }
   asset_ = std::move(assets_.back());
   assets_.pop_back();
-  const auto address = cloudkit::downloadAddress(asset_->location, address_);
-  if (!address) {
-    fail(unusable("an asset's address cannot be used: " + *asset_->location.downloadUrl));
+  const auto address = cloudkit::assetAddress(*asset_->location.downloadUrl, address_);
+  if (const auto* error = std::get_if<Error>(&address)) {
+    fail(*error);
+    return;
+  }
+  if (asset_->location.size.value_or(0) > kMostBytesOfAnAsset) {
+    fail(unusable(kTooLarge));
     return;
   }
   asset_->file = PrivateFile::create();
@@ -149,7 +156,7 @@ void CloudKitQuery::fetchNextAsset() {
     fail(unusable(std::string("no file can be made for an asset: ") + std::strerror(errno)));
     return;
   }
-  start({.url = *address,
+  start({.url = std::get<Url>(address),
          .receive = [this](std::string_view bytes,
                            int status) { return receiveAsset(bytes, status); }},
         [this](int status) { checkAsset(status); });
@@ -159,6 +166,8 @@ bool CloudKitQuery::receiveAsset(std::string_view bytes, int status) {
   asset_->size += bytes.size();
   if (status != kOk) {
     ownError_ = badStatus(status);
+  } else if (asset_->size > kMostBytesOfAnAsset) {
+    ownError_ = unusable(kTooLarge);
   } else if (asset_->size > asset_->location.size.value_or(asset_->size)) {
     ownError_ = unusable("an asset is longer than its record says");
   } else if (!asset_->file->append(bytes)) {

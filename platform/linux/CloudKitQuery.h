@@ -43,6 +43,7 @@ class CloudKitQuery : public std::enable_shared_from_this<CloudKitQuery> {
   const CloudQuery query_;
   CloudDatabase::Completion completion_;
   std::size_t pages_ = 0;
+  std::size_t pageBytes_ = 0;  // of all pages
   std::vector<std::shared_ptr<CloudRecord>> records_;
   std::vector<std::shared_ptr<Asset>> assets_;  // of the last record, those still to be fetched
   std::shared_ptr<Asset> asset_;                // the one that is being fetched

@@ -268,7 +268,9 @@ class Engine {
       startTransfers();
       int running = 0;
       curl_multi_perform(multi_.get(), &running);
-      endFinished();
+      if (endFinished()) {
+        continue;  // that may have taken long: read what has come before judging who is idle
+      }
       const int milliseconds = endIdle();
       curl_multi_poll(multi_.get(), nullptr, 0, milliseconds, nullptr);
     }
@@ -287,14 +289,18 @@ class Engine {
     }
   }
 
-  void endFinished() {
+  /// False when there was nothing to end.
+  bool endFinished() {
+    bool hasEnded = false;
     int left = 0;
     while (const CURLMsg* message = curl_multi_info_read(multi_.get(), &left)) {
       const CURLcode code = message->data.result;
       Transfer* transfer = nullptr;
       curl_easy_getinfo(message->easy_handle, CURLINFO_PRIVATE, &transfer);
       take(transfer)->complete(code);
+      hasEnded = true;
     }
+    return hasEnded;
   }
 
   /// Ends what has been idle for too long; answers how many milliseconds the rest may wait.
@@ -421,6 +427,9 @@ class HttpQueue::Implementation {
     const std::lock_guard lock(mutex_);
     if (!isStarted_) {
       isStarted_ = Workers::shared().start(channel_, options_);
+    }
+    if (!isStarted_) {
+      channel_->takeRequests();
     }
   }
 

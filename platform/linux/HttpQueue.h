@@ -19,8 +19,9 @@ struct HttpOptions {
   std::string certificateAuthorityFile = {};
 };
 
-/// One request over HTTP or HTTPS. Keeps no cookies, cache or credentials, and by-passes every
-/// cache. The functions are called on the queue's thread and released there.
+/// One request over HTTP or HTTPS. Keeps no cookies, cache or credentials, and bypasses every
+/// cache. Both functions are required; they are called on the queue's thread, which has nothing
+/// else to do meanwhile: a call may take long, but the queue's other requests wait for it.
 struct HttpRequest {
   Url url;
   /// What is sent, with POST; without it the request is a GET.
@@ -54,7 +55,8 @@ class HttpQueue {
   /// Sets libcurl up without making a queue.
   static void prepare();
 
-  /// Returns at once. Any thread.
+  /// Returns at once. Any thread. When no thread can be made, that is logged, and the request is
+  /// let go of without a call.
   void start(HttpRequest request);
 
  private:

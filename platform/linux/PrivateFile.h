@@ -7,8 +7,8 @@
 
 namespace qorix {
 
-/// A file that nobody else can open by a name: it has none, and its bytes go with the object,
-/// however the process ends. For one thread at a time.
+/// A file without a name, which nobody else can find. Its bytes go with the object, however the
+/// process ends. For one thread at a time.
 class PrivateFile {
  public:
   /// A new, empty file in the folder for temporary files (TMPDIR, else /tmp); nothing, with the

@@ -1,6 +1,6 @@
 #include <gmock/gmock.h>
-#include <unistd.h>
 
+#include <atomic>
 #include <filesystem>
 #include <fstream>
 #include <thread>
@@ -8,6 +8,7 @@
 #include "fakes/FakeCloudContainer.h"
 #include "fakes/FakePlatform.h"
 #include "qorix/MyPushAdCloudManager.h"
+#include "support/TemporaryFolder.h"
 
 namespace qorix {
 namespace {
@@ -33,6 +34,7 @@ std::shared_ptr<CloudRecord> fileContents(Value value) {
 struct RecordingDelegate : MyPushAdDownloadDelegate {
   void downloadFailedWithError(const Error& error) override {
     outcomes.push_back(error.domain + " " + std::to_string(error.code));
+    calledOn = std::this_thread::get_id();
   }
   void downloadSuccessfullyWithString(const std::string& text) override {
     outcomes.push_back("text " + text);
@@ -44,8 +46,6 @@ struct RecordingDelegate : MyPushAdDownloadDelegate {
 
 class CloudSourceTest : public ::testing::Test {
  public:
-  ~CloudSourceTest() override { std::filesystem::remove_all(folder_); }
-
  protected:
   CloudSourceTest() {
     factory_->container = std::make_shared<FakeCloudContainer>();
@@ -59,15 +59,14 @@ class CloudSourceTest : public ::testing::Test {
   /// The query's outcome arrives on a thread of the database's own.
   void complete(const std::optional<Records>& records, const std::optional<Error>& error) {
     std::thread worker = database_->answer(records, error);
-    fakes_.runLoop->waitForWork(10);
+    EXPECT_TRUE(fakes_.runLoop->waitForWork(10)) << "nothing reaches the main thread";
     worker.join();
   }
 
   std::shared_ptr<CloudRecord> recordWithFile(const std::string& bytes) {
-    std::filesystem::create_directories(folder_);
-    const auto path = folder_ / std::to_string(++files_);
+    const std::string path = folder_ / std::to_string(++files_);
     std::ofstream(path, std::ios::binary) << bytes;
-    return fileContents(std::make_shared<FakeCloudAsset>(Url::fileUrl(path.string())));
+    return fileContents(std::make_shared<FakeCloudAsset>(Url::fileUrl(path)));
   }
 
   std::vector<std::string> outcomesOf(const std::optional<Records>& records) {
@@ -83,8 +82,7 @@ class CloudSourceTest : public ::testing::Test {
   std::shared_ptr<RecordingDelegate> delegate_ = std::make_shared<RecordingDelegate>();
   std::shared_ptr<MyPushAdCloudManager> source_ =
       MyPushAdCloudManager::createInstanceWithCloudContainerId("iCloud.com.example.ads");
-  const std::filesystem::path folder_ =
-      std::filesystem::temp_directory_path() / ("qorix cloud " + std::to_string(::getpid()));
+  const TemporaryFolder folder_;
   int files_ = 0;
 };
 
@@ -114,6 +112,7 @@ TEST_F(CloudSourceTest, aQueryErrorIsLoggedAndPassedOn) {
   source_->downloadAdFileAsync();
   complete(std::nullopt, Error{"cloud", 7, "rate limited"});
   EXPECT_THAT(delegate_->outcomes, ElementsAre("cloud 7"));
+  EXPECT_EQ(delegate_->calledOn, std::this_thread::get_id());
   EXPECT_THAT(fakes_.log->lines(), ElementsAre(check("queryAndHandleAdFileWithFileName:", 123,
                                                      "The Cloud Query Error:rate limited")));
 }
@@ -195,6 +194,39 @@ TEST_F(CloudSourceTest, aRunningQueryKeepsTheSourceAlive) {
   EXPECT_FALSE(watch.expired());
   complete(Records{recordWithFile("text")}, std::nullopt);
   EXPECT_THAT(delegate_->outcomes, ElementsAre("text text"));
+}
+
+TEST_F(CloudSourceTest, anOutcomeAndItsThreadWaitAsLongAsAMenuIsTracked) {
+  for (const bool isError : {false, true}) {
+    fakes_.runLoop->setTracksMenu(true);
+    source_->downloadAdFileAsync();
+    auto answer = std::move(database_->completions.back());
+    std::atomic<bool> hasReturned = false;
+    std::thread worker([&] {
+      if (isError) {
+        answer(std::nullopt, Error{"cloud", 7, "rate limited"});
+      } else {
+        answer(Records{recordWithFile("text")}, std::nullopt);
+      }
+      hasReturned = true;
+    });
+    EXPECT_TRUE(fakes_.runLoop->waitForWork(10));
+    EXPECT_THAT(delegate_->outcomes, IsEmpty());
+    EXPECT_FALSE(hasReturned);
+    fakes_.runLoop->setTracksMenu(false);
+    fakes_.runLoop->runUntilIdle();
+    worker.join();
+    EXPECT_EQ(delegate_->outcomes.size(), 1U);
+    delegate_->outcomes.clear();
+  }
+}
+
+TEST_F(CloudSourceTest, aDelegateThatIsGoneHearsNothing) {
+  source_->downloadAdFileAsync();
+  delegate_.reset();
+  complete(Records{recordWithFile("text")}, std::nullopt);
+  source_->downloadAdFileAsync();
+  complete(std::nullopt, Error{"cloud", 7, "rate limited"});
 }
 
 TEST_F(CloudSourceTest, retriesOnceAfterTheDelay) {

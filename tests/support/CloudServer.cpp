@@ -19,13 +19,10 @@ int countTargets(const LoopbackServer& server, const std::string& beginning) {
 CloudServer::CloudServer(LoopbackServer::Security security, const std::string& environment)
     : server_(security), records_(kContainer, environment, kToken) {
   const auto answerQuery = [this](const LoopbackServer::Request& request) {
-    const auto mark = request.target.find('?');
-    const auto answer = records_.answer(
-        {.method = request.method,
-         .path = request.target.substr(0, mark),
-         .query = mark == std::string::npos ? std::string() : request.target.substr(mark + 1),
-         .contentType = request.header("content-type"),
-         .body = request.body});
+    const auto answer = records_.answer({.method = request.method,
+                                         .target = request.target,
+                                         .contentType = request.header("content-type"),
+                                         .body = request.body});
     return LoopbackServer::Answer{.status = answer.status,
                                   .headers = {{"Content-Type", "application/json"}},
                                   .body = {answer.body}};

@@ -10,7 +10,7 @@
 namespace qorix {
 
 /// A cloud service on loopback with one container, whose public database refuses what the real one
-/// refuses. Records are added before the first query.
+/// refuses. Records are never added while a query is under way.
 class CloudServer {
  public:
   static constexpr const char* kContainer = "iCloud.com.example.ads";

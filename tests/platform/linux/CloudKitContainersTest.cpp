@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <array>
 #include <atomic>
@@ -10,6 +11,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <future>
 #include <iterator>
 #include <limits>
 #include <nlohmann/json.hpp>
@@ -30,6 +32,7 @@ using Security = LoopbackServer::Security;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
+using namespace std::string_literals;
 
 std::shared_ptr<CloudAsset> assetOf(const std::shared_ptr<CloudRecord>& record) {
   return record->objectForKey("filecontents").object<CloudAsset>();
@@ -79,6 +82,7 @@ class CloudKitTest : public ::testing::Test {
          {"http_proxy", "https_proxy", "HTTPS_PROXY", "all_proxy", "ALL_PROXY"}) {
       ::unsetenv(name);
     }
+    outerFolder_ = std::filesystem::temp_directory_path();
     ::setenv("TMPDIR", folder_.path().c_str(), 1);
     Platform services = nullPlatform();
     services.log = log_;
@@ -86,6 +90,8 @@ class CloudKitTest : public ::testing::Test {
     options_.serviceAddress = cloud_.server().url("");
     options_.apiToken = CloudServer::kToken;
   }
+
+  ~CloudKitTest() override { ::setenv("TMPDIR", outerFolder_.c_str(), 1); }
 
   QueryOutcome query() {
     const auto container =
@@ -119,14 +125,29 @@ class CloudKitTest : public ::testing::Test {
     return error();
   }
 
+  /// Returns when a query of another queue has ended at the idle limit.
+  void queryThatTakesTheIdleLimit(CloudServer& silent) {
+    auto options = options_;
+    options.serviceAddress = silent.server().url("");
+    PendingQuery query;
+    CloudKitContainerFactory(options)
+        .containerWithIdentifier(CloudServer::kContainer)
+        ->publicCloudDatabase()
+        ->performQuery(CloudServer::adFileQuery(), query.completion());
+    const auto outcome = query.wait();
+    EXPECT_TRUE(outcome && outcome->error);
+  }
+
   void expectError(const Error& error, const std::string& domain, int code,
                    const std::string& description) {
     EXPECT_EQ(error.domain, domain);
     EXPECT_EQ(error.code, code);
     EXPECT_THAT(error.description, HasSubstr(description));
+    EXPECT_NE(error.description, "");
   }
 
   const TemporaryFolder folder_;
+  std::string outerFolder_;
   const std::shared_ptr<RecordingLog> log_ = std::make_shared<RecordingLog>();
   CloudServer cloud_;
   CloudKitContainerFactory::Options options_;
@@ -165,7 +186,8 @@ TEST_F(CloudKitTest, theServersOwnErrorsSayWhatWasWrong) {
 TEST_F(CloudKitTest, theEnvironmentIsPartOfTheAddress) {
   CloudServer development(Security::plain, "development");
   development.addAdFile("text");
-  options_.serviceAddress = development.server().url("/");  // a slash at the end does no harm
+  // Neither a slash at the end nor capitals do any harm.
+  options_.serviceAddress = development.server().url("/", "HTTP");
   options_.environment = "development";
   EXPECT_EQ(records().size(), 1U);
 }
@@ -196,8 +218,8 @@ TEST_F(CloudKitTest, anAddressThatIsNoneIsLogged) {
     options_.serviceAddress = address;
     EXPECT_EQ(CloudKitContainerFactory(options_).containerWithIdentifier("iCloud.com.example"),
               nullptr);
-    EXPECT_THAT(log_->takeLines(),
-                ElementsAre("The cloud service's address is none: " + options_.serviceAddress));
+    EXPECT_THAT(log_->takeLines(), ElementsAre("The cloud service's address cannot be used: " +
+                                               options_.serviceAddress));
   }
 }
 
@@ -291,12 +313,13 @@ TEST_F(CloudKitTest, aRecordWithoutFieldsHasNone) {
 // Assets.
 
 TEST_F(CloudKitTest, anAssetIsAPrivateFileAsLongAsItsRecordLives) {
-  cloud_.addAdFile("caf\xE9 \xFF\0 not UTF-8");
+  const auto bytes = "caf\xE9 \xFF\0 not UTF-8"s;
+  cloud_.addAdFile(bytes);
   auto all = records();
   ASSERT_EQ(all.size(), 1U);
   const std::string path = pathOf(*assetOf(all[0]));
-  EXPECT_EQ(contents(path), "caf\xE9 \xFF\0 not UTF-8");
-  EXPECT_EQ(contents(path), "caf\xE9 \xFF\0 not UTF-8") << "a second look finds the same";
+  EXPECT_EQ(contents(path), bytes);
+  EXPECT_EQ(contents(path), bytes) << "a second look finds the same";
   struct ::stat status {};
   ASSERT_EQ(::stat(path.c_str(), &status), 0);
   EXPECT_EQ(status.st_mode & 0777, 0600U);
@@ -401,6 +424,26 @@ TEST_F(CloudKitTest, anAssetsAddressThatIsNoneIsAnError) {
   }
 }
 
+TEST_F(CloudKitTest, aLongAddressIsCutInTheError) {
+  const std::string address = "nowhere " + std::string(2000, 'x');
+  cloud_.setAnswer({.body = {R"({"records": [{"fields": {"filecontents": {"value":
+      {"downloadURL": ")" + address +
+                             R"("}, "type": "ASSETID"}}}]})"}});
+  EXPECT_EQ(error().description, "an asset's address cannot be used: " + address.substr(0, 500));
+}
+
+TEST_F(CloudKitTest, anAssetFarTooLargeIsAnError) {
+  constexpr std::size_t kMost = std::size_t{64} << 20;
+  cloud_.addAdFile({.body = {"text"}}, kMost + 1);
+  expectError(error(), "CloudKit", 200, "an asset is too large");
+  EXPECT_EQ(cloud_.downloads(), 0);
+  cloud_.server().setAnswer("/a", {.body = {std::string(kMost + 1, 'x')}});
+  cloud_.setAnswer({.body = {R"({"records": [{"fields": {"filecontents": {"type": "ASSETID",
+      "value": {"downloadURL": ")" +
+                             cloud_.server().url("/a") + R"("}}}}]})"}});
+  expectError(error(), "CloudKit", 200, "an asset is too large");
+}
+
 TEST_F(CloudKitTest, aServiceOnHttpsHasItsAssetsThereToo) {
   CloudServer secure(Security::tls);
   secure.addAdFile("text");
@@ -501,9 +544,17 @@ TEST_F(CloudKitTest, anAnswerFarTooDeepDoesNoHarm) {
   EXPECT_EQ(records().size(), 1U);
 }
 
-TEST_F(CloudKitTest, anAnswerFarTooLongIsAnError) {
-  expectError(errorAfter(200, std::string(17U << 20, ' ')), "CloudKit", 200,
+TEST_F(CloudKitTest, answersFarTooLongTogetherAreAnError) {
+  expectError(errorAfter(502, std::string(17U << 20, ' ')), "CloudKit", 502,
               "the cloud service's answer is too long");
+  std::atomic<int> pages = 0;
+  cloud_.server().setHandler(
+      cloud_.records().queryPath(), [&](const LoopbackServer::Request&) -> Answer {
+        return {.body = {R"({"records": [], "continuationMarker": ")" + std::to_string(++pages) +
+                         "\"}" + std::string(6U << 20, ' ')}};
+      });
+  expectError(error(), "CloudKit", 200, "the cloud service's answer is too long");
+  EXPECT_EQ(pages, 3);
 }
 
 TEST_F(CloudKitTest, resultsThatDoNotEndAreAnError) {
@@ -576,6 +627,44 @@ TEST_F(CloudKitTest, queriesOfOneDatabaseHaveOutcomesOfTheirOwn) {
   EXPECT_THAT(namelessFiles(), IsEmpty());
 }
 
+// What has come while a completion waited for the main thread has come in time.
+TEST_F(CloudKitTest, aQueryDoesNotAgeWhileAnotherOnesCompletionTakesLong) {
+  options_.http.idleLimitSeconds = 1;
+  CloudServer silent;
+  silent.setAnswer({.ending = Ending::stall});
+  std::promise<void> hasBegun;
+  std::atomic<int> requests = 0;
+  cloud_.server().setHandler(cloud_.records().queryPath(),
+                             [&, begun = hasBegun.get_future().share()](const auto&) -> Answer {
+                               if (++requests == 2) {
+                                 begun.wait();
+                               }
+                               return {.body = {R"({"records": []})"}};
+                             });
+  std::atomic<int> completions = 0;
+  const auto waitsOnce = [&](const CloudDatabase::Completion& report) {
+    return [&, report](auto records, auto error) {
+      if (++completions == 1) {
+        hasBegun.set_value();
+        queryThatTakesTheIdleLimit(silent);
+      }
+      report(records, error);
+    };
+  };
+  const auto database = CloudKitContainerFactory(options_)
+                            .containerWithIdentifier(CloudServer::kContainer)
+                            ->publicCloudDatabase();
+  std::array<PendingQuery, 2> queries;
+  for (auto& query : queries) {
+    database->performQuery(CloudServer::adFileQuery(), waitsOnce(query.completion()));
+  }
+  for (auto& query : queries) {
+    const auto outcome = query.wait();
+    ASSERT_TRUE(outcome);
+    EXPECT_TRUE(outcome->records) << outcome->error->description;
+  }
+}
+
 TEST_F(CloudKitTest, theCompletionIsLetGoOfBehindItsCall) {
   const auto watched = std::make_shared<int>();
   PendingQuery pending;
@@ -602,12 +691,20 @@ TEST_F(CloudKitDeathTest, exitEndsAQueryUnderWay) {
       {
         auto& cloud = *new CloudServer;
         cloud.addAdFile({.body = {"half"}, .ending = Ending::stall}, 5);
+        static std::atomic<int> released = 0;
+        // The first to be registered is the last to run: by then the queue's thread has ended and
+        // let go of the completion.
+        std::atexit([] { _exit(released == 1 ? 0 : 7); });
         options_.serviceAddress = cloud.server().url("");
         const auto container =
             CloudKitContainerFactory(options_).containerWithIdentifier(CloudServer::kContainer);
-        container->publicCloudDatabase()->performQuery(CloudServer::adFileQuery(),
-                                                       [](auto, auto) { std::abort(); });
-        cloud.server().waitForRequests(2);
+        container->publicCloudDatabase()->performQuery(
+            CloudServer::adFileQuery(), [held = std::shared_ptr<void>(nullptr, [](void*) {
+                                           ++released;
+                                         })](auto, auto) { _exit(8); });
+        if (!cloud.server().waitForRequests(2)) {
+          _exit(9);
+        }
         std::exit(0);
       },
       ::testing::ExitedWithCode(0), "");
