@@ -298,9 +298,13 @@ class XmlReader {
   std::vector<std::size_t> open_;
 };
 
-std::optional<XmlDocument> XmlDocument::parse(std::string_view text, std::size_t pieceSize,
-                                              XmlSourceMap* sourceMap) {
-  return XmlReader(text, sourceMap).read(std::clamp(pieceSize, std::size_t{1}, kLargestPiece));
+std::optional<XmlDocument> XmlDocument::parse(std::string_view text, std::size_t pieceSize) {
+  return XmlReader(text, nullptr).read(std::clamp(pieceSize, std::size_t{1}, kLargestPiece));
+}
+
+std::optional<XmlDocument> XmlDocument::parse(std::string_view text, XmlSourceMap& sourceMap,
+                                              std::size_t pieceSize) {
+  return XmlReader(text, &sourceMap).read(std::clamp(pieceSize, std::size_t{1}, kLargestPiece));
 }
 
 XmlElement XmlDocument::root() const { return {*this, 0}; }

@@ -21,11 +21,13 @@ class XmlDocument {
   /// says: external entities count as empty. Time and memory are proportional to the text.
   ///
   /// The text is handed to the parser in pieces of `pieceSize` bytes at most; where they are cut
-  /// makes no difference to the result. Where everything stands is noted in `sourceMap`, a new one,
-  /// when there is one; the reader is slower then.
+  /// makes no difference to the result.
   static std::optional<XmlDocument> parse(std::string_view text,
-                                          std::size_t pieceSize = kLargestPiece,
-                                          XmlSourceMap* sourceMap = nullptr);
+                                          std::size_t pieceSize = kLargestPiece);
+
+  /// The same, more slowly: notes where everything stands in `sourceMap`, a new one.
+  static std::optional<XmlDocument> parse(std::string_view text, XmlSourceMap& sourceMap,
+                                          std::size_t pieceSize = kLargestPiece);
 
   XmlElement root() const;
 

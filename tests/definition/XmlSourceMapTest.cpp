@@ -15,7 +15,7 @@ namespace {
 /// A document with its map.
 struct Mapped {
   explicit Mapped(const std::string& source, std::size_t pieceSize = 1 << 20)
-      : document(XmlDocument::parse(source, pieceSize, &map)) {}
+      : document(XmlDocument::parse(source, map, pieceSize)) {}
 
   XmlSourceMap map;
   std::optional<XmlDocument> document;

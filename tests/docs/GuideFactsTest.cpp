@@ -150,7 +150,7 @@ TEST_F(GuideFactsTest, aTextThatIsNotZeroSwitchesOn) {
 
 TEST_F(GuideFactsTest, numbersAreReadAsTheGuideSays) {
   for (const auto& [text, value] : std::map<std::string, std::string>{
-           {"  +5px", "5"}, {"-99999999999999999999", "-9223372036854775808"}}) {
+           {"  +5px", "5"}, {"+-5", "0"}, {"-99999999999999999999", "-9223372036854775808"}}) {
     EXPECT_EQ(std::to_string(parse(minimalHolding("width", text))->width()), value);
   }
   for (const auto& row : guide_.table("Numbers")) {
@@ -177,6 +177,29 @@ TEST_F(GuideFactsTest, languagesAreServedAsTheGuideSays) {
     const auto info = parse(minimalHolding("title", elements));
     EXPECT_EQ(info->localizedTitle().value_or(""), expected) << language << " of " << row.at(1);
   }
+}
+
+// Markup.
+
+TEST_F(GuideFactsTest, markupInTitlesAndPagesIsReadAsTheGuideSays) {
+  std::set<std::string> outcomes;
+  for (const auto& row : guide_.table("Markup")) {
+    const std::string entry = elementOf("default", codeIn(row.at(0)));
+    const auto page = parse(minimalHolding("html_contents", entry));
+    const auto title = parse(minimalHolding("title", entry));
+    if (row.at(1) == "refused") {
+      EXPECT_EQ(page, nullptr) << entry;
+      EXPECT_EQ(title, nullptr) << entry;
+      outcomes.insert("refused");
+    } else {
+      ASSERT_NE(page, nullptr) << entry;
+      ASSERT_NE(title, nullptr) << entry;
+      EXPECT_EQ(page->localizedHtmlString(), codeIn(row.at(1)));
+      EXPECT_EQ(title->localizedTitle(), codeIn(row.at(1)));
+      outcomes.insert(entry.find(codeIn(row.at(1))) == entry.npos ? "other text" : "the same text");
+    }
+  }
+  EXPECT_EQ(outcomes.size(), 3U);
 }
 
 // Versions and counts.
@@ -213,6 +236,21 @@ TEST_F(GuideFactsTest, versionsAreComparedAsTheGuideSays) {
     EXPECT_EQ(isSameAdVersion(codeIn(row.at(0)), codeIn(row.at(1))) ? "same" : "different",
               row.at(2))
         << testing::PrintToString(row);
+  }
+}
+
+TEST_F(GuideFactsTest, theLimitsOfAVersionsNumberAreThoseOfTheLibrary) {
+  std::smatch limits;
+  const std::string text = textOfFile(QORIX_GUIDE);
+  ASSERT_TRUE(std::regex_search(
+      text, limits, std::regex(R"(above (\d+) count as \1, those below (-\d+) as that)")));
+  const auto isSame = [](std::int64_t one, std::int64_t other) {
+    return isSameAdVersion("1a" + std::to_string(one), "1a" + std::to_string(other));
+  };
+  for (const auto& [limit, outwards] :
+       {std::pair(std::stoll(limits[1]), 1), std::pair(std::stoll(limits[2]), -1)}) {
+    EXPECT_TRUE(isSame(limit, limit + outwards)) << limit;
+    EXPECT_FALSE(isSame(limit, limit - outwards)) << limit;
   }
 }
 

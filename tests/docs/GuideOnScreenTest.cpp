@@ -4,6 +4,7 @@
 #include <fstream>
 #include <string>
 #include <thread>
+#include <vector>
 
 #include "docs/Guide.h"
 #include "end-to-end/SampleHostTest.h"
@@ -44,13 +45,22 @@ class GuideOnScreenTest : public SampleHostTest {
     const auto program = applications_ / "open.sh";
     std::ofstream(program) << "#!/bin/sh\nprintf '%s\\n' \"$@\" >> '" << opened_.string() << "'\n";
     fs::permissions(program, fs::perms::owner_all);
-    std::ofstream(applications_ / "open.desktop")
-        << "[Desktop Entry]\nType=Application\nName=Open\nExec=" << program.string()
-        << " %u\nMimeType=x-scheme-handler/https;x-scheme-handler/macappstore;\n";
     fs::create_directories(userConfigurationFolder());
-    std::ofstream(fs::path(userConfigurationFolder()) / "mimeapps.list")
-        << "[Default Applications]\nx-scheme-handler/https=open.desktop\n"
-           "x-scheme-handler/macappstore=open.desktop\n";
+    openSchemes({"https", "macappstore"});
+  }
+
+  /// The desktop has an application for these schemes and for no other.
+  void openSchemes(const std::vector<std::string>& schemes) const {
+    std::ofstream entry(applications_ / "open.desktop");
+    entry << "[Desktop Entry]\nType=Application\nName=Open\nExec="
+          << (applications_ / "open.sh").string() << " %u\nMimeType=";
+    std::ofstream defaults(fs::path(userConfigurationFolder()) / "mimeapps.list");
+    defaults << "[Default Applications]\n";
+    for (const auto& scheme : schemes) {
+      entry << "x-scheme-handler/" << scheme << ";";
+      defaults << "x-scheme-handler/" << scheme << "=open.desktop\n";
+    }
+    entry << "\n";
   }
 
   std::vector<std::string> hostArguments(const std::string& identifier) const {
@@ -99,6 +109,19 @@ TEST_F(GuideOnScreenTest, theEditorPaintsTheBannerAndEachLinkActs) {
   EXPECT_EQ(waitForColor(kBanner, 0, 0).width, 0);
   expectProperQuit(host);
   EXPECT_EQ(storedCount(), 1);
+}
+
+TEST_F(GuideOnScreenTest, theStoresLinkDoesNothingWhereNoApplicationOpensIt) {
+  openSchemes({"https"});
+  HostProcess host(hostArguments("com.example.editor"));
+  EXPECT_TRUE(host.waitForEvent(kWillShow));
+  EXPECT_EQ(waitForColor(kBanner, 640, 90).width, 640);
+  clickOn(kStoreLink);
+  EXPECT_TRUE(host.waitForEvent("ZAMPushAdIsTriggeringNavigationNotification"));
+  clickOn(kBrowserLink);
+  EXPECT_TRUE(waitForOpened("https://www.example.com/viewer?zamopenout=1\n"));
+  EXPECT_EQ(boxOf(kBanner).width, 640);
+  expectProperQuit(host);
 }
 
 TEST_F(GuideOnScreenTest, whereTheViewerIsInstalledTheStoresLinkIsHidden) {

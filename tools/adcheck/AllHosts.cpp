@@ -68,12 +68,13 @@ Cells cellsFor(const HostRow& row, const SourceDocument& source, const std::stri
                       std::to_string(line) + ":" + std::to_string(column) + ")"};
   }
   const MyPushAdInfo& info = *row.run.record;
-  return {host,
-          "adid " + std::to_string(info.adId()),
-          placementOf(info),
-          sizeText(static_cast<double>(info.width()), static_cast<double>(info.height())),
-          (row.run.decision.isDue ? "yes, " : "no, ") + std::string(row.run.decision.reason),
-          languagesOf(info.htmlContentsDict())};
+  return {
+      host,
+      "adid " + std::to_string(info.adId()),
+      placementOf(info),
+      sizeText(static_cast<double>(info.width()), static_cast<double>(info.height())),
+      (row.run.decision.isDue ? "yes, " : "no, ") + std::string(nameOf(row.run.decision.reason)),
+      languagesOf(info.htmlContentsDict())};
 }
 
 std::string aligned(const std::vector<Cells>& rows) {

@@ -26,8 +26,15 @@ constexpr std::array<std::string_view, 2> kTextMembers = {"version", "notes"};
 /// Looks through one `advance` element.
 class CustomisationReader {
  public:
-  CustomisationReader(XmlElement advance, Findings& findings)
-      : advance_(advance), json_(advance.text()), findings_(findings) {}
+  /// Hosts without a line in the table get the first advertisement.
+  CustomisationReader(XmlElement ad, XmlElement advance, bool isFirstAd, const HostTable& table,
+                      Findings& findings)
+      : adid_(ad.firstChildNamed("adid")),
+        advance_(advance),
+        json_(advance.text()),
+        isFirstAd_(isFirstAd),
+        table_(table),
+        findings_(findings) {}
 
   void read();
 
@@ -38,13 +45,17 @@ class CustomisationReader {
 
   /// Says of each member but the last of its name that it does not count, and answers the others.
   std::vector<JsonMember> membersThatCount(std::size_t object);
+  void readHostName(const JsonMember& member);
   void readHost(const JsonMember& member, const Value& value);
   void readNumber(const JsonMember& member, const Value& value);
   void readText(const JsonMember& member, const Value& value);
   void readMember(const JsonMember& member, const Value& value);
 
+  std::optional<XmlElement> adid_;
   XmlElement advance_;
   std::string_view json_;
+  bool isFirstAd_;
+  const HostTable& table_;
   Findings& findings_;
 };
 
@@ -85,10 +96,30 @@ std::vector<JsonMember> CustomisationReader::membersThatCount(std::size_t object
   return counting;
 }
 
+/// Whether the host gets this advertisement at all.
+void CustomisationReader::readHostName(const JsonMember& member) {
+  if (const auto line = table_.adids.find(member.name); line != table_.adids.end()) {
+    if (adid_ && line->second != adid_->text()) {
+      add(member.nameOffset, "the table gives " + quoted(member.name) + " the adid " +
+                                 quoted(line->second) + ": this customisation never counts");
+    }
+    return;
+  }
+  const auto near = table_.hosts.find(inLowerCase(member.name));
+  if (near != table_.hosts.end()) {
+    add(member.nameOffset, "the table names " + quoted(near->second) + ", not " +
+                               quoted(member.name) + ": letter case counts");
+  } else if (!isFirstAd_ && !table_.isBroken) {
+    add(member.nameOffset, "no table line names " + quoted(member.name) +
+                               ", which gets the first push_ad: this customisation never counts");
+  }
+}
+
 void CustomisationReader::readHost(const JsonMember& member, const Value& value) {
   if (const auto odd = oddIdentifier(member.name)) {
     add(member.nameOffset, *odd);
   }
+  readHostName(member);
   const auto* entry = value.as<Dictionary>();
   if (entry == nullptr) {
     add(member.valueOffset,
@@ -144,9 +175,10 @@ void CustomisationReader::readText(const JsonMember& member, const Value& value)
 
 }  // namespace
 
-void findInCustomisation(XmlElement advance, Findings& findings) {
+void findInCustomisation(XmlElement ad, XmlElement advance, bool isFirstAd, const HostTable& table,
+                         Findings& findings) {
   if (!advance.text().empty()) {  // without a text the document is refused
-    CustomisationReader(advance, findings).read();
+    CustomisationReader(ad, advance, isFirstAd, table, findings).read();
   }
 }
 

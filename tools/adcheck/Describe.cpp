@@ -66,32 +66,29 @@ std::string frameOf(const MyPushAdInfo& info, const Size& view) {
 
 std::string decisionOf(const HostRun& run, const Options& options) {
   const MyPushAdInfo& info = *run.record;
-  const std::string_view reason = run.decision.reason;
   const std::string stored = quoted(options.storedVersion.value_or(""));
-  if (reason == "disabled") {
-    return "no, it is switched off";
+  const std::string count = std::to_string(info.count());
+  switch (run.decision.reason) {
+    case DecisionReason::disabled:
+      return "no, it is switched off";
+    case DecisionReason::usedUp:
+      return "no, this version was shown " + times(run.decision.storedCount) + " and count is " +
+             count;
+    case DecisionReason::parked:
+      return "a showing is counted, but never seen: delay is " + std::to_string(info.delay());
+    case DecisionReason::nothingToShow:
+      return "a showing is counted, but nothing is shown: embed is " + std::to_string(info.embed());
+    case DecisionReason::dueFirst:
+      return "yes, nothing was shown on this machine yet, so count is not looked at";
+    case DecisionReason::dueNewVersion:
+      return "yes, " + stored + " was shown, which is another version: counted from 0";
+    case DecisionReason::dueCounted:
+      return "yes, this version was shown " + times(run.decision.storedCount - 1) +
+             " and count is " + count;
+    case DecisionReason::dueUncounted:
+      break;
   }
-  if (reason == "used-up") {
-    return "no, this version was shown " + times(run.decision.storedCount) + " and count is " +
-           std::to_string(info.count());
-  }
-  if (reason == "parked") {
-    return "a showing is counted, but never seen: delay is " + std::to_string(info.delay());
-  }
-  if (reason == "nothing-to-show") {
-    return "a showing is counted, but nothing is shown: embed is " + std::to_string(info.embed());
-  }
-  if (reason == "due-first") {
-    return "yes, nothing was shown on this machine yet, so count is not looked at";
-  }
-  if (reason == "due-new-version") {
-    return "yes, " + stored + " was shown, which is another version: counted from 0";
-  }
-  if (reason == "due-uncounted") {
-    return "yes, each time: it has no version";
-  }
-  return "yes, this version was shown " + times(run.decision.storedCount - 1) + " and count is " +
-         std::to_string(info.count());
+  return "yes, each time: it has no version";
 }
 
 std::string languagesOf(const std::optional<LocalizedTexts>& texts) {

@@ -1,5 +1,9 @@
 #include "tools/adcheck/FieldValues.h"
 
+#include <algorithm>
+#include <limits>
+
+#include "definition/LeadingInteger.h"
 #include "tools/adcheck/Wording.h"
 
 namespace qorix::adcheck {
@@ -39,12 +43,29 @@ std::optional<std::string> oddVersion(std::string_view version) {
            "what follows the second \"a\" is not compared, only what precedes the first and the "
            "number between them";
   }
-  const auto number = trimmed(version.substr(first + 1));
-  const bool isNumber = number.empty() || (number.front() >= '0' && number.front() <= '9');
-  return isNumber ? std::nullopt
-                  : std::optional(start +
-                                  "behind an \"a\" only a number is compared, and there is "
-                                  "none: all such versions are one");
+  auto number = trimmed(version.substr(first + 1));
+  if (number.empty()) {
+    return std::nullopt;
+  }
+  if (number.front() == '-' || number.front() == '+') {
+    number.remove_prefix(1);
+  }
+  const auto end = std::min(number.find_first_not_of("0123456789"), number.size());
+  if (end == 0) {
+    return start +
+           "behind an \"a\" only a number is compared, and there is none: all such versions are "
+           "one";
+  }
+  if (end < number.size()) {
+    return start + "what follows the number behind the \"a\" is not compared";
+  }
+  const auto value = leadingInteger<std::int64_t>(version.substr(first + 1));
+  using Limits = std::numeric_limits<std::int32_t>;
+  return value >= Limits::min() && value <= Limits::max()
+             ? std::nullopt
+             : std::optional(start +
+                             "the number behind the \"a\" is larger than 32 bits hold, and all "
+                             "such numbers are one");
 }
 
 std::optional<std::string> oddIdentifier(std::string_view identifier) {

@@ -1,9 +1,14 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
+#include <map>
+#include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
+#include "definition/AdReader.h"
 #include "tools/adcheck/SourceDocument.h"
 
 namespace qorix::adcheck {
@@ -36,21 +41,36 @@ class Findings {
 /// All that is found in a document, whichever host reads it. None in a text that is not XML.
 std::vector<Finding> findingsIn(const SourceDocument& source);
 
+/// What the host table says of the hosts that it names.
+struct HostTable {
+  std::map<std::string_view, std::string_view, std::less<>> adids;
+  std::map<std::string, std::string_view, std::less<>> hosts;  // by their names in lower case
+  bool isBroken = false;  // a line lacks what it would say of some host
+};
+
 // One function for each kind; each adds what it finds.
 
 /// The host table, and which advertisements can be reached from it.
-void findInTable(XmlElement root, Findings& findings);
+HostTable findInTable(XmlElement root, Findings& findings);
 
-/// The elements of an advertisement but for those below.
-void findInRecord(XmlElement ad, Findings& findings);
+/// The elements of an advertisement but for those below. `reading` may have a defect.
+void findInRecord(const AdReading& reading, Findings& findings);
 
-/// The customisation: the text of an `advance` element.
-void findInCustomisation(XmlElement advance, Findings& findings);
+/// The customisation: the text of the `advance` element of `ad`.
+void findInCustomisation(XmlElement ad, XmlElement advance, bool isFirstAd, const HostTable& table,
+                         Findings& findings);
 
 /// The languages of a `title` or `html_contents` element.
 void findInLanguages(XmlElement dictionary, Findings& findings);
 
 /// The HTML page of one language: its link marks, its close control and its script bridge.
 void findInPage(XmlElement page, Findings& findings);
+
+/// Markup in an element that holds a text: of it only the text counts.
+void findMarkup(XmlElement element, Findings& findings);
+
+/// Children whose names are nearly one of those that are read.
+void findNearlyNamed(XmlElement parent, std::span<const std::string_view> names,
+                     Findings& findings);
 
 }  // namespace qorix::adcheck

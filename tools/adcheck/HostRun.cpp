@@ -58,35 +58,58 @@ std::shared_ptr<ApplicationsFolder> applicationsFolder(const Options& options) {
   return std::make_shared<EmptyApplicationsFolder>();
 }
 
-std::string_view nameOf(ShowReason reason, const MyPushAdInfo& info) {
+DecisionReason reasonOf(ShowReason reason, const MyPushAdInfo& info) {
   if (isDue(reason) && info.delay() < 0) {
-    return "parked";
+    return DecisionReason::parked;
   }
   if (isDue(reason) && info.embed() < 0) {
-    return "nothing-to-show";
+    return DecisionReason::nothingToShow;
   }
   switch (reason) {
     case ShowReason::disabled:
-      return "disabled";
+      return DecisionReason::disabled;
     case ShowReason::dueUncounted:
-      return "due-uncounted";
+      return DecisionReason::dueUncounted;
     case ShowReason::dueFirst:
-      return "due-first";
+      return DecisionReason::dueFirst;
     case ShowReason::dueNewVersion:
-      return "due-new-version";
+      return DecisionReason::dueNewVersion;
     case ShowReason::dueCounted:
-      return "due-counted";
-    default:
-      return "used-up";
+      return DecisionReason::dueCounted;
+    case ShowReason::usedUp:
+      break;
   }
+  return DecisionReason::usedUp;
 }
 
 }  // namespace
 
+std::string_view nameOf(DecisionReason reason) {
+  switch (reason) {
+    case DecisionReason::disabled:
+      return "disabled";
+    case DecisionReason::usedUp:
+      return "used-up";
+    case DecisionReason::parked:
+      return "parked";
+    case DecisionReason::nothingToShow:
+      return "nothing-to-show";
+    case DecisionReason::dueFirst:
+      return "due-first";
+    case DecisionReason::dueNewVersion:
+      return "due-new-version";
+    case DecisionReason::dueCounted:
+      return "due-counted";
+    case DecisionReason::dueUncounted:
+      break;
+  }
+  return "due-uncounted";
+}
+
 Decision decide(const MyPushAdInfo& info) {
   const ShowReason reason = decideAndCount(info);
   StoredShownState stored(*platform().standardUserDefaults);
-  return {isDue(reason), nameOf(reason, info), stored.version(), stored.count()};
+  return {isDue(reason), reasonOf(reason, info), stored.version(), stored.count()};
 }
 
 HostRun runHost(const std::string& document, const std::optional<std::string>& app,

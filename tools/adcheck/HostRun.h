@@ -14,11 +14,26 @@
 
 namespace qorix::adcheck {
 
+/// Why a record is shown or not; what is seen of a showing counts, too.
+enum class DecisionReason {
+  disabled,
+  usedUp,
+  parked,
+  nothingToShow,
+  dueFirst,
+  dueNewVersion,
+  dueCounted,
+  dueUncounted,
+};
+
+/// As in the reports: "due-first".
+std::string_view nameOf(DecisionReason reason);
+
 /// What becomes of a record on a machine with that state.
 struct Decision {
   /// Whether a showing is spent, also when nothing is seen of it.
   bool isDue = false;
-  std::string_view reason;  // as in the JSON
+  DecisionReason reason = DecisionReason::disabled;
   std::optional<std::string> storedVersion;
   std::int64_t storedCount = 0;
 };

@@ -52,7 +52,7 @@ Json toJson(const Value& value) {
 
 Json toJson(const Decision& decision) {
   return {{"due", decision.isDue},
-          {"reason", decision.reason},
+          {"reason", nameOf(decision.reason)},
           {"storedVersion", toJson(decision.storedVersion)},
           {"storedCount", decision.storedCount}};
 }

@@ -43,7 +43,7 @@ void findInCode(XmlElement language, Findings& findings) {
   }
 }
 
-/// Two codes that one language begins with: the one that stands first serves it.
+/// Codes behind a shorter one that they begin with, which serves all their users.
 void findPrefixes(const std::vector<XmlElement>& languages, Findings& findings) {
   std::map<std::string_view, std::size_t, std::less<>> places;
   for (std::size_t index = 0; index < languages.size(); ++index) {
@@ -56,18 +56,13 @@ void findPrefixes(const std::vector<XmlElement>& languages, Findings& findings) 
     }
     for (std::size_t length = 1; length < code.size(); ++length) {
       const auto shorter = places.find(code.substr(0, length));
-      if (shorter == places.end()) {
-        continue;
+      if (shorter != places.end() && shorter->second < index) {
+        findings.add(languages[index],
+                     quoted(shorter->first) + " and " + quoted(code) +
+                         " serve the same users, and the first in the document counts: " +
+                         quoted(code) + " is never used");
+        break;
       }
-      const std::string both = quoted(shorter->first) + " and " + quoted(code);
-      findings.add(languages[index],
-                   shorter->second < index
-                       ? both + " serve the same users, and the first in the document counts: " +
-                             quoted(code) + " is never used"
-                       : both +
-                             " serve the same users: it is their order in the document that "
-                             "lets " +
-                             quoted(code) + " count");
     }
   }
 }
@@ -78,6 +73,7 @@ void findInLanguages(XmlElement dictionary, Findings& findings) {
   std::set<std::string_view> codes;
   std::vector<XmlElement> languages;
   for (const XmlElement child : dictionary.children()) {
+    findMarkup(child, findings);
     if (child.text().empty()) {
       findings.add(child, quoted(child.name()) + " has no text and is left out");
     } else if (codes.insert(child.name()).second) {
@@ -87,6 +83,10 @@ void findInLanguages(XmlElement dictionary, Findings& findings) {
     }
   }
   for (const XmlElement language : languages) {
+    if (trimmed(language.text()).empty()) {
+      findings.add(language, quoted(language.name()) +
+                                 " holds only blanks: its users see them, not another language");
+    }
     if (language.name() != kDefaultLanguage) {
       findInCode(language, findings);
     }

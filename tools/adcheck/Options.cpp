@@ -7,6 +7,8 @@
 #include <string_view>
 #include <system_error>
 
+#include "tools/adcheck/Wording.h"
+
 namespace qorix::adcheck {
 
 namespace {
@@ -51,8 +53,8 @@ std::vector<std::string> splitAtCommas(std::string_view text) {
   std::vector<std::string> pieces;
   while (!text.empty()) {
     const auto comma = text.find(',');
-    if (comma != 0) {
-      pieces.emplace_back(text.substr(0, comma));
+    if (const auto piece = trimmed(text.substr(0, comma)); !piece.empty()) {
+      pieces.emplace_back(piece);
     }
     text.remove_prefix(comma == text.npos ? text.size() : comma + 1);
   }

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -31,19 +32,6 @@ struct Mark {
 constexpr std::array kMarks = {Mark{"zamopenout", "zamopenout=1"},
                                Mark{"zamopeniap", "zamopeniap=1"}};
 
-/// The attribute's value as a browser reads it, as far as it matters to queries.
-std::string decoded(std::string_view value) {
-  constexpr std::string_view kReference = "&amp;";
-  std::string text;
-  for (std::size_t at = 0; at < value.size();) {
-    const auto next = std::min(value.find(kReference, at), value.size());
-    text += value.substr(at, next - at);
-    text += next < value.size() ? "&" : "";
-    at = next + kReference.size();
-  }
-  return text;
-}
-
 /// The pieces of a query, in lower case.
 std::vector<std::string> parametersOf(std::string_view query) {
   std::vector<std::string> parameters;
@@ -69,6 +57,25 @@ bool holdsAsParameter(std::string_view text, std::string_view mark) {
   return false;
 }
 
+/// Whether one of the names in a class attribute is `name`.
+bool hasClass(std::string_view classes, std::string_view name) {
+  while (!classes.empty()) {
+    const auto end = std::min(classes.find_first_of(" \t\r\n\f"), classes.size());
+    if (classes.substr(0, end) == name) {
+      return true;
+    }
+    classes.remove_prefix(std::min(end + 1, classes.size()));
+  }
+  return false;
+}
+
+/// Whether an element is seen, so that it takes clicks.
+bool isClicked(const Tag& tag) {
+  static constexpr std::array<std::string_view, 6> kUnseen = {"br",    "wbr",      "script",
+                                                              "style", "template", "noscript"};
+  return std::ranges::find(kUnseen, tag.name) == kUnseen.end();
+}
+
 /// Looks through one page.
 class PageReader {
  public:
@@ -85,7 +92,9 @@ class PageReader {
   void readLink(const Tag& tag);
   void readMissedMark(const Attribute& link, const std::string& address, std::string_view mark);
   void readMisspelledMark(const Attribute& link, const std::string& address, const Mark& mark);
-  void readClass(const Tag& tag);
+  void readClass(std::size_t index);
+  bool holdsUnmarkedElement(std::size_t index, std::string_view mark) const;
+  void readTarget(const Tag& tag);
   void readId(std::size_t index);
   bool holdsOnlyText(std::size_t index) const;
   void readBridge();
@@ -94,15 +103,23 @@ class PageReader {
   XmlElement page_;
   std::string_view html_;
   PageScan scan_;
+  std::vector<std::optional<std::size_t>> firstChild_;  // of each tag's element, if any
   Findings& findings_;
 };
 
 void PageReader::read() {
+  firstChild_.resize(scan_.tags.size());
+  for (std::size_t index = scan_.tags.size(); index-- > 0;) {
+    if (const auto parent = scan_.tags[index].parent; parent && isClicked(scan_.tags[index])) {
+      firstChild_[*parent] = index;
+    }
+  }
   for (std::size_t index = 0; index < scan_.tags.size(); ++index) {
     const Tag& tag = scan_.tags[index];
     if (!tag.isEnd) {
       readLink(tag);
-      readClass(tag);
+      readClass(index);
+      readTarget(tag);
       readId(index);
     }
   }
@@ -111,15 +128,15 @@ void PageReader::read() {
 
 bool classHolds(const Tag& tag, std::string_view mark) {
   const Attribute* value = tag.attribute("class");
-  return value != nullptr && value->value.find(mark) != std::string_view::npos;
+  return value != nullptr && value->value.find(mark) != std::string::npos;
 }
 
 void PageReader::readLink(const Tag& tag) {
-  const Attribute* link = tag.name == "a" || tag.name == "area" ? tag.attribute("href") : nullptr;
-  if (link == nullptr) {
+  if (!isLink(tag)) {
     return;
   }
-  const std::string address = decoded(link->value);
+  const Attribute* link = tag.attribute("href");
+  const std::string& address = link->value;
   readMissedMark(*link, address, kAppStoreMark);
   for (const Mark& mark : kMarks) {
     if (!classHolds(tag, mark.inClass)) {
@@ -177,18 +194,61 @@ void PageReader::readMisspelledMark(const Attribute& link, const std::string& ad
                        (isSpaced ? ", without blanks" : ""));
 }
 
-void PageReader::readClass(const Tag& tag) {
+void PageReader::readClass(std::size_t index) {
+  const Tag& tag = scan_.tags[index];
   const Attribute* value = tag.attribute("class");
-  const Attribute* link = tag.attribute("href");
+  if (value == nullptr) {
+    return;
+  }
+  const auto* link = tag.link ? scan_.tags[*tag.link].attribute("href") : nullptr;
   for (const Mark& mark : kMarks) {
-    const bool isAlmostThere =
-        value != nullptr && inLowerCase(value->value).find(mark.inClass) != std::string::npos;
     const bool isMarkedAnyway =
-        link != nullptr && queryHoldsMark(Url::fromWebEngine(decoded(link->value)), mark.inQuery);
-    if (isAlmostThere && !classHolds(tag, mark.inClass) && !isMarkedAnyway) {
+        link != nullptr && queryHoldsMark(Url::fromWebEngine(link->value), mark.inQuery);
+    if (isMarkedAnyway || inLowerCase(value->value).find(mark.inClass) == std::string::npos) {
+      continue;
+    }
+    if (!classHolds(tag, mark.inClass)) {
       add(value->offset,
           "this class cannot match: letter case counts in \"" + std::string(mark.inClass) + "\"");
+    } else if (!hasClass(value->value, mark.inClass)) {
+      continue;  // a longer name, perhaps for a style sheet only
+    } else if (link == nullptr) {
+      add(value->offset, "this \"" + std::string(mark.inClass) +
+                             "\" lies in no link (a with href): clicks on it do nothing");
+    } else if (holdsUnmarkedElement(index, mark.inClass)) {
+      add(value->offset, "a click on an element inside this one does not find its class \"" +
+                             std::string(mark.inClass) + "\": write \"" +
+                             std::string(mark.inQuery) + "\" into the link's query");
     }
+  }
+}
+
+/// Whether a click may fall on a child whose class does not hold the mark.
+bool PageReader::holdsUnmarkedElement(std::size_t index, std::string_view mark) const {
+  const auto child = firstChild_[index];
+  return child && !classHolds(scan_.tags[*child], mark);
+}
+
+/// Where marks are never looked for.
+void PageReader::readTarget(const Tag& tag) {
+  const bool isForm = tag.name == "form";
+  const Attribute* address = isForm        ? tag.attribute("action")
+                             : isLink(tag) ? tag.attribute("href")
+                                           : nullptr;
+  const Attribute* target = tag.attribute("target");
+  const bool isForNewWindow = target != nullptr && inLowerCase(target->value) == "_blank";
+  if (address == nullptr || (!isForm && !isForNewWindow)) {
+    return;
+  }
+  const auto parameters = parametersOf(Url::fromWebEngine(address->value).query().value_or(""));
+  const auto isMarked = [&](const Mark& mark) {
+    return std::ranges::find(parameters, mark.inQuery) != parameters.end() ||
+           (!isForm && !mark.inClass.empty() && classHolds(tag, mark.inClass));
+  };
+  if (std::ranges::any_of(kMarks, isMarked) || isMarked({"", kAppStoreMark})) {
+    add(isForm ? address->offset : target->offset,
+        isForm ? "marks in the address of a form do nothing: only clicks on links count"
+               : "marks do nothing in a link for a new window: leave the target out");
   }
 }
 
@@ -201,19 +261,24 @@ void PageReader::readId(std::size_t index) {
   if (id->value != kCloseControlId) {
     add(id->offset,
         "this id cannot match: it is \"" + std::string(kCloseControlId) + "\", letter by letter");
+  } else if (!tag.link) {
+    add(id->offset, "this close control lies in no link (a with href): clicks on it do nothing");
   } else if (holdsOnlyText(index)) {
     add(id->offset,
         "a click on this close control's text does not close: give the id to an image, say");
+  } else if (firstChild_[index]) {
+    add(id->offset,
+        "a click on an element inside this close control does not close: give the id to the "
+        "innermost one, an image, say");
   }
 }
 
 /// Whether the element that begins with that tag holds a text and no element.
 bool PageReader::holdsOnlyText(std::size_t index) const {
-  static constexpr std::array<std::string_view, 5> kVoid = {"img", "input", "br", "embed", "area"};
-  const Tag& tag = scan_.tags[index];
-  if (index + 1 == scan_.tags.size() || std::ranges::find(kVoid, tag.name) != kVoid.end()) {
+  if (index + 1 == scan_.tags.size()) {
     return false;
   }
+  const Tag& tag = scan_.tags[index];
   const Tag& next = scan_.tags[index + 1];
   const auto contents = html_.substr(tag.end, next.begin - tag.end);
   return next.isEnd && next.name == tag.name && !trimmed(contents).empty() &&

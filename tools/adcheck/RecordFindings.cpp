@@ -1,4 +1,7 @@
+#include <algorithm>
+#include <array>
 #include <cstdint>
+#include <limits>
 #include <string>
 #include <string_view>
 
@@ -21,7 +24,9 @@ void findInNumber(XmlElement element, Findings& findings) {
   if (digits.starts_with('-') || digits.starts_with('+')) {
     digits.remove_prefix(1);
   }
-  if (digits.empty() || digits.find_first_not_of("0123456789") != digits.npos) {
+  using Limits = std::numeric_limits<std::int64_t>;
+  const bool isBound = value == Limits::min() || value == Limits::max();
+  if (isBound || digits.empty() || digits.find_first_not_of("0123456789") != digits.npos) {
     findings.add(element, std::string(element.name()) + " is " + quoted(element.text()) +
                               ", which is read as " + std::to_string(value));
   }
@@ -39,6 +44,7 @@ void findInSwitch(XmlElement enable, Findings& findings) {
 }
 
 void findInPromotedName(XmlElement name, Findings& findings) {
+  findMarkup(name, findings);
   const auto text = name.text();
   if (text.empty()) {
     findings.add(name, "an empty promo_app_name does not count");
@@ -71,10 +77,21 @@ void findRepetitions(XmlElement ad, Findings& findings) {
   find("html_contents");
 }
 
+/// The elements that an advertisement is read from.
+constexpr auto kElementNames = [] {
+  std::array<std::string_view, field::number + 3> names{"title", "html_contents", "promo_app_name"};
+  std::ranges::copy(kFieldNames, names.begin() + 3);
+  return names;
+}();
+
 }  // namespace
 
-void findInRecord(XmlElement ad, Findings& findings) {
-  const AdReading reading = readAd(ad);
+void findInRecord(const AdReading& reading, Findings& findings) {
+  const XmlElement ad = reading.ad.value();
+  findNearlyNamed(ad, kElementNames, findings);
+  for (const XmlElement element : reading.fields) {
+    findMarkup(element, findings);
+  }
   // Those are numbers; a defect ends what was read.
   for (const auto index :
        {field::adid, field::embed, field::width, field::height, field::count, field::delay}) {

@@ -35,7 +35,9 @@ void ScriptScan::mask() {
       at = end == script_.npos ? script_.size() : end + 2;
       blank(begin, at);
     } else if (quote == '/') {
-      ++at;
+      at = beginsExpression(at) ? endOfExpression(at) : at;
+      blank(begin + 1, std::max(at, begin + 1));
+      at = std::min(at + 1, script_.size());
     } else {
       // A line break ends a string that is not closed, but for one between back quotes.
       for (++at; at < script_.size() && script_[at] != quote; ++at) {
@@ -51,6 +53,33 @@ void ScriptScan::mask() {
       at = std::min(at + 1, script_.size());
     }
   }
+}
+
+/// Whether a slash there begins a regular expression: it does where no operator can stand.
+bool ScriptScan::beginsExpression(std::size_t at) const {
+  constexpr std::string_view kReturn = "return";
+  const auto last = at == 0 ? code_.npos : code_.find_last_not_of(kBlanks, at - 1);
+  if (last == code_.npos || std::string_view("(,=:[!&|?{};").find(code_[last]) != code_.npos) {
+    return true;
+  }
+  const auto before = std::string_view(code_).substr(0, last + 1);
+  return before.ends_with(kReturn) &&
+         (before.size() == kReturn.size() || !isNamePart(before[last - kReturn.size()]));
+}
+
+/// The slash that ends the regular expression, or the end of its line.
+std::size_t ScriptScan::endOfExpression(std::size_t slash) const {
+  bool isInClass = false;
+  std::size_t at = slash + 1;
+  for (; at < script_.size(); ++at) {
+    const char c = script_[at];
+    if (c == '\n' || c == '\r' || (c == '/' && !isInClass)) {
+      break;
+    }
+    at += c == '\\' ? 1 : 0;
+    isInClass = c == '[' || (isInClass && c != ']');
+  }
+  return std::min(at, script_.size());
 }
 
 std::size_t ScriptScan::skipBlanks(std::size_t from) const {
@@ -235,25 +264,87 @@ std::optional<std::size_t> ScriptScan::listReturnedBy(std::string_view name) con
   return std::nullopt;
 }
 
+/// Without blanks and comments around it.
+Part ScriptScan::trimmedPart(Part part) const {
+  part.begin = std::min(skipBlanks(part.begin), part.end);
+  while (part.end > part.begin && kBlanks.find(code_[part.end - 1]) != kBlanks.npos) {
+    --part.end;
+  }
+  return part;
+}
+
+/// The inside of the string literal that the expression is; nothing when it is more or less.
+std::optional<Part> ScriptScan::literalIn(Part expression) const {
+  const auto [begin, end] = trimmedPart(expression);
+  const auto string = std::ranges::lower_bound(strings_, begin + 1, {}, &Part::begin);
+  if (string == strings_.end() || string->begin != begin + 1 || string->end + 1 != end) {
+    return std::nullopt;
+  }
+  const bool isComputed =
+      code_[begin] == '`' && script_.substr(begin, end - begin).find("${") != script_.npos;
+  return isComputed ? std::nullopt : std::optional(*string);
+}
+
+/// What stands between the commas of the list that begins at `open`.
+std::vector<Part> ScriptScan::elementsOf(std::size_t open) const {
+  const std::size_t end = closing(open);
+  std::vector<Part> elements;
+  std::size_t begin = open + 1;
+  std::size_t at = begin;
+  while (at < end) {
+    if (code_[at] == '(' || code_[at] == '[' || code_[at] == '{') {
+      at = closing(at);
+    } else if (code_[at] == ',') {
+      elements.push_back({begin, at});
+      begin = at + 1;
+    }
+    ++at;
+  }
+  elements.push_back({begin, end});
+  return elements;
+}
+
+/// Whether it is empty, or ".join(...)" and nothing else.
+bool ScriptScan::isNothingOrJoin(Part part) const {
+  constexpr std::string_view kJoin = ".join";
+  const auto [begin, end] = trimmedPart(part);
+  if (begin == end) {
+    return true;
+  }
+  const std::size_t open = skipBlanks(begin + kJoin.size());
+  return std::string_view(code_).substr(begin).starts_with(kJoin) && open < end &&
+         code_[open] == '(' && closing(open) + 1 == end;
+}
+
+/// Where the list literal begins that the expression is or joins, itself or by its name.
+std::optional<std::size_t> ScriptScan::joinedList(Part expression) const {
+  const auto [begin, end] = trimmedPart(expression);
+  std::size_t nameEnd = begin;
+  while (nameEnd < end && isNamePart(code_[nameEnd])) {
+    ++nameEnd;
+  }
+  if (nameEnd > begin) {
+    const auto value = isNothingOrJoin({nameEnd, end})
+                           ? soleValueOf(std::string_view(code_).substr(begin, nameEnd - begin))
+                           : std::nullopt;
+    return value && isList(*value) ? std::optional(skipBlanks(value->begin)) : std::nullopt;
+  }
+  const bool isJoined = begin < end && code_[begin] == '[' && closing(begin) < end &&
+                        isNothingOrJoin({closing(begin) + 1, end});
+  return isJoined ? std::optional(begin) : std::nullopt;
+}
+
 std::vector<Part> ScriptScan::textsReturnedBy(std::string_view name) const {
   std::vector<Part> texts;
-  const auto take = [&](Part part) {
-    for (const Part string : strings_) {
-      if (string.begin >= part.begin && string.end <= part.end) {
-        texts.push_back(string);
-      }
+  const auto takeLiteral = [&](Part expression) {
+    if (const auto literal = literalIn(expression)) {
+      texts.push_back(*literal);
     }
   };
   for (const Part expression : returnedBy(name)) {
-    take(expression);
-    // Of "variable.join(...)", say, the texts of the variable, too.
-    std::size_t end = expression.begin;
-    while (end < expression.end && isNamePart(code_[end])) {
-      ++end;
-    }
-    const auto variable = std::string_view(code_).substr(expression.begin, end - expression.begin);
-    if (const auto value = variable.empty() ? std::nullopt : soleValueOf(variable)) {
-      take(*value);
+    takeLiteral(expression);
+    if (const auto list = joinedList(expression)) {
+      std::ranges::for_each(elementsOf(*list), takeLiteral);
     }
   }
   return texts;

@@ -14,7 +14,7 @@ namespace qorix::adcheck {
 class SourceDocument {
  public:
   explicit SourceDocument(std::string_view text)
-      : lines_(text), document_(XmlDocument::parse(text, text.size() + 1, &map_)) {}
+      : lines_(text), document_(XmlDocument::parse(text, map_)) {}
   SourceDocument(const SourceDocument&) = delete;
   SourceDocument& operator=(const SourceDocument&) = delete;
 

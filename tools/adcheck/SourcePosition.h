@@ -23,8 +23,12 @@ class SourceLines {
   SourcePosition positionOf(std::size_t offset) const;
 
  private:
+  std::size_t charactersBefore(std::size_t offset) const;
+
   std::string_view text_;
   std::vector<std::size_t> starts_;  // of the lines, in bytes
+  // The characters before each piece of the text: long lines are not counted afresh each time.
+  std::vector<std::size_t> counts_;
 };
 
 }  // namespace qorix::adcheck

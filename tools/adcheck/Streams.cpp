@@ -14,11 +14,16 @@ namespace {
 
 bool readAll(int descriptor, std::string& text) {
   constexpr std::size_t kPiece = std::size_t{1} << 16;
+  constexpr std::size_t kLargest = std::size_t{256} << 20;  // endless devices are files, too
   std::array<char, kPiece> piece{};
   for (;;) {
     const ssize_t count = ::read(descriptor, piece.data(), piece.size());
     if (count > 0) {
       text.append(piece.data(), static_cast<std::size_t>(count));
+      if (text.size() > kLargest) {
+        errno = EFBIG;
+        return false;
+      }
     } else if (count == 0 || errno != EINTR) {
       return count == 0;
     }

@@ -7,7 +7,7 @@
 namespace qorix::adcheck {
 
 /// All of the file, or of standard input for "-". Nothing, with errno set, when that cannot be
-/// read.
+/// read or is larger than 256 MB.
 std::optional<std::string> readFile(const std::string& name);
 
 /// Writes the whole text to standard output; false, with errno set, when that fails.

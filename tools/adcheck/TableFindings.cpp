@@ -1,8 +1,10 @@
+#include <array>
+#include <cstddef>
 #include <map>
-#include <optional>
+#include <set>
 #include <string>
 #include <string_view>
-#include <vector>
+#include <utility>
 
 #include "tools/adcheck/FieldValues.h"
 #include "tools/adcheck/Findings.h"
@@ -17,11 +19,11 @@ std::string_view childText(XmlElement element, std::string_view name) {
   return child ? child->text() : std::string_view();
 }
 
-/// By their text: the first elements that bear it.
-using Seen = std::map<std::string_view, XmlElement, std::less<>>;
+/// By their adid: the first advertisements that bear it.
+using Ads = std::map<std::string_view, XmlElement, std::less<>>;
 
-Seen advertisementsIn(XmlElement root, Findings& findings) {
-  Seen ads;
+Ads advertisementsIn(XmlElement root, Findings& findings) {
+  Ads ads;
   for (const XmlElement ad : root.childrenNamed("push_ad")) {
     const auto adid = ad.firstChildNamed("adid");
     if (!adid || adid->text().empty()) {
@@ -35,56 +37,109 @@ Seen advertisementsIn(XmlElement root, Findings& findings) {
   return ads;
 }
 
-void findInLine(XmlElement line, const Seen& ads, Seen& hosts, Findings& findings) {
+/// Looks through the lines in their order.
+class TableReader {
+ public:
+  TableReader(XmlElement root, Findings& findings)
+      : root_(root), findings_(findings), ads_(advertisementsIn(root, findings)) {}
+
+  HostTable read();
+
+ private:
+  void readLine(XmlElement line);
+  void readBrokenLine(XmlElement line, bool hasAppid);
+  void readUnreachedAds();
+
+  XmlElement root_;
+  Findings& findings_;
+  const Ads ads_;
+  HostTable table_;
+};
+
+void TableReader::readLine(XmlElement line) {
   const auto appid = line.firstChildNamed("appid").value();
   const auto adid = line.firstChildNamed("adid").value();
+  findMarkup(appid, findings_);
+  findMarkup(adid, findings_);
   if (trimmed(appid.text()) != appid.text()) {
-    findings.add(appid, "blanks around the appid count: no host is called so");
+    findings_.add(appid, "blanks around the appid count: no host is called so");
   }
   if (const auto odd = oddIdentifier(appid.text())) {
-    findings.add(appid, *odd);
+    findings_.add(appid, *odd);
   }
-  if (!hosts.try_emplace(appid.text(), line).second) {
-    findings.add(line,
-                 "an earlier table line names " + quoted(appid.text()) + ": this one never counts");
-  } else if (!ads.contains(adid.text())) {
-    findings.add(adid, "no push_ad has the adid " + quoted(adid.text()) + ": " +
-                           quoted(appid.text()) + " refuses the document");
+  table_.hosts.try_emplace(inLowerCase(appid.text()), appid.text());
+  if (!table_.adids.try_emplace(appid.text(), adid.text()).second) {
+    findings_.add(
+        line, "an earlier table line names " + quoted(appid.text()) + ": this one never counts");
+  } else if (!ads_.contains(adid.text())) {
+    findings_.add(adid, "no push_ad has the adid " + quoted(adid.text()) + ": " +
+                            quoted(appid.text()) + " refuses the document");
   }
 }
 
-std::string listOf(const Seen& hosts) {
+/// The first one spoils the document for everybody behind it, so further ones change nothing.
+void TableReader::readBrokenLine(XmlElement line, bool hasAppid) {
+  if (std::exchange(table_.isBroken, true)) {
+    return;
+  }
   constexpr std::size_t kMost = 5;
   std::string list;
   std::size_t number = 0;
-  for (const auto& [host, line] : hosts) {
-    if (++number > kMost) {
-      return list + ", ...";
+  for (const auto& [host, adid] : table_.adids) {
+    if (ads_.contains(adid) && ++number <= kMost) {
+      list += (list.empty() ? "" : ", ") + printable(host);
     }
-    list += (list.empty() ? "" : ", ") + printable(host);
   }
-  return list;
+  findings_.add(line,
+                std::string("this table line has no ") + (hasAppid ? "adid" : "appid") +
+                    (list.empty() ? ": no host can read the document"
+                                  : ": only hosts with a line before it can read the document: " +
+                                        list + (number > kMost ? ", ..." : "")));
+}
+
+/// Hosts without a line get the first one.
+void TableReader::readUnreachedAds() {
+  std::set<std::string_view> named;
+  for (const auto& [host, adid] : table_.adids) {
+    named.insert(adid);
+  }
+  const XmlElement first = *root_.childrenNamed("push_ad").begin();
+  const auto firstAdid = childText(first, "adid");
+  for (const auto& [adid, ad] : ads_) {
+    if (adid != firstAdid && !named.contains(adid)) {
+      findings_.add(ad, "no table line names the adid " + quoted(adid) +
+                            ", and this push_ad is not the first: no host gets it");
+    }
+  }
+}
+
+HostTable TableReader::read() {
+  static constexpr std::array<std::string_view, 2> kDataNames = {"file_version", "push_ad_config"};
+  static constexpr std::array<std::string_view, 2> kLineNames = {"appid", "adid"};
+  static constexpr std::array<std::string_view, 2> kRootNames = {"data", "push_ad"};
+  findNearlyNamed(root_, kRootNames, findings_);
+  for (const XmlElement data : root_.childrenNamed("data")) {
+    findNearlyNamed(data, kDataNames, findings_);
+    for (const XmlElement line : data.childrenNamed("push_ad_config")) {
+      findNearlyNamed(line, kLineNames, findings_);
+      const bool hasAppid = !childText(line, "appid").empty();
+      if (hasAppid && !childText(line, "adid").empty()) {
+        readLine(line);
+      } else {
+        readBrokenLine(line, hasAppid);
+      }
+    }
+  }
+  if (!ads_.empty() && !table_.isBroken) {
+    readUnreachedAds();
+  }
+  return std::move(table_);
 }
 
 }  // namespace
 
-void findInTable(XmlElement root, Findings& findings) {
-  const Seen ads = advertisementsIn(root, findings);
-  Seen hosts;
-  for (const XmlElement data : root.childrenNamed("data")) {
-    for (const XmlElement line : data.childrenNamed("push_ad_config")) {
-      const bool hasAppid = !childText(line, "appid").empty();
-      if (hasAppid && !childText(line, "adid").empty()) {
-        findInLine(line, ads, hosts, findings);
-        continue;
-      }
-      findings.add(line, std::string("this table line has no ") + (hasAppid ? "adid" : "appid") +
-                             (hosts.empty() ? ": no host can read the document"
-                                            : ": only hosts with a line before it can read the "
-                                              "document: " +
-                                                  listOf(hosts)));
-    }
-  }
+HostTable findInTable(XmlElement root, Findings& findings) {
+  return TableReader(root, findings).read();
 }
 
 }  // namespace qorix::adcheck

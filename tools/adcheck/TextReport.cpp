@@ -3,10 +3,13 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <optional>
+#include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
 
+#include "definition/Json.h"
 #include "definition/LanguageChoice.h"
 #include "qorix/MyPushAdUtil.h"
 #include "tools/adcheck/Describe.h"
@@ -65,6 +68,19 @@ std::string servedWith(const MyPushAdInfo& info, std::string_view language) {
                             : std::string("the ") + what + " of " + printable(entry->first);
   };
   return serve("title", info.titleDict()) + ", " + serve("page", info.htmlContentsDict());
+}
+
+/// Why the customisation changes nothing.
+std::string whyNotCustomised(XmlElement advance, const std::optional<std::string>& app) {
+  const auto value = parseJson(advance.text());
+  const auto* hosts = value ? value->as<Dictionary>() : nullptr;
+  if (hosts == nullptr) {
+    return value ? "none: advance is no JSON object" : "none: advance is not JSON";
+  }
+  if (!app) {
+    return "none, as this host has no identifier";
+  }
+  return find(*hosts, *app) == nullptr ? "none for this host" : "for this host, changes nothing";
 }
 
 /// Writes the report line by line.
@@ -158,13 +174,14 @@ void Writer::writeCustomisation() {
   after->doParseCustomizationAndMerge();
   const auto changes = changesBetween(*before, *after);
   if (changes.empty()) {
-    line("customisation",
-         options_.app ? "changes nothing for this host" : "none, as this host has no identifier");
+    line("customisation", whyNotCustomised(advance, options_.app));
     return;
   }
   line("customisation", "by the advance at " + placeOf(advance));
   for (const auto& [name, old, now] : changes) {
-    line("", "  " + name + ": " + old + " becomes " + now);
+    std::string change = "  ";
+    change.append(name).append(": ").append(old).append(" becomes ").append(now);
+    line("", change);
   }
 }
 
@@ -187,21 +204,26 @@ void Writer::writeLanguages() {
   const MyPushAdInfo& info = *run_.record;
   line("titles", languagesOf(info.titleDict()));
   line("pages", languagesOf(info.htmlContentsDict()));
-  const std::string language =
-      options_.languages && !options_.languages->empty() ? options_.languages->front() : "en";
-  line("this user", "prefers " + quoted(language) + " and gets " + servedWith(info, language));
+  const bool hasPreference = options_.languages && !options_.languages->empty();
+  const std::string language = hasPreference ? options_.languages->front() : "en";
+  std::string user = hasPreference ? "prefers " : "has no preference, which means ";
+  user += quoted(language);
+  user += hasPreference ? " and gets " : ", and gets ";
+  line("this user", user + servedWith(info, language));
   line("other users", "of no language listed get " + servedWith(info, ""));
 }
 
 void Writer::writeDecision() {
-  line("due", decisionOf(run_, options_) + " (" + std::string(run_.decision.reason) + ")");
+  line("due", decisionOf(run_, options_) + " (" + std::string(nameOf(run_.decision.reason)) + ")");
   const auto& version = run_.decision.storedVersion;
   line("stored then",
        version ? quoted(*version) + ", shown " + times(run_.decision.storedCount) : "nothing");
 }
 
 void Writer::writeLog() {
-  for (const auto& each : log_) {
+  for (std::string each : log_) {
+    const bool tellsMissingIdentifier = !options_.app && each.find("] 147:") != each.npos;
+    each += tellsMissingIdentifier ? " (this host has no identifier)" : "";
     line("logs", each);
   }
 }

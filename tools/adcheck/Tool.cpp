@@ -92,7 +92,8 @@ int runTool(int argc, char** argv) {
   }
   const auto document = readFile(options.file);
   if (!document) {
-    return failWithError(options.file + " cannot be read");
+    return failWithError((options.file == "-" ? "standard input" : options.file) +
+                         " cannot be read");
   }
   return options.allHosts ? checkAllHosts(options, *document) : checkOneHost(options, *document);
 }

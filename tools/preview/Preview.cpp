@@ -7,6 +7,8 @@
 #include <cstring>
 #include <utility>
 
+#include "definition/AdReader.h"
+#include "definition/XmlDocument.h"
 #include "examples/host/NotificationFacts.h"
 #include "platform/Platform.h"
 #include "qorix/MyPushAdManager.h"
@@ -20,7 +22,6 @@
 namespace {
 
 constexpr guint kPatience = 30;  // seconds that a due picture waits for the page
-constexpr const char* kAllInstalled = "ZAM: All po-apps installed, Disable it.";
 
 std::string join(const std::vector<std::string>& texts, const char* between) {
   std::string joined;
@@ -63,7 +64,7 @@ Preview::Preview(Options options, std::string text, std::optional<Handover> past
       text_(std::move(text)),
       past_(std::move(past)),
       argv_(argv),
-      log_(installServices(options_)) {
+      services_(installServices(options_)) {
   if (options_.screenshot) {
     options_.quitAfter = options_.quitAfter.value_or(0);
     status_ = 1;  // until the picture is taken, however the main loop ends
@@ -149,7 +150,7 @@ void Preview::begin() {
 // Showing.
 
 std::shared_ptr<qorix::MyPushAdInfo> Preview::parse(const std::string& text) {
-  log_->takeLines();
+  services_.log->takeLines();
   return qorix::MyPushAdUtil::parseXMLWithString(text);
 }
 
@@ -157,13 +158,11 @@ void Preview::show(const std::string& text) {
   const auto info = parse(text);
   if (info == nullptr) {
     isRefused_ = true;
-    printRefusal(text, log_->takeLines(), "waiting for " + options_.file + " to change");
+    printRefusal(text, services_.log->takeLines(), "waiting for " + options_.file + " to change");
     return;
   }
-  const auto lines = log_->takeLines();
-  const bool allInstalled = std::ranges::find(lines, kAllInstalled) != lines.end();
   printLine("document", describeAd(*info));
-  const auto ofHost = reasonsOfHost(*info, allInstalled);
+  const auto ofHost = reasonsOfHost(*info, areAllPromotedInstalled(text));
   const auto ofPlace = reasonsOfPlace(*info);
   if (!ofPlace.empty() || (!ofHost.empty() && !options_.anyway)) {
     auto reasons = ofHost;
@@ -186,6 +185,19 @@ void Preview::show(const std::string& text) {
   showAd(info);
 }
 
+// The library says so only by switching the advertisement off.
+bool Preview::areAllPromotedInstalled(const std::string& text) const {
+  const auto document = qorix::XmlDocument::parse(text);
+  if (!document) {
+    return false;
+  }
+  const auto reading = qorix::readAdForHost(*document, options_.app);
+  services_.log->setKeepsBack(true);  // it has been logged for the host
+  const bool areAll = qorix::MyPushAdUtil::areAllPromoAppsAlreadyInstalled(reading.promotedNames);
+  services_.log->setKeepsBack(false);
+  return areAll;
+}
+
 void Preview::showAd(const std::shared_ptr<qorix::MyPushAdInfo>& info) {
   if (info->enable() && info->delay() > 0) {
     printLine("waiting", "the advertisement comes after " + std::to_string(info->delay()) + " s");
@@ -195,6 +207,7 @@ void Preview::showAd(const std::shared_ptr<qorix::MyPushAdInfo>& info) {
       qorix::platform().mainBundle);
   presenter_ =
       qorix::MyPushAdOperator::createInstanceWithHostView<PreviewOperator>(editor_.views.front());
+  presenter_->setRegistry(services_.registry);
   presenter_->setPageDidLoad([this] { pageDidLoad(); });
   presenter_->processShowAdIfNeededWithPushAdInfo(info);
 }
@@ -244,16 +257,16 @@ void Preview::documentChanged(const std::string& text) {
     printLine("unchanged", options_.file + " holds again what is shown");
     return;
   }
-  log_->setKeepsBack(true);
+  services_.log->setKeepsBack(true);
   const bool isGood = parse(text) != nullptr;
-  log_->setKeepsBack(false);
+  services_.log->setKeepsBack(false);
   if (isGood) {
     startAnewWith(text);
     return;
   }
-  const auto lines = log_->takeLines();
+  const auto lines = services_.log->takeLines();
   for (const auto& line : lines) {
-    log_->write(line);
+    services_.log->write(line);
   }
   printRefusal(text, lines, "what is on screen stays");
 }

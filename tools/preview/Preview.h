@@ -39,6 +39,7 @@ class Preview {
   void begin();
   std::shared_ptr<qorix::MyPushAdInfo> parse(const std::string& text);
   void show(const std::string& text);
+  bool areAllPromotedInstalled(const std::string& text) const;
   void showAd(const std::shared_ptr<qorix::MyPushAdInfo>& info);
   void documentChanged(const std::string& text);
   void startAnewWith(const std::string& text);
@@ -62,7 +63,7 @@ class Preview {
   std::string text_;
   std::optional<Handover> past_;
   char** argv_;
-  std::shared_ptr<RememberingLog> log_;
+  Services services_;
   EditorWindow editor_;
   std::shared_ptr<PreviewOperator> presenter_;
   std::unique_ptr<DocumentWatch> watch_;

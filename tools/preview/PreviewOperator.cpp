@@ -4,6 +4,7 @@
 
 #include <string>
 
+#include "qorix/MyPushAdManager.h"
 #include "tools/preview/DecisionReason.h"
 #include "tools/preview/Lines.h"
 #include "tools/preview/Painting.h"
@@ -38,6 +39,27 @@ class TellingListener : public qorix::WebPolicyDecisionListener {
   std::function<void(bool use)> tell_;
 };
 
+// The functions that a page defines to take part in the exchange about installed applications.
+constexpr const char* kListFunction = "cocoa_obtain_promo_app_ids";
+constexpr const char* kPostFunction = "cocoa_post_promo_app_info";
+
+/// Why the page takes no part. Asks it once more, but calls nothing of it.
+std::string missingFunctions(qorix::WebView& webView) {
+  const auto isMissing = [&webView](const std::string& name) {
+    return webView.stringByEvaluatingJavaScriptFromString("typeof(" + name + ") !== 'function'") ==
+           "true";
+  };
+  const bool isListMissing = isMissing(kListFunction);
+  const bool isPostMissing = isMissing(kPostFunction);
+  if (isListMissing && isPostMissing) {
+    return "it defines neither function";
+  }
+  if (!isListMissing && !isPostMissing) {
+    return "it gives no answer";
+  }
+  return std::string("it defines no function ") + (isListMissing ? kListFunction : kPostFunction);
+}
+
 // The library is not asked about new windows; the web view makes none.
 GtkWidget* newWindowIsAskedFor(WebKitWebView* /*webView*/, WebKitNavigationAction* action) {
   const char* address = webkit_uri_request_get_uri(webkit_navigation_action_get_request(action));
@@ -62,10 +84,38 @@ void PreviewController::webViewDecidePolicyForNavigationAction(
 void PreviewController::webViewDidFinishLoadForFrame(const std::shared_ptr<qorix::WebView>& webView,
                                                      const qorix::WebFrame& frame) {
   const auto self = shared_from_this();
+  takesPart_.reset();
   MyPushAdViewController::webViewDidFinishLoadForFrame(webView, frame);
+  if (takesPart_) {
+    printLine("bridge", describeBridge(*webView));
+  }
   if (frame.isMainFrame && webView != nullptr && webView == legacyWebView() && pageDidLoad_) {
     pageDidLoad_();
   }
+}
+
+// The library asks this first, and the registry for each application next.
+bool PreviewController::isSupportAdFilterFeature(const std::shared_ptr<qorix::WebView>& webView) {
+  takesPart_ = MyPushAdViewController::isSupportAdFilterFeature(webView);
+  return *takesPart_;
+}
+
+std::string PreviewController::describeBridge(qorix::WebView& webView) {
+  if (!*takesPart_) {
+    return "the page does not take part: " + missingFunctions(webView);
+  }
+  const auto manager = qorix::MyPushAdManager::sharedPushAdManager();
+  std::string text = "host " + manager->appBundleIdentifier().value_or("") + ", promotes ";
+  const auto lookups = registry_->takeLookups();
+  if (lookups.empty()) {
+    return text + "nothing: " + kListFunction + " gave no text that names any";
+  }
+  const char* between = "";
+  for (const auto& [identifier, isInstalled] : lookups) {
+    text += between + identifier + (isInstalled ? " (installed)" : " (not installed)");
+    between = ", ";
+  }
+  return text;
 }
 
 void PreviewController::viewDidLoad() {
@@ -78,6 +128,7 @@ void PreviewController::viewDidLoad() {
 std::shared_ptr<qorix::MyPushAdViewController> PreviewOperator::createPushAdViewController(
     std::int64_t mode) {
   auto controller = PreviewController::createInstanceWithPushAdMode<PreviewController>(mode);
+  controller->setRegistry(registry_);
   controller->setPageDidLoad(pageDidLoad_);
   return controller;
 }

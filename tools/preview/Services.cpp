@@ -75,7 +75,21 @@ std::vector<std::string> RememberingLog::takeLines() {
   return std::exchange(lines_, {});
 }
 
-std::shared_ptr<RememberingLog> installServices(const Options& options) {
+RememberingRegistry::RememberingRegistry(std::shared_ptr<qorix::ApplicationRegistry> next)
+    : next_(std::move(next)) {}
+
+std::vector<qorix::Url> RememberingRegistry::applicationUrlsForBundleIdentifier(
+    const std::string& identifier) {
+  auto urls = next_->applicationUrlsForBundleIdentifier(identifier);
+  lookups_.push_back({identifier, !urls.empty()});
+  return urls;
+}
+
+std::vector<RememberingRegistry::Lookup> RememberingRegistry::takeLookups() {
+  return std::exchange(lookups_, {});
+}
+
+Services installServices(const Options& options) {
   qorix::gtk::InstallOptions install;
   install.bundleIdentifier = options.app;
   install.settings = freshDefaults(options);
@@ -91,6 +105,8 @@ std::shared_ptr<RememberingLog> installServices(const Options& options) {
     services.applicationsFolder = std::make_shared<NoApplicationsFolder>();
     services.applicationRegistry = std::make_shared<NoApplicationRegistry>();
   }
+  auto registry = std::make_shared<RememberingRegistry>(services.applicationRegistry);
+  services.applicationRegistry = registry;
   qorix::installPlatform(std::move(services));
-  return log;
+  return {log, registry};
 }

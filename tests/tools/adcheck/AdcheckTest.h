@@ -39,17 +39,22 @@ struct AdDocument {
   std::string others = {};  // further elements of the advertisement
   std::string behind = {};  // the advertisement
 
-  std::string text() const {
+  /// The push_ad element alone.
+  std::string advertisement() const {
     const std::string html =
         pages.empty() ? "<html_contents><default><![CDATA[" + page + "]]></default></html_contents>"
                       : pages;
-    std::string document = declaration + "\n<rootcfg>\n<data>\n" + fileVersion + "\n" + table +
-                           "\n</data>\n" + ahead + "\n<push_ad>\n";
+    std::string ad = "<push_ad>\n";
     for (const auto& element : {adid, enable, version, embed, width, height, count, delay, advance,
                                 notes, title, html, others}) {
-      document += element + "\n";
+      ad += element + "\n";
     }
-    return document + "</push_ad>\n" + behind + "\n</rootcfg>\n";
+    return ad + "</push_ad>\n";
+  }
+
+  std::string text() const {
+    return declaration + "\n<rootcfg>\n<data>\n" + fileVersion + "\n" + table + "\n</data>\n" +
+           ahead + "\n" + advertisement() + behind + "\n</rootcfg>\n";
   }
 };
 

@@ -73,6 +73,15 @@ TEST_F(FindingsTest, aBrokenTableLineServesOnlyHostsBeforeIt) {
                 "document: com.example.editor");
 }
 
+TEST_F(FindingsTest, whatABrokenLineWouldSayIsNotGuessed) {
+  auto document = with(&AdDocument::table, "<push_ad_config><adid>12</adid></push_ad_config>");
+  auto other = customised("");
+  other.adid = "<adid>12</adid>";
+  document.behind = other.advertisement();
+  EXPECT_THAT(warnings(document.text()), IsEmpty());  // but for what the host refuses it for
+  EXPECT_THAT(report(document.text()).output, HasSubstr("refused: appid is missing"));
+}
+
 TEST_F(FindingsTest, aSecondLineForOneHostNeverCounts) {
   expectWarning(
       with(&AdDocument::table, tableLine(kEditor, "11") + "\n" + tableLine(kEditor, "99")),
@@ -105,16 +114,96 @@ TEST_F(FindingsTest, blanksInTheTableCount) {
                 "blanks around the appid count: no host is called so");
 }
 
+TEST_F(FindingsTest, onlyTheFirstBrokenTableLineIsToldOf) {
+  auto document =
+      with(&AdDocument::table, tableLine(kEditor, "11") + "\n" + tableLine("com.example.b", "99") +
+                                   "\n<push_ad_config><appid>x</appid></push_ad_config>\n" +
+                                   tableLine("com.example.c", "11") + "\n<push_ad_config/>");
+  const std::string text = document.text();
+  EXPECT_THAT(warnings(text), ElementsAre(HasSubstr("\"com.example.b\" refuses the document"),
+                                          placeOf("<push_ad_config><appid>x", text) +
+                                              ": this table line has no adid: only hosts with a "
+                                              "line before it can read the document: "
+                                              "com.example.editor"));
+}
+
 TEST_F(FindingsTest, advertisementsThatSpoilOrHideOthers) {
-  auto document = with(&AdDocument::behind, "<push_ad><enable>1</enable></push_ad>");
-  expectWarning(document, "<push_ad><enable>",
-                "this push_ad has no adid: hosts that get an advertisement behind it refuse the "
-                "document");
-  document.behind = "<push_ad><adid>11</adid></push_ad>";
-  expectWarning(document, "<adid>11</adid></push_ad>",
+  const std::string table = tableLine("com.example.a", "12");
+  auto document = with(&AdDocument::table, table);
+  document.behind = with(&AdDocument::adid, "").advertisement() +
+                    with(&AdDocument::adid, "<adid>12</adid>").advertisement();
+  const std::string text = document.text();
+  EXPECT_THAT(warnings(text),
+              ElementsAre(placeOf("<push_ad>\n\n", text) +
+                          ": this push_ad has no adid: hosts that get an advertisement behind it "
+                          "refuse the document"));
+  document = AdDocument();
+  document.behind = with(&AdDocument::adid, "<adid >11</adid>").advertisement();
+  expectWarning(document, "<adid >11",
                 "an earlier push_ad has the same adid: no host gets this one");
-  document.behind = "<push_ad><adid>12</adid></push_ad>";
+  document.behind = with(&AdDocument::adid, "<adid>12</adid>").advertisement();
+  document.table = table;
   expectNone(document);
+}
+
+TEST_F(FindingsTest, anAdvertisementThatNoHostGets) {
+  AdDocument document;
+  document.behind =
+      "<push_ad >" + with(&AdDocument::adid, "<adid>12</adid>").advertisement().substr(9);
+  expectWarning(document, "<push_ad >",
+                "no table line names the adid \"12\", and this push_ad is not the first: no host "
+                "gets it");
+}
+
+TEST_F(FindingsTest, anAdvertisementThatOtherHostsWouldRefuse) {
+  auto document = with(&AdDocument::table, tableLine("com.example.a", "12"));
+  auto other = with(&AdDocument::adid, "<adid>12</adid>");
+  other.width = "";
+  document.behind = "<push_ad >" + other.advertisement().substr(9);
+  expectWarning(document, "<push_ad >",
+                "width is missing from push_ad: hosts that get this push_ad refuse the document");
+  other.width = "<width/>";
+  document.behind = other.advertisement();
+  expectWarning(document, "<width/>",
+                "width is empty: hosts that get this push_ad refuse the document");
+  other.width = document.width;
+  other.title = "<title></title>";
+  document.behind = other.advertisement();
+  expectWarning(document, "<title></title>",
+                "title has no child element with a text: hosts that get this push_ad refuse the "
+                "document");
+  // The host that refuses it is told so once.
+  EXPECT_THAT(run({"--app", "com.example.a", write(document.text())}).output,
+              testing::EndsWith("\n\nno warnings\n"));
+}
+
+TEST_F(FindingsTest, namesThatAreNearlyRead) {
+  expectWarning(with(&AdDocument::others, "<Count>5</Count>"), "<Count>",
+                "\"Count\" is never read: the element is called \"count\"");
+  expectWarning(with(&AdDocument::others, "<titles/>"), "<titles/>",
+                "\"titles\" is never read: the element is called \"title\"");
+  expectWarning(with(&AdDocument::table, "<push_ad_configs/>"), "<push_ad_configs/>",
+                "\"push_ad_configs\" is never read: the element is called \"push_ad_config\"");
+  expectWarning(with(&AdDocument::behind, "<Push_Ad/>"), "<Push_Ad/>",
+                "\"Push_Ad\" is never read: the element is called \"push_ad\"");
+  expectNone(with(&AdDocument::others, "<colour>5</colour>"));
+}
+
+TEST_F(FindingsTest, markupInTextsIsDropped) {
+  const auto expectDropped = [&](const AdDocument& document, const std::string& name) {
+    expectWarning(
+        document, "<b>",
+        "markup inside " + name + " is dropped: escape it or put it into a CDATA section");
+  };
+  expectDropped(titled("<default>Try <b>it</b></default>"), "default");
+  expectDropped(with(&AdDocument::pages,
+                     "<html_contents><default><b>Hello</b><i/></default></html_contents>"),
+                "default");
+  expectDropped(with(&AdDocument::width, "<width>300<b>0</b></width>"), "width");
+  expectDropped(with(&AdDocument::others, "<promo_app_name>A <b>B</b></promo_app_name>"),
+                "promo_app_name");
+  expectDropped(with(&AdDocument::table, tableLine("com.<b>example</b>", "11")), "appid");
+  expectNone(titled("<default>Try<!-- <b> --><![CDATA[<b>]]>&lt;b></default>"));
 }
 
 // The record.
@@ -147,6 +236,8 @@ TEST_F(FindingsTest, textsThatAreNoNumbers) {
                 "width is \"12px\", which is read as 12");
   expectWarning(with(&AdDocument::delay, "<delay>3.9</delay>"), "<delay>",
                 "delay is \"3.9\", which is read as 3");
+  expectWarning(with(&AdDocument::count, "<count>99999999999999999999</count>"), "<count>",
+                "count is \"99999999999999999999\", which is read as 9223372036854775807");
 }
 
 TEST_F(FindingsTest, aSwitchThatDoesNotSwitchOff) {
@@ -167,7 +258,17 @@ TEST_F(FindingsTest, versionsOfWhichNotAllIsCompared) {
   expectWarning(with(&AdDocument::version, "<version>1.0final2</version>"), "<version>",
                 "version is \"1.0final2\": behind an \"a\" only a number is compared, and there is "
                 "none: all such versions are one");
-  for (const std::string text : {"2.1", "2.1a3", "2.1a03", "1.0beta2", "x"}) {
+  expectWarning(with(&AdDocument::version, "<version>1.0a3.1</version>"), "<version>",
+                "version is \"1.0a3.1\": what follows the number behind the \"a\" is not "
+                "compared");
+  for (const std::string number : {"202611211200", "2147483648", "-2147483649"}) {
+    expectWarning(with(&AdDocument::version, "<version>1a" + number + "</version>"), "<version>",
+                  "version is \"1a" + number +
+                      "\": the number behind the \"a\" is larger than 32 bits hold, and all such "
+                      "numbers are one");
+  }
+  for (const std::string text :
+       {"2.1", "2.1a3", "2.1a03", "1.0beta2", "x", "2.1a-3", "2.1a+3\n", "1a2147483647", "beta"}) {
     expectNone(with(&AdDocument::version, "<version>" + text + "</version>"));
   }
 }
@@ -213,6 +314,32 @@ TEST_F(FindingsTest, aCustomisationThatIsNone) {
       warnings(
           with(&AdDocument::advance, "<advance>{\"a\": {\"width\": 1e999,}}</advance>").text()),
       ElementsAre(HasSubstr("advance is not JSON (unexpected '}'; expected string literal)")));
+}
+
+TEST_F(FindingsTest, aCustomisationForAHostThatGetsAnotherAdvertisement) {
+  auto document = customised("");
+  document.table = tableLine(kEditor, "12");
+  document.behind = with(&AdDocument::adid, "<adid>12</adid>").advertisement();
+  expectWarning(document, "\"com.example.editor\"",
+                "the table gives \"com.example.editor\" the adid \"12\": this customisation never "
+                "counts");
+  auto other = with(&AdDocument::adid, "<adid>12</adid>");
+  other.advance = "<advance>{\"com.example.viewer\": {}}</advance>";
+  document.advance = "<advance>{\"com.example.viewer\" : {}}</advance>";
+  document.behind = other.advertisement();
+  expectWarning(document, "\"com.example.viewer\":",
+                "no table line names \"com.example.viewer\", which gets the first push_ad: this "
+                "customisation never counts");
+}
+
+TEST_F(FindingsTest, identifiersThatDifferInLetterCase) {
+  auto document = with(&AdDocument::advance, "<advance>{\"com.example.Editor\": {}}</advance>");
+  document.table = tableLine(kEditor, "11");
+  expectWarning(document, "\"com.example.Editor\"",
+                "the table names \"com.example.editor\", not \"com.example.Editor\": letter case "
+                "counts");
+  document.table += tableLine("com.example.Editor", "11");
+  expectNone(document);
 }
 
 TEST_F(FindingsTest, aHostsEntryThatIsNoObject) {
@@ -281,9 +408,14 @@ TEST_F(FindingsTest, twoCodesForOneLanguage) {
       titled("<zh>Z</zh><zh-Hans>H</zh-Hans><default>D</default>"), "<zh-Hans>",
       "\"zh\" and \"zh-Hans\" serve the same users, and the first in the document counts: "
       "\"zh-Hans\" is never used");
-  expectWarning(titled("<zh-Hans>H</zh-Hans><zh>Z</zh><default>D</default>"), "<zh-Hans>",
-                "\"zh\" and \"zh-Hans\" serve the same users: it is their order in the document "
-                "that lets \"zh-Hans\" count");
+  expectWarning(
+      titled("<z>1</z><zh>2</zh><default>D</default>"), "<zh>",
+      "\"z\" and \"zh\" serve the same users, and the first in the document counts: \"zh\" is "
+      "never used");
+  EXPECT_THAT(warnings(titled("<z>1</z><zh>2</zh><zh-Hans>3</zh-Hans><default>D</default>").text()),
+              ElementsAre(HasSubstr("\"zh\" is never used"),
+                          HasSubstr("\"z\" and \"zh-Hans\" serve the same users")));
+  expectNone(titled("<zh-Hans>H</zh-Hans><zh>Z</zh><default>D</default>"));
   expectNone(titled("<zh-Hans>H</zh-Hans><zh-Hant>T</zh-Hant><de>E</de><default>D</default>"));
 }
 
@@ -305,6 +437,8 @@ TEST_F(FindingsTest, entriesThatDoNotCount) {
   expectWarning(titled("<en/><default>D</default>"), "<en/>", "\"en\" has no text and is left out");
   expectWarning(titled("<en>1</en><en>2</en><default>D</default>"), "<en>2",
                 "\"en\" stands here again, and the last one counts");
+  expectWarning(titled("<en> \n</en><default>D</default>"), "<en>",
+                "\"en\" holds only blanks: its users see them, not another language");
 }
 
 }  // namespace

@@ -173,7 +173,7 @@ TEST_F(AdcheckJsonTest, aRecordWithoutVersionIsDueEachTime) {
   record.setEnable(true);
   const auto decision = adcheck::decide(record);
   EXPECT_TRUE(decision.isDue);
-  EXPECT_EQ(decision.reason, "due-uncounted");
+  EXPECT_EQ(adcheck::nameOf(decision.reason), "due-uncounted");
   EXPECT_EQ(decision.storedVersion, std::nullopt);
   EXPECT_EQ(decision.storedCount, 0);
 }

@@ -82,6 +82,18 @@ TEST_F(AdcheckOptionsTest, whatCannotBeReadIsTold) {
   }
 }
 
+TEST_F(AdcheckOptionsTest, standardInputThatCannotBeReadIsCalledSo) {
+  const auto result = runProgram("/bin/sh", {"-c", "exec '" QORIX_ADCHECK "' - < /"});
+  EXPECT_EQ(result.status, kWrongUsage);
+  EXPECT_EQ(result.errors, "qorix-adcheck: standard input cannot be read: Is a directory\n");
+}
+
+TEST_F(AdcheckOptionsTest, endlessInputIsGivenUp) {
+  const auto result = run({"/dev/zero"});
+  EXPECT_EQ(result.status, kWrongUsage);
+  EXPECT_EQ(result.errors, "qorix-adcheck: /dev/zero cannot be read: File too large\n");
+}
+
 TEST_F(AdcheckOptionsTest, optionsMayStandBehindTheFile) {
   const std::string file = write(AdDocument().text());
   const auto result = run({file, "--json", "--app", kEditor});

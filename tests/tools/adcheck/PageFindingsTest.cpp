@@ -52,8 +52,16 @@ TEST_F(PageFindingsTest, aGoodPageHasNone) {
 <a href="https://apps.example.com/app?id=7&LS=1">App Store</a>
 <a href="https://www.example.com/tools/12?tools=2#x">Plain</a>
 <a href="/close"><img id="cocoa_close_web" alt="x"></a>
-<div id="cocoa_close_web_area">x</div> <div id="cocoa_close_web" class="cross"></div>
-<button id="cocoa_close_web"><img src="x.png"></button>
+<div id="cocoa_close_web_area">x</div> <a href="/"><div id="cocoa_close_web"></div></a>
+<A HREF="/"><P><IMG><BR>Close <IMG ID=cocoa_close_web></A>
+<a href="/"><span class="zamopenout">Read</span> <img class=zamopenout></a>
+<a href="/" class="zamopenout"><b class="zamopenout">Read</b><br>more</a>
+<a href="/?zamopenout=1" class="zamopenout"><img></a>
+<div class="zamopenout-box"><a href="/" target="_blank">Plain</a></div>
+<a href="/?tools=2" target="_top">Plain</a><form action="/?tools=12"></form>
+<template><a class="ZAMOPENOUT" href="?tools=12"></a></template>
+<noscript><a class="ZAMOPENOUT" href="?tools=12"></a></noscript>
+<map><area href="/" id="cocoa_close_web"></map>
 a < b <3
 <script>
   // cocoa_obtain_promo_app_ids returns [ "a" ]
@@ -71,6 +79,42 @@ TEST_F(PageFindingsTest, aClassInWrongLetterCase) {
   expectWarning("<a class=\"big ZAMOPENOUT\" href=\"https://x.example/\">x</a>", "big ZAM",
                 "letter case counts in \"zamopenout\"");
   expectWarning("<img class=ZamOpenIAP>", "ZamOpenIAP", "letter case counts in \"zamopeniap\"");
+}
+
+TEST_F(PageFindingsTest, aClassThatNoClickFinds) {
+  const std::string inside =
+      "a click on an element inside this one does not find its class \"zamopenout\": write "
+      "\"zamopenout=1\" into the link's query";
+  expectWarning("<a class=\"zamopenout\" href=\"/\"><img></a>", "zamopenout", inside);
+  expectWarning("<A CLASS=zamopenout HREF=/>Read<BR><SPAN>more</SPAN></A>", "zamopenout", inside);
+  expectWarning("<a href=\"/\"><div class=\"big zamopenout\"><p>x</p></div></a>", "big zamopenout",
+                inside);
+  const std::string noLink =
+      "this \"zamopeniap\" lies in no link (a with href): clicks on it do nothing";
+  expectWarning("<div class=\"zamopeniap\">Buy</div>", "zamopeniap", noLink);
+  expectWarning("<a class=\"zamopeniap\">Buy</a>", "zamopeniap", noLink);
+  expectWarning("<a href=\"/\">x</a><b class=\"zamopeniap\">Buy</b>", "zamopeniap", noLink);
+  expectWarning("<a href=\"/\"><svg><path/></svg></a><b class=\"zamopeniap\">Buy</b>", "zamopeniap",
+                noLink);
+}
+
+TEST_F(PageFindingsTest, marksWhereNothingLooksForThem) {
+  const std::string newWindow = "marks do nothing in a link for a new window: leave the target out";
+  expectWarning("<a target=\"_blank\" href=\"https://x.example/?zamopenout=1\">x</a>", "_blank",
+                newWindow);
+  expectWarning("<a target=_BLANK class=zamopeniap href=\"https://x.example/\">x</a>", "_BLANK",
+                newWindow);
+  expectWarning("<a target=\"_blank\" href=\"https://x.example/?a=1&ls=1\">x</a>", "_blank",
+                newWindow);
+  expectWarning("<form action=\"/?zamopenout=1\"><button>x</button></form>", "/?zamopenout",
+                "marks in the address of a form do nothing: only clicks on links count");
+}
+
+TEST_F(PageFindingsTest, referencesInAttributesAreRead) {
+  expectNone(link("https://x.example/?a=1&#38;zamopenout&#61;1"));
+  expectNone("<a class=\"zam&#x6F;penout\" href=\"/\">x</a>");
+  expectWarning("<a class=\"ZAM&#X4f;PENOUT\" href=\"/\">x</a>", "ZAM&#", "letter case counts");
+  expectNone(link("https://x.example/?a=&#;&#x;&#xx;&#99999999999;&#233;&amp"));
 }
 
 TEST_F(PageFindingsTest, aMarkOutsideOfTheQuery) {
@@ -113,7 +157,19 @@ TEST_F(PageFindingsTest, aCloseControlThatDoesNotClose) {
   expectWarning("<img id=\" cocoa_close_web\">", " cocoa_close_web", "this id cannot match");
   expectWarning("<a href=\"/\" id=\"cocoa_close_web\">Close</a>", "cocoa_close_web",
                 "a click on this close control's text does not close");
-  expectWarning("<A ID='cocoa_close_web'>\nClose\n</A>", "cocoa_close_web", "text does not close");
+  expectWarning("<A HREF=/ ID='cocoa_close_web'>\nClose\n</A>", "cocoa_close_web",
+                "text does not close");
+  for (const std::string inside : {"<img>", "<span>x</span>", "x <b>y</b>"}) {
+    expectWarning("<a id=\"cocoa_close_web\" href=\"/\">" + inside + "</a>", "cocoa_close_web",
+                  "a click on an element inside this close control does not close");
+  }
+  expectWarning("<a href=\"/\"><svg id=\"cocoa_close_web\"><path/></svg></a>", "cocoa_close_web",
+                "a click on an element inside this close control does not close");
+  for (const std::string page :
+       {"<img id=\"cocoa_close_web\">", "<button id=\"cocoa_close_web\"><img></button>",
+        "<a id=\"cocoa_close_web\">x</a>", "<a href=\"/\">x</a><img id=\"cocoa_close_web\">"}) {
+    expectWarning(page, "cocoa_close_web", "this close control lies in no link");
+  }
 }
 
 TEST_F(PageFindingsTest, aBridgeOfWhichHalfIsMissing) {
@@ -161,8 +217,30 @@ TEST_F(PageFindingsTest, aPromotedIdentifierThatBreaksTheAnswer) {
   expectWarning(listFunction("return ['a', \"b'c\"].join(',');"), "b'c", "holds a quote");
   expectWarning(listFunction("var ids = ['a\\\\b']; return ids.join(',');"), "a\\\\b",
                 "a backslash or a line break");
-  expectWarning(listFunction("return ['a', 'b'].join('\\n');"), "\\n'", "a line break");
-  expectNone(listFunction("log(\"it's\"); return 'com.a,com.b';"));
+  expectWarning(listFunction("return [ // the first\n'a', \"b\\n\" ].join();"), "b\\n",
+                "a line break");
+  for (const auto* body :
+       {"log(\"it's\"); return 'com.a,com.b';",
+        "return document.querySelector(\"[data-x='1']\").textContent",
+        "const all = [{id: 'a', name: \"Bob's\"}]; return all.map(i => i.id).join(',');",
+        "const all = [{id: 'a', name: \"Bob's\"}]; return all.join(',');",
+        "return ['a', b(\"it's\")].join(',');", "return [\"it's\"][0];",
+        "return [\"it's\"].join(',').replace(/'/g, '');",
+        "var ids = ['com.a']; return ids.join(',').replace(/'/g, '');",
+        "const l = \"it's\"; return l === \"it's\" ? 'a.b' : 'c.d';",
+        "return `com.${x ? 'a' : 'b'}`;", "return \"it's\" in all ? 'a' : 'b';"}) {
+    expectNone(listFunction(body));
+  }
+}
+
+TEST_F(PageFindingsTest, regularExpressionsAreNoStrings) {
+  for (const auto* body :
+       {"var r = /[/'\"]/g, s = ok(/\\/'/);", "if (!/'/.test(x)) { /\"/.exec(x) }",
+        "return /'/.source;", "var x = 4 / 2, y = 'b / c', z = x / y;"}) {
+    expectWarning(listFunction(std::string(body) + " return [\"it's\"].join();"), "it's",
+                  "holds a quote");
+  }
+  expectNone(script("var r = /['/]function cocoa_obtain_promo_app_ids() {}/;"));
 }
 
 TEST_F(PageFindingsTest, everyPageOfEveryAdvertisementIsLookedAt) {
@@ -170,10 +248,10 @@ TEST_F(PageFindingsTest, everyPageOfEveryAdvertisementIsLookedAt) {
   document.pages = "<html_contents><en><![CDATA[" + link("?tools=1") +
                    "]]></en><default><![CDATA[" + link("?tools=2") + link("?tools=13") +
                    "]]></default></html_contents>";
-  std::string other = document.text();
-  other = other.substr(other.find("<push_ad>"), other.find("</push_ad>") - other.find("<push_ad>"));
-  other.replace(other.find(">11<"), 4, ">12<");
-  document.behind = other + "</push_ad>";
+  AdDocument other = document;
+  other.adid = "<adid>12</adid>";
+  document.table = tableLine(kEditor, "12");
+  document.behind = other.advertisement();
   EXPECT_THAT(warnings(document.text()),
               ElementsAre(EndsWith("found in \"tools=1\": the link opens the App Store"),
                           EndsWith("found in \"tools=13\": the link opens the App Store"),

@@ -1,3 +1,4 @@
+#include <cstddef>
 #include <string>
 
 #include "tools/adcheck/AdcheckTest.h"
@@ -39,6 +40,19 @@ TEST(SourceLinesTest, aByteOrderMarkIsNoCharacter) {
   EXPECT_EQ(SourceLines("").positionOf(0), (SourcePosition{1, 1}));
 }
 
+TEST(SourceLinesTest, longLinesAreCountedInPieces) {
+  constexpr std::size_t kLetters = 200'000;
+  std::string text = "x\n";
+  for (std::size_t index = 0; index < kLetters; ++index) {
+    text += "\xC3\xA9";
+  }
+  const SourceLines lines(text);
+  for (std::size_t index = 0; index < kLetters; ++index) {
+    ASSERT_EQ(lines.positionOf(2 + 2 * index), (SourcePosition{2, index + 1}));
+  }
+  EXPECT_EQ(lines.positionOf(text.size()), (SourcePosition{2, kLetters + 1}));
+}
+
 class PlacesTest : public AdcheckTest {};
 
 TEST_F(PlacesTest, elementsAreFoundBehindAnything) {
@@ -64,6 +78,21 @@ TEST_F(PlacesTest, carriageReturnsAndAByteOrderMarkCountAsEditorsSay) {
   }
   EXPECT_THAT(warnings(text), ElementsAre(StartsWith(place + ": count is 0")));
   EXPECT_THAT(warnings("\xEF\xBB\xBF" + plain), ElementsAre(StartsWith(place + ": count is 0")));
+}
+
+// Counting each time from the line's beginning would outlast the program's minute.
+TEST_F(PlacesTest, manyFindingsInOneLineTakeNoLonger) {
+  constexpr int kLanguages = 150'000;
+  AdDocument document;
+  document.title = "<title>";
+  for (int index = 0; index < kLanguages; ++index) {
+    const std::string code = "E" + std::to_string(index);
+    document.title += "<" + code + ">x</" + code + ">";
+  }
+  document.title += "<default>T</default></title>";
+  const auto result = report(document.text());
+  EXPECT_EQ(result.status, 0);
+  EXPECT_GE(linesOf(result.output).size(), std::size_t{kLanguages});
 }
 
 TEST_F(PlacesTest, aPlaceInACdataSectionIsFound) {

@@ -35,12 +35,20 @@ TEST_F(TextReportTest, tellsTheTableLineAndTheAdvertisement) {
                     HasSubstr(", which the table line names\n")));
   EXPECT_THAT(run({write(document.text())}).output,
               AllOf(HasSubstr("as a host without identifier reads it"),
-                    HasSubstr("customisation  none, as this host has no identifier")));
+                    HasSubstr("customisation  none, as this host has no identifier"),
+                    HasSubstr("go to pre-defined condition. (this host has no identifier)\n")));
 }
 
 TEST_F(TextReportTest, tellsWhatTheCustomisationChanges) {
   AdDocument document;
-  EXPECT_THAT(textOf(document), HasSubstr("customisation  changes nothing for this host\n"));
+  const auto expectNone = [&](const std::string& advance, const std::string& why) {
+    document.advance = "<advance>" + advance + "</advance>";
+    EXPECT_THAT(textOf(document), HasSubstr("customisation  " + why + "\n"));
+  };
+  expectNone("{}", "none for this host");
+  expectNone("none", "none: advance is not JSON");
+  expectNone("[]", "none: advance is no JSON object");
+  expectNone("{\"com.example.editor\": {\"count\": 3}}", "for this host, changes nothing");
   document.advance =
       "<advance>{\"com.example.editor\": {\"enable\": 0, \"version\": \"3\", \"embed\": 2,"
       " \"width\": 300, \"height\": 60, \"offsetx\": 1, \"offsety\": 2, \"count\": 4, \"delay\": 5,"
@@ -67,7 +75,14 @@ TEST_F(TextReportTest, tellsWhichLanguagesUsersGet) {
             HasSubstr("prefers \"de-AT\" and gets the title of de, the page of default\n"),
             HasSubstr("of no language listed get the title of default, the page of default\n")));
   document.title = "<title><de>D</de></title>";
-  EXPECT_THAT(textOf(document), HasSubstr("prefers \"en\" and gets no title, the page of en\n"));
+  for (const auto& none : std::vector<std::vector<std::string>>{{}, {"--languages", " , "}}) {
+    EXPECT_THAT(
+        textOf(document, none),
+        HasSubstr("this user      has no preference, which means \"en\", and gets no title, "
+                  "the page of en\n"));
+  }
+  EXPECT_THAT(textOf(document, {"--languages", " de-AT , en"}),
+              HasSubstr("prefers \"de-AT\" and gets the title of de"));
 }
 
 TEST_F(TextReportTest, tellsWhetherItIsDueAndWhy) {

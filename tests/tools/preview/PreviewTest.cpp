@@ -280,6 +280,79 @@ TEST_F(PreviewTest, spendsNoCountAndWritesNothing) {
   EXPECT_EQ(filesBelow(folder_.path()), beside);
 }
 
+// The bridge.
+
+class PreviewBridgeTest : public PreviewTest {
+ protected:
+  static constexpr const char* kPost = "function cocoa_post_promo_app_info(host, ids, flags) {}";
+
+  static std::string listing(const std::string& result) {
+    return "function cocoa_obtain_promo_app_ids() { return " + result + "; }";
+  }
+
+  /// What a preview tells about a page with that script.
+  std::vector<std::string> bridgeOf(const std::string& script,
+                                    std::vector<std::string> options = {}) const {
+    write(document({.height = "60"},
+                   "<body style='margin:0;background:#777'><script>" + script + "</script>"));
+    options.insert(options.end(), {"--app", "com.example.editor"});
+    PreviewProcess preview(arguments(options));
+    EXPECT_TRUE(preview.waitForLine("page"));
+    closeWindow(preview);
+    return preview.texts("bridge");
+  }
+};
+
+TEST_F(PreviewBridgeTest, tellsWhatThePageListsAndWhatItIsTold) {
+  const auto applications = std::filesystem::path(std::getenv("XDG_DATA_HOME")) / "applications";
+  std::filesystem::create_directories(applications);
+  std::ofstream(applications / "com.example.viewer.desktop")
+      << "[Desktop Entry]\nType=Application\nName=Viewer\nExec=true\n";
+  const std::string script =
+      listing("' com.example.viewer ,com.example.converter,, a\\nb'") + kPost;
+  EXPECT_THAT(bridgeOf(script, {"--applications", applications}),
+              ElementsAre("host com.example.editor, promotes com.example.viewer (installed), "
+                          "com.example.converter (not installed), a\\nb (not installed)"));
+  EXPECT_THAT(bridgeOf(script),
+              ElementsAre("host com.example.editor, promotes com.example.viewer (not installed), "
+                          "com.example.converter (not installed), a\\nb (not installed)"));
+}
+
+TEST_F(PreviewBridgeTest, tellsThatAPageListsNothing) {
+  for (const char* result : {"['com.example.viewer']", "undefined", "''", "noSuchName"}) {
+    EXPECT_THAT(bridgeOf(listing(result) + kPost),
+                ElementsAre("host com.example.editor, promotes nothing: "
+                            "cocoa_obtain_promo_app_ids gave no text that names any"))
+        << result;
+  }
+}
+
+TEST_F(PreviewBridgeTest, tellsWhyAPageDoesNotTakePart) {
+  EXPECT_THAT(bridgeOf(""),
+              ElementsAre("the page does not take part: it defines neither function"));
+  EXPECT_THAT(bridgeOf(kPost), ElementsAre("the page does not take part: it defines no function "
+                                           "cocoa_obtain_promo_app_ids"));
+  EXPECT_THAT(bridgeOf(listing("'com.example.viewer'") + "var cocoa_post_promo_app_info = 1;"),
+              ElementsAre("the page does not take part: it defines no function "
+                          "cocoa_post_promo_app_info"));
+}
+
+TEST_F(PreviewBridgeTest, callsThePagesFunctionsNoMoreOftenThanAHost) {
+  write(document({.height = "60"},
+                 "<body style='margin:0'><iframe hidden srcdoc='inner'></iframe><script>"
+                 "let lists = 0, posts = 0;"
+                 "function cocoa_obtain_promo_app_ids() { return 'com.example.a' + ++lists; }"
+                 "function cocoa_post_promo_app_info() {"
+                 " if (++posts === 2) document.body.style.background = '#ff00aa'; }</script>"));
+  PreviewProcess preview(arguments());
+  expectPainted(kPink, 300, 60);
+  EXPECT_TRUE(preview.waitForLine("page"));
+  EXPECT_THAT(preview.texts("bridge"),
+              ElementsAre("host qorix.preview, promotes com.example.a1 (not installed)",
+                          "host qorix.preview, promotes com.example.a2 (not installed)"));
+  closeWindow(preview);
+}
+
 // What is not shown.
 
 TEST_F(PreviewTest, tellsWhyAHostWouldNotShowIt) {
@@ -296,6 +369,10 @@ TEST_F(PreviewTest, tellsWhyAHostWouldNotShowIt) {
        "it is switched off (enable is 0); its delay is negative (-7)"},
       {{.others = "<promo_app_name>Example Viewer</promo_app_name>"},
        "all applications that it promotes are installed"},
+      {{.enable = "0",
+        .others = "<promo_app_name>Example Viewer</promo_app_name>"
+                  "<promo_app_name>Example Reader</promo_app_name>"},
+       "it is switched off (enable is 0)"},
   };
   for (const auto& each : cases) {
     DocumentOf values = each.document;
@@ -320,6 +397,14 @@ TEST_F(PreviewTest, nothingCountsAsInstalledUnlessAFolderIsNamed) {
   expectPainted(kPink, 300, 60);
   closeWindow(preview);
   EXPECT_EQ(preview.countLog("fatal error"), 0);
+}
+
+TEST_F(PreviewTest, isToldOnceThatTheApplicationsCannotBeRead) {
+  write(document({.height = "60", .others = "<promo_app_name>Example Viewer</promo_app_name>"}));
+  PreviewProcess preview(arguments({"--applications", folder_ / "nowhere"}));
+  expectPainted(kPink, 300, 60);
+  closeWindow(preview);
+  EXPECT_EQ(preview.countLog("fetchUserInstalledAppNamesSet] 257: "), 1);
 }
 
 TEST_F(PreviewTest, whatHasNoPlaceIsNotEvenShownAnyway) {
