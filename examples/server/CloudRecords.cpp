@@ -34,6 +34,11 @@ CloudRecords::Answer errorAnswer(const Refusal& refusal) {
 
 [[noreturn]] void refuse(const std::string& reason) { throw Refusal{400, "BAD_REQUEST", reason}; }
 
+/// "the body lacks query"
+[[noreturn]] void refuseMember(std::string what, const char* how, const std::string& name) {
+  refuse(what.append(how).append(name));
+}
+
 /// The members of an object that has those of `required` and at most those of `optional` besides.
 void checkMembers(const json& object, const std::string& what,
                   const std::set<std::string>& required,
@@ -43,12 +48,12 @@ void checkMembers(const json& object, const std::string& what,
   }
   for (const std::string& name : required) {
     if (!object.contains(name)) {
-      refuse(what + " lacks " + name);
+      refuseMember(what, " lacks ", name);
     }
   }
   for (const auto& [name, value] : object.items()) {
     if (!required.contains(name) && !optional.contains(name)) {
-      refuse(what + " has an unknown member " + name);
+      refuseMember(what, " has an unknown member ", name);
     }
   }
 }

@@ -24,7 +24,7 @@ def run(command, environment=ENVIRONMENT):
 
 
 def configure(cmake, source, folder, environment=ENVIRONMENT):
-    options = ["-G", "Ninja", "-D", "CMAKE_BUILD_TYPE=RelWithDebInfo"]
+    options = ["-G", "Ninja", "-D", "CMAKE_BUILD_TYPE=Debug"]  # optimising would add time only
     for part in ("TESTS", "EXAMPLES", "TOOLS"):
         options += ["-D", f"QORIX_BUILD_{part}=OFF"]
     run([cmake, "-S", source, "-B", folder, *options], environment)

@@ -76,6 +76,9 @@ std::vector<std::string> namelessFiles() {
 }
 
 class CloudKitTest : public ::testing::Test {
+ public:
+  ~CloudKitTest() override { ::setenv("TMPDIR", outerFolder_.c_str(), 1); }
+
  protected:
   CloudKitTest() {
     for (const char* name :
@@ -90,8 +93,6 @@ class CloudKitTest : public ::testing::Test {
     options_.serviceAddress = cloud_.server().url("");
     options_.apiToken = CloudServer::kToken;
   }
-
-  ~CloudKitTest() override { ::setenv("TMPDIR", outerFolder_.c_str(), 1); }
 
   QueryOutcome query() {
     const auto container =
