@@ -76,7 +76,7 @@ inline std::string placeOf(std::string_view part, std::string_view document) {
 class AdcheckTest : public testing::Test {
  protected:
   std::string write(const std::string& document, const std::string& name = "ad.xml") {
-    const std::string path = folder_ / name;
+    std::string path = folder_ / name;
     std::ofstream(path, std::ios::binary) << document;
     return path;
   }

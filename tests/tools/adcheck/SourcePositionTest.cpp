@@ -87,7 +87,7 @@ TEST_F(PlacesTest, manyFindingsInOneLineTakeNoLonger) {
   document.title = "<title>";
   for (int index = 0; index < kLanguages; ++index) {
     const std::string code = "E" + std::to_string(index);
-    document.title += "<" + code + ">x</" + code + ">";
+    document.title.append("<").append(code).append(">x</").append(code).append(">");
   }
   document.title += "<default>T</default></title>";
   const auto result = report(document.text());
