@@ -48,6 +48,14 @@ std::shared_ptr<DomHtmlElement> clickedElement(const Dictionary& actionInformati
   return std::dynamic_pointer_cast<DomHtmlElement>(node);
 }
 
+bool linkHoldsMark(const Url& url, const Dictionary& actionInformation, const LinkMark& mark) {
+  if (queryHoldsMark(url, mark.inQuery)) {
+    return true;
+  }
+  const auto element = mark.inClass.empty() ? nullptr : clickedElement(actionInformation);
+  return element != nullptr && classHoldsMark(*element, mark.inClass);
+}
+
 bool isCloseControl(const Dictionary& actionInformation) {
   const auto element = std::dynamic_pointer_cast<DomHtmlElement>(clickedNode(actionInformation));
   return element != nullptr && element->idName() == kCloseControlId;

@@ -10,6 +10,15 @@
 
 namespace qorix {
 
+/// A mark by which a link asks for an action.
+struct LinkMark {
+  std::string_view inQuery;
+  std::string_view inClass;  // of the clicked element; empty: only the query is looked at
+};
+inline constexpr LinkMark kAppStoreMark{"ls=1", ""};
+inline constexpr LinkMark kBrowserMark{"zamopenout=1", "zamopenout"};
+inline constexpr LinkMark kPurchaseMark{"zamopeniap=1", "zamopeniap"};
+
 /// Whether the query of `url` holds `mark` anywhere, letter case ignored. A plain search, not a
 /// test of a parameter: "ls=1" is also found in "tools=12".
 bool queryHoldsMark(const Url& url, std::string_view mark);
@@ -25,6 +34,9 @@ std::shared_ptr<DomNode> clickedNode(const Dictionary& actionInformation);
 
 /// The clicked node when it is an element, or the element that the clicked text is directly in.
 std::shared_ptr<DomHtmlElement> clickedElement(const Dictionary& actionInformation);
+
+/// Whether the query of `url` or the class of the clicked element holds the mark.
+bool linkHoldsMark(const Url& url, const Dictionary& actionInformation, const LinkMark& mark);
 
 /// Whether the clicked node itself is the page's close control; text inside of it is not.
 bool isCloseControl(const Dictionary& actionInformation);

@@ -22,15 +22,6 @@ void openUrl(const std::optional<Url>& url, int line) {
   }
 }
 
-bool queryOrClassHoldsMark(const Url& url, std::string_view queryMark,
-                           const Dictionary& actionInformation, std::string_view classMark) {
-  if (queryHoldsMark(url, queryMark)) {
-    return true;
-  }
-  const auto element = clickedElement(actionInformation);
-  return element != nullptr && classHoldsMark(*element, classMark);
-}
-
 }  // namespace
 
 void MyPushAdViewController::webViewDecidePolicyForNavigationAction(
@@ -66,17 +57,17 @@ void MyPushAdViewController::webViewDecidePolicyForNavigationAction(
 }
 
 bool MyPushAdViewController::isCapableForMacAppStore(const Url& url) {
-  return queryHoldsMark(url, "ls=1");
+  return queryHoldsMark(url, kAppStoreMark.inQuery);
 }
 
 bool MyPushAdViewController::isCapableForOpenInBrowser(const Url& url,
                                                        const Dictionary& actionInformation) {
-  return queryOrClassHoldsMark(url, "zamopenout=1", actionInformation, "zamopenout");
+  return linkHoldsMark(url, actionInformation, kBrowserMark);
 }
 
 bool MyPushAdViewController::isCapableForOpenIAP(const Url& url,
                                                  const Dictionary& actionInformation) {
-  return queryOrClassHoldsMark(url, "zamopeniap=1", actionInformation, "zamopeniap");
+  return linkHoldsMark(url, actionInformation, kPurchaseMark);
 }
 
 bool MyPushAdViewController::isCloseButtonActionForNavigationAction(

@@ -7,6 +7,7 @@
 #include "platform/linux/LinuxApplicationsFolder.h"
 #include "presentation/StoredShownState.h"
 #include "qorix/MyPushAdUtil.h"
+#include "tools/adcheck/EmptyApplicationsFolder.h"
 
 namespace qorix::adcheck {
 
@@ -26,15 +27,6 @@ class SinkLog : public Log {
  private:
   LogSink sink_;
   bool isSilent_ = false;
-};
-
-/// A folder that is there and holds nothing.
-class EmptyApplicationsFolder : public ApplicationsFolder {
- public:
-  std::vector<std::string> directories() override { return {"/"}; }
-  std::optional<std::vector<Item>> items(const std::string& /*directory*/) override {
-    return std::vector<Item>();
-  }
 };
 
 std::shared_ptr<UserDefaults> settings(const Options& options) {

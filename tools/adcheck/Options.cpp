@@ -7,7 +7,7 @@
 #include <string_view>
 #include <system_error>
 
-#include "tools/adcheck/Wording.h"
+#include "webview/TextLists.h"
 
 namespace qorix::adcheck {
 
@@ -49,16 +49,12 @@ std::optional<Integer> integerIn(std::string_view text) {
   return error == std::errc() && stop == end ? std::optional(value) : std::nullopt;
 }
 
-std::vector<std::string> splitAtCommas(std::string_view text) {
-  std::vector<std::string> pieces;
-  while (!text.empty()) {
-    const auto comma = text.find(',');
-    if (const auto piece = trimmed(text.substr(0, comma)); !piece.empty()) {
-      pieces.emplace_back(piece);
-    }
-    text.remove_prefix(comma == text.npos ? text.size() : comma + 1);
+std::vector<std::string> languagesIn(std::string_view text) {
+  std::vector<std::string> languages;
+  for (const Value& language : splitAtCommas(text)) {
+    languages.push_back(*language.as<std::string>());
   }
-  return pieces;
+  return languages;
 }
 
 std::optional<Size> sizeIn(std::string_view text) {
@@ -81,7 +77,7 @@ std::optional<std::string> take(int which, const char* value, Options& options) 
       options.app = value;
       break;
     case kLanguages:
-      options.languages = splitAtCommas(value);
+      options.languages = languagesIn(value);
       break;
     case kApplications:
       options.applications = value;

@@ -22,15 +22,8 @@ namespace {
 constexpr std::string_view kListFunction = "cocoa_obtain_promo_app_ids";
 constexpr std::string_view kAnswerFunction = "cocoa_post_promo_app_info";
 
-constexpr std::string_view kAppStoreMark = "ls=1";
-
-/// The marks that a link's query or an element's class may hold: without and with "=1".
-struct Mark {
-  std::string_view inClass;
-  std::string_view inQuery;
-};
-constexpr std::array kMarks = {Mark{"zamopenout", "zamopenout=1"},
-                               Mark{"zamopeniap", "zamopeniap=1"}};
+/// The marks that a class may hold, too.
+constexpr std::array kMarks = {kBrowserMark, kPurchaseMark};
 
 /// The pieces of a query, in lower case.
 std::vector<std::string> parametersOf(std::string_view query) {
@@ -91,7 +84,7 @@ class PageReader {
 
   void readLink(const Tag& tag);
   void readMissedMark(const Attribute& link, const std::string& address, std::string_view mark);
-  void readMisspelledMark(const Attribute& link, const std::string& address, const Mark& mark);
+  void readMisspelledMark(const Attribute& link, const std::string& address, const LinkMark& mark);
   void readClass(std::size_t index);
   bool holdsUnmarkedElement(std::size_t index, std::string_view mark) const;
   void readTarget(const Tag& tag);
@@ -137,8 +130,8 @@ void PageReader::readLink(const Tag& tag) {
   }
   const Attribute* link = tag.attribute("href");
   const std::string& address = link->value;
-  readMissedMark(*link, address, kAppStoreMark);
-  for (const Mark& mark : kMarks) {
+  readMissedMark(*link, address, kAppStoreMark.inQuery);
+  for (const LinkMark& mark : kMarks) {
     if (!classHolds(tag, mark.inClass)) {
       readMissedMark(*link, address, mark.inQuery);
       readMisspelledMark(*link, address, mark);
@@ -166,14 +159,14 @@ void PageReader::readMissedMark(const Attribute& link, const std::string& addres
   const auto other = std::ranges::find_if(parameters, holdsMark);
   if (std::ranges::none_of(parameters, isMark) && other != parameters.end()) {
     add(link.offset, "\"" + std::string(mark) + "\" is also found in " + quoted(*other) +
-                         (mark == kAppStoreMark ? ": the link opens the App Store"
-                                                : ": the link acts as if it were marked"));
+                         (mark == kAppStoreMark.inQuery ? ": the link opens the App Store"
+                                                        : ": the link acts as if it were marked"));
   }
 }
 
 /// "zamopenout = 1", "zamopenout=yes".
 void PageReader::readMisspelledMark(const Attribute& link, const std::string& address,
-                                    const Mark& mark) {
+                                    const LinkMark& mark) {
   const std::string lower = inLowerCase(address);
   const auto query = std::min(lower.find_first_of("?#"), lower.size());
   const auto at = lower.find(mark.inClass, query);
@@ -201,7 +194,7 @@ void PageReader::readClass(std::size_t index) {
     return;
   }
   const auto* link = tag.link ? scan_.tags[*tag.link].attribute("href") : nullptr;
-  for (const Mark& mark : kMarks) {
+  for (const LinkMark& mark : kMarks) {
     const bool isMarkedAnyway =
         link != nullptr && queryHoldsMark(Url::fromWebEngine(link->value), mark.inQuery);
     if (isMarkedAnyway || inLowerCase(value->value).find(mark.inClass) == std::string::npos) {
@@ -241,11 +234,11 @@ void PageReader::readTarget(const Tag& tag) {
     return;
   }
   const auto parameters = parametersOf(Url::fromWebEngine(address->value).query().value_or(""));
-  const auto isMarked = [&](const Mark& mark) {
+  const auto isMarked = [&](const LinkMark& mark) {
     return std::ranges::find(parameters, mark.inQuery) != parameters.end() ||
            (!isForm && !mark.inClass.empty() && classHolds(tag, mark.inClass));
   };
-  if (std::ranges::any_of(kMarks, isMarked) || isMarked({"", kAppStoreMark})) {
+  if (std::ranges::any_of(kMarks, isMarked) || isMarked(kAppStoreMark)) {
     add(isForm ? address->offset : target->offset,
         isForm ? "marks in the address of a form do nothing: only clicks on links count"
                : "marks do nothing in a link for a new window: leave the target out");

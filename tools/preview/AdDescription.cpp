@@ -1,28 +1,10 @@
 #include "tools/preview/AdDescription.h"
 
-#include <cstddef>
-#include <iterator>
+#include <cstdint>
+
+#include "tools/adcheck/Describe.h"
 
 namespace {
-
-constexpr const char* kAnchors[] = {
-    "top right corner",   "right edge", "bottom right corner", "bottom edge",
-    "bottom left corner", "left edge",  "top left corner",     "top edge",
-};
-
-std::string placeOf(const qorix::MyPushAdInfo& info) {
-  if (info.embed() == 0) {
-    return "pop-up";
-  }
-  if (info.embed() < 0) {
-    return "nowhere";
-  }
-  const auto index = static_cast<std::size_t>(info.embed()) - 1;
-  if (index >= std::size(kAnchors)) {
-    return "banner in the bottom left corner";
-  }
-  return std::string("banner at the ") + kAnchors[index];
-}
 
 std::string pair(std::int64_t first, const char* between, std::int64_t second) {
   return std::to_string(first) + between + std::to_string(second);
@@ -32,7 +14,7 @@ std::string pair(std::int64_t first, const char* between, std::int64_t second) {
 
 std::string describeAd(const qorix::MyPushAdInfo& info) {
   std::string text = "ad " + std::to_string(info.adId()) + ", version " +
-                     info.version().value_or("") + ", " + placeOf(info) + ", " +
+                     info.version().value_or("") + ", " + qorix::adcheck::placementOf(info) + ", " +
                      pair(info.width(), "x", info.height());
   if (info.offsetx() != 0 || info.offsety() != 0) {
     text += ", offsets " + pair(info.offsetx(), " and ", info.offsety());

@@ -1,7 +1,5 @@
 #include "tools/preview/DecisionReason.h"
 
-#include <algorithm>
-#include <cctype>
 #include <memory>
 #include <optional>
 #include <string_view>
@@ -9,6 +7,7 @@
 
 #include "platform/DomNode.h"
 #include "platform/WebView.h"
+#include "tools/adcheck/Wording.h"
 #include "webview/LinkMarks.h"
 #include "webview/PageScripts.h"
 
@@ -16,36 +15,24 @@ namespace {
 
 using qorix::Dictionary;
 using qorix::DomHtmlElement;
+using qorix::kAppStoreMark;
+using qorix::kBrowserMark;
+using qorix::kPurchaseMark;
+using qorix::LinkMark;
 using qorix::Url;
 using qorix::WebNavigationType;
-
-struct Mark {
-  std::string_view inQuery;
-  std::string_view inClass;  // empty: only looked for in the query
-};
-
-constexpr Mark kAppStore{"ls=1", ""};
-constexpr Mark kBrowser{"zamopenout=1", "zamopenout"};
-constexpr Mark kPurchase{"zamopeniap=1", "zamopeniap"};
-
-std::string lowerCase(std::string_view text) {
-  std::string lower(text);
-  std::ranges::transform(lower, lower.begin(), [](char c) {
-    return static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-  });
-  return lower;
-}
+using qorix::adcheck::inLowerCase;
 
 /// The parameter of the query in which the mark was found, between the nearest "&".
 std::string parameterWith(const Url& url, std::string_view mark) {
   const std::string query(url.query().value_or(""));
-  const auto found = lowerCase(query).find(mark);
+  const auto found = inLowerCase(query).find(mark);
   const auto before = query.rfind('&', found);
   const auto begin = before == std::string::npos ? 0 : before + 1;
   return query.substr(begin, query.find('&', found) - begin);
 }
 
-std::string foundMark(const Mark& mark, const Url& url, const Dictionary& actionInformation) {
+std::string foundMark(const LinkMark& mark, const Url& url, const Dictionary& actionInformation) {
   if (queryHoldsMark(url, mark.inQuery)) {
     const std::string parameter = parameterWith(url, mark.inQuery);
     std::string where = "the query holds " + std::string(mark.inQuery);
@@ -75,9 +62,9 @@ bool isTextOfCloseControl(const Dictionary& actionInformation) {
 }
 
 bool classHoldsMarkInOtherCase(const DomHtmlElement& element) {
-  const std::string names = lowerCase(element.className().value_or(""));
-  return names.find(kBrowser.inClass) != std::string::npos ||
-         names.find(kPurchase.inClass) != std::string::npos;
+  const std::string names = inLowerCase(element.className().value_or(""));
+  return names.find(kBrowserMark.inClass) != std::string::npos ||
+         names.find(kPurchaseMark.inClass) != std::string::npos;
 }
 
 /// What an author who expected something else may want to know.
@@ -132,13 +119,13 @@ std::string decisionReason(qorix::MyPushAdViewController& controller, bool isOwn
     return "for a reason that is not known here";
   }
   if (forAppStore) {
-    return "opens the App Store: " + foundMark(kAppStore, url, actionInformation);
+    return "opens the App Store: " + foundMark(kAppStoreMark, url, actionInformation);
   }
   if (forBrowser) {
-    return "opens the browser: " + foundMark(kBrowser, url, actionInformation);
+    return "opens the browser: " + foundMark(kBrowserMark, url, actionInformation);
   }
   if (forPurchase) {
-    return "asks the host for the purchase: " + foundMark(kPurchase, url, actionInformation);
+    return "asks the host for the purchase: " + foundMark(kPurchaseMark, url, actionInformation);
   }
   if (closes) {
     std::string what = controller.pushAdMode() == qorix::MyPushAdModePopup

@@ -6,17 +6,10 @@
 #include "platform/Platform.h"
 #include "platform/gtk/Install.h"
 #include "platform/linux/PreferredLanguages.h"
+#include "tools/adcheck/EmptyApplicationsFolder.h"
 #include "tools/preview/Lines.h"
 
 namespace {
-
-class NoApplicationsFolder : public qorix::ApplicationsFolder {
- public:
-  std::vector<std::string> directories() override { return {"none"}; }
-  std::optional<std::vector<Item>> items(const std::string& /*directory*/) override {
-    return std::vector<Item>();
-  }
-};
 
 class NoApplicationRegistry : public qorix::ApplicationRegistry {
  public:
@@ -102,7 +95,7 @@ Services installServices(const Options& options) {
   services.workspace =
       std::make_shared<TellingWorkspace>(options.open ? services.workspace : nullptr);
   if (!options.applications) {
-    services.applicationsFolder = std::make_shared<NoApplicationsFolder>();
+    services.applicationsFolder = std::make_shared<qorix::adcheck::EmptyApplicationsFolder>();
     services.applicationRegistry = std::make_shared<NoApplicationRegistry>();
   }
   auto registry = std::make_shared<RememberingRegistry>(services.applicationRegistry);

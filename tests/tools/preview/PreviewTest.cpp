@@ -163,7 +163,7 @@ TEST_F(PreviewTest, paintsTheBannerAtItsAnchorInTheHostView) {
   EXPECT_EQ(ad.x + ad.width, window.x + window.width) << text(ad) << " in " << text(window);
   EXPECT_EQ(ad.y, window.y + window.height - 600) << "at the top of the view, below the menu";
   EXPECT_EQ(preview.waitForLine("document"),
-            "ad 12, version 1a4, banner at the top right corner, 300x60, after 0 s, at most 3 "
+            "ad 12, version 1a4, banner, top right, 300x60, after 0 s, at most 3 "
             "times");
   EXPECT_EQ(preview.waitForLine("notification"),
             "ZAMPushAdWillShowNotification: banner, ad 12, 300x60 at 500,540");
