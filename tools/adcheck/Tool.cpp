@@ -85,7 +85,9 @@ int runTool(int argc, char** argv) {
     return print(usageText(), kRecord);
   }
   if (options.version) {
-    return print("qorix-adcheck (QORIX) " QORIX_ADCHECK_VERSION "\n" + QORIXInfo::frameworkInfoString() + "\n", kRecord);
+    return print("qorix-adcheck (QORIX) " QORIX_ADCHECK_VERSION "\n" +
+                     QORIXInfo::frameworkInfoString() + "\n",
+                 kRecord);
   }
   if (options.applications && !isReadableFolder(*options.applications)) {
     return failWithError("the applications folder " + *options.applications + " cannot be read");

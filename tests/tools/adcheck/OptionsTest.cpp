@@ -41,8 +41,7 @@ TEST_F(AdcheckOptionsTest, helpNamesEveryOption) {
 TEST_F(AdcheckOptionsTest, versionNeedsNoFile) {
   const auto result = run({"--version"});
   EXPECT_EQ(result.status, 0);
-  EXPECT_EQ(result.output,
-            "qorix-adcheck (QORIX) 2.0\n" + QORIXInfo::frameworkInfoString() + "\n");
+  EXPECT_EQ(result.output, "qorix-adcheck (QORIX) 2.0\n" + QORIXInfo::frameworkInfoString() + "\n");
   EXPECT_THAT(result.errors, IsEmpty());
 }
 
