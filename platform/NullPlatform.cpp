@@ -7,7 +7,7 @@ namespace qorix {
 
 namespace {
 
-class StandardErrorLog : public Log {
+class PlainLog : public Log {
  public:
   void write(std::string_view message) override {
     std::fprintf(stderr, "%.*s\n", static_cast<int>(message.size()), message.data());
@@ -86,7 +86,7 @@ class NullCloudContainerFactory : public CloudContainerFactory {
 Platform nullPlatform() {
   const auto nowhere = std::make_shared<const Bundle>(std::nullopt, Url::fileUrl("/"));
   Platform null;
-  null.log = std::make_shared<StandardErrorLog>();
+  null.log = std::make_shared<PlainLog>();
   null.standardUserDefaults = std::make_shared<MemoryUserDefaults>();
   null.notificationCenter = std::make_shared<NotificationCenter>();
   null.mainRunLoop = std::make_shared<NullRunLoop>();

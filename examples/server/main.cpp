@@ -36,7 +36,7 @@ Serves FOLDER over HTTP on 127.0.0.1 until standard input ends or it is asked to
   --help                    print this
 )";
 
-[[noreturn]] void refuse(const std::string& why) {
+[[noreturn]] void refuseArguments(const std::string& why) {
   std::fprintf(stderr, "qorix-sample-server: %s\n%s", why.c_str(), kUsage);
   std::exit(2);
 }
@@ -53,7 +53,7 @@ int parsePort(const std::string& text) {
   int port = -1;
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), port);
   if (error != std::errc() || *end != '\0' || port < 0 || port > 65535) {
-    refuse("not a port: '" + text + "'");
+    refuseArguments("not a port: '" + text + "'");
   }
   return port;
 }
@@ -64,7 +64,7 @@ Options parseOptions(int argc, char** argv) {
     const std::string argument = argv[i];
     const auto value = [&]() -> std::string {
       if (++i == argc) {
-        refuse(argument + " needs a value");
+        refuseArguments(argument + " needs a value");
       }
       return argv[i];
     };
@@ -80,15 +80,15 @@ Options parseOptions(int argc, char** argv) {
     } else if (argument == "--cloud-token") {
       options.cloudToken = value();
     } else if (argument.starts_with("-")) {
-      refuse("unknown option '" + argument + "'");
+      refuseArguments("unknown option '" + argument + "'");
     } else if (options.folder.empty()) {
       options.folder = argument;
     } else {
-      refuse("more than one folder");
+      refuseArguments("more than one folder");
     }
   }
   if (!std::filesystem::is_directory(options.folder)) {
-    refuse("no such folder: '" + options.folder + "'");
+    refuseArguments("no such folder: '" + options.folder + "'");
   }
   return options;
 }

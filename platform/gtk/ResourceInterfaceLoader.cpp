@@ -4,6 +4,7 @@
 #include <webkit2/webkit2.h>
 
 #include "platform/Platform.h"
+#include "platform/gtk/Unref.h"
 #include "platform/gtk/WebKitView.h"
 #include "platform/gtk/WidgetView.h"
 #include "qorix/MyPushAdBoxView.h"
@@ -14,10 +15,6 @@ extern "C" GResource* qorix_gtk3_get_resource();
 namespace qorix::gtk {
 
 namespace {
-
-struct Unref {
-  void operator()(GtkBuilder* builder) const { g_object_unref(builder); }
-};
 
 std::optional<Interface> fail(const std::string& name, const std::string& reason) {
   logLine("ZAM Interface file " + name + " cannot be loaded: " + reason);

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "platform/Log.h"
+#include "platform/gtk/Unref.h"
 
 namespace qorix::gtk {
 
@@ -89,9 +90,6 @@ const char* description(WebKitWebProcessTerminationReason reason) {
   return "unknown reason";
 }
 
-struct Unref {
-  void operator()(gpointer object) const { g_object_unref(object); }
-};
 using Script = std::unique_ptr<JSCValue, Unref>;
 
 std::string textOf(JSCValue* value) {

@@ -18,28 +18,28 @@ using ::testing::SizeIs;
 using Item = ApplicationsFolder::Item;
 
 /// A folder of applications that holds one package, "viewer.desktop", and one plain file, "notes".
-struct Rig {
+struct FolderRig {
   std::unique_ptr<ApplicationsFolder> folder;
   std::string path;
 };
 
-struct Implementation {
+struct FolderImplementation {
   const char* name;
-  std::function<Rig(const TemporaryFolder&)> make;
-  std::function<void(Rig&)> takeAway;  // makes the folder one that cannot be opened
+  std::function<FolderRig(const TemporaryFolder&)> make;
+  std::function<void(FolderRig&)> takeAway;  // makes the folder one that cannot be opened
 
-  friend void PrintTo(const Implementation& implementation, std::ostream* stream) {
+  friend void PrintTo(const FolderImplementation& implementation, std::ostream* stream) {
     *stream << implementation.name;
   }
 };
 
-Rig makeLinuxRig(const TemporaryFolder& root) {
+FolderRig makeLinuxRig(const TemporaryFolder& root) {
   std::ofstream(root / "viewer.desktop") << "";
   std::ofstream(root / "notes") << "";
   return {std::make_unique<LinuxApplicationsFolder>(root.path().string()), root.path().string()};
 }
 
-Rig makeFakeRig(const TemporaryFolder& root) {
+FolderRig makeFakeRig(const TemporaryFolder& root) {
   auto fake = std::make_unique<FakeApplicationsFolder>();
   fake->folders = {root.path().string()};
   fake->contents = std::vector<Item>{{true, "viewer.desktop"}, {false, "notes"}};
@@ -47,12 +47,12 @@ Rig makeFakeRig(const TemporaryFolder& root) {
 }
 
 /// What every folder of applications does.
-class ApplicationsFolderContract : public ::testing::TestWithParam<Implementation> {
+class ApplicationsFolderContract : public ::testing::TestWithParam<FolderImplementation> {
  protected:
   ApplicationsFolderContract() : rig_(GetParam().make(root_)) {}
 
   TemporaryFolder root_;
-  Rig rig_;
+  FolderRig rig_;
 };
 
 TEST_P(ApplicationsFolderContract, namesItsFolders) {
@@ -78,13 +78,14 @@ TEST_P(ApplicationsFolderContract, aFolderThatCannotBeOpenedIsNothing) {
 
 INSTANTIATE_TEST_SUITE_P(
     , ApplicationsFolderContract,
-    ::testing::Values(Implementation{"Linux", &makeLinuxRig,
-                                     [](Rig& rig) { std::filesystem::remove_all(rig.path); }},
-                      Implementation{"Fake", &makeFakeRig,
-                                     [](Rig& rig) {
-                                       static_cast<FakeApplicationsFolder&>(*rig.folder).contents =
-                                           std::nullopt;
-                                     }}),
+    ::testing::Values(
+        FolderImplementation{"Linux", &makeLinuxRig,
+                             [](FolderRig& rig) { std::filesystem::remove_all(rig.path); }},
+        FolderImplementation{"Fake", &makeFakeRig,
+                             [](FolderRig& rig) {
+                               static_cast<FakeApplicationsFolder&>(*rig.folder).contents =
+                                   std::nullopt;
+                             }}),
     [](const auto& test) { return test.param.name; });
 
 }  // namespace

@@ -17,9 +17,9 @@ namespace qorix {
 namespace {
 
 /// One kind of container together with the service behind it.
-class Rig {
+class ContainerRig {
  public:
-  virtual ~Rig() = default;
+  virtual ~ContainerRig() = default;
   virtual std::shared_ptr<CloudContainer> container() = 0;
   virtual void publish(const std::string& text) = 0;
   /// From now on queries fail.
@@ -28,7 +28,7 @@ class Rig {
   virtual void serve() {}
 };
 
-class CloudKitRig : public Rig {
+class CloudKitRig : public ContainerRig {
  public:
   std::shared_ptr<CloudContainer> container() override {
     return CloudKitContainerFactory(
@@ -42,13 +42,13 @@ class CloudKitRig : public Rig {
   CloudServer server_;
 };
 
-class FakeRig : public Rig {
+class FakeContainerRig : public ContainerRig {
  public:
-  FakeRig() {
+  FakeContainerRig() {
     factory_.container = std::make_shared<FakeCloudContainer>();
     factory_.container->database = database_;
   }
-  ~FakeRig() override {
+  ~FakeContainerRig() override {
     for (auto& worker : workers_) {
       worker.join();
     }
@@ -80,17 +80,17 @@ class FakeRig : public Rig {
   int files_ = 0;
 };
 
-struct Implementation {
+struct ContainerImplementation {
   const char* name;
-  std::function<std::unique_ptr<Rig>()> make;
+  std::function<std::unique_ptr<ContainerRig>()> make;
 
-  friend void PrintTo(const Implementation& implementation, std::ostream* stream) {
+  friend void PrintTo(const ContainerImplementation& implementation, std::ostream* stream) {
     *stream << implementation.name;
   }
 };
 
 /// What every container does.
-class CloudContainerContract : public ::testing::TestWithParam<Implementation> {
+class CloudContainerContract : public ::testing::TestWithParam<ContainerImplementation> {
  protected:
   std::optional<QueryOutcome> outcome() {
     PendingQuery query;
@@ -100,7 +100,7 @@ class CloudContainerContract : public ::testing::TestWithParam<Implementation> {
     return query.wait();
   }
 
-  std::unique_ptr<Rig> rig_ = GetParam().make();
+  std::unique_ptr<ContainerRig> rig_ = GetParam().make();
 };
 
 TEST_P(CloudContainerContract, anOutcomeIsEitherRecordsOrAnError) {
@@ -158,8 +158,9 @@ TEST_P(CloudContainerContract, aQueryOutlivesItsContainer) {
 
 INSTANTIATE_TEST_SUITE_P(
     , CloudContainerContract,
-    ::testing::Values(Implementation{"CloudKit", [] { return std::make_unique<CloudKitRig>(); }},
-                      Implementation{"Fake", [] { return std::make_unique<FakeRig>(); }}),
+    ::testing::Values(
+        ContainerImplementation{"CloudKit", [] { return std::make_unique<CloudKitRig>(); }},
+        ContainerImplementation{"Fake", [] { return std::make_unique<FakeContainerRig>(); }}),
     [](const auto& test) { return test.param.name; });
 
 }  // namespace

@@ -11,13 +11,13 @@
 namespace qorix::test {
 namespace {
 
-struct Implementation {
+struct RunLoopImplementation {
   const char* name;
   std::function<std::shared_ptr<RunLoop>()> make;
   /// Serves the loop until the condition holds; false when it never does.
   std::function<bool(RunLoop&, const std::function<bool()>&)> serveUntil;
 
-  friend void PrintTo(const Implementation& implementation, std::ostream* stream) {
+  friend void PrintTo(const RunLoopImplementation& implementation, std::ostream* stream) {
     *stream << implementation.name;
   }
 };
@@ -36,7 +36,7 @@ bool serveGtkUntil(RunLoop& /*loop*/, const std::function<bool()>& condition) {
 }
 
 /// What every main loop does.
-class RunLoopContract : public testing::TestWithParam<Implementation> {
+class RunLoopContract : public testing::TestWithParam<RunLoopImplementation> {
  protected:
   bool serveUntilCount(std::size_t count) {
     return GetParam().serveUntil(*loop, [this, count] { return order.size() >= count; });
@@ -123,10 +123,11 @@ TEST_P(RunLoopContract, performAndWaitReturnsWhenTheTaskHasRun) {
 
 INSTANTIATE_TEST_SUITE_P(
     , RunLoopContract,
-    testing::Values(
-        Implementation{"Fake", [] { return std::make_shared<FakeRunLoop>(); }, serveFakeUntil},
-        Implementation{"Gtk", [] { return std::make_shared<gtk::MainContextRunLoop>(); },
-                       serveGtkUntil}),
+    testing::Values(RunLoopImplementation{"Fake", [] { return std::make_shared<FakeRunLoop>(); },
+                                          serveFakeUntil},
+                    RunLoopImplementation{
+                        "Gtk", [] { return std::make_shared<gtk::MainContextRunLoop>(); },
+                        serveGtkUntil}),
     [](const auto& instance) { return instance.param.name; });
 
 }  // namespace qorix::test

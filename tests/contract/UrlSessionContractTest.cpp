@@ -14,9 +14,9 @@ namespace qorix {
 namespace {
 
 /// One kind of session together with the other side of its network.
-class Rig {
+class SessionRig {
  public:
-  virtual ~Rig() = default;
+  virtual ~SessionRig() = default;
   virtual UrlSessionFactory& factory() = 0;
   /// Starts a task that gets `body` and then ends well.
   virtual void fetch(UrlSession& session, const std::string& body) = 0;
@@ -24,7 +24,7 @@ class Rig {
   virtual void fetchInVain(UrlSession& session, const std::string& body) = 0;
 };
 
-class CurlRig : public Rig {
+class CurlRig : public SessionRig {
  public:
   CurlRig() {
     for (const char* name : {"http_proxy", "HTTP_PROXY", "all_proxy", "ALL_PROXY"}) {
@@ -51,7 +51,7 @@ class CurlRig : public Rig {
   int count_ = 0;
 };
 
-class FakeRig : public Rig {
+class FakeSessionRig : public SessionRig {
  public:
   UrlSessionFactory& factory() override { return factory_; }
   void fetch(UrlSession& session, const std::string& body) override {
@@ -74,24 +74,24 @@ class FakeRig : public Rig {
   FakeUrlSessionFactory factory_;
 };
 
-struct Implementation {
+struct SessionImplementation {
   const char* name;
-  std::function<std::unique_ptr<Rig>()> make;
+  std::function<std::unique_ptr<SessionRig>()> make;
 
-  friend void PrintTo(const Implementation& implementation, std::ostream* stream) {
+  friend void PrintTo(const SessionImplementation& implementation, std::ostream* stream) {
     *stream << implementation.name;
   }
 };
 
 /// What every session does.
-class UrlSessionContract : public ::testing::TestWithParam<Implementation> {
+class UrlSessionContract : public ::testing::TestWithParam<SessionImplementation> {
  protected:
   UrlSessionContract()
       : rig_(GetParam().make()), session_(rig_->factory().createEphemeralSession(delegate_)) {}
 
   std::shared_ptr<RecordingUrlSessionDelegate> delegate_ =
       std::make_shared<RecordingUrlSessionDelegate>();
-  std::unique_ptr<Rig> rig_;
+  std::unique_ptr<SessionRig> rig_;
   std::shared_ptr<UrlSession> session_;
 };
 
@@ -144,8 +144,9 @@ TEST_P(UrlSessionContract, doesNotKeepItsDelegateAlive) {
 
 INSTANTIATE_TEST_SUITE_P(
     , UrlSessionContract,
-    ::testing::Values(Implementation{"Curl", [] { return std::make_unique<CurlRig>(); }},
-                      Implementation{"Fake", [] { return std::make_unique<FakeRig>(); }}),
+    ::testing::Values(SessionImplementation{"Curl", [] { return std::make_unique<CurlRig>(); }},
+                      SessionImplementation{"Fake",
+                                            [] { return std::make_unique<FakeSessionRig>(); }}),
     [](const auto& test) { return test.param.name; });
 
 }  // namespace

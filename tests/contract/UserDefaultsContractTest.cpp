@@ -16,17 +16,17 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::Optional;
 
-struct Implementation {
+struct StoreImplementation {
   const char* name;
   std::function<std::unique_ptr<UserDefaults>(const TemporaryFolder&)> make;
 
-  friend void PrintTo(const Implementation& implementation, std::ostream* stream) {
+  friend void PrintTo(const StoreImplementation& implementation, std::ostream* stream) {
     *stream << implementation.name;
   }
 };
 
 /// What every store of settings does.
-class UserDefaultsContract : public ::testing::TestWithParam<Implementation> {
+class UserDefaultsContract : public ::testing::TestWithParam<StoreImplementation> {
  protected:
   UserDefaultsContract() : store_(GetParam().make(folder_)) {}
 
@@ -149,15 +149,15 @@ TEST_P(UserDefaultsContract, storedLanguagesAreRead) {
 
 INSTANTIATE_TEST_SUITE_P(
     , UserDefaultsContract,
-    ::testing::Values(Implementation{"Sqlite",
-                                     [](const TemporaryFolder& folder) {
-                                       return std::make_unique<SqliteUserDefaults>(
-                                           folder / "settings.sqlite");
-                                     }},
-                      Implementation{"Memory",
-                                     [](const TemporaryFolder&) {
-                                       return std::make_unique<MemoryUserDefaults>();
-                                     }}),
+    ::testing::Values(StoreImplementation{"Sqlite",
+                                          [](const TemporaryFolder& folder) {
+                                            return std::make_unique<SqliteUserDefaults>(
+                                                folder / "settings.sqlite");
+                                          }},
+                      StoreImplementation{"Memory",
+                                          [](const TemporaryFolder&) {
+                                            return std::make_unique<MemoryUserDefaults>();
+                                          }}),
     [](const auto& test) { return test.param.name; });
 
 }  // namespace

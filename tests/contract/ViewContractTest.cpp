@@ -10,12 +10,12 @@
 namespace qorix::test {
 namespace {
 
-struct Implementation {
+struct ViewImplementation {
   const char* name;
   std::function<std::shared_ptr<View>()> makeView;
   std::function<std::shared_ptr<View>()> makeBoxView;
 
-  friend void PrintTo(const Implementation& implementation, std::ostream* stream) {
+  friend void PrintTo(const ViewImplementation& implementation, std::ostream* stream) {
     *stream << implementation.name;
   }
 };
@@ -26,7 +26,7 @@ std::shared_ptr<View> makeGtkView() {
 }
 
 /// What every view does that is made for the library.
-class ViewContract : public GtkTest, public testing::WithParamInterface<Implementation> {
+class ViewContract : public GtkTest, public testing::WithParamInterface<ViewImplementation> {
  protected:
   ViewContract() {
     platform().notificationCenter->addObserver(
@@ -103,10 +103,10 @@ TEST_P(ViewContract, tagTellsABoxView) {
 
 INSTANTIATE_TEST_SUITE_P(
     , ViewContract,
-    testing::Values(Implementation{"Fake", [] { return std::make_shared<FakeView>(); },
-                                   [] { return std::make_shared<FakeBoxView>(); }},
-                    Implementation{"Gtk", makeGtkView<gtk::WidgetView<View>>,
-                                   makeGtkView<gtk::WidgetView<MyPushAdBoxView>>}),
+    testing::Values(ViewImplementation{"Fake", [] { return std::make_shared<FakeView>(); },
+                                       [] { return std::make_shared<FakeBoxView>(); }},
+                    ViewImplementation{"Gtk", makeGtkView<gtk::WidgetView<View>>,
+                                       makeGtkView<gtk::WidgetView<MyPushAdBoxView>>}),
     [](const auto& instance) { return instance.param.name; });
 
 }  // namespace qorix::test

@@ -8,13 +8,13 @@
 namespace qorix::test {
 namespace {
 
-struct Implementation {
+struct WebViewImplementation {
   const char* name;
   std::function<std::shared_ptr<InterfaceLoader>()> makeLoader;
   /// Makes the page define `ask()`, which answers "com.a.one", and `fail()`, which throws.
   std::function<void(WebView&, RecordingDelegate&)> loadPage;
 
-  friend void PrintTo(const Implementation& implementation, std::ostream* stream) {
+  friend void PrintTo(const WebViewImplementation& implementation, std::ostream* stream) {
     *stream << implementation.name;
   }
 };
@@ -33,7 +33,7 @@ void loadGtkPage(WebView& webView, RecordingDelegate& delegate) {
 }
 
 /// What the views of the library's interface file do.
-class WebViewContract : public GtkTest, public testing::WithParamInterface<Implementation> {
+class WebViewContract : public GtkTest, public testing::WithParamInterface<WebViewImplementation> {
  protected:
   const std::shared_ptr<InterfaceLoader> loader = GetParam().makeLoader();
   const std::shared_ptr<RecordingDelegate> delegate = std::make_shared<RecordingDelegate>();
@@ -69,9 +69,10 @@ TEST_P(WebViewContract, evaluationAnswersThePagesText) {
 
 INSTANTIATE_TEST_SUITE_P(
     , WebViewContract,
-    testing::Values(Implementation{"Fake", [] { return std::make_shared<FakeInterfaceLoader>(); },
-                                   loadFakePage},
-                    Implementation{"Gtk", [] { return platform().interfaceLoader; }, loadGtkPage}),
+    testing::Values(
+        WebViewImplementation{"Fake", [] { return std::make_shared<FakeInterfaceLoader>(); },
+                              loadFakePage},
+        WebViewImplementation{"Gtk", [] { return platform().interfaceLoader; }, loadGtkPage}),
     [](const auto& instance) { return instance.param.name; });
 
 }  // namespace qorix::test

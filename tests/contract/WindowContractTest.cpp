@@ -11,18 +11,18 @@
 namespace qorix::test {
 namespace {
 
-struct Implementation {
+struct WindowImplementation {
   const char* name;
   std::function<std::shared_ptr<WindowFactory>()> makeFactory;
   std::function<std::shared_ptr<View>()> makeView;
 
-  friend void PrintTo(const Implementation& implementation, std::ostream* stream) {
+  friend void PrintTo(const WindowImplementation& implementation, std::ostream* stream) {
     *stream << implementation.name;
   }
 };
 
 /// What every window does.
-class WindowContract : public GtkTest, public testing::WithParamInterface<Implementation> {
+class WindowContract : public GtkTest, public testing::WithParamInterface<WindowImplementation> {
  protected:
   WindowContract() {
     view->setFrame({{10, 20}, {300, 200}});
@@ -97,14 +97,14 @@ TEST_P(WindowContract, borderlessWindowIsAllContentAndHidden) {
 
 INSTANTIATE_TEST_SUITE_P(
     , WindowContract,
-    testing::Values(Implementation{"Fake", [] { return std::make_shared<FakeWindowFactory>(); },
-                                   [] { return std::make_shared<FakeView>(); }},
-                    Implementation{"Gtk",
-                                   [] { return std::make_shared<gtk::ToplevelWindowFactory>(); },
-                                   [] {
-                                     return gtk::makeNativeView<gtk::WidgetView<View>>(
-                                         gtk_overlay_new(), gtk::Ownership::viewOwnsWidget);
-                                   }}),
+    testing::Values(
+        WindowImplementation{"Fake", [] { return std::make_shared<FakeWindowFactory>(); },
+                             [] { return std::make_shared<FakeView>(); }},
+        WindowImplementation{"Gtk", [] { return std::make_shared<gtk::ToplevelWindowFactory>(); },
+                             [] {
+                               return gtk::makeNativeView<gtk::WidgetView<View>>(
+                                   gtk_overlay_new(), gtk::Ownership::viewOwnsWidget);
+                             }}),
     [](const auto& instance) { return instance.param.name; });
 
 }  // namespace qorix::test

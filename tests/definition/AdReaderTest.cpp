@@ -16,10 +16,6 @@ const std::string kAd =
     "<promo_app_name>A</promo_app_name><promo_app_name/><promo_app_name>A</promo_app_name></"
     "push_ad>";
 
-std::string documentText(const std::string& table, const std::string& ads) {
-  return "<rootcfg><data><file_version>1</file_version>" + table + "</data>" + ads + "</rootcfg>";
-}
-
 class AdReaderTest : public DefinitionTest {};
 
 TEST_F(AdReaderTest, tellsWhichElementsAHostsRecordIsMadeOf) {

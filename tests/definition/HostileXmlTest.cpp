@@ -8,6 +8,7 @@
 #include <string>
 
 #include "definition/XmlDocument.h"
+#include "support/Repeated.h"
 
 namespace qorix {
 namespace {
@@ -25,15 +26,6 @@ constexpr long kMebibytes = kIsSanitized ? 512 : 64;
 constexpr double kSeconds = kIsSanitized ? 10 : 1;
 
 double processorSeconds() { return static_cast<double>(std::clock()) / CLOCKS_PER_SEC; }
-
-std::string repeated(const std::string& text, std::size_t count) {
-  std::string result;
-  result.reserve(text.size() * count);
-  for (std::size_t i = 0; i < count; ++i) {
-    result += text;
-  }
-  return result;
-}
 
 long peakKibibytes() {
   rusage usage{};

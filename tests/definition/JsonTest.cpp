@@ -7,20 +7,13 @@
 #include <vector>
 
 #include "definition/Json.h"
+#include "support/Repeated.h"
 
 namespace qorix {
 namespace {
 
 constexpr auto kMin = std::numeric_limits<std::int64_t>::min();
 constexpr auto kMax = std::numeric_limits<std::int64_t>::max();
-
-std::string repeated(const std::string& text, std::size_t count) {
-  std::string result;
-  for (std::size_t i = 0; i < count; ++i) {
-    result += text;
-  }
-  return result;
-}
 
 /// The integer value of the number when it is the only element of an array.
 std::optional<std::int64_t> integerOf(const std::string& number) {

@@ -3,28 +3,28 @@
 
 #include "definition/DefinitionTest.h"
 #include "qorix/MyPushAdInfo.h"
+#include "support/CheckLines.h"
 
 namespace qorix {
 namespace {
 
-const std::string kVerify = ": ZAM <=> ZAM Verify failed!";
-const std::string kFatal = ": ZAM <=> ***Error***: fatal error found, go to pre-defined condition.";
-const std::string kLanguageLine = "+[MyPushAdInfo localizedValueInDict:] 130" + kVerify;
+const std::string kLanguageLine =
+    checkLine("+[MyPushAdInfo localizedValueInDict:]", 130, kVerifyFailedMessage);
 
-std::string checkLine(int line) {
-  return "-[MyPushAdInfo doCheck] " + std::to_string(line) + kVerify;
+std::string fieldLine(int line) {
+  return checkLine("-[MyPushAdInfo doCheck]", line, kVerifyFailedMessage);
 }
 
-Lines checkLines(const std::vector<int>& numbers) {
+Lines fieldLines(const std::vector<int>& numbers) {
   Lines lines;
   for (const int number : numbers) {
-    lines.push_back(checkLine(number));
+    lines.push_back(fieldLine(number));
   }
   return lines;
 }
 
 std::string mergeLine(int line) {
-  return "-[MyPushAdInfo doParseCustomizationAndMerge] " + std::to_string(line) + kFatal;
+  return checkLine("-[MyPushAdInfo doParseCustomizationAndMerge]", line, kFatalMessage);
 }
 
 class LanguageChoiceTest : public DefinitionTest {
@@ -136,7 +136,7 @@ class CheckTest : public DefinitionTest {
 
 TEST_F(CheckTest, aFreshRecordFailsMostRulesInOrder) {
   MyPushAdInfo::createInstance()->doCheck();
-  EXPECT_EQ(log_->lines(), checkLines({97, 99, 101, 102, 103, 105, 107, 108, 109}));
+  EXPECT_EQ(log_->lines(), fieldLines({97, 99, 101, 102, 103, 105, 107, 108, 109}));
 }
 
 TEST_F(CheckTest, aSoundRecordWithEmptyDictionariesLogsNothing) {
@@ -167,7 +167,7 @@ TEST_F(CheckTest, eachRuleHasItsOwnLine) {
     const auto info = soundRecord();
     spoil(*info);
     info->doCheck();
-    EXPECT_EQ(log_->takeLines(), Lines{checkLine(line)});
+    EXPECT_EQ(log_->takeLines(), Lines{fieldLine(line)});
   }
 }
 
@@ -181,7 +181,7 @@ class WaveringInfo : public MyPushAdInfo {
 
 TEST_F(CheckTest, aSwitchThatReadsOffAndThenOnIsReported) {
   soundRecord<WaveringInfo>()->doCheck();
-  EXPECT_EQ(log_->lines(), Lines{checkLine(98)});
+  EXPECT_EQ(log_->lines(), Lines{fieldLine(98)});
 }
 
 TEST_F(CheckTest, aSwitchedOffRecordIsNoDefect) {

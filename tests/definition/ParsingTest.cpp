@@ -5,15 +5,15 @@
 
 #include "definition/DefinitionTest.h"
 #include "qorix/MyPushAdUtil.h"
+#include "support/CheckLines.h"
 
 namespace qorix {
 namespace {
 
-const std::string kFatal = ": ZAM <=> ***Error***: fatal error found, go to pre-defined condition.";
 const std::string kAllInstalled = "ZAM: All po-apps installed, Disable it.";
 
 Lines parserLine(int line) {
-  return {"+[MyPushAdUtil parseXMLWithString:] " + std::to_string(line) + kFatal};
+  return {checkLine("+[MyPushAdUtil parseXMLWithString:]", line, kFatalMessage)};
 }
 
 std::string element(const std::string& name, const std::string& content) {
@@ -50,10 +50,6 @@ std::string adText(const std::string& adid) {
   Ad ad;
   ad.adid = "<adid>" + adid + "</adid>";
   return ad.text();
-}
-
-std::string documentText(const std::string& table, const std::string& ads) {
-  return "<rootcfg><data><file_version>1</file_version>" + table + "</data>" + ads + "</rootcfg>";
 }
 
 class ParsingTest : public DefinitionTest {
@@ -408,7 +404,8 @@ TEST_F(ParsingTest, aCustomisationThatIsNotJsonLeavesTheElementsValues) {
   ad.advance = "<advance>not JSON</advance>";
   const auto info = parseAd(ad);
   ASSERT_NE(info, nullptr);
-  EXPECT_EQ(log_->lines(), Lines{"-[MyPushAdInfo doParseCustomizationAndMerge] 153" + kFatal});
+  EXPECT_EQ(log_->lines(),
+            Lines{checkLine("-[MyPushAdInfo doParseCustomizationAndMerge]", 153, kFatalMessage)});
   EXPECT_EQ(info->advance(), "not JSON");
   EXPECT_EQ(info->width(), 600);
   EXPECT_TRUE(info->advanceDict()->empty());
@@ -417,7 +414,8 @@ TEST_F(ParsingTest, aCustomisationThatIsNotJsonLeavesTheElementsValues) {
 TEST_F(ParsingTest, aHostWithoutIdentifierIsLoggedByTheCustomisation) {
   installHost(std::nullopt);
   EXPECT_NE(parseAd({}), nullptr);
-  EXPECT_EQ(log_->lines(), Lines{"-[MyPushAdInfo doParseCustomizationAndMerge] 147" + kFatal});
+  EXPECT_EQ(log_->lines(),
+            Lines{checkLine("-[MyPushAdInfo doParseCustomizationAndMerge]", 147, kFatalMessage)});
 }
 
 TEST_F(ParsingTest, onceEveryPromotedApplicationIsInstalledTheAdvertisementIsOff) {
@@ -443,7 +441,8 @@ TEST_F(ParsingTest, theLineAboutInstalledApplicationsFollowsTheCustomisations) {
   ad.promoAppNames = "<promo_app_name>Example Viewer</promo_app_name>";
   parseAd(ad);
   EXPECT_EQ(log_->lines(),
-            (Lines{"-[MyPushAdInfo doParseCustomizationAndMerge] 153" + kFatal, kAllInstalled}));
+            (Lines{checkLine("-[MyPushAdInfo doParseCustomizationAndMerge]", 153, kFatalMessage),
+                   kAllInstalled}));
 }
 
 TEST_F(ParsingTest, aMissingPromotedApplicationKeepsTheAdvertisementOn) {
@@ -473,8 +472,9 @@ TEST_F(ParsingTest, installedApplicationsAreReadBeforeTheLastCheck) {
   ad.title = "<title/>";
   ad.promoAppNames = "<promo_app_name>Example Viewer</promo_app_name>";
   EXPECT_EQ(parseAd(ad), nullptr);
-  EXPECT_EQ(log_->lines(), (Lines{"+[MyPushAdUtil fetchUserInstalledAppNamesSet] 257" + kFatal,
-                                  parserLine(176).front()}));
+  EXPECT_EQ(log_->lines(),
+            (Lines{checkLine("+[MyPushAdUtil fetchUserInstalledAppNamesSet]", 257, kFatalMessage),
+                   parserLine(176).front()}));
 }
 
 TEST_F(ParsingTest, aPageOfTwentyMegabytesIsRead) {

@@ -3,6 +3,7 @@
 
 #include "definition/DefinitionTest.h"
 #include "qorix/MyPushAdUtil.h"
+#include "support/CheckLines.h"
 
 namespace qorix {
 namespace {
@@ -10,7 +11,6 @@ namespace {
 using Names = std::set<std::string>;
 
 const std::string kMethod = "+[MyPushAdUtil fetchUserInstalledAppNamesSet]";
-const std::string kFatal = ": ZAM <=> ***Error***: fatal error found, go to pre-defined condition.";
 
 class PromoAppsTest : public DefinitionTest {};
 
@@ -75,14 +75,14 @@ TEST_F(PromoAppsTest, theFolderIsReadAfreshOnEveryCall) {
 TEST_F(PromoAppsTest, noApplicationsFolderLogsOnceAndNothingIsInstalled) {
   applicationsFolder_->folders.clear();
   EXPECT_FALSE(MyPushAdUtil::areAllPromoAppsAlreadyInstalled(Names{"Example Viewer"}));
-  EXPECT_EQ(log_->lines(), Lines{kMethod + " 244" + kFatal});
+  EXPECT_EQ(log_->lines(), Lines{checkLine(kMethod, 244, kFatalMessage)});
   EXPECT_TRUE(applicationsFolder_->openedDirectories.empty());
 }
 
 TEST_F(PromoAppsTest, aFolderThatCannotBeOpenedLogsAndNothingIsInstalled) {
   applicationsFolder_->contents.reset();
   EXPECT_FALSE(MyPushAdUtil::areAllPromoAppsAlreadyInstalled(Names{"Example Viewer"}));
-  EXPECT_EQ(log_->lines(), Lines{kMethod + " 257" + kFatal});
+  EXPECT_EQ(log_->lines(), Lines{checkLine(kMethod, 257, kFatalMessage)});
 }
 
 }  // namespace

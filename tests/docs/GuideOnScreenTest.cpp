@@ -68,7 +68,7 @@ class GuideOnScreenTest : public SampleHostTest {
   }
 
   static PixelBox boxOf(const Pixel& color) {
-    return boxOfColor(*takePicture(std::getenv("DISPLAY")), color);
+    return takePicture(std::getenv("DISPLAY"))->boxOf(color);
   }
 
   /// Clicks in the middle of what has that colour, once it is there.

@@ -1,6 +1,7 @@
 #include <chrono>
 
 #include "end-to-end/SampleHostTest.h"
+#include "support/CheckLines.h"
 #include "support/CloudServer.h"
 
 namespace qorix::test {
@@ -12,13 +13,6 @@ using ::testing::IsEmpty;
 constexpr const char* kQueryMethod = "-[MyPushAdCloudManager queryAndHandleAdFileWithFileName:]";
 constexpr const char* kRecordMethod = "-[MyPushAdCloudManager handleRecord:]";
 constexpr const char* kPrepareMethod = "-[MyPushAdCloudManager prepareDatabaseIfNeeded]";
-
-constexpr const char* kFatalMessage =
-    "***Error***: fatal error found, go to pre-defined condition.";
-
-std::string check(const std::string& method, int line, const std::string& message) {
-  return method + " " + std::to_string(line) + ": ZAM <=> " + message;
-}
 
 /// A document from a cloud record, shown by the real host on a real display.
 class CloudHostTest : public SampleHostTest {
@@ -50,7 +44,7 @@ TEST_F(CloudHostTest, showsTheBannerOfTheLastRecord) {
   cloud_.addAdFile(document("200"));
   cloud_.addAdFile(document("250"));
   cloud_.addAdFile(document("300"));
-  cloud_.records().setPageSize(2);
+  cloud_.setPageSize(2);
   HostProcess host(cloudArguments());
   const auto event = host.waitForEvent(kWillShow);
   ASSERT_TRUE(event);
@@ -75,9 +69,9 @@ TEST_F(CloudHostTest, showsTheCachedBannerWhenTheServiceIsGone) {
   HostProcess host(cloudArguments());
   EXPECT_TRUE(host.waitForEvent(kWillShow));
   EXPECT_TRUE(host.waitForLog("ZAM dError rty"));
-  EXPECT_THAT(host.log(), ElementsAre(check(kQueryMethod, 123,
-                                            "The Cloud Query Error:the cloud service answered "
-                                            "with HTTP status 503"),
+  EXPECT_THAT(host.log(), ElementsAre(checkLine(kQueryMethod, 123,
+                                                "The Cloud Query Error:the cloud service answered "
+                                                "with HTTP status 503"),
                                       "ZAM dError rty"));
   expectProperQuit(host);
 }
@@ -85,9 +79,9 @@ TEST_F(CloudHostTest, showsTheCachedBannerWhenTheServiceIsGone) {
 TEST_F(CloudHostTest, aRateLimitIsLogged) {
   cloud_.setAnswer({.status = 429, .body = {R"({"uuid": "1", "serverErrorCode": "THROTTLED",
                                  "reason": "too many requests", "retryAfter": 30})"}});
-  EXPECT_THAT(logOfFailure(), ElementsAre(check(kQueryMethod, 123,
-                                                "The Cloud Query Error:THROTTLED: too many "
-                                                "requests (retry after 30 s)"),
+  EXPECT_THAT(logOfFailure(), ElementsAre(checkLine(kQueryMethod, 123,
+                                                    "The Cloud Query Error:THROTTLED: too many "
+                                                    "requests (retry after 30 s)"),
                                           "ZAM dError rty"));
 }
 
@@ -96,24 +90,24 @@ TEST_F(CloudHostTest, noRecordIsAFailure) {
 }
 
 TEST_F(CloudHostTest, aTextInPlaceOfTheAssetIsLogged) {
-  cloud_.records().add({.type = "macadfiles",
-                        .texts = {{"filename", "commonad"}, {"filecontents", document("300")}},
-                        .assets = {}});
+  cloud_.addRecord({.type = "macadfiles",
+                    .texts = {{"filename", "commonad"}, {"filecontents", document("300")}},
+                    .assets = {}});
   EXPECT_THAT(logOfFailure(),
-              ElementsAre(check(kRecordMethod, 172, kFatalMessage), "ZAM dError rty"));
+              ElementsAre(checkLine(kRecordMethod, 172, kFatalMessage), "ZAM dError rty"));
 }
 
 TEST_F(CloudHostTest, anAssetWithoutAnAddressIsLogged) {
   cloud_.setAnswer({.body = {R"({"records": [{"fields": {
       "filecontents": {"value": {"size": 3}, "type": "ASSETID"}}}]})"}});
   EXPECT_THAT(logOfFailure(),
-              ElementsAre(check(kRecordMethod, 173, kFatalMessage), "ZAM dError rty"));
+              ElementsAre(checkLine(kRecordMethod, 173, kFatalMessage), "ZAM dError rty"));
 }
 
 TEST_F(CloudHostTest, anAssetThatIsNotUtf8IsLogged) {
   cloud_.addAdFile("caf\xE9");
   EXPECT_THAT(logOfFailure(),
-              ElementsAre(check(kRecordMethod, 176, kFatalMessage), "ZAM dError rty"));
+              ElementsAre(checkLine(kRecordMethod, 176, kFatalMessage), "ZAM dError rty"));
 }
 
 TEST_F(CloudHostTest, withoutATokenTheHostStaysSilent) {
@@ -122,8 +116,8 @@ TEST_F(CloudHostTest, withoutATokenTheHostStaysSilent) {
   EXPECT_TRUE(host.waitForEvent("ready"));
   expectProperQuit(host);
   EXPECT_THAT(host.log(),
-              ElementsAre(check(kPrepareMethod, 103, "***Error***: ZAM FATAL ERROR GOT!"),
-                          check(kPrepareMethod, 108, "ZAM Verify failed!")));
+              ElementsAre(checkLine(kPrepareMethod, 103, "***Error***: ZAM FATAL ERROR GOT!"),
+                          checkLine(kPrepareMethod, 108, "ZAM Verify failed!")));
   EXPECT_THAT(cloud_.server().requests(), IsEmpty());
 }
 

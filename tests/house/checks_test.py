@@ -9,6 +9,7 @@ from pathlib import Path
 import every_test_is_built
 import layering
 import promises
+import using_declarations
 import words
 
 
@@ -172,6 +173,23 @@ class Words(Tree):
     def test_ordinary_words(self):
         self.write("docs/a.md", "part of a whole; a specification; an issue; partly; todo lists\n")
         self.assertEqual(list(words.faults(self.root)), [])
+
+
+class UsingDeclarations(Tree):
+    def found(self, text):
+        self.write("tests/a/SomeTest.cpp", f"#include <a>\n{text}")
+        return list(using_declarations.faults(self.root))
+
+    def test_a_name_that_is_not_used(self):
+        fault = ["tests/a/SomeTest.cpp:2: IsEmpty is not used"]
+        self.assertEqual(self.found("using ::testing::IsEmpty;\n"), fault)
+        self.assertEqual(self.found("  using a::b::IsEmpty;\nint IsEmptyToo;\n"), fault)
+
+    def test_a_name_that_is_used(self):
+        self.assertEqual(self.found("using ::testing::IsEmpty;\nauto a = IsEmpty();\n"), [])
+
+    def test_what_is_no_using_declaration(self):
+        self.assertEqual(self.found("using namespace a::b;\nusing Json = a::Json;\n"), [])
 
 
 class Promises(Tree):

@@ -6,6 +6,7 @@
 #include "qorix/MyPushAdCloudManager.h"
 #include "qorix/MyPushAdManager.h"
 #include "qorix/MyPushAdWebServerManager.h"
+#include "support/CheckLines.h"
 #include "support/Documents.h"
 #include "support/Records.h"
 
@@ -20,19 +21,16 @@ using ::testing::Not;
 
 constexpr const char* kAddress = "https://ads.example.com/commonad.xml";
 constexpr const char* kCacheKey = "ZAMPushAdCachedAdContentsKey";
-constexpr const char* kFatalMessage =
-    "***Error***: fatal error found, go to pre-defined condition.";
-constexpr const char* kVerifyFailedMessage = "ZAM Verify failed!";
 constexpr const char* kNoBundleMessage = "ZAM Warning: You dont configure app bundle identifier...";
 constexpr const char* kAllocMessage =
     "***Error***: alloc another object!!! This MACRO only supports really singlton class.";
 
-std::string check(const std::string& method, int line, const std::string& message) {
-  return "-[MyPushAdManager " + method + "] " + std::to_string(line) + ": ZAM <=> " + message;
+std::string managerCheck(const std::string& method, int line, const std::string& message) {
+  return checkLine("-[MyPushAdManager " + method + "]", line, message);
 }
 
 std::string prepareCheck(int line, const std::string& message) {
-  return check("prepareAndShowAdWithHostView:fileHostMode:address:", line, message);
+  return managerCheck("prepareAndShowAdWithHostView:fileHostMode:address:", line, message);
 }
 
 class ManagerTest : public ::testing::Test {
@@ -317,7 +315,7 @@ TEST_F(ManagerTest, aCachedTextThatNoLongerParsesIsLoggedByEveryRequestAndKept) 
   show(hostView_);
   const auto logged = fakes_.log->takeLines();
   EXPECT_EQ(std::count(logged.begin(), logged.end(),
-                       check("fetchCachedPushAdInfo", 304, kVerifyFailedMessage)),
+                       managerCheck("fetchCachedPushAdInfo", 304, kVerifyFailedMessage)),
             2);
   EXPECT_EQ(manager().lonePushAdInfo(), nullptr);
   EXPECT_EQ(cached(), "<rootcfg/>");
@@ -326,7 +324,7 @@ TEST_F(ManagerTest, aCachedTextThatNoLongerParsesIsLoggedByEveryRequestAndKept) 
   fakes_.log->takeLines();
   show(hostView_);
   EXPECT_THAT(fakes_.log->lines(),
-              Not(Contains(check("fetchCachedPushAdInfo", 304, kVerifyFailedMessage))));
+              Not(Contains(managerCheck("fetchCachedPushAdInfo", 304, kVerifyFailedMessage))));
 }
 
 TEST_F(ManagerTest, clearingForgetsTheCacheUntilTheNextSuccess) {
@@ -429,11 +427,11 @@ TEST_F(ManagerTest, aTextThatDoesNotParseIsTriedAgainInAMinute) {
   show(hostView_);
   fakes_.log->takeLines();
   land("<html>404</html>");
-  EXPECT_THAT(
-      fakes_.log->lines(),
-      ElementsAre("ZAM dSuccess",
-                  "+[MyPushAdUtil parseXMLWithString:] 94: ZAM <=> " + std::string(kFatalMessage),
-                  check("downloadSuccessfullyWithString:", 256, kFatalMessage), "ZAM OK. but rty"));
+  EXPECT_THAT(fakes_.log->lines(),
+              ElementsAre("ZAM dSuccess",
+                          checkLine("+[MyPushAdUtil parseXMLWithString:]", 94, kFatalMessage),
+                          managerCheck("downloadSuccessfullyWithString:", 256, kFatalMessage),
+                          "ZAM OK. but rty"));
   EXPECT_EQ(cached(), makeDocument({.adid = "7"}));
   EXPECT_EQ(manager().lonePushAdInfo()->adId(), 7);
   EXPECT_THAT(fakes_.runLoop->pendingDelays(), ElementsAre(60));
@@ -473,10 +471,10 @@ TEST_F(ManagerTest, aTextOf500CharactersIsNotExcerptedAndOneOf501Is) {
 TEST_F(ManagerTest, aSuccessWithoutAListOfOperatorsIsLoggedAndKept) {
   manager().setPushAdOperators(std::nullopt);
   manager().downloadSuccessfullyWithString(makeDocument());
-  EXPECT_THAT(fakes_.log->lines(),
-              ElementsAre("ZAM dSuccess",
-                          check("downloadSuccessfullyWithString:", 253, kVerifyFailedMessage),
-                          "ZAM dadstring is saved."));
+  EXPECT_THAT(fakes_.log->lines(), ElementsAre("ZAM dSuccess",
+                                               managerCheck("downloadSuccessfullyWithString:", 253,
+                                                            kVerifyFailedMessage),
+                                               "ZAM dadstring is saved."));
   EXPECT_NE(manager().lonePushAdInfo(), nullptr);
 }
 

@@ -6,6 +6,7 @@
 #include "qorix/MyPushAdNotifications.h"
 #include "qorix/MyPushAdOperator.h"
 #include "qorix/MyPushAdUtil.h"
+#include "support/CheckLines.h"
 #include "support/Records.h"
 
 namespace qorix {
@@ -16,12 +17,9 @@ using ::testing::IsEmpty;
 
 constexpr const char* kVersionKey = "ZAMMyPushAdVersionKey";
 constexpr const char* kCountKey = "ZAMMyPushAdCountKey";
-constexpr const char* kVerifyFailedMessage = "ZAM Verify failed!";
-constexpr const char* kFatalMessage =
-    "***Error***: fatal error found, go to pre-defined condition.";
 
-std::string check(const std::string& method, int line, const std::string& message) {
-  return "-[MyPushAdOperator " + method + "] " + std::to_string(line) + ": ZAM <=> " + message;
+std::string operatorCheck(const std::string& method, int line, const std::string& message) {
+  return checkLine("-[MyPushAdOperator " + method + "]", line, message);
 }
 
 /// Settings that remember what was done to them, in order.
@@ -209,8 +207,9 @@ TEST_F(OperatorTest, onlyTheFirstRequestIsDecided) {
 TEST_F(OperatorTest, aNullRecordIsLoggedAndLeavesTheDecisionOpen) {
   const auto presenter = makeOperator();
   presenter->processShowAdIfNeededWithPushAdInfo(nullptr);
-  EXPECT_THAT(fakes_.log->takeLines(),
-              ElementsAre(check("processShowAdIfNeededWithPushAdInfo:", 287, kFatalMessage)));
+  EXPECT_THAT(
+      fakes_.log->takeLines(),
+      ElementsAre(operatorCheck("processShowAdIfNeededWithPushAdInfo:", 287, kFatalMessage)));
   EXPECT_FALSE(presenter->isProcessShowAdRequested());
   presenter->processShowAdIfNeededWithPushAdInfo(makeRecord());
   EXPECT_TRUE(presenter->isProcessShowAdRequested());
@@ -222,8 +221,8 @@ TEST_F(OperatorTest, aRecordAlreadyHeldIsLoggedAndReplaced) {
   presenter->setMyPushAdInfo(makeRecord({.adId = 1}));
   const auto fresh = makeRecord({.adId = 2});
   presenter->processShowAdIfNeededWithPushAdInfo(fresh);
-  EXPECT_THAT(fakes_.log->lines(), ElementsAre(check("processShowAdIfNeededWithPushAdInfo:", 283,
-                                                     kVerifyFailedMessage)));
+  EXPECT_THAT(fakes_.log->lines(), ElementsAre(operatorCheck("processShowAdIfNeededWithPushAdInfo:",
+                                                             283, kVerifyFailedMessage)));
   EXPECT_EQ(presenter->myPushAdInfo(), fresh);
 }
 
@@ -231,9 +230,10 @@ TEST_F(OperatorTest, aHeldRecordReplacedByNullLogsBoth) {
   const auto presenter = makeOperator();
   presenter->setMyPushAdInfo(makeRecord());
   presenter->processShowAdIfNeededWithPushAdInfo(nullptr);
-  EXPECT_THAT(fakes_.log->lines(),
-              ElementsAre(check("processShowAdIfNeededWithPushAdInfo:", 283, kVerifyFailedMessage),
-                          check("processShowAdIfNeededWithPushAdInfo:", 287, kFatalMessage)));
+  EXPECT_THAT(
+      fakes_.log->lines(),
+      ElementsAre(operatorCheck("processShowAdIfNeededWithPushAdInfo:", 283, kVerifyFailedMessage),
+                  operatorCheck("processShowAdIfNeededWithPushAdInfo:", 287, kFatalMessage)));
   EXPECT_EQ(presenter->myPushAdInfo(), nullptr);
 }
 
@@ -284,7 +284,8 @@ TEST_F(OperatorTest, theSameVersionIsMadeDurableWithOneFlushOfTheCount) {
 TEST_F(OperatorTest, preparingWithoutARecordIsLogged) {
   const auto presenter = makeOperator();
   presenter->prepareToShowAd();
-  EXPECT_THAT(fakes_.log->lines(), ElementsAre(check("prepareToShowAd", 372, kFatalMessage)));
+  EXPECT_THAT(fakes_.log->lines(),
+              ElementsAre(operatorCheck("prepareToShowAd", 372, kFatalMessage)));
   EXPECT_EQ(presenter->pushAdViewController(), nullptr);
   EXPECT_THAT(fakes_.runLoop->pendingDelays(), IsEmpty());
 }
@@ -301,7 +302,7 @@ TEST_F(OperatorTest, preparingAgainKeepsTheControllerAndLogs) {
   const auto controller = presenter->pushAdViewController();
   presenter->prepareToShowAd();
   EXPECT_THAT(fakes_.log->lines(),
-              ElementsAre(check("prepareToShowAd", 376, kVerifyFailedMessage)));
+              ElementsAre(operatorCheck("prepareToShowAd", 376, kVerifyFailedMessage)));
   EXPECT_EQ(presenter->pushAdViewController(), controller);
 }
 
@@ -315,7 +316,7 @@ TEST_F(OperatorTest, withoutAControllerItLogsAndGoesOn) {
   const auto presenter = MyPushAdOperator::createInstanceWithHostView<WithoutController>(hostView_);
   presenter->processShowAdIfNeededWithPushAdInfo(makeRecord({.delay = 5}));
   EXPECT_THAT(fakes_.log->lines(),
-              ElementsAre(check("prepareToShowAd", 401, kVerifyFailedMessage)));
+              ElementsAre(operatorCheck("prepareToShowAd", 401, kVerifyFailedMessage)));
   EXPECT_THAT(fakes_.runLoop->pendingDelays(), ElementsAre(5));
   fakes_.runLoop->advance(5);
   EXPECT_THAT(events_, IsEmpty());
@@ -549,9 +550,9 @@ TEST_F(OperatorTest, aCloseClickForABannerThatIsElsewhereIsLoggedAndRemovesIt) {
   elsewhere->addSubview(presenter->pushAdViewController()->view());
   presenter->pushAdViewController()->handleCloseButtonClicked();
   EXPECT_THAT(elsewhere->children, IsEmpty());
-  EXPECT_THAT(
-      fakes_.log->lines(),
-      ElementsAre(check("pushAdViewControllerCloseButtonDidClick:", 494, kVerifyFailedMessage)));
+  EXPECT_THAT(fakes_.log->lines(),
+              ElementsAre(operatorCheck("pushAdViewControllerCloseButtonDidClick:", 494,
+                                        kVerifyFailedMessage)));
 }
 
 TEST_F(OperatorTest, aCloseClickOfAForeignControllerIsLoggedAndHandled) {
@@ -560,9 +561,9 @@ TEST_F(OperatorTest, aCloseClickOfAForeignControllerIsLoggedAndHandled) {
   fakes_.runLoop->runUntilIdle();
   presenter->pushAdViewControllerCloseButtonDidClick(
       MyPushAdViewController::createInstanceWithPushAdMode(MyPushAdModeBanner));
-  EXPECT_THAT(
-      fakes_.log->lines(),
-      ElementsAre(check("pushAdViewControllerCloseButtonDidClick:", 489, kVerifyFailedMessage)));
+  EXPECT_THAT(fakes_.log->lines(),
+              ElementsAre(operatorCheck("pushAdViewControllerCloseButtonDidClick:", 489,
+                                        kVerifyFailedMessage)));
   EXPECT_THAT(hostView_->children, IsEmpty());
 }
 
@@ -584,8 +585,8 @@ TEST_F(OperatorTest, aPurchaseClickOfAForeignControllerIsLoggedAndReported) {
   presenter->processShowAdIfNeededWithPushAdInfo(makeRecord());
   presenter->pushAdViewControllerOpenIAPButtonDidClickWithURL(nullptr, std::nullopt);
   EXPECT_THAT(fakes_.log->lines(),
-              ElementsAre(check("pushAdViewController:openIAPButtonDidClickWithURL:", 504,
-                                kVerifyFailedMessage)));
+              ElementsAre(operatorCheck("pushAdViewController:openIAPButtonDidClickWithURL:", 504,
+                                        kVerifyFailedMessage)));
   fakes_.runLoop->runUntilIdle();
   EXPECT_EQ(events_.front(), kPushAdOpenIAPNotification);
 }
@@ -675,8 +676,8 @@ TEST_F(OperatorTest, aPopupOnNoScreenCentresItselfAndLogs) {
   fakes_.runLoop->runUntilIdle();
   EXPECT_EQ(popupWindow().frame(), (Rect{{0, 0}, {400, 300 + FakeWindow::kTitleBarHeight}}));
   EXPECT_EQ(popupWindow().centerCalls, 1);
-  EXPECT_THAT(fakes_.log->lines(),
-              ElementsAre(check("relayoutPushAdFrame", 264, "***Error***: ZAM FATAL ERROR GOT!")));
+  EXPECT_THAT(fakes_.log->lines(), ElementsAre(operatorCheck("relayoutPushAdFrame", 264,
+                                                             "***Error***: ZAM FATAL ERROR GOT!")));
 }
 
 TEST_F(OperatorTest, nothingMovesWithoutRecordWindowOrWithAnotherEmbed) {
@@ -760,9 +761,10 @@ TEST_F(OperatorTest, postingWithoutAnAdViewIsLoggedAndGoesOutWithoutObject) {
   presenter->postPushAdOpenIAPNotificationWithURL(std::nullopt);
   EXPECT_THAT(
       fakes_.log->lines(),
-      ElementsAre(check("postPushAdWillShowNotification", 518, kVerifyFailedMessage),
-                  check("postPushAdDidCloseNotification", 530, kVerifyFailedMessage),
-                  check("postPushAdOpenIAPNotificationWithURL:", 542, kVerifyFailedMessage)));
+      ElementsAre(
+          operatorCheck("postPushAdWillShowNotification", 518, kVerifyFailedMessage),
+          operatorCheck("postPushAdDidCloseNotification", 530, kVerifyFailedMessage),
+          operatorCheck("postPushAdOpenIAPNotificationWithURL:", 542, kVerifyFailedMessage)));
   fakes_.runLoop->runUntilIdle();
   EXPECT_THAT(events_, ElementsAre(kPushAdWillShowNotification, kPushAdDidCloseNotification,
                                    kPushAdOpenIAPNotification));

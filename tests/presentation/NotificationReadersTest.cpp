@@ -5,6 +5,7 @@
 #include "fakes/FakePlatform.h"
 #include "qorix/MyPushAdNotifications.h"
 #include "qorix/MyPushAdUtil.h"
+#include "support/CheckLines.h"
 #include "support/Records.h"
 
 namespace qorix {
@@ -13,9 +14,8 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-std::string check(const std::string& method, int line) {
-  return "+[MyPushAdUtil " + method + "] " + std::to_string(line) +
-         ": ZAM <=> ***Error***: fatal error found, go to pre-defined condition.";
+std::string readerCheck(const std::string& method, int line) {
+  return checkLine("+[MyPushAdUtil " + method + "]", line, kFatalMessage);
 }
 
 class NotificationReadersTest : public ::testing::Test {
@@ -53,8 +53,8 @@ TEST_F(NotificationReadersTest, aHostViewThatIsNoViewIsLogged) {
   EXPECT_FALSE(MyPushAdUtil::checkEqualsWithHostView(nullptr, &notification));
   EXPECT_FALSE(MyPushAdUtil::checkEqualsWithHostView(foreign.get(), nullptr));
   EXPECT_THAT(fakes_.log->lines(),
-              ElementsAre(check("checkEqualsWithHostView:forNotification:", 309),
-                          check("checkEqualsWithHostView:forNotification:", 309)));
+              ElementsAre(readerCheck("checkEqualsWithHostView:forNotification:", 309),
+                          readerCheck("checkEqualsWithHostView:forNotification:", 309)));
 }
 
 TEST_F(NotificationReadersTest, whatIsNoNotificationIsLoggedByTheHostViewReader) {
@@ -62,9 +62,9 @@ TEST_F(NotificationReadersTest, whatIsNoNotificationIsLoggedByTheHostViewReader)
   EXPECT_FALSE(MyPushAdUtil::checkEqualsWithHostView(view_.get(), view_.get()));
   EXPECT_FALSE(MyPushAdUtil::checkEqualsWithHostView(view_.get(), &withoutUserInfo_));
   EXPECT_THAT(fakes_.log->lines(),
-              ElementsAre(check("checkEqualsWithHostView:forNotification:", 310),
-                          check("checkEqualsWithHostView:forNotification:", 310),
-                          check("checkEqualsWithHostView:forNotification:", 311)));
+              ElementsAre(readerCheck("checkEqualsWithHostView:forNotification:", 310),
+                          readerCheck("checkEqualsWithHostView:forNotification:", 310),
+                          readerCheck("checkEqualsWithHostView:forNotification:", 311)));
 }
 
 TEST_F(NotificationReadersTest, aMissingOrForeignHostViewValueIsNoWithoutALog) {
@@ -101,9 +101,9 @@ TEST_F(NotificationReadersTest, whatIsNoNotificationIsLoggedByThePopupReader) {
   EXPECT_FALSE(MyPushAdUtil::isPopupWindowForNotification(nullptr));
   EXPECT_FALSE(MyPushAdUtil::isPopupWindowForNotification(view_.get()));
   EXPECT_FALSE(MyPushAdUtil::isPopupWindowForNotification(&withoutUserInfo_));
-  EXPECT_THAT(fakes_.log->lines(), ElementsAre(check("isPopupWindowForNotification:", 334),
-                                               check("isPopupWindowForNotification:", 334),
-                                               check("isPopupWindowForNotification:", 335)));
+  EXPECT_THAT(fakes_.log->lines(), ElementsAre(readerCheck("isPopupWindowForNotification:", 334),
+                                               readerCheck("isPopupWindowForNotification:", 334),
+                                               readerCheck("isPopupWindowForNotification:", 335)));
 }
 
 // Which advertisement?
@@ -156,8 +156,8 @@ TEST_F(NotificationReadersTest, aWillShowNotificationHasNoElement) {
   EXPECT_EQ(MyPushAdUtil::fetchHTMLElementDescriptionForNotification(&notification), std::nullopt);
   EXPECT_EQ(MyPushAdUtil::fetchHTMLElementDescriptionForNotification(&foreign), std::nullopt);
   EXPECT_THAT(fakes_.log->lines(),
-              ElementsAre(check("fetchHTMLElementDescriptionForNotification:", 379),
-                          check("fetchHTMLElementDescriptionForNotification:", 379)));
+              ElementsAre(readerCheck("fetchHTMLElementDescriptionForNotification:", 379),
+                          readerCheck("fetchHTMLElementDescriptionForNotification:", 379)));
 }
 
 TEST_F(NotificationReadersTest, whatIsNoNotificationIsLoggedByTheElementReader) {
@@ -165,8 +165,8 @@ TEST_F(NotificationReadersTest, whatIsNoNotificationIsLoggedByTheElementReader) 
   EXPECT_EQ(MyPushAdUtil::fetchHTMLElementDescriptionForNotification(&withoutUserInfo_),
             std::nullopt);
   EXPECT_THAT(fakes_.log->lines(),
-              ElementsAre(check("fetchHTMLElementDescriptionForNotification:", 375),
-                          check("fetchHTMLElementDescriptionForNotification:", 376)));
+              ElementsAre(readerCheck("fetchHTMLElementDescriptionForNotification:", 375),
+                          readerCheck("fetchHTMLElementDescriptionForNotification:", 376)));
 }
 
 // Posting.

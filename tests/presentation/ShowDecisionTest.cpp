@@ -11,7 +11,7 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-constexpr std::int64_t kLargest = std::numeric_limits<std::int64_t>::max();
+constexpr std::int64_t kLargestCount = std::numeric_limits<std::int64_t>::max();
 
 /// What a machine remembers, and what is done to it.
 class Memory : public ShownState {
@@ -65,7 +65,7 @@ TEST(ShowDecisionTest, withoutVersionItIsAlwaysDueAndNotCounted) {
 }
 
 TEST(ShowDecisionTest, theFirstShowingIsGrantedWhateverTheCount) {
-  for (const std::int64_t count : {std::int64_t{-3}, std::int64_t{0}, kLargest}) {
+  for (const std::int64_t count : {std::int64_t{-3}, std::int64_t{0}, kLargestCount}) {
     Memory memory;
     EXPECT_EQ(decideShow(terms("3", count), memory), ShowReason::dueFirst);
     EXPECT_THAT(memory.calls, ElementsAre("version?", "3 1"));
@@ -101,8 +101,8 @@ TEST(ShowDecisionTest, anotherVersionWithoutCountIsRememberedButNotDue) {
 
 TEST(ShowDecisionTest, countsAreComparedSigned) {
   EXPECT_EQ(decide(terms("3", -1), {"3", -2}), ShowReason::dueCounted);
-  EXPECT_EQ(decide(terms("3", kLargest), {"3", kLargest}), ShowReason::usedUp);
-  EXPECT_EQ(decide(terms("3", kLargest), {"3", kLargest - 1}), ShowReason::dueCounted);
+  EXPECT_EQ(decide(terms("3", kLargestCount), {"3", kLargestCount}), ShowReason::usedUp);
+  EXPECT_EQ(decide(terms("3", kLargestCount), {"3", kLargestCount - 1}), ShowReason::dueCounted);
 }
 
 }  // namespace

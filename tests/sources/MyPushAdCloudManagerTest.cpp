@@ -8,6 +8,7 @@
 #include "fakes/FakeCloudContainer.h"
 #include "fakes/FakePlatform.h"
 #include "qorix/MyPushAdCloudManager.h"
+#include "support/CheckLines.h"
 #include "support/TemporaryFolder.h"
 
 namespace qorix {
@@ -18,20 +19,17 @@ using ::testing::IsEmpty;
 
 using Records = std::vector<std::shared_ptr<CloudRecord>>;
 
-constexpr const char* kFatalMessage =
-    "***Error***: fatal error found, go to pre-defined condition.";
 constexpr const char* kConfigurationMessage = "***Error***: ZAM FATAL ERROR GOT!";
-constexpr const char* kVerifyFailedMessage = "ZAM Verify failed!";
 
-std::string check(const std::string& method, int line, const std::string& message) {
-  return "-[MyPushAdCloudManager " + method + "] " + std::to_string(line) + ": ZAM <=> " + message;
+std::string cloudCheck(const std::string& method, int line, const std::string& message) {
+  return checkLine("-[MyPushAdCloudManager " + method + "]", line, message);
 }
 
 std::shared_ptr<CloudRecord> fileContents(Value value) {
   return std::make_shared<FakeCloudRecord>(Dictionary{{"filecontents", std::move(value)}});
 }
 
-struct RecordingDelegate : MyPushAdDownloadDelegate {
+struct OutcomeDelegate : MyPushAdDownloadDelegate {
   void downloadFailedWithError(const Error& error) override {
     outcomes.push_back(error.domain + " " + std::to_string(error.code));
     calledOn = std::this_thread::get_id();
@@ -79,7 +77,7 @@ class CloudSourceTest : public ::testing::Test {
   std::shared_ptr<FakeCloudDatabase> database_ = std::make_shared<FakeCloudDatabase>();
   std::shared_ptr<FakeCloudContainerFactory> factory_ =
       std::make_shared<FakeCloudContainerFactory>();
-  std::shared_ptr<RecordingDelegate> delegate_ = std::make_shared<RecordingDelegate>();
+  std::shared_ptr<OutcomeDelegate> delegate_ = std::make_shared<OutcomeDelegate>();
   std::shared_ptr<MyPushAdCloudManager> source_ =
       MyPushAdCloudManager::createInstanceWithCloudContainerId("iCloud.com.example.ads");
   const TemporaryFolder folder_;
@@ -113,8 +111,8 @@ TEST_F(CloudSourceTest, aQueryErrorIsLoggedAndPassedOn) {
   complete(std::nullopt, Error{"cloud", 7, "rate limited"});
   EXPECT_THAT(delegate_->outcomes, ElementsAre("cloud 7"));
   EXPECT_EQ(delegate_->calledOn, std::this_thread::get_id());
-  EXPECT_THAT(fakes_.log->lines(), ElementsAre(check("queryAndHandleAdFileWithFileName:", 123,
-                                                     "The Cloud Query Error:rate limited")));
+  EXPECT_THAT(fakes_.log->lines(), ElementsAre(cloudCheck("queryAndHandleAdFileWithFileName:", 123,
+                                                          "The Cloud Query Error:rate limited")));
 }
 
 TEST_F(CloudSourceTest, noRecordsAreAnError) {
@@ -134,13 +132,13 @@ TEST_F(CloudSourceTest, aLastRecordThatIsNoneIsTheSameError) {
 TEST_F(CloudSourceTest, aTextInPlaceOfTheAssetIsAnError) {
   EXPECT_THAT(outcomesOf(Records{fileContents("text")}),
               ElementsAre("Custom Error: handle record error. 2"));
-  EXPECT_THAT(fakes_.log->lines(), ElementsAre(check("handleRecord:", 172, kFatalMessage)));
+  EXPECT_THAT(fakes_.log->lines(), ElementsAre(cloudCheck("handleRecord:", 172, kFatalMessage)));
 }
 
 TEST_F(CloudSourceTest, anAssetWithoutAFileIsAnError) {
   EXPECT_THAT(outcomesOf(Records{fileContents(std::make_shared<FakeCloudAsset>(std::nullopt))}),
               ElementsAre("Custom Error: handle record error. 2"));
-  EXPECT_THAT(fakes_.log->lines(), ElementsAre(check("handleRecord:", 173, kFatalMessage)));
+  EXPECT_THAT(fakes_.log->lines(), ElementsAre(cloudCheck("handleRecord:", 173, kFatalMessage)));
 }
 
 TEST_F(CloudSourceTest, aFileThatIsGoneOrNotUtf8IsAnError) {
@@ -151,9 +149,9 @@ TEST_F(CloudSourceTest, aFileThatIsGoneOrNotUtf8IsAnError) {
   outcomesOf(Records{fileContents(std::make_shared<FakeCloudAsset>(
       Url::fileUrl(std::filesystem::temp_directory_path().string())))});
   EXPECT_EQ(delegate_->outcomes.size(), 3U);
-  EXPECT_THAT(fakes_.log->lines(), ElementsAre(check("handleRecord:", 176, kFatalMessage),
-                                               check("handleRecord:", 176, kFatalMessage),
-                                               check("handleRecord:", 176, kFatalMessage)));
+  EXPECT_THAT(fakes_.log->lines(), ElementsAre(cloudCheck("handleRecord:", 176, kFatalMessage),
+                                               cloudCheck("handleRecord:", 176, kFatalMessage),
+                                               cloudCheck("handleRecord:", 176, kFatalMessage)));
 }
 
 TEST_F(CloudSourceTest, withoutAContainerIdentifierItStaysSilent) {
@@ -161,8 +159,8 @@ TEST_F(CloudSourceTest, withoutAContainerIdentifierItStaysSilent) {
     source_->setCloudContainerIdentifier(identifier);
     source_->downloadAdFileAsync();
     EXPECT_THAT(fakes_.log->takeLines(),
-                ElementsAre(check("prepareDatabaseIfNeeded", 91, kConfigurationMessage),
-                            check("prepareDatabaseIfNeeded", 108, kVerifyFailedMessage)));
+                ElementsAre(cloudCheck("prepareDatabaseIfNeeded", 91, kConfigurationMessage),
+                            cloudCheck("prepareDatabaseIfNeeded", 108, kVerifyFailedMessage)));
   }
   fakes_.runLoop->advance(3600);
   EXPECT_THAT(delegate_->outcomes, IsEmpty());
@@ -173,8 +171,8 @@ TEST_F(CloudSourceTest, withoutAContainerItStaysSilent) {
   factory_->container = nullptr;
   source_->downloadAdFileAsync();
   EXPECT_THAT(fakes_.log->lines(),
-              ElementsAre(check("prepareDatabaseIfNeeded", 103, kConfigurationMessage),
-                          check("prepareDatabaseIfNeeded", 108, kVerifyFailedMessage)));
+              ElementsAre(cloudCheck("prepareDatabaseIfNeeded", 103, kConfigurationMessage),
+                          cloudCheck("prepareDatabaseIfNeeded", 108, kVerifyFailedMessage)));
   EXPECT_THAT(delegate_->outcomes, IsEmpty());
 }
 
@@ -182,8 +180,8 @@ TEST_F(CloudSourceTest, withoutADatabaseItStaysSilent) {
   factory_->container->database = nullptr;
   source_->downloadAdFileAsync();
   EXPECT_THAT(fakes_.log->lines(),
-              ElementsAre(check("prepareDatabaseIfNeeded", 99, kVerifyFailedMessage),
-                          check("prepareDatabaseIfNeeded", 108, kVerifyFailedMessage)));
+              ElementsAre(cloudCheck("prepareDatabaseIfNeeded", 99, kVerifyFailedMessage),
+                          cloudCheck("prepareDatabaseIfNeeded", 108, kVerifyFailedMessage)));
   EXPECT_THAT(delegate_->outcomes, IsEmpty());
 }
 

@@ -10,9 +10,9 @@ using ::testing::DoubleEq;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-constexpr const char* kAddress = "https://ads.example.com/commonad.xml";
+constexpr const char* kSourceAddress = "https://ads.example.com/commonad.xml";
 
-struct RecordingDelegate : MyPushAdDownloadDelegate {
+struct TextDelegate : MyPushAdDownloadDelegate {
   void downloadFailedWithError(const Error& error) override { errors.push_back(error); }
   void downloadSuccessfullyWithString(const std::string& text) override { texts.push_back(text); }
 
@@ -25,7 +25,7 @@ class WebServerSourceTest : public ::testing::Test {
   WebServerSourceTest() { installPlatform(fakes_.services()); }
 
   std::shared_ptr<MyPushAdWebServerManager> makeSource(
-      std::optional<std::string> address = kAddress) {
+      std::optional<std::string> address = kSourceAddress) {
     auto source = MyPushAdWebServerManager::createInstanceWithFileURLString(std::move(address));
     source->setDelegate(delegate_);
     return source;
@@ -42,7 +42,7 @@ class WebServerSourceTest : public ::testing::Test {
   }
 
   FakePlatform fakes_;
-  std::shared_ptr<RecordingDelegate> delegate_ = std::make_shared<RecordingDelegate>();
+  std::shared_ptr<TextDelegate> delegate_ = std::make_shared<TextDelegate>();
 };
 
 TEST_F(WebServerSourceTest, makesOneSessionAndUsesItForEveryAttempt) {
@@ -51,7 +51,7 @@ TEST_F(WebServerSourceTest, makesOneSessionAndUsesItForEveryAttempt) {
   session().complete();
   source->downloadAdFileAsync();
   EXPECT_EQ(fakes_.urlSessions->sessions.size(), 1U);
-  EXPECT_THAT(session().startedUrls, ElementsAre(kAddress, kAddress));
+  EXPECT_THAT(session().startedUrls, ElementsAre(kSourceAddress, kSourceAddress));
 }
 
 TEST_F(WebServerSourceTest, reportsTheTextOnALaterPassOfTheMainLoop) {
@@ -145,7 +145,7 @@ TEST_F(WebServerSourceTest, retriesExactlyOnceAfterTheDelay) {
   fakes_.runLoop->advance(59.9);
   EXPECT_THAT(session().startedUrls, IsEmpty());
   fakes_.runLoop->advance(0.2);
-  EXPECT_THAT(session().startedUrls, ElementsAre(kAddress));
+  EXPECT_THAT(session().startedUrls, ElementsAre(kSourceAddress));
   fakes_.runLoop->advance(600);
   EXPECT_EQ(session().startedUrls.size(), 1U);
 }
@@ -166,7 +166,7 @@ TEST_F(WebServerSourceTest, dropsTheOutcomeWhenTheDelegateIsGone) {
   source->downloadAdFileAsync();
   session().deliver("text");
   session().complete();
-  const std::weak_ptr<RecordingDelegate> gone = std::exchange(delegate_, nullptr);
+  const std::weak_ptr<TextDelegate> gone = std::exchange(delegate_, nullptr);
   EXPECT_TRUE(gone.expired()) << "the source must hold its delegate weakly";
   fakes_.runLoop->runUntilIdle();
   EXPECT_EQ(source->delegate(), nullptr);
@@ -192,8 +192,8 @@ TEST_F(WebServerSourceTest, skipsADelegateThatLacksTheMethod) {
 TEST_F(WebServerSourceTest, allocatesTheReceivingClass) {
   struct Special : MyPushAdWebServerManager {};
   const std::shared_ptr<Special> source =
-      MyPushAdWebServerManager::createInstanceWithFileURLString<Special>(kAddress);
-  EXPECT_EQ(source->fileUrlString(), kAddress);
+      MyPushAdWebServerManager::createInstanceWithFileURLString<Special>(kSourceAddress);
+  EXPECT_EQ(source->fileUrlString(), kSourceAddress);
 }
 
 }  // namespace

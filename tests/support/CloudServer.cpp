@@ -1,6 +1,7 @@
 #include "support/CloudServer.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace qorix {
 
@@ -19,6 +20,7 @@ int countTargets(const LoopbackServer& server, const std::string& beginning) {
 CloudServer::CloudServer(LoopbackServer::Security security, const std::string& environment)
     : server_(security), records_(kContainer, environment, kToken) {
   const auto answerQuery = [this](const LoopbackServer::Request& request) {
+    const std::lock_guard lock(mutex_);
     const auto answer = records_.answer({.method = request.method,
                                          .target = request.target,
                                          .contentType = request.header("content-type"),
@@ -35,14 +37,28 @@ CloudServer::CloudServer(LoopbackServer::Security security, const std::string& e
 void CloudServer::addAdFile(const LoopbackServer::Answer& asset, std::size_t size) {
   const std::string folder = kAssetFolder + std::to_string(++assets_);
   server_.setAnswer(folder + "/asset", asset);
-  records_.add({.type = "macadfiles",
-                .texts = {{"filename", "commonad"}},
-                .assets = {{"filecontents",
-                            {.downloadUrl = server_.url(folder + "/${f}?o=1"), .size = size}}}});
+  addRecord({.type = "macadfiles",
+             .texts = {{"filename", "commonad"}},
+             .assets = {{"filecontents",
+                         {.downloadUrl = server_.url(folder + "/${f}?o=1"), .size = size}}}});
+}
+
+void CloudServer::addRecord(CloudRecords::Record record) {
+  const std::lock_guard lock(mutex_);
+  records_.add(std::move(record));
+}
+
+void CloudServer::setPageSize(std::size_t size) {
+  const std::lock_guard lock(mutex_);
+  records_.setPageSize(size);
 }
 
 void CloudServer::setAnswer(LoopbackServer::Answer answer) {
   server_.setAnswer(records_.queryPath(), std::move(answer));
+}
+
+void CloudServer::setHandler(LoopbackServer::Handler handler) {
+  server_.setHandler(records_.queryPath(), std::move(handler));
 }
 
 int CloudServer::downloads() const { return countTargets(server_, kAssetFolder); }

@@ -1,6 +1,7 @@
 #pragma once
 
-#include <functional>
+#include <cstddef>
+#include <mutex>
 #include <string>
 
 #include "examples/server/CloudRecords.h"
@@ -10,7 +11,7 @@
 namespace qorix {
 
 /// A cloud service on loopback with one container, whose public database refuses what the real one
-/// refuses. Records are never added while a query is under way.
+/// refuses.
 class CloudServer {
  public:
   static constexpr const char* kContainer = "iCloud.com.example.ads";
@@ -28,12 +29,13 @@ class CloudServer {
   /// The same with a sound asset.
   void addAdFile(const std::string& text) { addAdFile({.body = {text}}, text.size()); }
 
-  /// The database, for other records and for page sizes.
-  CloudRecords& records() { return records_; }
+  void addRecord(CloudRecords::Record record);
+  void setPageSize(std::size_t size);
   /// Under the database, for requests and for answers that are not its own.
   LoopbackServer& server() { return server_; }
   /// Queries are answered so from now on.
   void setAnswer(LoopbackServer::Answer answer);
+  void setHandler(LoopbackServer::Handler handler);
 
   /// How often assets have been asked for.
   int downloads() const;
@@ -41,6 +43,7 @@ class CloudServer {
 
  private:
   LoopbackServer server_;
+  std::mutex mutex_;  // of the records, which are read on the server's threads
   CloudRecords records_;
   int assets_ = 0;
 };

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "support/VirtualDisplay.h"
+#include "support/Picture.h"
 
 namespace qorix::test {
 

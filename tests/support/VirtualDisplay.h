@@ -1,57 +1,12 @@
 #pragma once
 
-#include <cstdint>
 #include <filesystem>
 #include <memory>
 #include <string>
-#include <vector>
 
 #include "tools/preview/PrivateDisplay.h"
 
 namespace qorix::test {
-
-/// One pixel, red, green and blue.
-struct Pixel {
-  std::uint8_t red = 0;
-  std::uint8_t green = 0;
-  std::uint8_t blue = 0;
-  bool operator==(const Pixel&) const = default;
-};
-
-/// What a display shows. The origin is the upper left corner.
-class Picture {
- public:
-  Picture(int width, int height, std::vector<std::uint8_t> rgb);
-
-  int width() const { return width_; }
-  int height() const { return height_; }
-  Pixel at(int x, int y) const;
-
-  /// False when the file cannot be written.
-  bool writePng(const std::filesystem::path& file) const;
-
- private:
-  int width_;
-  int height_;
-  std::vector<std::uint8_t> rgb_;
-};
-
-/// A rectangle of pixels.
-struct PixelBox {
-  int x = 0;
-  int y = 0;
-  int width = 0;
-  int height = 0;
-};
-
-/// The smallest rectangle around the pixels of that colour; without size when there are none.
-PixelBox boxOfColor(const Picture& picture, const Pixel& color);
-
-/// The picture in a PNG file; null when it cannot be read.
-std::unique_ptr<Picture> readPicture(const std::filesystem::path& file);
-
-/// Takes a picture of the whole X display `name` (":7"). Null when it cannot be reached.
-std::unique_ptr<Picture> takePicture(const std::string& name);
 
 struct VirtualDisplayOptions {
   int width = 1280;

@@ -16,7 +16,7 @@ constexpr const char* kSupportScript =
 constexpr const char* kHideScript =
     "var ele = document.getElementById('cocoa_close_web'); if (ele) { ele.style.display='none'; }";
 
-struct RecordingDelegate : MyPushAdViewControllerDelegate {
+struct SenderDelegate : MyPushAdViewControllerDelegate {
   void pushAdViewControllerCloseButtonDidClick(
       const std::shared_ptr<MyPushAdViewController>& controller) override {
     senders.push_back(controller);
@@ -141,7 +141,7 @@ TEST_F(ViewControllerTest, thePagesBaseIsTheLibrarysOwnFile) {
 }
 
 TEST_F(ViewControllerTest, reportsClicksToItsDelegate) {
-  const auto delegate = std::make_shared<RecordingDelegate>();
+  const auto delegate = std::make_shared<SenderDelegate>();
   const auto controller = make(1);
   controller->setDelegate(delegate);
   controller->handleCloseButtonClicked();
@@ -159,7 +159,7 @@ TEST_F(ViewControllerTest, clicksWithoutADelegateOrItsMethodsDoNothing) {
   controller->setDelegate(mute);
   controller->handleCloseButtonClicked();
   controller->handleOpenIAPButtonClickedWithURL(std::nullopt);
-  auto gone = std::make_shared<RecordingDelegate>();
+  auto gone = std::make_shared<SenderDelegate>();
   controller->setDelegate(gone);
   gone.reset();
   controller->handleCloseButtonClicked();

@@ -28,7 +28,7 @@ struct RecordingListener : WebPolicyDecisionListener {
   std::vector<std::string> answers;
 };
 
-struct RecordingDelegate : MyPushAdViewControllerDelegate {
+struct ReportingDelegate : MyPushAdViewControllerDelegate {
   void pushAdViewControllerCloseButtonDidClick(
       const std::shared_ptr<MyPushAdViewController>& /*controller*/) override {
     reports.emplace_back("close");
@@ -86,7 +86,7 @@ class NavigationPolicyTest : public ::testing::Test {
 
   FakePlatform fakes_;
   std::shared_ptr<RecordingWorkspace> workspace_ = std::make_shared<RecordingWorkspace>();
-  std::shared_ptr<RecordingDelegate> delegate_ = std::make_shared<RecordingDelegate>();
+  std::shared_ptr<ReportingDelegate> delegate_ = std::make_shared<ReportingDelegate>();
   std::shared_ptr<MyPushAdViewController> controller_;
   std::vector<Dictionary> announced_;
 };

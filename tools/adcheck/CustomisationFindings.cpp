@@ -90,7 +90,8 @@ std::vector<JsonMember> CustomisationReader::membersThatCount(std::size_t object
       counting.push_back(std::move(members[index]));
     } else {
       add(members[index].nameOffset, "a later member has the same name " +
-                                         quoted(members[index].name) + ": this one does not count");
+                                         inQuotes(members[index].name) +
+                                         ": this one does not count");
     }
   }
   return counting;
@@ -100,17 +101,17 @@ std::vector<JsonMember> CustomisationReader::membersThatCount(std::size_t object
 void CustomisationReader::readHostName(const JsonMember& member) {
   if (const auto line = table_.adids.find(member.name); line != table_.adids.end()) {
     if (adid_ && line->second != adid_->text()) {
-      add(member.nameOffset, "the table gives " + quoted(member.name) + " the adid " +
-                                 quoted(line->second) + ": this customisation never counts");
+      add(member.nameOffset, "the table gives " + inQuotes(member.name) + " the adid " +
+                                 inQuotes(line->second) + ": this customisation never counts");
     }
     return;
   }
   const auto near = table_.hosts.find(inLowerCase(member.name));
   if (near != table_.hosts.end()) {
-    add(member.nameOffset, "the table names " + quoted(near->second) + ", not " +
-                               quoted(member.name) + ": letter case counts");
+    add(member.nameOffset, "the table names " + inQuotes(near->second) + ", not " +
+                               inQuotes(member.name) + ": letter case counts");
   } else if (!isFirstAd_ && !table_.isBroken) {
-    add(member.nameOffset, "no table line names " + quoted(member.name) +
+    add(member.nameOffset, "no table line names " + inQuotes(member.name) +
                                ", which gets the first push_ad: this customisation never counts");
   }
 }
@@ -123,7 +124,7 @@ void CustomisationReader::readHost(const JsonMember& member, const Value& value)
   const auto* entry = value.as<Dictionary>();
   if (entry == nullptr) {
     add(member.valueOffset,
-        "what stands under " + quoted(member.name) + " is no object: it customises nothing");
+        "what stands under " + inQuotes(member.name) + " is no object: it customises nothing");
     return;
   }
   for (const JsonMember& each : membersThatCount(member.valueOffset)) {
@@ -137,7 +138,8 @@ void CustomisationReader::readMember(const JsonMember& member, const Value& valu
   } else if (std::ranges::find(kTextMembers, member.name) != kTextMembers.end()) {
     readText(member, value);
   } else {
-    add(member.nameOffset, "no member called " + quoted(member.name) + " is known: it is ignored");
+    add(member.nameOffset,
+        "no member called " + inQuotes(member.name) + " is known: it is ignored");
   }
 }
 

@@ -66,7 +66,7 @@ std::string frameOf(const MyPushAdInfo& info, const Size& view) {
 
 std::string decisionOf(const HostRun& run, const Options& options) {
   const MyPushAdInfo& info = *run.record;
-  const std::string stored = quoted(options.storedVersion.value_or(""));
+  const std::string stored = inQuotes(options.storedVersion.value_or(""));
   const std::string count = std::to_string(info.count());
   switch (run.decision.reason) {
     case DecisionReason::disabled:

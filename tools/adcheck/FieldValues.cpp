@@ -37,7 +37,7 @@ std::optional<std::string> oddVersion(std::string_view version) {
   if (first == version.npos) {
     return std::nullopt;
   }
-  const std::string start = "version is " + quoted(version) + ": ";
+  const std::string start = "version is " + inQuotes(version) + ": ";
   if (version.find('a', first + 1) != version.npos) {
     return start +
            "what follows the second \"a\" is not compared, only what precedes the first and the "
@@ -72,7 +72,7 @@ std::optional<std::string> oddIdentifier(std::string_view identifier) {
   if (identifier.find_first_of("'\\") == identifier.npos) {
     return std::nullopt;
   }
-  return "the identifier " + quoted(identifier) +
+  return "the identifier " + inQuotes(identifier) +
          " holds a quote or a backslash, which breaks the script that tells the page about it";
 }
 

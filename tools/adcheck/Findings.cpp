@@ -73,8 +73,8 @@ void findNearlyNamed(XmlElement parent, std::span<const std::string_view> names,
     }
     const auto near = std::ranges::find(names, plain(child.name()), plain);
     if (near != names.end()) {
-      findings.add(child,
-                   quoted(child.name()) + " is never read: the element is called " + quoted(*near));
+      findings.add(child, inQuotes(child.name()) + " is never read: the element is called " +
+                              inQuotes(*near));
     }
   }
 }

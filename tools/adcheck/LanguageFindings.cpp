@@ -38,8 +38,8 @@ std::string asPreferred(std::string_view code) {
 void findInCode(XmlElement language, Findings& findings) {
   const std::string spelled = asPreferred(language.name());
   if (spelled != language.name()) {
-    findings.add(language, "no user prefers " + quoted(language.name()) + ": it is spelled " +
-                               quoted(spelled));
+    findings.add(language, "no user prefers " + inQuotes(language.name()) + ": it is spelled " +
+                               inQuotes(spelled));
   }
 }
 
@@ -58,9 +58,9 @@ void findPrefixes(const std::vector<XmlElement>& languages, Findings& findings) 
       const auto shorter = places.find(code.substr(0, length));
       if (shorter != places.end() && shorter->second < index) {
         findings.add(languages[index],
-                     quoted(shorter->first) + " and " + quoted(code) +
+                     inQuotes(shorter->first) + " and " + inQuotes(code) +
                          " serve the same users, and the first in the document counts: " +
-                         quoted(code) + " is never used");
+                         inQuotes(code) + " is never used");
         break;
       }
     }
@@ -75,16 +75,16 @@ void findInLanguages(XmlElement dictionary, Findings& findings) {
   for (const XmlElement child : dictionary.children()) {
     findMarkup(child, findings);
     if (child.text().empty()) {
-      findings.add(child, quoted(child.name()) + " has no text and is left out");
+      findings.add(child, inQuotes(child.name()) + " has no text and is left out");
     } else if (codes.insert(child.name()).second) {
       languages.push_back(child);
     } else {
-      findings.add(child, quoted(child.name()) + " stands here again, and the last one counts");
+      findings.add(child, inQuotes(child.name()) + " stands here again, and the last one counts");
     }
   }
   for (const XmlElement language : languages) {
     if (trimmed(language.text()).empty()) {
-      findings.add(language, quoted(language.name()) +
+      findings.add(language, inQuotes(language.name()) +
                                  " holds only blanks: its users see them, not another language");
     }
     if (language.name() != kDefaultLanguage) {

@@ -158,7 +158,7 @@ void PageReader::readMissedMark(const Attribute& link, const std::string& addres
   const auto holdsMark = [&](const std::string& each) { return each.find(mark) != each.npos; };
   const auto other = std::ranges::find_if(parameters, holdsMark);
   if (std::ranges::none_of(parameters, isMark) && other != parameters.end()) {
-    add(link.offset, "\"" + std::string(mark) + "\" is also found in " + quoted(*other) +
+    add(link.offset, "\"" + std::string(mark) + "\" is also found in " + inQuotes(*other) +
                          (mark == kAppStoreMark.inQuery ? ": the link opens the App Store"
                                                         : ": the link acts as if it were marked"));
   }
@@ -310,7 +310,7 @@ void PageReader::readList(std::size_t offset, const ScriptScan& script, std::str
     const auto literal = text.substr(part.begin, part.end - part.begin);
     if (literal.find_first_of("'\n") != literal.npos || literal.find("\\'") != literal.npos ||
         literal.find("\\\\") != literal.npos || literal.find("\\n") != literal.npos) {
-      add(offset + part.begin, "the promoted identifier " + quoted(literal) +
+      add(offset + part.begin, "the promoted identifier " + inQuotes(literal) +
                                    " holds a quote, a backslash or a line break, which breaks the "
                                    "script that answers the page");
     }

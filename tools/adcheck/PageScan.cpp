@@ -14,7 +14,7 @@ namespace qorix::adcheck {
 
 namespace {
 
-constexpr std::string_view kBlanks = " \t\r\n\f";
+constexpr std::string_view kPageBlanks = " \t\r\n\f";
 
 bool isLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
 
@@ -196,9 +196,9 @@ class Scanner {
     at_ = firstOf(" \t\r\n\f/>=", at_ + 1);  // the first character always belongs to the name
     attribute.name = inLowerCase(page_.substr(name, at_ - name));
     attribute.offset = at_;
-    const std::size_t sign = firstNotOf(kBlanks, at_);
+    const std::size_t sign = firstNotOf(kPageBlanks, at_);
     if (charAt(sign) == '=') {
-      readValue(attribute, firstNotOf(kBlanks, sign + 1));
+      readValue(attribute, firstNotOf(kPageBlanks, sign + 1));
     }
     tag.attributes.push_back(std::move(attribute));
     return true;

@@ -27,7 +27,7 @@ void findInNumber(XmlElement element, Findings& findings) {
   using Limits = std::numeric_limits<std::int64_t>;
   const bool isBound = value == Limits::min() || value == Limits::max();
   if (isBound || digits.empty() || digits.find_first_not_of("0123456789") != digits.npos) {
-    findings.add(element, std::string(element.name()) + " is " + quoted(element.text()) +
+    findings.add(element, std::string(element.name()) + " is " + inQuotes(element.text()) +
                               ", which is read as " + std::to_string(value));
   }
 }
@@ -38,8 +38,8 @@ void findInSwitch(XmlElement enable, Findings& findings) {
   const bool meansOff = text == "no" || text == "false" || text == "off" ||
                         (!text.empty() && text.find_first_not_of("+-0") == text.npos);
   if (meansOff && enable.text() != "0") {
-    findings.add(enable,
-                 "enable is " + quoted(enable.text()) + ", which switches on: only 0 switches off");
+    findings.add(enable, "enable is " + inQuotes(enable.text()) +
+                             ", which switches on: only 0 switches off");
   }
 }
 

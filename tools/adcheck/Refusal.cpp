@@ -43,7 +43,7 @@ std::string wordsFor(const AdReading::Defect& defect) {
     case 119:
       return "there is no push_ad";
     case 166:
-      return "no push_ad has the adid " + quoted(defect.element.text()) + " that this line names";
+      return "no push_ad has the adid " + inQuotes(defect.element.text()) + " that this line names";
     case 176:
     case 177:
       return name + " has no child element with a text";

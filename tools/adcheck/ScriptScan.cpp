@@ -6,7 +6,7 @@ namespace qorix::adcheck {
 
 namespace {
 
-constexpr std::string_view kBlanks = " \t\r\n";
+constexpr std::string_view kScriptBlanks = " \t\r\n";
 
 bool isNamePart(char c) {
   return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_' ||
@@ -58,7 +58,7 @@ void ScriptScan::mask() {
 /// Whether a slash there begins a regular expression: it does where no operator can stand.
 bool ScriptScan::beginsExpression(std::size_t at) const {
   constexpr std::string_view kReturn = "return";
-  const auto last = at == 0 ? code_.npos : code_.find_last_not_of(kBlanks, at - 1);
+  const auto last = at == 0 ? code_.npos : code_.find_last_not_of(kScriptBlanks, at - 1);
   if (last == code_.npos || std::string_view("(,=:[!&|?{};").find(code_[last]) != code_.npos) {
     return true;
   }
@@ -83,7 +83,7 @@ std::size_t ScriptScan::endOfExpression(std::size_t slash) const {
 }
 
 std::size_t ScriptScan::skipBlanks(std::size_t from) const {
-  return std::min(code_.find_first_not_of(kBlanks, from), code_.size());
+  return std::min(code_.find_first_not_of(kScriptBlanks, from), code_.size());
 }
 
 /// The next place of `word` that is no part of a longer name; the end when there is none.
@@ -117,7 +117,7 @@ std::optional<std::size_t> ScriptScan::definitionOf(std::string_view name) const
   constexpr std::string_view kFunction = "function";
   for (std::size_t at = findWord(name, 0); at < code_.size(); at = findWord(name, at + 1)) {
     const std::size_t end = at + name.size();
-    const auto before = code_.find_last_not_of(kBlanks, at == 0 ? 0 : at - 1);
+    const auto before = code_.find_last_not_of(kScriptBlanks, at == 0 ? 0 : at - 1);
     const auto start = std::string_view(code_).substr(0, before == code_.npos ? 0 : before + 1);
     if (at > 0 && start.ends_with(kFunction)) {
       return end;
@@ -242,7 +242,7 @@ Part ScriptScan::valueOf(Part expression) const {
   while (end < text.size() && isNamePart(text[end])) {
     ++end;
   }
-  if (end == 0 || text.find_first_not_of(kBlanks, end) != text.npos) {
+  if (end == 0 || text.find_first_not_of(kScriptBlanks, end) != text.npos) {
     return expression;
   }
   return soleValueOf(text.substr(0, end)).value_or(expression);
@@ -267,7 +267,7 @@ std::optional<std::size_t> ScriptScan::listReturnedBy(std::string_view name) con
 /// Without blanks and comments around it.
 Part ScriptScan::trimmedPart(Part part) const {
   part.begin = std::min(skipBlanks(part.begin), part.end);
-  while (part.end > part.begin && kBlanks.find(code_[part.end - 1]) != kBlanks.npos) {
+  while (part.end > part.begin && kScriptBlanks.find(code_[part.end - 1]) != kScriptBlanks.npos) {
     --part.end;
   }
   return part;

@@ -6,7 +6,7 @@ namespace qorix::adcheck {
 
 namespace {
 
-constexpr std::size_t kPiece = 1024;  // bytes that are counted once
+constexpr std::size_t kCountedPiece = 1024;  // bytes that are counted once
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
 /// Bytes that continue a character do not count.
@@ -26,14 +26,14 @@ SourceLines::SourceLines(std::string_view text) : text_(text) {
     starts_.push_back(end);
   }
   counts_.push_back(0);
-  for (std::size_t begin = 0; begin + kPiece <= text.size(); begin += kPiece) {
-    counts_.push_back(counts_.back() + charactersIn(text.substr(begin, kPiece)));
+  for (std::size_t begin = 0; begin + kCountedPiece <= text.size(); begin += kCountedPiece) {
+    counts_.push_back(counts_.back() + charactersIn(text.substr(begin, kCountedPiece)));
   }
 }
 
 std::size_t SourceLines::charactersBefore(std::size_t offset) const {
-  const std::size_t piece = offset / kPiece;
-  return counts_[piece] + charactersIn(text_.substr(piece * kPiece, offset % kPiece));
+  const std::size_t piece = offset / kCountedPiece;
+  return counts_[piece] + charactersIn(text_.substr(piece * kCountedPiece, offset % kCountedPiece));
 }
 
 SourcePosition SourceLines::positionOf(std::size_t offset) const {

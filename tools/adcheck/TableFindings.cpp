@@ -70,10 +70,10 @@ void TableReader::readLine(XmlElement line) {
   table_.hosts.try_emplace(inLowerCase(appid.text()), appid.text());
   if (!table_.adids.try_emplace(appid.text(), adid.text()).second) {
     findings_.add(
-        line, "an earlier table line names " + quoted(appid.text()) + ": this one never counts");
+        line, "an earlier table line names " + inQuotes(appid.text()) + ": this one never counts");
   } else if (!ads_.contains(adid.text())) {
-    findings_.add(adid, "no push_ad has the adid " + quoted(adid.text()) + ": " +
-                            quoted(appid.text()) + " refuses the document");
+    findings_.add(adid, "no push_ad has the adid " + inQuotes(adid.text()) + ": " +
+                            inQuotes(appid.text()) + " refuses the document");
   }
 }
 
@@ -107,7 +107,7 @@ void TableReader::readUnreachedAds() {
   const auto firstAdid = childText(first, "adid");
   for (const auto& [adid, ad] : ads_) {
     if (adid != firstAdid && !named.contains(adid)) {
-      findings_.add(ad, "no table line names the adid " + quoted(adid) +
+      findings_.add(ad, "no table line names the adid " + inQuotes(adid) +
                             ", and this push_ad is not the first: no host gets it");
     }
   }

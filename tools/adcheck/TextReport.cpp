@@ -45,7 +45,7 @@ std::vector<Change> changesBetween(const MyPushAdInfo& before, const MyPushAdInf
     compare(name, std::to_string(old), std::to_string(now));
   };
   const auto text = [](const std::optional<std::string>& each) {
-    return quoted(each.value_or(""));
+    return inQuotes(each.value_or(""));
   };
   compare("enable", before.enable() ? "on" : "off", after.enable() ? "on" : "off");
   compare("version", text(before.version()), text(after.version()));
@@ -146,14 +146,14 @@ void Writer::message(std::size_t offset, std::string_view colour, std::string_vi
 
 void Writer::writeHead() {
   text_ += coloured(kBold, name_) + ", as " +
-           (options_.app ? "the host " + quoted(*options_.app) : "a host without identifier") +
+           (options_.app ? "the host " + inQuotes(*options_.app) : "a host without identifier") +
            " reads it\n\n";
 }
 
 void Writer::writeTable() {
   if (const auto& tableLine = host_.reading.tableLine) {
     line("table", "the line at " + placeOf(*tableLine) + " names this host: adid " +
-                      quoted(tableLine->firstChildNamed("adid")->text()));
+                      inQuotes(tableLine->firstChildNamed("adid")->text()));
   } else {
     line("table", "no line names this host");
   }
@@ -162,9 +162,9 @@ void Writer::writeTable() {
 void Writer::writeAdvertisement() {
   const AdReading& reading = host_.reading;
   line("advertisement",
-       "adid " + quoted(reading.text(field::adid)) + " at " + placeOf(*reading.ad) +
+       "adid " + inQuotes(reading.text(field::adid)) + " at " + placeOf(*reading.ad) +
            (reading.tableLine ? ", which the table line names" : ", the first of the document"));
-  line("version", quoted(run_.record->version().value_or("")));
+  line("version", inQuotes(run_.record->version().value_or("")));
 }
 
 void Writer::writeCustomisation() {
@@ -207,7 +207,7 @@ void Writer::writeLanguages() {
   const bool hasPreference = options_.languages && !options_.languages->empty();
   const std::string language = hasPreference ? options_.languages->front() : "en";
   std::string user = hasPreference ? "prefers " : "has no preference, which means ";
-  user += quoted(language);
+  user += inQuotes(language);
   user += hasPreference ? " and gets " : ", and gets ";
   line("this user", user + servedWith(info, language));
   line("other users", "of no language listed get " + servedWith(info, ""));
@@ -217,7 +217,7 @@ void Writer::writeDecision() {
   line("due", decisionOf(run_, options_) + " (" + std::string(nameOf(run_.decision.reason)) + ")");
   const auto& version = run_.decision.storedVersion;
   line("stored then",
-       version ? quoted(*version) + ", shown " + times(run_.decision.storedCount) : "nothing");
+       version ? inQuotes(*version) + ", shown " + times(run_.decision.storedCount) : "nothing");
 }
 
 void Writer::writeLog() {

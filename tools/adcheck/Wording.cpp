@@ -32,7 +32,7 @@ std::string printable(std::string_view text) {
   return end < text.size() ? shown + "..." : shown;
 }
 
-std::string quoted(std::string_view text) { return '"' + printable(text) + '"'; }
+std::string inQuotes(std::string_view text) { return '"' + printable(text) + '"'; }
 
 std::size_t lengthOf(std::string_view text) {
   return static_cast<std::size_t>(std::ranges::count_if(

@@ -7,7 +7,7 @@
 namespace qorix::adcheck {
 
 /// A text of the document for people: in quotes, without control characters, long ones cut.
-std::string quoted(std::string_view text);
+std::string inQuotes(std::string_view text);
 
 /// The same without quotes.
 std::string printable(std::string_view text);

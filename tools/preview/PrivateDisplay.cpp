@@ -23,7 +23,7 @@ constexpr int kPauseBetweenLooks = 50;  // milliseconds: nobody tells that the w
 struct CloseDisplay {
   void operator()(Display* display) const { XCloseDisplay(display); }
 };
-using Connection = std::unique_ptr<Display, CloseDisplay>;
+using DisplayConnection = std::unique_ptr<Display, CloseDisplay>;
 
 int millisecondsUntil(Clock::time_point deadline) {
   const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now());
@@ -129,7 +129,7 @@ bool PrivateDisplay::startServer(int width, int height) {
 }
 
 bool PrivateDisplay::startWindowManager(const std::string& home) {
-  const Connection display(XOpenDisplay(name_.c_str()));
+  const DisplayConnection display(XOpenDisplay(name_.c_str()));
   if (display == nullptr) {
     return false;
   }

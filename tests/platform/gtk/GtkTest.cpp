@@ -45,7 +45,10 @@ Picture screenPicture() {
   return *takePicture(std::getenv("DISPLAY"));
 }
 
-Pixel colorAt(int x, int y) { return screenPicture().at(x, y); }
+Pixel colorAt(int x, int y) {
+  gdk_display_sync(gdk_display_get_default());
+  return takePicture(std::getenv("DISPLAY"), PixelBox{x, y, 1, 1})->at(0, 0);
+}
 
 bool waitFor(const std::function<bool()>& condition, double seconds) {
   const gint64 deadline = g_get_monotonic_time() + static_cast<gint64>(seconds * 1e6);

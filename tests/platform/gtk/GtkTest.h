@@ -14,6 +14,7 @@
 #include "fakes/RecordingLog.h"
 #include "platform/Platform.h"
 #include "platform/gtk/Install.h"
+#include "support/Picture.h"
 #include "support/VirtualDisplay.h"
 
 namespace qorix {
@@ -84,6 +85,9 @@ class HostWindow {
   GtkWindow* window_;
   GtkOverlay* overlay_;
 };
+
+/// A page without anything but its colour.
+inline constexpr const char* kRedPage = "<body style='margin:0;background:#f00'></body>";
 
 /// Installs the real platform with a log that can be read; GLib's warnings are failures.
 class GtkTest : public testing::Test {

@@ -23,7 +23,7 @@ class GtkWindowPort : public GtkTest {
 
   // The rectangle of the screen that is red, y downwards.
   static GdkRectangle redArea() {
-    const PixelBox box = boxOfColor(screenPicture(), kRed);
+    const PixelBox box = screenPicture().boxOf(kRed);
     return {box.x, box.y, box.width, box.height};
   }
 
@@ -45,8 +45,6 @@ class GtkWindowPort : public GtkTest {
 };
 
 class TwoMonitors : public GtkWindowPort {};
-
-constexpr const char* kRedPage = "<body style='margin:0;background:#f00'></body>";
 
 }  // namespace
 

@@ -251,11 +251,11 @@ TEST_F(CloudKitTest, makingAContainerSendsNothing) {
 
 TEST_F(CloudKitTest, everyPageIsFollowedInOrder) {
   for (int i = 1; i <= 7; ++i) {
-    cloud_.records().add({.type = "macadfiles",
-                          .texts = {{"filename", "commonad"}, {"number", std::to_string(i)}},
-                          .assets = {}});
+    cloud_.addRecord({.type = "macadfiles",
+                      .texts = {{"filename", "commonad"}, {"number", std::to_string(i)}},
+                      .assets = {}});
   }
-  cloud_.records().setPageSize(3);
+  cloud_.setPageSize(3);
   const auto all = records();
   ASSERT_EQ(all.size(), 7U);
   for (std::size_t i = 0; i < all.size(); ++i) {
@@ -265,8 +265,8 @@ TEST_F(CloudKitTest, everyPageIsFollowedInOrder) {
 }
 
 TEST_F(CloudKitTest, recordsOfOtherTypesAndNamesAreLeftOut) {
-  cloud_.records().add({.type = "iosadfiles", .texts = {{"filename", "commonad"}}, .assets = {}});
-  cloud_.records().add({.type = "macadfiles", .texts = {{"filename", "other"}}, .assets = {}});
+  cloud_.addRecord({.type = "iosadfiles", .texts = {{"filename", "commonad"}}, .assets = {}});
+  cloud_.addRecord({.type = "macadfiles", .texts = {{"filename", "other"}}, .assets = {}});
   EXPECT_THAT(records(), IsEmpty());
 }
 
@@ -549,11 +549,10 @@ TEST_F(CloudKitTest, answersFarTooLongTogetherAreAnError) {
   expectError(errorAfter(502, std::string(17U << 20, ' ')), "CloudKit", 502,
               "the cloud service's answer is too long");
   std::atomic<int> pages = 0;
-  cloud_.server().setHandler(
-      cloud_.records().queryPath(), [&](const LoopbackServer::Request&) -> Answer {
-        return {.body = {R"({"records": [], "continuationMarker": ")" + std::to_string(++pages) +
-                         "\"}" + std::string(6U << 20, ' ')}};
-      });
+  cloud_.setHandler([&](const LoopbackServer::Request&) -> Answer {
+    return {.body = {R"({"records": [], "continuationMarker": ")" + std::to_string(++pages) +
+                     "\"}" + std::string(6U << 20, ' ')}};
+  });
   expectError(error(), "CloudKit", 200, "the cloud service's answer is too long");
   EXPECT_EQ(pages, 3);
 }
@@ -564,10 +563,9 @@ TEST_F(CloudKitTest, resultsThatDoNotEndAreAnError) {
               "the cloud service's results do not end");
   EXPECT_EQ(cloud_.queries(), 2);
   std::atomic<int> count = 0;
-  cloud_.server().setHandler(cloud_.records().queryPath(),
-                             [&](const LoopbackServer::Request&) -> Answer {
-                               return {.body = {page + std::to_string(++count) + "\"}"}};
-                             });
+  cloud_.setHandler([&](const LoopbackServer::Request&) -> Answer {
+    return {.body = {page + std::to_string(++count) + "\"}"}};
+  });
   expectError(error(), "CloudKit", 200, "the cloud service's results do not end");
   EXPECT_EQ(count, 1000);
 }
@@ -635,13 +633,12 @@ TEST_F(CloudKitTest, aQueryDoesNotAgeWhileAnotherOnesCompletionTakesLong) {
   silent.setAnswer({.ending = Ending::stall});
   std::promise<void> hasBegun;
   std::atomic<int> requests = 0;
-  cloud_.server().setHandler(cloud_.records().queryPath(),
-                             [&, begun = hasBegun.get_future().share()](const auto&) -> Answer {
-                               if (++requests == 2) {
-                                 begun.wait();
-                               }
-                               return {.body = {R"({"records": []})"}};
-                             });
+  cloud_.setHandler([&, begun = hasBegun.get_future().share()](const auto&) -> Answer {
+    if (++requests == 2) {
+      begun.wait();
+    }
+    return {.body = {R"({"records": []})"}};
+  });
   std::atomic<int> completions = 0;
   const auto waitsOnce = [&](const CloudDatabase::Completion& report) {
     return [&, report](auto records, auto error) {

@@ -51,7 +51,7 @@ class Placement : public GtkTest {
   static void expectRed(const GdkRectangle& expected, const std::string& what) {
     GdkRectangle seen{};
     EXPECT_TRUE(waitFor([&] {
-      const PixelBox box = boxOfColor(screenPicture(), kRed);
+      const PixelBox box = screenPicture().boxOf(kRed);
       seen = {box.x, box.y, box.width, box.height};
       return gdk_rectangle_equal(&seen, &expected) != FALSE;
     })) << what
@@ -204,7 +204,7 @@ TEST_F(Placement, thePopupIsClosedByItsUserAndShownAgainByALaterPresenter) {
   ASSERT_TRUE(waitFor([&] { return events.size() == 2; }));
   EXPECT_THAT(events, ElementsAre(kPushAdWillShowNotification, kPushAdDidCloseNotification));
   EXPECT_FALSE(first->popupAdWindow()->isVisible());
-  ASSERT_TRUE(waitFor([] { return boxOfColor(screenPicture(), kRed).width == 0; }));
+  ASSERT_TRUE(waitFor([] { return screenPicture().boxOf(kRed).width == 0; }));
 
   // The window still shows the first presenter's page: that is its content for good.
   const auto second = present(nullptr, redRecord({.embed = 0, .width = 300, .height = 200}));

@@ -8,6 +8,7 @@
 #include <string>
 
 #include "support/ChildProcess.h"
+#include "support/VirtualDisplay.h"
 
 namespace qorix::test {
 
@@ -39,7 +40,7 @@ int screenHeight() { return picture()->height(); }
 PixelBox waitForColor(const Pixel& color, int width, int height) {
   const auto deadline = std::chrono::steady_clock::now() + std::chrono::duration<double>(kPatience);
   for (;;) {
-    const PixelBox box = boxOfColor(*picture(), color);
+    const PixelBox box = picture()->boxOf(color);
     if ((box.width == width && box.height == height) ||
         std::chrono::steady_clock::now() > deadline) {
       return box;

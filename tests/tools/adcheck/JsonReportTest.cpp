@@ -5,6 +5,7 @@
 
 #include "platform/Platform.h"
 #include "qorix/MyPushAdInfo.h"
+#include "support/CheckLines.h"
 #include "tools/adcheck/AdcheckTest.h"
 #include "tools/adcheck/HostRun.h"
 
@@ -15,13 +16,13 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using Json = nlohmann::json;
 
-const std::string kVerify = ": ZAM <=> ZAM Verify failed!";
-const std::string kFatal = ": ZAM <=> ***Error***: fatal error found, go to pre-defined condition.";
-const std::string kLanguageLine = "+[MyPushAdInfo localizedValueInDict:] 130" + kVerify;
-const std::string kNoIdentifierLine = "-[MyPushAdInfo doParseCustomizationAndMerge] 147" + kFatal;
+const std::string kLanguageLine =
+    checkLine("+[MyPushAdInfo localizedValueInDict:]", 130, kVerifyFailedMessage);
+const std::string kNoIdentifierLine =
+    checkLine("-[MyPushAdInfo doParseCustomizationAndMerge]", 147, kFatalMessage);
 
-std::string checkLine(int line) {
-  return "-[MyPushAdInfo doCheck] " + std::to_string(line) + kVerify;
+std::string fieldLine(int line) {
+  return checkLine("-[MyPushAdInfo doCheck]", line, kVerifyFailedMessage);
 }
 
 class AdcheckJsonTest : public AdcheckTest {
@@ -73,7 +74,8 @@ TEST_F(AdcheckJsonTest, aRefusedDocumentIsNull) {
   EXPECT_EQ(json(document.text()), Json());
   EXPECT_EQ(run_.output, "null\n");
   EXPECT_EQ(run_.status, 1);
-  EXPECT_EQ(run_.errors, "+[MyPushAdUtil parseXMLWithString:] 133" + kFatal + "\n");
+  EXPECT_EQ(run_.errors,
+            checkLine("+[MyPushAdUtil parseXMLWithString:]", 133, kFatalMessage) + "\n");
 }
 
 TEST_F(AdcheckJsonTest, garbageIsRefused) {
@@ -82,7 +84,8 @@ TEST_F(AdcheckJsonTest, garbageIsRefused) {
         std::string("\xC3\x28 <rootcfg/>"), AdDocument().text() + '\0'}) {
     EXPECT_EQ(json(text), Json());
     EXPECT_EQ(run_.status, 1);
-    EXPECT_EQ(run_.errors, "+[MyPushAdUtil parseXMLWithString:] 91" + kFatal + "\n");
+    EXPECT_EQ(run_.errors,
+              checkLine("+[MyPushAdUtil parseXMLWithString:]", 91, kFatalMessage) + "\n");
   }
 }
 
@@ -205,13 +208,14 @@ TEST_F(AdcheckJsonTest, theLogGoesAsFarAsAHostDoes) {
     json(document.text(), arguments);
     return linesOf(run_.errors);
   };
-  EXPECT_THAT(log(), ElementsAre(checkLine(101), checkLine(103), kLanguageLine));
+  EXPECT_THAT(log(), ElementsAre(fieldLine(101), fieldLine(103), kLanguageLine));
   EXPECT_THAT(log({"--stored-version", "2a1"}), IsEmpty());
   document.delay = "<delay>-1</delay>";
-  EXPECT_THAT(log(), ElementsAre(checkLine(101), checkLine(103), checkLine(104)));
+  EXPECT_THAT(log(), ElementsAre(fieldLine(101), fieldLine(103), fieldLine(104)));
   document.advance = "<advance>no JSON</advance>";
   document.enable = "<enable>0</enable>";
-  EXPECT_THAT(log(), ElementsAre("-[MyPushAdInfo doParseCustomizationAndMerge] 153" + kFatal,
+  EXPECT_THAT(log(), ElementsAre(checkLine("-[MyPushAdInfo doParseCustomizationAndMerge]", 153,
+                                           kFatalMessage),
                                  "ZAM Disabled."));
 }
 

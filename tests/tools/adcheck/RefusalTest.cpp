@@ -1,6 +1,7 @@
 #include <string>
 #include <vector>
 
+#include "support/CheckLines.h"
 #include "tools/adcheck/AdcheckTest.h"
 
 namespace qorix::test {
@@ -22,8 +23,7 @@ class RefusalTest : public AdcheckTest {
     EXPECT_EQ(result.errors, "");
     EXPECT_EQ(json(document, {"--app", kEditor}), nlohmann::json());
     EXPECT_EQ(run_.errors,
-              "+[MyPushAdUtil parseXMLWithString:] " + std::to_string(line) +
-                  ": ZAM <=> ***Error***: fatal error found, go to pre-defined condition.\n");
+              checkLine("+[MyPushAdUtil parseXMLWithString:]", line, kFatalMessage) + "\n");
   }
 
   /// The same at the first place of `part` in the document.

@@ -78,9 +78,7 @@ PixelBox windowBox(const std::string& title) {
 }
 
 /// Where the screen shows that colour now.
-PixelBox boxNow(const Pixel& color) {
-  return boxOfColor(*takePicture(std::getenv("DISPLAY")), color);
-}
+PixelBox boxNow(const Pixel& color) { return takePicture(std::getenv("DISPLAY"))->boxOf(color); }
 
 std::string text(const PixelBox& box) {
   return std::to_string(box.width) + "x" + std::to_string(box.height) + "+" +
@@ -661,8 +659,7 @@ class PreviewPictureTest : public PreviewTest {
     EXPECT_THAT(preview.texts("screenshot"), ElementsAre(file));
     auto picture = readPicture(file);
     EXPECT_NE(picture, nullptr);
-    return picture == nullptr ? std::make_unique<Picture>(0, 0, std::vector<std::uint8_t>())
-                              : std::move(picture);
+    return picture == nullptr ? std::make_unique<Picture>() : std::move(picture);
   }
 
   const std::vector<std::string> noDisplay_{"-u", "DISPLAY", "-u", "WAYLAND_DISPLAY"};
@@ -675,7 +672,7 @@ TEST_F(PreviewPictureTest, showsTheBannerInItsWindowWithAndWithoutADisplay) {
          {std::vector<std::string>(), std::vector<std::string>{"--quit-after", "1"}}) {
       const auto picture = pictureOf(banner, options, environment);
       EXPECT_EQ(picture->width(), 800);
-      const PixelBox ad = boxOfColor(*picture, kPink);
+      const PixelBox ad = picture->boxOf(kPink);
       EXPECT_EQ(text(ad), "300x60+500+" + std::to_string(picture->height() - 600));
     }
   }
@@ -684,7 +681,7 @@ TEST_F(PreviewPictureTest, showsTheBannerInItsWindowWithAndWithoutADisplay) {
 TEST_F(PreviewPictureTest, showsThePopupAlone) {
   const auto picture = pictureOf(document({.embed = "0", .width = "400", .height = "300"}),
                                  {"--quit-after", "0"}, noDisplay_);
-  EXPECT_EQ(text(boxOfColor(*picture, kPink)), "400x300+0+0");
+  EXPECT_EQ(text(picture->boxOf(kPink)), "400x300+0+0");
   EXPECT_EQ(picture->width(), 400);
 }
 
@@ -696,7 +693,7 @@ TEST_F(PreviewPictureTest, waitsForThePageToBePainted) {
                          "while (Date.now() < until) {} document.body.style.background = '#ff00aa';"
                          "</script>"),
                 {"--quit-after", "0"}, {});
-  EXPECT_EQ(boxOfColor(*picture, kPink).width, 300);
+  EXPECT_EQ(picture->boxOf(kPink).width, 300);
 }
 
 TEST_F(PreviewPictureTest, failsWhenThereIsNothingToShow) {
