@@ -1,7 +1,6 @@
 #include "tools/preview/PrivateDisplay.h"
 
 #include <X11/Xatom.h>
-#include <X11/Xlib.h>
 #include <fcntl.h>
 #include <poll.h>
 #include <signal.h>
@@ -14,16 +13,13 @@
 #include <cstdlib>
 #include <utility>
 
+#include "tools/preview/XConnection.h"
+
 namespace {
 
 using Clock = std::chrono::steady_clock;
 constexpr auto kStartTimeLimit = std::chrono::seconds(30);
 constexpr int kPauseBetweenLooks = 50;  // milliseconds: nobody tells that the window manager ended
-
-struct CloseDisplay {
-  void operator()(Display* display) const { XCloseDisplay(display); }
-};
-using DisplayConnection = std::unique_ptr<Display, CloseDisplay>;
 
 int millisecondsUntil(Clock::time_point deadline) {
   const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now());
@@ -129,7 +125,7 @@ bool PrivateDisplay::startServer(int width, int height) {
 }
 
 bool PrivateDisplay::startWindowManager(const std::string& home) {
-  const DisplayConnection display(XOpenDisplay(name_.c_str()));
+  const XConnection display(XOpenDisplay(name_.c_str()));
   if (display == nullptr) {
     return false;
   }

@@ -1,6 +1,5 @@
 #include "support/Picture.h"
 
-#include <X11/Xlib.h>
 #include <X11/Xutil.h>
 #include <gdk-pixbuf/gdk-pixbuf.h>
 
@@ -8,13 +7,11 @@
 #include <cstring>
 #include <utility>
 
+#include "tools/preview/XConnection.h"
+
 namespace qorix::test {
 
 namespace {
-
-struct CloseDisplay {
-  void operator()(Display* display) const { XCloseDisplay(display); }
-};
 
 struct DestroyImage {
   void operator()(XImage* image) const { XDestroyImage(image); }
@@ -82,7 +79,7 @@ std::unique_ptr<Picture> readPicture(const std::filesystem::path& file) {
 }
 
 std::unique_ptr<Picture> takePicture(const std::string& name, const std::optional<PixelBox>& part) {
-  const std::unique_ptr<Display, CloseDisplay> display(XOpenDisplay(name.c_str()));
+  const XConnection display(XOpenDisplay(name.c_str()));
   if (display == nullptr) {
     return nullptr;
   }

@@ -1,6 +1,5 @@
 #include "support/VirtualDisplay.h"
 
-#include <X11/Xlib.h>
 #include <X11/extensions/Xrandr.h>
 #include <unistd.h>
 
@@ -8,16 +7,9 @@
 #include <cstdlib>
 #include <system_error>
 
+#include "tools/preview/XConnection.h"
+
 namespace qorix::test {
-
-namespace {
-
-struct CloseDisplay {
-  void operator()(Display* display) const { XCloseDisplay(display); }
-};
-using Connection = std::unique_ptr<Display, CloseDisplay>;
-
-}  // namespace
 
 std::unique_ptr<VirtualDisplay> VirtualDisplay::start(const VirtualDisplayOptions& options) {
   std::string folder = (std::filesystem::temp_directory_path() / "qorix-display-XXXXXX").string();
@@ -50,7 +42,7 @@ bool VirtualDisplay::divideIntoMonitors(const VirtualDisplayOptions& options) co
   if (options.monitors == 1) {
     return true;
   }
-  const Connection display(XOpenDisplay(name().c_str()));
+  const XConnection display(XOpenDisplay(name().c_str()));
   if (display == nullptr) {
     return false;
   }

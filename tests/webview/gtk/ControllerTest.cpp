@@ -20,10 +20,13 @@ void ControllerTest::show(const std::string& html) {
   host.show();
   host.view()->addSubview(controller->view());
   controller->view()->setFrame({{0, 0}, {400, 300}});
+  const int before = controller->pages;
   controller->loadDataWithTitle(
       std::nullopt, "<!DOCTYPE html><title>loading</title><body style='margin:0'>" + html +
                         "<script>addEventListener('load', () => setTimeout(() =>"
                         " { document.title = 'loaded'; }, 0));</script>");
+  // The page before this one may have the same title.
+  ASSERT_TRUE(waitFor([&] { return controller->pages > before; }));
   ASSERT_TRUE(waitForTitle("loaded"));
   settle();
 }

@@ -54,12 +54,22 @@ class ControllerTest : public GtkTest {
     std::vector<std::string> opened;
   };
 
+  /// Counts the pages whose after-load work is done.
+  struct WatchedController : MyPushAdViewController {
+    void webViewDidFinishLoadForFrame(const std::shared_ptr<WebView>& webView,
+                                      const WebFrame& frame) override {
+      MyPushAdViewController::webViewDidFinishLoadForFrame(webView, frame);
+      pages += frame.isMainFrame ? 1 : 0;
+    }
+    int pages = 0;
+  };
+
   LoopbackServer server;
   HostWindow host{400, 300};
   std::shared_ptr<Delegate> delegate = std::make_shared<Delegate>();
   std::shared_ptr<RecordingWorkspace> workspace = std::make_shared<RecordingWorkspace>();
-  std::shared_ptr<MyPushAdViewController> controller =
-      MyPushAdViewController::createInstanceWithPushAdMode(MyPushAdModeBanner);
+  std::shared_ptr<WatchedController> controller =
+      MyPushAdViewController::createInstanceWithPushAdMode<WatchedController>(MyPushAdModeBanner);
   std::vector<std::string> announced;  // the elements, described
 };
 
