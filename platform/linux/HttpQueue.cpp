@@ -87,8 +87,13 @@ bool isHttps(const char* url) { return url != nullptr && ::strncasecmp(url, "htt
 /// One request under way.
 class Transfer {
  public:
-  Transfer(HttpRequest request, const HttpOptions& options, std::shared_ptr<Channel> channel)
-      : request_(std::move(request)), channel_(std::move(channel)), easy_(curl_easy_init()) {
+  /// Times are what the queue has waited for its connections altogether.
+  Transfer(HttpRequest request, const HttpOptions& options, std::shared_ptr<Channel> channel,
+           Clock::duration now)
+      : request_(std::move(request)),
+        channel_(std::move(channel)),
+        easy_(curl_easy_init()),
+        lastArrival_(now) {
     configure(options);
     configureMethod();
   }
@@ -98,7 +103,7 @@ class Transfer {
   CURL* easy() const { return easy_.get(); }
 
   /// Notes whether anything has arrived since the last call; answers when that was last so.
-  Clock::time_point lastArrival(Clock::time_point now) {
+  Clock::duration lastArrival(Clock::duration now) {
     long headerSize = 0;
     curl_off_t bodySize = 0;
     curl_easy_getinfo(easy_.get(), CURLINFO_HEADER_SIZE, &headerSize);
@@ -251,7 +256,7 @@ class Transfer {
   std::optional<Error> failure_;
   long headerSize_ = 0;
   curl_off_t bodySize_ = 0;
-  Clock::time_point lastArrival_ = Clock::now();
+  Clock::duration lastArrival_;
 };
 
 /// What a queue's thread does.
@@ -268,11 +273,11 @@ class Engine {
       startTransfers();
       int running = 0;
       curl_multi_perform(multi_.get(), &running);
-      if (endFinished()) {
-        continue;  // that may have taken long: read what has come before judging who is idle
-      }
+      endFinished();
       const int milliseconds = endIdle();
+      const auto before = Clock::now();
       curl_multi_poll(multi_.get(), nullptr, 0, milliseconds, nullptr);
+      waited_ += Clock::now() - before;
     }
     channel_->setMulti(nullptr);
     channel_->takeRequests();
@@ -284,33 +289,29 @@ class Engine {
  private:
   void startTransfers() {
     for (HttpRequest& request : channel_->takeRequests()) {
-      transfers_.push_back(std::make_unique<Transfer>(std::move(request), options_, channel_));
+      transfers_.push_back(
+          std::make_unique<Transfer>(std::move(request), options_, channel_, waited_));
       curl_multi_add_handle(multi_.get(), transfers_.back()->easy());
     }
   }
 
-  /// False when there was nothing to end.
-  bool endFinished() {
-    bool hasEnded = false;
+  void endFinished() {
     int left = 0;
     while (const CURLMsg* message = curl_multi_info_read(multi_.get(), &left)) {
       const CURLcode code = message->data.result;
       Transfer* transfer = nullptr;
       curl_easy_getinfo(message->easy_handle, CURLINFO_PRIVATE, &transfer);
       take(transfer)->complete(code);
-      hasEnded = true;
     }
-    return hasEnded;
   }
 
   /// Ends what has been idle for too long; answers how many milliseconds the rest may wait.
   int endIdle() {
-    const auto now = Clock::now();
     const Seconds limit(options_.idleLimitSeconds);
     Seconds wait = std::chrono::hours(1);
     std::vector<Transfer*> idle;
     for (const auto& transfer : transfers_) {
-      const Seconds left = limit - (now - transfer->lastArrival(now));
+      const Seconds left = limit - (waited_ - transfer->lastArrival(waited_));
       if (left.count() <= 0) {
         idle.push_back(transfer.get());
       } else {
@@ -335,6 +336,8 @@ class Engine {
   const HttpOptions options_;
   const Multi multi_;
   std::vector<std::unique_ptr<Transfer>> transfers_;
+  /// A call that takes long makes no other transfer older: only this time counts.
+  Clock::duration waited_{};
 };
 
 /// Every worker thread of the process.

@@ -13,7 +13,8 @@
 namespace qorix {
 
 struct HttpOptions {
-  /// A request ends with an error when nothing has arrived for so many seconds; connecting counts.
+  /// A request ends with an error when nothing has arrived for so many seconds; connecting counts,
+  /// the calls of other requests do not.
   double idleLimitSeconds = 60;
   /// The certificates to trust, a PEM file; empty for those of the system.
   std::string certificateAuthorityFile = {};

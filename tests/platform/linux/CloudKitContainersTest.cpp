@@ -631,11 +631,11 @@ TEST_F(CloudKitTest, aQueryDoesNotAgeWhileAnotherOnesCompletionTakesLong) {
   options_.http.idleLimitSeconds = 1;
   CloudServer silent;
   silent.setAnswer({.ending = Ending::stall});
-  std::promise<void> hasBegun;
+  std::promise<void> hasReturned;
   std::atomic<int> requests = 0;
-  cloud_.setHandler([&, begun = hasBegun.get_future().share()](const auto&) -> Answer {
+  cloud_.setHandler([&, returned = hasReturned.get_future().share()](const auto&) -> Answer {
     if (++requests == 2) {
-      begun.wait();
+      returned.wait();
     }
     return {.body = {R"({"records": []})"}};
   });
@@ -643,8 +643,8 @@ TEST_F(CloudKitTest, aQueryDoesNotAgeWhileAnotherOnesCompletionTakesLong) {
   const auto waitsOnce = [&](const CloudDatabase::Completion& report) {
     return [&, report](auto records, auto error) {
       if (++completions == 1) {
-        hasBegun.set_value();
         queryThatTakesTheIdleLimit(silent);
+        hasReturned.set_value();
       }
       report(records, error);
     };
