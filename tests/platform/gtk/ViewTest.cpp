@@ -25,11 +25,10 @@ bool isRedExactlyAt(const HostWindow& host, const Rect& frame) {
   GdkRectangle visible = {0, 0, 0, 0};
   gdk_rectangle_intersect(&banner, &overlay, &visible);
   const Picture picture = screenPicture();
-  const auto width = static_cast<std::size_t>(visible.width);
-  const auto height = static_cast<std::size_t>(visible.height);
-  const PixelBox seen = {visible.x, visible.y, visible.width, visible.height};
-  return picture.countOf(kRed) == width * height &&
-         (picture.boxOf(kRed) == seen || width * height == 0);
+  const auto area =
+      static_cast<std::size_t>(visible.width) * static_cast<std::size_t>(visible.height);
+  const PixelBox expected = {visible.x, visible.y, visible.width, visible.height};
+  return picture.countOf(kRed) == area && (area == 0 || picture.boxOf(kRed) == expected);
 }
 
 }  // namespace
