@@ -1,6 +1,9 @@
 #pragma once
 
+#include <memory>
+
 #include "support/Picture.h"
+#include "support/VirtualDisplay.h"
 
 namespace qorix::test {
 
@@ -8,6 +11,23 @@ namespace qorix::test {
 bool startScreen();
 /// Ends it.
 void endScreen();
+
+/// For as long as it lives, programs are started on a display of their own that has no window
+/// manager: openbox can lose a client that is killed while its window is being mapped, and with it
+/// every later window of the same id, which the server gives to the next client.
+class BareScreen {
+ public:
+  BareScreen();
+  ~BareScreen();
+  BareScreen(const BareScreen&) = delete;
+  BareScreen& operator=(const BareScreen&) = delete;
+
+  /// False when the display could not be started.
+  bool isUp() const { return display_ != nullptr; }
+
+ private:
+  std::unique_ptr<VirtualDisplay> display_;
+};
 
 int screenWidth();
 int screenHeight();

@@ -13,14 +13,15 @@ struct VirtualDisplayOptions {
   int height = 1024;
   /// Monitors of equal size, side by side.
   int monitors = 1;
+  bool hasWindowManager = true;
 };
 
-/// An X server without hardware of our own, with a window manager on it, and private folders for
-/// whatever is run on it. Its processes end with it, and at the latest with the thread that started
-/// it.
+/// An X server without hardware of our own, with a window manager on it unless told otherwise, and
+/// private folders for whatever is run on it. Its processes end with it, and at the latest with the
+/// thread that started it.
 class VirtualDisplay {
  public:
-  /// Returns when windows can be managed on it. Null, after a line on standard error, when it
+  /// Returns when windows can be shown on it. Null, after a line on standard error, when it
   /// cannot be started.
   static std::unique_ptr<VirtualDisplay> start(const VirtualDisplayOptions& options = {});
   ~VirtualDisplay();

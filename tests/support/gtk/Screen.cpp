@@ -8,7 +8,6 @@
 #include <string>
 
 #include "support/ChildProcess.h"
-#include "support/VirtualDisplay.h"
 
 namespace qorix::test {
 
@@ -33,6 +32,14 @@ bool startScreen() {
 }
 
 void endScreen() { display().reset(); }
+
+BareScreen::BareScreen() : display_(VirtualDisplay::start({.hasWindowManager = false})) {
+  if (isUp()) {
+    display_->useInThisProcess();
+  }
+}
+
+BareScreen::~BareScreen() { display()->useInThisProcess(); }
 
 int screenWidth() { return picture()->width(); }
 int screenHeight() { return picture()->height(); }

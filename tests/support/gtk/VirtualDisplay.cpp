@@ -21,7 +21,7 @@ std::unique_ptr<VirtualDisplay> VirtualDisplay::start(const VirtualDisplayOption
   display->folder_ = folder;
   display->server_ = PrivateDisplay::start(options.width, options.height);
   if (display->server_ == nullptr || !display->divideIntoMonitors(options) ||
-      !display->server_->startWindowManager(folder)) {
+      (options.hasWindowManager && !display->server_->startWindowManager(folder))) {
     std::fprintf(stderr, "A virtual display cannot be started.\n");
     return nullptr;
   }
