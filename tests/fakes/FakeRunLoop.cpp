@@ -8,11 +8,7 @@
 namespace qorix {
 
 void FakeRunLoop::performAfterDelay(double seconds, std::function<void()> task) {
-  const double due = now_ + std::max(seconds, 0.0);
-  const auto later =
-      std::upper_bound(delayed_.begin(), delayed_.end(), due,
-                       [](double time, const Delayed& each) { return time < each.due; });
-  delayed_.insert(later, {due, std::move(task)});
+  delayed_.emplace(now_ + std::max(seconds, 0.0), std::move(task));
 }
 
 void FakeRunLoop::dispatchAsync(std::function<void()> task) {
@@ -54,10 +50,10 @@ bool FakeRunLoop::runNextQueued() {
 }
 
 bool FakeRunLoop::runNextDue() {
-  if (tracksMenu_ || delayed_.empty() || delayed_.front().due > now_) {
+  if (tracksMenu_ || delayed_.empty() || delayed_.begin()->first > now_) {
     return false;
   }
-  const auto task = std::move(delayed_.front().task);
+  const auto task = std::move(delayed_.begin()->second);
   delayed_.erase(delayed_.begin());
   task();
   return true;
@@ -71,8 +67,8 @@ void FakeRunLoop::runUntilIdle() {
 void FakeRunLoop::advance(double seconds) {
   const double end = now_ + seconds;
   runUntilIdle();
-  while (!tracksMenu_ && !delayed_.empty() && delayed_.front().due <= end) {
-    now_ = std::max(now_, delayed_.front().due);
+  while (!tracksMenu_ && !delayed_.empty() && delayed_.begin()->first <= end) {
+    now_ = std::max(now_, delayed_.begin()->first);
     runUntilIdle();
   }
   now_ = end;
@@ -92,8 +88,8 @@ bool FakeRunLoop::waitForWork(double seconds) {
 
 std::vector<double> FakeRunLoop::pendingDelays() const {
   std::vector<double> delays;
-  for (const auto& each : delayed_) {
-    delays.push_back(each.due - now_);
+  for (const auto& [due, task] : delayed_) {
+    delays.push_back(due - now_);
   }
   return delays;
 }

@@ -3,6 +3,7 @@
 #include <condition_variable>
 #include <deque>
 #include <functional>
+#include <map>
 #include <mutex>
 #include <thread>
 #include <vector>
@@ -36,19 +37,14 @@ class FakeRunLoop : public RunLoop {
   std::vector<double> pendingDelays() const;
 
  private:
-  struct Delayed {
-    double due;
-    std::function<void()> task;
-  };
-
   bool runNextQueued();
   bool runNextDue();
 
   const std::thread::id mainThread_ = std::this_thread::get_id();
   double now_ = 0;
   bool tracksMenu_ = false;
-  std::vector<Delayed> delayed_;  // by due time, equal ones in the order of the calls
-  std::mutex mutex_;              // guards queue_
+  std::multimap<double, std::function<void()>> delayed_;  // by due time, then in call order
+  std::mutex mutex_;                                      // guards queue_
   std::condition_variable queued_;
   std::deque<std::function<void()>> queue_;
 };

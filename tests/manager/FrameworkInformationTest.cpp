@@ -1,8 +1,8 @@
 #include <dlfcn.h>
 #include <gmock/gmock.h>
 
+#include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <regex>
 #include <string>
 
@@ -56,7 +56,8 @@ TEST(FrameworkInformation, theVersionDataIsFoundByName) {
 // What what(1) and strings(1) look for.
 TEST(FrameworkInformation, theVersionLineIsInTheLibrarysFile) {
   std::ifstream file(QORIX_LIBRARY_FILE, std::ios::binary);
-  const std::string bytes{std::istreambuf_iterator<char>(file), {}};
+  std::string bytes(std::filesystem::file_size(QORIX_LIBRARY_FILE), '\0');
+  ASSERT_TRUE(file.read(bytes.data(), static_cast<std::streamsize>(bytes.size())));
   EXPECT_NE(bytes.find(std::string(kVersionLine) + '\0'), std::string::npos);
 }
 
