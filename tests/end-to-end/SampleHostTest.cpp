@@ -78,7 +78,7 @@ TEST_F(SampleHostTest, aVersionIsShownAsOftenAsItsCountAcrossLaunches) {
   serve({.count = "2"});
   EXPECT_TRUE(isShownInOneLaunch());
   EXPECT_TRUE(isShownInOneLaunch());
-  EXPECT_FALSE(isShownInOneLaunch());
+  EXPECT_FALSE(isShownInOneLaunch(3));
   EXPECT_EQ(storedCount(), 2);
 }
 

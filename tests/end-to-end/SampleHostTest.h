@@ -70,11 +70,11 @@ class SampleHostTest : public ::testing::Test {
   }
 
   /// One launch that ends when the advertisement was shown; false when it was not.
-  bool isShownInOneLaunch() {
+  bool isShownInOneLaunch(double patience = kPatience) {
     HostProcess host(arguments());
     // Once the definition is cached the decision has been taken, and a due one is shown at once.
     const bool decided = host.waitForLog("ZAM dadstring is saved.");
-    const bool shown = decided && host.waitForEvent(kWillShow, 3).has_value();
+    const bool shown = decided && host.waitForEvent(kWillShow, patience).has_value();
     expectProperQuit(host);
     return shown;
   }
