@@ -282,23 +282,24 @@ TEST_F(SampleHostTest, aKilledHostLosesNoCountAndCountsNoShowingTwice) {
   int counted = 0;
   int announced = 0;
   for (int round = 0; round < QORIX_KILL_ROUNDS; ++round) {
+    SCOPED_TRACE("round " + std::to_string(round));
     HostProcess host(arguments());
     if (round % 3 == 0) {
       host.listen(0.6 * moment(random));
     } else if (round % 3 == 1) {
-      ASSERT_TRUE(host.waitForEvent("ready")) << "round " << round << PrintToString(host.log());
+      ASSERT_TRUE(host.waitForEvent("ready")) << PrintToString(host.log());
       host.listen(0.05 * moment(random) * moment(random));
     } else {
-      ASSERT_TRUE(host.waitForEvent(kWillShow)) << "round " << round << PrintToString(host.log());
+      ASSERT_TRUE(host.waitForEvent(kWillShow)) << PrintToString(host.log());
     }
     host.sendSignal(SIGKILL);
     ASSERT_TRUE(host.waitForEnd());
-    ASSERT_TRUE(WIFSIGNALED(host.status())) << "round " << round << PrintToString(host.log());
+    ASSERT_TRUE(WIFSIGNALED(host.status())) << PrintToString(host.log());
     const std::int64_t before = count;
     count = storedCount();
     const bool wasAnnounced = host.countEvents(kWillShow) > 0;
-    ASSERT_GE(count, before + (wasAnnounced ? 1 : 0)) << "round " << round;
-    ASSERT_LE(count, before + 1) << "round " << round;
+    ASSERT_GE(count, before + (wasAnnounced ? 1 : 0));
+    ASSERT_LE(count, before + 1);
     ASSERT_THAT(log_->lines(), IsEmpty()) << "the settings must open";
     ASSERT_EQ(host.countLog("settings"), 0) << PrintToString(host.log());
     counted += count > before ? 1 : 0;

@@ -69,7 +69,8 @@ class SampleHostTest : public ::testing::Test {
     EXPECT_EQ(host.countLog("-CRITICAL **"), 0);
   }
 
-  /// One launch that ends when the advertisement was shown; false when it was not.
+  /// One launch that ends when the advertisement was shown; false when it was not within so many
+  /// seconds of the decision.
   bool isShownInOneLaunch(double patience = kPatience) {
     HostProcess host(arguments());
     // Once the definition is cached the decision has been taken, and a due one is shown at once.
