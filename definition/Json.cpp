@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "definition/LeadingInteger.h"
+#include "platform/PlainNumbers.h"
 
 namespace qorix {
 
@@ -228,6 +229,7 @@ std::optional<Value> parseJson(std::string_view text, JsonDefect* defect) {
     }
     return std::nullopt;
   }
+  const PlainNumbers plainNumbers;  // the reader leaves fractions to the C library
   JsonBuilder builder(defect);
   if (nlohmann::json::sax_parse(text, &builder)) {
     return builder.takeValue();

@@ -7,7 +7,9 @@
 #include <utf8.h>
 
 #include <algorithm>
+#include <exception>
 #include <memory>
+#include <new>
 #include <type_traits>
 #include <utility>
 #include <vector>
@@ -17,11 +19,6 @@
 namespace qorix {
 
 namespace {
-
-struct ParserDeleter {
-  void operator()(XML_Parser parser) const { XML_ParserFree(parser); }
-};
-using ParserPointer = std::unique_ptr<std::remove_pointer_t<XML_Parser>, ParserDeleter>;
 
 // The text is UTF-8, whatever its XML declaration says.
 constexpr const char* kEncoding = "UTF-8";
@@ -77,18 +74,15 @@ bool appendSection(std::string& text, std::string_view section) {
   }
 }
 
-// Called for the parameter entities of a document type only. Reading each as a blank lets the
-// declarations after it count, as they would with the entity at hand.
-int XMLCALL readAsBlank(XML_Parser parser, const XML_Char* context, const XML_Char* /*base*/,
-                        const XML_Char* /*systemId*/, const XML_Char* /*publicId*/) {
-  const ParserPointer entity(XML_ExternalEntityParserCreate(parser, context, kEncoding));
-  return entity == nullptr ? XML_STATUS_ERROR : XML_Parse(entity.get(), " ", 1, XML_TRUE);
-}
-
 }  // namespace
 
 /// Builds a document from the parser's events.
 class XmlReader {
+  struct ParserDeleter {
+    void operator()(XML_Parser parser) const { XML_ParserFree(parser); }
+  };
+  using ParserPointer = std::unique_ptr<std::remove_pointer_t<XML_Parser>, ParserDeleter>;
+
  public:
   XmlReader(std::string_view text, XmlSourceMap* sourceMap)
       : parser_(XML_ParserCreate(kEncoding)),
@@ -123,7 +117,7 @@ class XmlReader {
       return std::move(document_);
     }
     const XML_Error code = XML_GetErrorCode(parser_.get());
-    noteError(code == XML_ERROR_ABORTED ? stopReason_ : XML_ErrorString(code), sourceOffset());
+    noteError(stopReason_ != nullptr ? stopReason_ : XML_ErrorString(code), sourceOffset());
     return std::nullopt;
   }
 
@@ -216,50 +210,71 @@ class XmlReader {
     XML_StopParser(parser_.get(), XML_FALSE);
   }
 
+  /// Does what a callback is there for. The parser is no C++: what is thrown must not reach it. One
+  /// that is stopped may still have something to say.
+  template <class Work>
+  static void handle(void* userData, Work work) noexcept {
+    auto& self = *static_cast<XmlReader*>(userData);
+    try {
+      if (self.stopReason_ == nullptr) {
+        work(self);
+      }
+    } catch (const std::exception&) {
+      self.stop("there is not enough memory");
+    }
+  }
+
+  void addElement(const XML_Char* name, const XML_Char** attributes) {
+    countDefaultAttributes(attributes);
+    if (document_.elements_.size() == mostElements_ ||
+        defaultAttributes_ > mostDefaultAttributes_) {
+      stop("entities or default attributes add too much");
+      return;
+    }
+    open_.push_back(document_.elements_.size());
+    document_.elements_.push_back({document_.names_.size(), document_.text_.size(), 0, 0});
+    document_.names_ += name;
+  }
+
   static XmlReader& reader(void* userData) { return *static_cast<XmlReader*>(userData); }
 
   static void XMLCALL startElement(void* userData, const XML_Char* name,
                                    const XML_Char** attributes) {
-    XmlReader& self = reader(userData);
-    XmlDocument& document = self.document_;
-    self.countDefaultAttributes(attributes);
-    if (document.elements_.size() == self.mostElements_ ||
-        self.defaultAttributes_ > self.mostDefaultAttributes_) {
-      self.stop("entities or default attributes add too much");
-      return;
-    }
-    self.open_.push_back(document.elements_.size());
-    document.elements_.push_back({document.names_.size(), document.text_.size(), 0, 0});
-    document.names_ += name;
+    handle(userData, [&](XmlReader& self) { self.addElement(name, attributes); });
   }
 
   static void XMLCALL endElement(void* userData, const XML_Char* /*name*/) {
-    XmlReader& self = reader(userData);
-    XmlDocument& document = self.document_;
-    XmlDocument::Element& element = document.elements_[self.open_.back()];
-    self.open_.pop_back();
-    element.textEnd = document.text_.size();
-    element.subtreeEnd = document.elements_.size();
+    handle(userData, [](XmlReader& self) {
+      XmlDocument& document = self.document_;
+      XmlDocument::Element& element = document.elements_[self.open_.back()];
+      self.open_.pop_back();
+      element.textEnd = document.text_.size();
+      element.subtreeEnd = document.elements_.size();
+    });
   }
 
   static void XMLCALL characterData(void* userData, const XML_Char* text, int length) {
-    reader(userData).document_.text_.append(text, static_cast<std::size_t>(length));
+    handle(userData, [&](XmlReader& self) {
+      self.document_.text_.append(text, static_cast<std::size_t>(length));
+    });
   }
 
   static void XMLCALL startElementNoting(void* userData, const XML_Char* name,
                                          const XML_Char** attributes) {
-    XmlReader& self = reader(userData);
-    self.sourceMap_->addElement(self.sourceOffset());
-    startElement(userData, name, attributes);
+    handle(userData, [&](XmlReader& self) {
+      self.sourceMap_->addElement(self.sourceOffset());
+      self.addElement(name, attributes);
+    });
   }
 
   static void XMLCALL characterDataNoting(void* userData, const XML_Char* text, int length) {
-    XmlReader& self = reader(userData);
-    const std::string_view piece(text, static_cast<std::size_t>(length));
-    const std::size_t source = self.sourceOffset();
-    self.sourceMap_->addText(
-        {self.document_.text_.size(), source, self.input_.substr(source, piece.size()) == piece});
-    characterData(userData, text, length);
+    handle(userData, [&](XmlReader& self) {
+      const std::string_view piece(text, static_cast<std::size_t>(length));
+      const std::size_t source = self.sourceOffset();
+      self.sourceMap_->addText(
+          {self.document_.text_.size(), source, self.input_.substr(source, piece.size()) == piece});
+      self.document_.text_ += piece;
+    });
   }
 
   static void XMLCALL startSection(void* userData) { reader(userData).isInSection_ = true; }
@@ -285,6 +300,15 @@ class XmlReader {
     }
   }
 
+  // Called for the parameter entities of a document type only. Reading each as a blank lets the
+  // declarations after it count, as they would with the entity at hand.
+  static int XMLCALL readAsBlank(XML_Parser parser, const XML_Char* context,
+                                 const XML_Char* /*base*/, const XML_Char* /*systemId*/,
+                                 const XML_Char* /*publicId*/) {
+    const ParserPointer entity(XML_ExternalEntityParserCreate(parser, context, kEncoding));
+    return entity == nullptr ? XML_STATUS_ERROR : XML_Parse(entity.get(), " ", 1, XML_TRUE);
+  }
+
   const ParserPointer parser_;
   const std::string_view input_;
   XmlSourceMap* const sourceMap_;  // null when nobody wants it
@@ -293,18 +317,27 @@ class XmlReader {
   std::size_t pieceSize_ = 0;
   std::size_t defaultAttributes_ = 0;
   bool isInSection_ = false;
-  const char* stopReason_ = "";
+  const char* stopReason_ = nullptr;  // null as long as it is not we who give up
   XmlDocument document_;
   std::vector<std::size_t> open_;
 };
 
 std::optional<XmlDocument> XmlDocument::parse(std::string_view text, std::size_t pieceSize) {
-  return XmlReader(text, nullptr).read(std::clamp(pieceSize, std::size_t{1}, kLargestPiece));
+  return read(text, nullptr, pieceSize);
 }
 
 std::optional<XmlDocument> XmlDocument::parse(std::string_view text, XmlSourceMap& sourceMap,
                                               std::size_t pieceSize) {
-  return XmlReader(text, &sourceMap).read(std::clamp(pieceSize, std::size_t{1}, kLargestPiece));
+  return read(text, &sourceMap, pieceSize);
+}
+
+std::optional<XmlDocument> XmlDocument::read(std::string_view text, XmlSourceMap* sourceMap,
+                                             std::size_t pieceSize) {
+  try {
+    return XmlReader(text, sourceMap).read(std::clamp(pieceSize, std::size_t{1}, kLargestPiece));
+  } catch (const std::bad_alloc&) {
+    return std::nullopt;
+  }
 }
 
 XmlElement XmlDocument::root() const { return {*this, 0}; }

@@ -16,9 +16,10 @@ class XmlSourceMap;
 /// the name); attributes, comments and processing instructions are dropped.
 class XmlDocument {
  public:
-  /// Reads a UTF-8 document. Nothing when it is not well formed, or when its entities expand to
-  /// much more than the document itself. Opens no file and no connection, whatever the document
-  /// says: external entities count as empty. Time and memory are proportional to the text.
+  /// Reads a UTF-8 document. Nothing when it is not well formed, when its entities expand to much
+  /// more than the document itself, or when there is not enough memory. Opens no file and no
+  /// connection, whatever the document says: external entities count as empty. Time and memory are
+  /// proportional to the text.
   ///
   /// The text is handed to the parser in pieces of `pieceSize` bytes at most; where they are cut
   /// makes no difference to the result.
@@ -35,6 +36,9 @@ class XmlDocument {
   friend class XmlElement;
   friend class XmlReader;
   friend class XmlSourceMap;
+
+  static std::optional<XmlDocument> read(std::string_view text, XmlSourceMap* sourceMap,
+                                         std::size_t pieceSize);
 
   static constexpr std::size_t kLargestPiece = std::size_t{1} << 30;
 

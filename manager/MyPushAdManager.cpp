@@ -32,23 +32,30 @@ bool alreadyAllocatedOneInstanceOfMyPushAdManager = false;
 
 std::shared_ptr<MyPushAdManager> MyPushAdManager::sharedPushAdManagerMadeBy(
     const std::function<std::shared_ptr<MyPushAdManager>()>& make) {
-  const std::lock_guard lock(classLock());
-  // Never destroyed: the manager lives as long as the process.
-  static auto& sharedMyPushAdManager = *new std::shared_ptr<MyPushAdManager>();
-  if (sharedMyPushAdManager == nullptr) {
-    sharedMyPushAdManager = make();
+  {
+    const std::lock_guard lock(classLock());
+    // Never destroyed: the manager lives as long as the process.
+    static auto& sharedMyPushAdManager = *new std::shared_ptr<MyPushAdManager>();
+    if (sharedMyPushAdManager == nullptr && claimTheOneAllocation()) {
+      sharedMyPushAdManager = make();
+    }
+    if (sharedMyPushAdManager != nullptr) {
+      return sharedMyPushAdManager;
+    }
   }
-  return sharedMyPushAdManager;
+  logRefusedAllocation();
+  return nullptr;
 }
 
 bool MyPushAdManager::claimTheOneAllocation() {
   const std::lock_guard lock(classLock());
-  if (alreadyAllocatedOneInstanceOfMyPushAdManager) {
-    logLine("***Error***: alloc another object!!! This MACRO only supports really singlton class.");
-    return false;
-  }
-  alreadyAllocatedOneInstanceOfMyPushAdManager = true;
-  return true;
+  return !std::exchange(alreadyAllocatedOneInstanceOfMyPushAdManager, true);
+}
+
+// Not under the lock: the log may be the host's, and may wait for a thread that asks for the
+// manager.
+void MyPushAdManager::logRefusedAllocation() {
+  logLine("***Error***: alloc another object!!! This MACRO only supports really singlton class.");
 }
 
 // The host's calls.
@@ -88,7 +95,7 @@ void MyPushAdManager::prepareAndShowAdWithHostView(const std::shared_ptr<View>& 
   if (appBundleIdentifier().value_or("").empty()) {
     logLine("ZAM Warning: You dont configure app bundle identifier...");
   }
-  if (view == nullptr) {
+  if (view == nullptr || view->isGone()) {
     logCheck(kPrepareMethod, 157, kFatalError);
     return;
   }
@@ -131,10 +138,10 @@ void MyPushAdManager::startSource(MyPushAdFileHostMode fileHostMode,
                                   const std::optional<std::string>& address) {
   if (fileHostMode == MyPushAdFileHostModeCloudKit) {
     pushAdSource_ = MyPushAdCloudManager::createInstanceWithCloudContainerId(address);
-    pushAdSource_->setDelegate(shared_from_this());
+    pushAdSource_->setDelegate(copy());
   } else if (fileHostMode == MyPushAdFileHostModeWebServer) {
     pushAdSource_ = MyPushAdWebServerManager::createInstanceWithFileURLString(address);
-    pushAdSource_->setDelegate(shared_from_this());
+    pushAdSource_->setDelegate(copy());
   } else {
     logCheck(kPrepareMethod, 189, kConfigurationError);
   }

@@ -9,11 +9,10 @@
 
 namespace qorix {
 
-/// A node of the page as it was when the user acted: a snapshot, not a live reference into the
-/// page.
+/// A node of the page: what the platform knows of it, not a live reference into the page.
 class DomNode : public Object {};
 
-/// An element of an HTML document.
+/// An element of an HTML document. The platform renews it when it hears more of it.
 class DomHtmlElement : public DomNode {
  public:
   DomHtmlElement(std::optional<std::string> idName, std::optional<std::string> className)
@@ -23,6 +22,12 @@ class DomHtmlElement : public DomNode {
   const std::optional<std::string>& idName() const { return idName_; }
   /// The class attribute, all names in one text.
   const std::optional<std::string>& className() const { return className_; }
+
+  /// The page has changed the element. Main thread.
+  void renew(std::optional<std::string> idName, std::optional<std::string> className) {
+    idName_ = std::move(idName);
+    className_ = std::move(className);
+  }
 
  private:
   std::optional<std::string> idName_;

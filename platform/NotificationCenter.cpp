@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "platform/Guarded.h"
+
 namespace qorix {
 
 NotificationCenter::Observation NotificationCenter::addObserver(const std::string& name,
@@ -55,7 +57,7 @@ void NotificationCenter::post(const Notification& notification) {
   for (std::size_t i = 0; i < count; ++i) {
     const Observer& observer = observers.list[i];
     if (!observer.removed) {
-      observer.handler(notification);
+      callGuarded([&] { observer.handler(notification); });
     }
   }
   if (--observers.deliveries == 0 && observers.hasRemoved) {

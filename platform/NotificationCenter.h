@@ -17,8 +17,8 @@ class NotificationCenter {
   using Handler = std::function<void(const Notification&)>;
   using Observation = std::uint64_t;
 
-  /// Calls `handler` for each later notification of that name, whoever sends it. The handler must
-  /// not throw. Ends with `removeObserver`.
+  /// Calls `handler` for each later notification of that name, whoever sends it. What the handler
+  /// throws is logged; the others are called all the same. Ends with `removeObserver`.
   Observation addObserver(const std::string& name, Handler handler);
 
   /// The handler is not called again, not even by a delivery that is under way. An unknown

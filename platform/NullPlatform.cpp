@@ -19,6 +19,7 @@ class NullRunLoop : public RunLoop {
   void performAfterDelay(double /*seconds*/, std::function<void()> /*task*/) override {}
   void dispatchAsync(std::function<void()> /*task*/) override {}
   void performAndWait(std::function<void()> task) override { task(); }
+  void serveHost() override {}
 };
 
 class NullUrlSession : public UrlSession {

@@ -3,17 +3,17 @@
 #include <uriparser/Uri.h>
 
 #include <algorithm>
-#include <cctype>
-#include <memory>
 #include <vector>
+
+#include "platform/AsciiCase.h"
 
 namespace qorix {
 
 namespace {
 
-bool equalsIgnoringCase(std::string_view text, std::string_view lowerCase) {
-  return std::ranges::equal(text, lowerCase, [](char a, char b) {
-    return std::tolower(static_cast<unsigned char>(a)) == b;
+bool isScheme(std::string_view text) {
+  return !text.empty() && isAsciiLetter(text.front()) && std::ranges::all_of(text, [](char c) {
+    return isAsciiLetter(c) || isAsciiDigit(c) || c == '+' || c == '-' || c == '.';
   });
 }
 
@@ -22,20 +22,33 @@ std::string_view textOf(const UriTextRangeA& range) {
                                 : std::string_view(range.first, range.afterLast);
 }
 
+/// A text by the strict grammar. Its parts point into the text.
+class Parts {
+ public:
+  explicit Parts(std::string_view text)
+      : isValid_(uriParseSingleUriExA(&uri_, text.data(), text.data() + text.size(), nullptr) ==
+                 URI_SUCCESS) {}
+  Parts(const Parts&) = delete;
+  Parts& operator=(const Parts&) = delete;
+  ~Parts() {
+    if (isValid_) {
+      uriFreeUriMembersA(&uri_);
+    }
+  }
+
+  bool isValid() const { return isValid_; }
+  std::string_view host() const { return isValid_ ? textOf(uri_.hostText) : std::string_view(); }
+
+ private:
+  UriUriA uri_{};
+  const bool isValid_;
+};
+
 }  // namespace
 
 std::optional<Url> Url::parse(std::string_view text) {
-  UriUriA uri;
-  if (uriParseSingleUriExA(&uri, text.data(), text.data() + text.size(), nullptr) != URI_SUCCESS) {
-    return std::nullopt;
-  }
-  const std::unique_ptr<UriUriA, decltype(&uriFreeUriMembersA)> owner(&uri, &uriFreeUriMembersA);
-  const std::string_view scheme = textOf(uri.scheme);
-  const bool isHttp = equalsIgnoringCase(scheme, "http") || equalsIgnoringCase(scheme, "https");
-  if (scheme.empty() || (isHttp && textOf(uri.hostText).empty())) {
-    return std::nullopt;
-  }
-  return Url(std::string(text));
+  return text.empty() || !Parts(text).isValid() ? std::nullopt
+                                                : std::optional(Url(std::string(text)));
 }
 
 Url Url::fileUrl(std::string_view path) {
@@ -46,11 +59,13 @@ Url Url::fileUrl(std::string_view path) {
 }
 
 std::optional<std::string> Url::filePath() const {
-  if (!equalsIgnoringCase(scheme(), "file")) {
+  if (!equalIgnoringCase(scheme(), "file")) {
     return std::nullopt;
   }
-  std::vector<char> path(text_.size() + 1);
-  uriUriStringToUnixFilenameA(text_.c_str(), path.data());
+  // The library knows the scheme in lower case only.
+  const std::string text = asciiLower(scheme()) + text_.substr(scheme().size());
+  std::vector<char> path(text.size() + 1);
+  uriUriStringToUnixFilenameA(text.c_str(), path.data());
   return std::string(path.data());
 }
 
@@ -61,7 +76,13 @@ std::string_view Url::scheme() const {
   return end == std::string::npos ? std::string_view() : std::string_view(text_).substr(0, end);
 }
 
+std::string_view Url::host() const { return Parts(text_).host(); }
+
 std::optional<std::string_view> Url::query() const {
+  const auto afterScheme = scheme().size() + 1;
+  if (isScheme(scheme()) && !std::string_view(text_).substr(afterScheme).starts_with('/')) {
+    return std::nullopt;
+  }
   const std::string_view beforeFragment = std::string_view(text_).substr(0, text_.find('#'));
   const auto mark = beforeFragment.find('?');
   return mark == std::string_view::npos ? std::nullopt

@@ -6,12 +6,12 @@
 
 namespace qorix {
 
-/// An absolute address, kept exactly as it was spelled. An immutable value; usable on any thread.
+/// An address, kept exactly as it was spelled. An immutable value; usable on any thread.
 class Url {
  public:
-  /// Reads `text` as an absolute URL by the strict grammar of RFC 3986; an http or https URL also
-  /// needs a host. Answers nothing for anything else: an empty or relative text, blanks, control
-  /// characters, brackets outside a host.
+  /// Reads `text` by the strict grammar of RFC 3986, which relative addresses ("commonad.xml") and
+  /// those without a host ("https://") have as well: whoever fetches finds that out. Answers
+  /// nothing for anything else: an empty text, blanks, control characters, brackets outside a host.
   static std::optional<Url> parse(std::string_view text);
 
   /// The file URL of an absolute `path`, with every byte escaped that a URL cannot hold.
@@ -30,7 +30,11 @@ class Url {
   /// What precedes the first ":", as spelled; empty when there is none.
   std::string_view scheme() const;
 
-  /// What lies between the first "?" and the "#" (or the end), not decoded; nothing without "?".
+  /// Where the address leads, as spelled, without brackets; empty when it does not say.
+  std::string_view host() const;
+
+  /// What lies between the first "?" and the "#" (or the end), not decoded; nothing without "?",
+  /// and in an address that has no path, as "mailto:someone?subject=a".
   std::optional<std::string_view> query() const;
 
   bool operator==(const Url&) const = default;

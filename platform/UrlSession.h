@@ -12,7 +12,7 @@ namespace qorix {
 class UrlSession;
 
 /// Receives what a session's tasks bring. Called on the session's private thread, one call at a
-/// time.
+/// time; on the main thread when no such thread can be made.
 class UrlSessionDelegate {
  public:
   virtual ~UrlSessionDelegate() = default;
@@ -33,8 +33,10 @@ class UrlSession {
   virtual ~UrlSession() = default;
 
   /// Starts one plain GET that bypasses every cache and follows redirects (from https only to
-  /// https), and returns at once. The task ends with an error after 60 seconds without data; there
-  /// is no limit on the whole. Any thread.
+  /// https), and returns at once. The task ends with an error after 60 seconds without data, and
+  /// when the body is larger than 64 MiB, as it is sent or decoded; there is no limit on the time
+  /// of the whole. An address that cannot be fetched, and a task that cannot be run, are errors as
+  /// well. The delegate is kept alive until the task has ended. Any thread.
   virtual void startDataTask(const Url& url) = 0;
 };
 
@@ -42,7 +44,7 @@ class UrlSessionFactory {
  public:
   virtual ~UrlSessionFactory() = default;
 
-  /// A new session. The delegate is held weakly: once it is gone, outcomes are dropped.
+  /// A new session. Between tasks the delegate is held weakly: once it is gone, none is started.
   virtual std::shared_ptr<UrlSession> createEphemeralSession(
       std::weak_ptr<UrlSessionDelegate> delegate) = 0;
 };

@@ -14,8 +14,10 @@ inline constexpr const char* kAppleLanguagesKey = "AppleLanguages";
 ///
 /// A value set is seen by every later read at once; it is durable (survives a killed process and a
 /// lost power supply) when the `synchronize` after it has returned true. All values set since the
-/// last `synchronize` become durable together or not at all. A store that cannot write keeps its
-/// values for the life of the process, so callers need no failure path of their own.
+/// last `synchronize` become durable together or not at all. What others have made durable is seen
+/// by every later read. A store that cannot write keeps its values for the life of the process, so
+/// callers need no failure path of their own; one that could not be read yet answers nothing, and
+/// what is set then gives way to what it turns out to hold.
 class UserDefaults {
  public:
   virtual ~UserDefaults() = default;
@@ -37,8 +39,14 @@ class UserDefaults {
   virtual void removeObjectForKey(const std::string& key) = 0;
 
   /// Makes every change since the last call durable with one commit; no commit when there is none.
-  /// False when that failed: the changes stay pending and the next call tries again.
+  /// False when not all of them are: they stay pending and the next call tries again, or a value
+  /// has given way.
   virtual bool synchronize() = 0;
+
+  /// From here to `endDecision`, reads rest on one look at the store, and so does what is set:
+  /// values that belong together are read together. Decisions may be nested.
+  virtual void beginDecision() {}
+  virtual void endDecision() {}
 };
 
 }  // namespace qorix

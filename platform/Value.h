@@ -1,5 +1,7 @@
 #pragma once
 
+#include <concepts>
+#include <cstddef>
 #include <cstdint>
 #include <map>
 #include <memory>
@@ -23,13 +25,15 @@ using Dictionary = std::map<std::string, Value>;
 /// nothing when the value is of another one.
 class Value {
  public:
-  Value() = default;  // null
-  Value(bool value) : content_(value) {}
+  Value() = default;                  // null
+  template <std::same_as<bool> Flag>  // else every pointer would be true
+  Value(Flag value) : content_(value) {}
   Value(std::int64_t value) : content_(value) {}
   Value(int value) : content_(static_cast<std::int64_t>(value)) {}
   Value(double value) : content_(value) {}
   Value(std::string value) : content_(std::move(value)) {}
   Value(const char* value) : content_(std::string(value)) {}
+  Value(std::nullptr_t) = delete;
   Value(Url value) : content_(std::move(value)) {}
   Value(Array value) : content_(std::move(value)) {}
   Value(Dictionary value) : content_(std::move(value)) {}

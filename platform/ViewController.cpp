@@ -4,6 +4,29 @@
 
 namespace qorix {
 
+namespace {
+
+std::optional<std::string> textIn(const Dictionary& coder, const char* key) {
+  const Value* value = find(coder, key);
+  const auto* text = value == nullptr ? nullptr : value->as<std::string>();
+  return text == nullptr ? std::nullopt : std::optional(*text);
+}
+
+}  // namespace
+
+bool ViewController::initWithNibName(const std::optional<std::string>& nibName,
+                                     const std::shared_ptr<const Bundle>& bundle) {
+  nibName_ = nibName;
+  nibBundle_ = bundle;
+  return true;
+}
+
+bool ViewController::initWithCoder(const Dictionary& coder) {
+  nibName_ = textIn(coder, kViewControllerNibNameKey);
+  title_ = textIn(coder, kViewControllerTitleKey);
+  return true;
+}
+
 std::shared_ptr<View> ViewController::view() {
   if (view_ == nullptr) {
     view_ = loadView();

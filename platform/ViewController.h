@@ -4,15 +4,32 @@
 #include <optional>
 #include <string>
 
+#include "platform/Bundle.h"
 #include "platform/Object.h"
+#include "platform/Value.h"
 #include "platform/View.h"
 #include "platform/Window.h"
 
 namespace qorix {
 
+/// What the archive of a controller may hold, both texts: the name of the interface file, the
+/// title.
+inline constexpr const char* kViewControllerNibNameKey = "NSNibName";
+inline constexpr const char* kViewControllerTitleKey = "NSTitle";
+
 /// Owns a view, which it makes when it is first asked for. Main thread only.
 class ViewController : public Object {
  public:
+  /// Initialise a new controller, once: with the interface file of its view and the bundle that has
+  /// it, either of which may be missing, or from its archive. False when the controller cannot be.
+  virtual bool initWithNibName(const std::optional<std::string>& nibName,
+                               const std::shared_ptr<const Bundle>& bundle);
+  virtual bool initWithCoder(const Dictionary& coder);
+
+  /// What the controller was initialised with; nothing where it was not.
+  const std::optional<std::string>& nibName() const { return nibName_; }
+  const std::shared_ptr<const Bundle>& nibBundle() const { return nibBundle_; }
+
   /// The view; made, and announced to `viewDidLoad`, by the first call. Null when it cannot be
   /// made, and then tried again by the next call.
   std::shared_ptr<View> view();
@@ -31,6 +48,8 @@ class ViewController : public Object {
   friend std::shared_ptr<Window> windowWithContentViewController(
       const std::shared_ptr<ViewController>& controller);
 
+  std::optional<std::string> nibName_;
+  std::shared_ptr<const Bundle> nibBundle_;
   std::shared_ptr<View> view_;
   std::optional<std::string> title_;
   std::weak_ptr<Window> window_;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -29,10 +30,14 @@ enum class WebNavigationType : int {
 };
 
 /// Keys of a navigation's action information. The element dictionary is there when the navigation
-/// came from a click and its DOM node is the innermost node that was hit.
+/// came from a click and its DOM node is the innermost node that was hit, as it is when the
+/// question is asked; by the keyboard that is the focused link. Whether an act of the user's own
+/// stands behind the navigation, and not the page's scripts alone, is a boolean; it is missing
+/// where nobody can tell.
 inline constexpr const char* kWebActionNavigationTypeKey = "WebActionNavigationTypeKey";
 inline constexpr const char* kWebActionElementKey = "WebActionElementKey";
 inline constexpr const char* kWebElementDomNodeKey = "WebElementDOMNode";
+inline constexpr const char* kWebActionIsUserActKey = "WebActionIsUserActKey";
 
 /// Takes the answer to one policy question. Answer exactly once, before the question returns.
 class WebPolicyDecisionListener {
@@ -70,17 +75,32 @@ class WebViewDelegate {
 class WebView : public View {
  public:
   /// Loads `html` into the main frame. Relative references resolve against the folder of `baseUrl`.
+  /// The page on show cannot refuse to go.
   virtual void loadHtmlString(const std::string& html, const Url& baseUrl) = 0;
 
+  /// Ends the page on show, a little later and without a word: its scripts, its sound, what it
+  /// fetches. Nothing is shown until another page is loaded.
+  virtual void endPage() = 0;
+
   /// Evaluates `script` in the main frame, together with the page's own scripts, and answers its
-  /// value as text when that is a text, a number or a boolean. Anything else, a script that fails
-  /// or takes longer than kScriptTimeLimit, and a page whose process has died answer the empty
-  /// text.
+  /// value as text when that is a text, a number or a boolean. Anything else, a script that fails,
+  /// and a page whose process has died answer the empty text. So does a script that takes longer
+  /// than kScriptTimeLimit, the time that the host spends in its own handlers left out: the page is
+  /// left alone with it. To be asked is no act of the user.
+  ///
+  /// A script given to a page that does not answer is left to it, too, and evaluated when the page
+  /// is back from those before. With 16 such scripts waiting, further ones are dropped.
   ///
   /// Returns when the answer is there. Events of the host's own windows are handled meanwhile, so
   /// the view and whoever calls may lose their last other owner: hold what you use. Tasks of the
-  /// run loop port wait until it has returned.
+  /// run loop port wait until it has returned, unless the host runs a modal dialog.
   virtual std::string stringByEvaluatingJavaScriptFromString(const std::string& script) = 0;
+
+  /// Whether the page has come back from all scripts that it was left alone with.
+  virtual bool isPageAnswering() const = 0;
+
+  /// Runs `task` once, as a delayed perform, when the page answers; never when it is gone before.
+  virtual void performWhenPageAnswers(std::function<void()> task) = 0;
 
   /// Whether the view paints a background where the page paints none. When off, what lies behind
   /// the view shows through.

@@ -20,9 +20,10 @@ enum class WindowLevel {
   floating,  // stays above ordinary windows
 };
 
-/// A top-level window. Main thread only. Frames are in screen coordinates, y upwards from the
-/// bottom of the desktop; "frame" is the outer frame with the decorations, "content" what lies
-/// inside them.
+/// A top-level window. Main thread only. Its native window may be destroyed by others at any
+/// moment: that closes it, and the next showing makes another one. Frames are in screen
+/// coordinates, y upwards from the bottom of the desktop; "frame" is the outer frame with the
+/// decorations, "content" what lies inside them.
 class Window : public Object {
  public:
   /// The view that fills the window's content.
@@ -35,19 +36,23 @@ class Window : public Object {
   virtual Rect frameRectForContentRect(const Rect& contentRect) const = 0;
   virtual Rect contentRectForFrameRect(const Rect& frameRect) const = 0;
 
-  /// The monitor that most of the window is on, or null when it is on none.
+  /// The monitor that most of the window is on, or null when it is on none. A window without any
+  /// extent is on the monitor that its place is on.
   virtual std::shared_ptr<Screen> screen() const = 0;
 
   /// Lets the window centre itself on the desktop as the platform thinks best.
   virtual void center() = 0;
 
+  /// Whether the window is shown; a minimised one is not.
   virtual bool isVisible() const = 0;
 
-  /// Shows the window in front of the others and gives it the keyboard where the desktop allows it.
+  /// Shows the window, also a minimised one, in front of the others and gives it the keyboard where
+  /// the desktop allows it.
   virtual void makeKeyAndOrderFront() = 0;
 
   /// Closes the window as its user would: kWindowWillCloseNotification is posted, then the window
-  /// is hidden. It is not destroyed and can be shown again. Nothing happens when it is not visible.
+  /// is hidden. It is not destroyed and can be shown again. Nothing happens when it is neither
+  /// visible nor minimised.
   virtual void close() = 0;
 
   virtual void setLevel(WindowLevel level) = 0;

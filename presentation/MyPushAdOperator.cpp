@@ -16,11 +16,17 @@ std::shared_ptr<Window>& sharedPopupAdWindow() {
 
 }  // namespace
 
-MyPushAdOperator::MyPushAdOperator() : popupAdWindow_(sharedPopupAdWindow()) {
+MyPushAdOperator::MyPushAdOperator(const FactoryKey<MyPushAdOperator>& /*key*/)
+    : popupAdWindow_(sharedPopupAdWindow()) {
   startObservingNotifications();
 }
 
 MyPushAdOperator::~MyPushAdOperator() { stopObservingNotifications(); }
+
+std::shared_ptr<View> MyPushAdOperator::hostView() const {
+  auto view = hostView_.lock();
+  return view == nullptr || view->isGone() ? nullptr : view;
+}
 
 // The decision.
 
@@ -52,7 +58,9 @@ void MyPushAdOperator::prepareToShowAd() {
     logCheck(kMethod, 372, kFatalError);
     return;
   }
-  const MyPushAdInfo& info = *myPushAdInfo_;
+  const auto self = weak_from_this().lock();  // null while a subclass's constructor runs
+  const auto record = myPushAdInfo_;          // kept, whatever the host does meanwhile
+  const MyPushAdInfo& info = *record;
   info.doCheck();
   if (pushAdViewController_ != nullptr) {
     logCheck(kMethod, 376, kVerifyFailed);
@@ -61,7 +69,7 @@ void MyPushAdOperator::prepareToShowAd() {
     pushAdViewController_ =
         createPushAdViewController(asBanner ? MyPushAdModeBanner : MyPushAdModePopup);
     if (pushAdViewController_ != nullptr) {
-      pushAdViewController_->setDelegate(shared_from_this());
+      pushAdViewController_->setDelegate(self);
     }
   }
   if (pushAdViewController_ == nullptr) {
@@ -71,11 +79,11 @@ void MyPushAdOperator::prepareToShowAd() {
         {static_cast<double>(info.width()), static_cast<double>(info.height())});
   }
   preparePopupWindowIfNeeded();
-  if (info.delay() < 0) {
+  if (info.delay() < 0 || self == nullptr) {
     return;
   }
   platform().mainRunLoop->performAfterDelay(static_cast<double>(info.delay()),
-                                            [self = shared_from_this()] { self->showAd(); });
+                                            [self] { self->showAd(); });
 }
 
 std::shared_ptr<MyPushAdViewController> MyPushAdOperator::createPushAdViewController(
@@ -169,6 +177,7 @@ void MyPushAdOperator::pushAdViewControllerCloseButtonDidClick(
   }
   ad->removeFromSuperview();
   postPushAdDidCloseNotification();
+  pushAdViewController_->endPage();
 }
 
 void MyPushAdOperator::pushAdViewControllerOpenIAPButtonDidClickWithURL(

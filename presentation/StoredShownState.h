@@ -14,10 +14,16 @@ namespace qorix {
 inline constexpr const char* kShownVersionKey = "ZAMMyPushAdVersionKey";
 inline constexpr const char* kShownCountKey = "ZAMMyPushAdCountKey";
 
-/// What the host's settings remember: one pair for all of its views. Main thread.
+/// What the host's settings remember: one pair for all of its views, read with one look as long as
+/// the object lives. Main thread.
 class StoredShownState : public ShownState {
  public:
-  explicit StoredShownState(UserDefaults& defaults) : defaults_(defaults) {}
+  explicit StoredShownState(UserDefaults& defaults) : defaults_(defaults) {
+    defaults_.beginDecision();
+  }
+  StoredShownState(const StoredShownState&) = delete;
+  StoredShownState& operator=(const StoredShownState&) = delete;
+  ~StoredShownState() override { defaults_.endDecision(); }
 
   std::optional<std::string> version() override;
   std::int64_t count() override;

@@ -20,6 +20,13 @@ constexpr const char* kAdFileName = "commonad";
 Error resultsEmptyError() { return {"Custom Error: results empty.", 1, ""}; }
 Error handleRecordError() { return {"Custom Error: handle record error.", 2, ""}; }
 
+/// The whole of an error in one line, as the log has it.
+std::string descriptionOf(const Error& error) {
+  const std::string text = error.description.empty() ? "(null)" : error.description;
+  return "Error Domain=" + error.domain + " Code=" + std::to_string(error.code) + " \"" + text +
+         "\"";
+}
+
 std::optional<std::string> readUtf8File(const Url& url) {
   std::ifstream file(url.filePath().value_or(""), std::ios::binary);
   std::string text;
@@ -56,8 +63,9 @@ std::optional<std::string> textOfRecord(const CloudRecord& record) {
 void MyPushAdCloudManager::downloadAdFileAsync() { queryAndHandleAdFileWithFileName(kAdFileName); }
 
 void MyPushAdCloudManager::retryDownloadAdFileWithDelay(double delay) {
-  platform().mainRunLoop->performAfterDelay(
-      delay, [self = shared_from_this()] { self->downloadAdFileAsync(); });
+  if (const auto self = weak_from_this().lock()) {
+    platform().mainRunLoop->performAfterDelay(delay, [self] { self->downloadAdFileAsync(); });
+  }
 }
 
 void MyPushAdCloudManager::prepareDatabaseIfNeeded() {
@@ -84,18 +92,19 @@ void MyPushAdCloudManager::prepareDatabaseIfNeeded() {
 
 void MyPushAdCloudManager::queryAndHandleAdFileWithFileName(const std::string& fileName) {
   prepareDatabaseIfNeeded();
-  if (publicDatabase_ == nullptr) {
+  const auto source = weak_from_this().lock();
+  if (publicDatabase_ == nullptr || source == nullptr) {
     return;
   }
   publicDatabase_->performQuery(
       {kRecordType, kFileNameField, fileName},
-      [self = shared_from_this()](std::optional<Records> records, std::optional<Error> error) {
+      [source](std::optional<Records> records, std::optional<Error> error) {
         if (error) {
           logCheck("-[MyPushAdCloudManager queryAndHandleAdFileWithFileName:]", 123,
-                   "The Cloud Query Error:" + error->description);
-          platform().mainRunLoop->performAndWait([&] { self->handleWithError(*error); });
+                   "The Cloud Query Error:" + descriptionOf(*error));
+          platform().mainRunLoop->performAndWait([&] { source->handleWithError(*error); });
         } else {
-          platform().mainRunLoop->performAndWait([&] { self->handleFetchedRecords(records); });
+          platform().mainRunLoop->performAndWait([&] { source->handleFetchedRecords(records); });
         }
       });
 }

@@ -26,14 +26,16 @@ void MyPushAdWebServerManager::downloadAdFileAsync() {
   if (!fileUrlString_) {
     return;
   }
-  if (const auto url = Url::parse(*fileUrlString_)) {
+  const auto url = Url::parse(*fileUrlString_);
+  if (url && session_ != nullptr) {
     session_->startDataTask(*url);
   }
 }
 
 void MyPushAdWebServerManager::retryDownloadAdFileWithDelay(double delay) {
-  platform().mainRunLoop->performAfterDelay(
-      delay, [self = shared_from_this()] { self->downloadAdFileAsync(); });
+  if (const auto self = weak_from_this().lock()) {
+    platform().mainRunLoop->performAfterDelay(delay, [self] { self->downloadAdFileAsync(); });
+  }
 }
 
 void MyPushAdWebServerManager::urlSessionDidReceiveData(std::string_view data) {
@@ -44,22 +46,25 @@ void MyPushAdWebServerManager::urlSessionDidReceiveData(std::string_view data) {
 }
 
 void MyPushAdWebServerManager::urlSessionDidCompleteWithError(const std::optional<Error>& error) {
-  std::string text;
-  if (!error) {
-    const std::lock_guard lock(receivedDataMutex_);
-    if (receivedData_ && utf8::is_valid(*receivedData_)) {
-      text = *std::exchange(receivedData_, std::string());
-    }
+  const auto self = weak_from_this().lock();
+  if (self == nullptr) {
+    return;
   }
-  platform().mainRunLoop->dispatchAsync([self = shared_from_this(), error, text = std::move(text)] {
+  auto text = error ? std::nullopt : receivedText();
+  platform().mainRunLoop->dispatchAsync([self, error, text = std::move(text)] {
     if (error) {
       self->handleWithError(*error);
-    } else if (!text.empty()) {
-      self->handleWithFetchedString(text);
+    } else if (text && !text->empty()) {
+      self->handleWithFetchedString(*text);
     } else {
       self->handleWithError(noTextError());
     }
   });
+}
+
+std::optional<std::string> MyPushAdWebServerManager::receivedText() {
+  const std::lock_guard lock(receivedDataMutex_);
+  return receivedData_ && utf8::is_valid(*receivedData_) ? receivedData_ : std::nullopt;
 }
 
 void MyPushAdWebServerManager::handleWithError(const Error& error) {

@@ -1,26 +1,16 @@
 #include "webview/LinkMarks.h"
 
-#include <algorithm>
-#include <cctype>
 #include <string>
 
+#include "platform/AsciiCase.h"
 #include "platform/WebView.h"
 #include "webview/PageScripts.h"
 
 namespace qorix {
 
-namespace {
-
-bool equalIgnoringCase(char a, char b) {
-  return std::tolower(static_cast<unsigned char>(a)) == std::tolower(static_cast<unsigned char>(b));
-}
-
-}  // namespace
-
 bool queryHoldsMark(const Url& url, std::string_view mark) {
   const auto query = url.query();
-  return query && std::search(query->begin(), query->end(), mark.begin(), mark.end(),
-                              equalIgnoringCase) != query->end();
+  return query && containsIgnoringCase(*query, mark);
 }
 
 bool classHoldsMark(const DomHtmlElement& element, std::string_view mark) {
@@ -31,6 +21,11 @@ bool isLinkClick(const Dictionary& actionInformation) {
   const Value* type = find(actionInformation, kWebActionNavigationTypeKey);
   const auto number = type == nullptr ? std::nullopt : type->integerValue();
   return number.value_or(0) == static_cast<int>(WebNavigationType::linkClicked);
+}
+
+bool isUserAct(const Dictionary& actionInformation) {
+  const Value* isUsers = find(actionInformation, kWebActionIsUserActKey);
+  return isUsers == nullptr || isUsers->booleanValue().value_or(true);
 }
 
 std::shared_ptr<DomNode> clickedNode(const Dictionary& actionInformation) {

@@ -29,6 +29,9 @@ bool classHoldsMark(const DomHtmlElement& element, std::string_view mark);
 /// Whether the navigation came from a link: its type says so, or says nothing usable.
 bool isLinkClick(const Dictionary& actionInformation);
 
+/// Whether an act of the user's stands behind the navigation; true also where nobody can tell.
+bool isUserAct(const Dictionary& actionInformation);
+
 /// The innermost node under the click; null when there was none.
 std::shared_ptr<DomNode> clickedNode(const Dictionary& actionInformation);
 

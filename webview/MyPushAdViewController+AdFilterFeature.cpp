@@ -1,3 +1,4 @@
+#include <chrono>
 #include <cstddef>
 #include <string>
 
@@ -18,7 +19,8 @@ std::string hostIdentifier() {
 }
 
 /// The page's list; nothing when it is longer than any page has applications to promote, since each
-/// is looked up while the host waits.
+/// is looked up while the host waits: there is room for 264 of the longest identifiers that a file
+/// system can hold, and for more than a thousand as they are.
 std::string listOfPage(WebView& webView) {
   constexpr std::size_t kLongestList = 65536;
   std::string list = webView.stringByEvaluatingJavaScriptFromString(kListPromoAppsScript);
@@ -45,7 +47,12 @@ bool MyPushAdViewController::isSupportAdFilterFeature(const std::shared_ptr<WebV
 
 void MyPushAdViewController::processAdFilterFeatureIfNeeded(
     const std::shared_ptr<WebView>& webView) {
-  if (!isSupportAdFilterFeature(webView)) {
+  const bool isSupported = isSupportAdFilterFeature(webView);
+  isAdFilterFeaturePutOff_ = !isSupported && webView != nullptr && putOffAdFilterFeature(*webView);
+  if (isAdFilterFeaturePutOff_) {
+    return;
+  }
+  if (!isSupported) {
     logLine("ZAM not support pad filter feature...");
     return;
   }
@@ -61,15 +68,30 @@ void MyPushAdViewController::processAdFilterFeatureIfNeeded(
                              convertToJSArrayWithStringArray(installFlags)));
 }
 
+/// Whether the page has given no answer because it is busy. One that is again each time it is asked
+/// does not take part.
+bool MyPushAdViewController::putOffAdFilterFeature(const WebView& webView) {
+  constexpr int kMostPutOffs = 5;
+  putOffs_ = webView.isPageAnswering() || putOffs_ == kMostPutOffs ? 0 : putOffs_ + 1;
+  return putOffs_ > 0;
+}
+
 Array MyPushAdViewController::parseArrayWithJSString(const Value& value) {
   const auto* text = value.as<std::string>();
   return text == nullptr ? Array() : splitAtCommas(*text);
 }
 
 Array MyPushAdViewController::findAppInstallFlagsWithAppIds(const std::optional<Array>& appIds) {
+  using Clock = std::chrono::steady_clock;
+  constexpr auto kLongestSlice = std::chrono::milliseconds(20);  // in which the host is not served
   Array flags;
+  auto sliceEnd = Clock::now() + kLongestSlice;
   for (const Value& appId : appIds.value_or(Array())) {
     flags.emplace_back(isInstalled(appId) ? "1" : "0");
+    if (Clock::now() >= sliceEnd) {
+      platform().mainRunLoop->serveHost();
+      sliceEnd = Clock::now() + kLongestSlice;
+    }
   }
   return flags;
 }

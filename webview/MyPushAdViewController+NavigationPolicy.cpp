@@ -1,3 +1,4 @@
+#include <chrono>
 #include <string>
 
 #include "platform/Log.h"
@@ -6,6 +7,7 @@
 #include "qorix/MyPushAdUtil.h"
 #include "qorix/MyPushAdViewController.h"
 #include "webview/LinkMarks.h"
+#include "webview/OpeningLimit.h"
 
 namespace qorix {
 
@@ -15,14 +17,36 @@ constexpr const char* kMethod =
     "-[MyPushAdViewController "
     "webView:decidePolicyForNavigationAction:request:frame:decisionListener:]";
 
-void openUrl(const std::optional<Url>& url, int line) {
+double secondsNow() {
+  const auto now = std::chrono::steady_clock::now().time_since_epoch();
+  return std::chrono::duration<double>(now).count();
+}
+
+}  // namespace
+
+void MyPushAdViewController::openUrl(const std::optional<Url>& url,
+                                     const Dictionary& actionInformation, int line) {
+  if (url && !mayBeOpened(url->scheme())) {
+    logLine("ZAM Ad page may not open addresses of the scheme " + std::string(url->scheme()));
+    return;
+  }
+  if (url && !isUserAct(actionInformation)) {
+    if (openingLimit_ == nullptr) {
+      openingLimit_ = std::make_shared<OpeningLimit>();
+    }
+    const auto answer = openingLimit_->ask(secondsNow());
+    if (answer == OpeningLimit::Answer::refuseFirst) {
+      logLine("ZAM Ad page opens too many addresses without the user");
+    }
+    if (answer != OpeningLimit::Answer::open) {
+      return;
+    }
+  }
   logCheck(kMethod, line, "Opening URL:[" + (url ? url->absoluteString() : "(null)") + "]");
   if (url) {
     platform().workspace->openUrl(*url);
   }
 }
-
-}  // namespace
 
 void MyPushAdViewController::webViewDecidePolicyForNavigationAction(
     const std::shared_ptr<WebView>& webView, const Dictionary& actionInformation, const Url& url,
@@ -32,8 +56,10 @@ void MyPushAdViewController::webViewDecidePolicyForNavigationAction(
     return;
   }
   if (const auto element = findActionHTMLElementForNavigationAction(actionInformation)) {
-    platform().mainRunLoop->performAfterDelay(0, [self = shared_from_this(), element] {
-      self->handleUserIsTriggeringNavigation(element);
+    platform().mainRunLoop->performAfterDelay(0, [self = weak_from_this().lock(), element] {
+      if (self != nullptr) {
+        self->handleUserIsTriggeringNavigation(element);
+      }
     });
   }
   const bool forAppStore = isCapableForMacAppStore(url);
@@ -41,10 +67,10 @@ void MyPushAdViewController::webViewDecidePolicyForNavigationAction(
   const bool forPurchase = isCapableForOpenIAP(url, actionInformation);
   if (forAppStore) {
     listener.ignore();
-    openUrl(appStoreUrl(url), 353);
+    openUrl(appStoreUrl(url), actionInformation, 353);
   } else if (forBrowser) {
     listener.ignore();
-    openUrl(url, 361);
+    openUrl(url, actionInformation, 361);
   } else if (forPurchase) {
     listener.ignore();
     handleOpenIAPButtonClickedWithURL(url);
@@ -95,7 +121,7 @@ void MyPushAdViewController::handleUserIsTriggeringNavigation(
     userInfo[kPushAdActionHTMLElementClassNameKey] = *className;
   }
   MyPushAdUtil::postOnMainThreadNotificationName(kPushAdIsTriggeringNavigationNotification,
-                                                 shared_from_this(), userInfo);
+                                                 weak_from_this().lock(), userInfo);
 }
 
 }  // namespace qorix

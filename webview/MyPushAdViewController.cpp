@@ -1,7 +1,5 @@
 #include "qorix/MyPushAdViewController.h"
 
-#include <utility>
-
 #include "platform/Platform.h"
 #include "webview/PageScripts.h"
 
@@ -11,15 +9,27 @@ std::shared_ptr<const Bundle> MyPushAdViewController::libraryBundle() {
   return platform().libraryBundle;
 }
 
-void MyPushAdViewController::initWithNibName(std::string nibName,
-                                             std::shared_ptr<const Bundle> bundle) {
-  nibName_ = std::move(nibName);
-  bundle_ = std::move(bundle);
+bool MyPushAdViewController::initWithNibName(const std::optional<std::string>& nibName,
+                                             const std::shared_ptr<const Bundle>& bundle) {
+  if (!ViewController::initWithNibName(nibName, bundle)) {
+    return false;
+  }
   customInit();
+  return true;
+}
+
+bool MyPushAdViewController::initWithCoder(const Dictionary& coder) {
+  if (!ViewController::initWithCoder(coder)) {
+    return false;
+  }
+  customInit();
+  return true;
 }
 
 std::shared_ptr<View> MyPushAdViewController::loadView() {
-  const auto interface = platform().interfaceLoader->load(nibName_, *bundle_, weak_from_this());
+  const auto bundle = nibBundle() == nullptr ? libraryBundle() : nibBundle();
+  const auto interface = platform().interfaceLoader->load(
+      nibName().value_or("MyPushAdViewController"), *bundle, weak_from_this());
   if (!interface) {
     return nullptr;
   }
@@ -48,31 +58,47 @@ void MyPushAdViewController::loadDataWithTitle(const std::optional<std::string>&
   }
   const auto webView = legacyWebView();
   if (htmlString && webView != nullptr) {
-    webView->loadHtmlString(*htmlString, bundle_->executableUrl());
+    openingLimit_ = nullptr;
+    webView->loadHtmlString(*htmlString, libraryBundle()->executableUrl());
+  }
+}
+
+void MyPushAdViewController::endPage() {
+  if (const auto webView = legacyWebView()) {
+    webView->endPage();
   }
 }
 
 void MyPushAdViewController::handleCloseButtonClicked() {
   if (const auto delegate = delegate_.lock()) {
-    delegate->pushAdViewControllerCloseButtonDidClick(shared_from_this());
+    delegate->pushAdViewControllerCloseButtonDidClick(weak_from_this().lock());
   }
 }
 
 void MyPushAdViewController::handleOpenIAPButtonClickedWithURL(const std::optional<Url>& url) {
   if (const auto delegate = delegate_.lock()) {
-    delegate->pushAdViewControllerOpenIAPButtonDidClickWithURL(shared_from_this(), url);
+    delegate->pushAdViewControllerOpenIAPButtonDidClickWithURL(weak_from_this().lock(), url);
   }
 }
 
 // Inner frames count like the main one: the work below is done for each frame that has loaded.
 void MyPushAdViewController::webViewDidFinishLoadForFrame(const std::shared_ptr<WebView>& webView,
-                                                          const WebFrame& /*frame*/) {
+                                                          const WebFrame& frame) {
   const auto ownWebView = legacyWebView();
   if (webView != ownWebView || ownWebView == nullptr) {
     return;
   }
-  const auto self = shared_from_this();  // the host may drop everything while a script runs
+  const auto self = weak_from_this().lock();  // the host may drop everything while a script runs
   processAdFilterFeatureIfNeeded(ownWebView);
+  if (isAdFilterFeaturePutOff_) {
+    ownWebView->performWhenPageAnswers(
+        [controller = weak_from_this(), reporter = std::weak_ptr<WebView>(ownWebView), frame] {
+          if (const auto same = controller.lock()) {
+            same->webViewDidFinishLoadForFrame(reporter.lock(), frame);
+          }
+        });
+    return;
+  }
   if (pushAdMode_ == MyPushAdModePopup) {
     ownWebView->stringByEvaluatingJavaScriptFromString(hideElementScript(kCloseControlId));
   }

@@ -4,9 +4,11 @@
 Starts the sample server with the sample document and the sample host twice: as the editor, which is
 to show a banner, and as the viewer, which is to show the pop-up window. With a display both stay until
 their windows are closed. Without one it brings a display of its own, looks for each advertisement on
-it, saves BUILD/demo/banner.png and BUILD/demo/popup.png, and succeeds only if both were seen.
+it, saves BUILD/demo/banner.png and BUILD/demo/popup.png, and succeeds only if both were seen. It waits as
+long as the host lives, five minutes at most, and says what for.
 
-With --folder it keeps its files there in place of BUILD/demo. With --cloud the server is a cloud service and the hosts read the document from its record.
+With --folder it keeps its files there in place of BUILD/demo. With --cloud the server is a cloud service
+and the hosts read the document from its record.
 """
 
 import argparse
@@ -24,7 +26,9 @@ import time
 from dataclasses import dataclass
 from pathlib import Path
 
-SECONDS_FOR_EACH = 25  # from the start of a host to its advertisement on the screen
+MOST_SECONDS = 300  # from the start of a program to what it is to do
+SECONDS_BETWEEN_NEWS = 10  # of what is waited for
+SECONDS_BETWEEN_LOOKS = 0.1
 WILL_SHOW = "ZAMPushAdWillShowNotification"
 CLOUD = ["--cloud-container", "iCloud.com.example.ads", "--cloud-environment", "development"]
 CLOUD += ["--cloud-token", "0123456789abcdef"]
@@ -58,6 +62,24 @@ class Failure(Exception):
     pass
 
 
+class Patience:
+    """Waits `most` seconds at most, from now on, for what somebody is to do, and says so meanwhile."""
+
+    def __init__(self, name, most):
+        self.name, self.most = name, most
+        self.start = self.told = time.monotonic()
+
+    def look_again(self, awaited):
+        """Returns when it makes sense to look again for what is `awaited`."""
+        now = time.monotonic()
+        if now - self.start > self.most:
+            raise Failure(f"{self.name} lives, but {self.most} s were too few for {awaited}")
+        if now - self.told > SECONDS_BETWEEN_NEWS:
+            self.told = now
+            tell(f"{self.name} lives; waiting for {awaited}")
+        time.sleep(SECONDS_BETWEEN_LOOKS)
+
+
 class Host:
     """A running sample host; what it prints is told and can be waited for."""
 
@@ -88,13 +110,14 @@ class Host:
             self.events.put(event)
         self.events.put(None)
 
-    def wait_for_showing(self, deadline):
+    def wait_for_showing(self, patience):
         """Returns once the will-show event that the document calls for has come."""
         while True:
             try:
-                event = self.events.get(timeout=max(0, deadline - time.monotonic()))
+                event = self.events.get_nowait()
             except queue.Empty:
-                raise Failure(f"{self.showing.bundle_id} showed nothing in time") from None
+                patience.look_again(f"the event {WILL_SHOW}")
+                continue
             if event is None:
                 self.wait_for_end()
                 raise Failure(f"{self.showing.bundle_id} ended before it showed anything")
@@ -111,7 +134,8 @@ class Host:
 def start_server(bin_folder, documents, cloud):
     """Serves `documents` until this process ends; returns the hosts' options for the sample document."""
     server = subprocess.Popen(
-        [bin_folder / "qorix-sample-server", "--port", "0", *(CLOUD if cloud else []), documents],
+        [bin_folder / "qorix-sample-server", "--port", "0", "--until-input-ends"]
+        + [*(CLOUD if cloud else []), documents],
         stdin=subprocess.PIPE,
         stdout=subprocess.PIPE,
         text=True,
@@ -131,7 +155,7 @@ def start_display(folder):
     """A screen in memory with a window manager; later programs find it in the environment."""
     reading, writing = os.pipe()
     with open(folder / "display.log", "w") as log:
-        subprocess.Popen(
+        server = subprocess.Popen(
             ["Xvfb", "-displayfd", str(writing), "-screen", "0", "1280x800x24", "-nolisten", "tcp"],
             pass_fds=[writing],
             stdin=subprocess.DEVNULL,
@@ -145,12 +169,12 @@ def start_display(folder):
             raise Failure("Xvfb did not start")
         os.environ.update(DISPLAY=f":{number}", GDK_BACKEND="x11", NO_AT_BRIDGE="1")
         subprocess.Popen(["openbox"], stdin=subprocess.DEVNULL, stdout=log, stderr=log)
-    deadline = time.monotonic() + 10
+    patience = Patience("Xvfb", MOST_SECONDS)
     asking = ["xprop", "-root", "_NET_SUPPORTING_WM_CHECK"]
     while "window id" not in subprocess.run(asking, capture_output=True, text=True).stdout:
-        if time.monotonic() > deadline:
-            raise Failure("openbox did not start")
-        time.sleep(0.05)
+        if server.poll() is not None:
+            raise Failure("Xvfb ended")
+        patience.look_again("openbox, the window manager")
     tell(f"no display here: Xvfb and openbox run on :{number}")
 
 
@@ -164,20 +188,19 @@ def size_seen(picture, colour):
 
 def see(bin_folder, folder, showing, source):
     """One host from its start to its picture."""
-    deadline = time.monotonic() + SECONDS_FOR_EACH
     picture = folder / f"{showing.name}.png"
     host = Host(bin_folder, folder, showing, source, "--screenshot", picture)
-    host.wait_for_showing(deadline)
+    patience = Patience(showing.bundle_id, MOST_SECONDS)
+    host.wait_for_showing(patience)
     look = folder / "look.png"
     while True:  # until the page is painted
         subprocess.run(["import", "-silent", "-window", "root", look], check=True)
-        if size_seen(look, showing.colour) == showing.size:
+        seen = size_seen(look, showing.colour)
+        if seen == showing.size:
             break
-        if time.monotonic() > deadline:
-            seen = size_seen(look, showing.colour)
-            look.rename(picture)
-            raise Failure(f"{picture} does not show the {showing.name} in {showing.size} but {seen}")
-        time.sleep(0.1)
+        if host.process.poll() is not None:
+            raise Failure(f"{showing.bundle_id} ended before its {showing.name} was on the screen")
+        patience.look_again(f"the {showing.name} on the screen, {showing.size} and not {seen} ({look})")
     look.unlink()
     tell(f"{showing.bundle_id}: the {showing.name} is on the screen, {showing.size}")
     host.process.terminate()
@@ -192,7 +215,7 @@ def show_to_user(bin_folder, folder, source):
     hosts = [Host(bin_folder, folder, showing, source) for showing in SHOWINGS]
     tell("close the windows to end the demo")
     for host in hosts:
-        host.wait_for_showing(time.monotonic() + 10**6)
+        host.wait_for_showing(Patience(host.showing.bundle_id, float("inf")))
     for host in hosts:
         host.wait_for_end()
 

@@ -35,6 +35,8 @@ class LanguagesOfThisRun : public qorix::UserDefaults {
   }
   void removeObjectForKey(const std::string& key) override { stored_->removeObjectForKey(key); }
   bool synchronize() override { return stored_->synchronize(); }
+  void beginDecision() override { stored_->beginDecision(); }
+  void endDecision() override { stored_->endDecision(); }
 
  private:
   std::shared_ptr<qorix::UserDefaults> stored_;

@@ -25,10 +25,12 @@ namespace {
 constexpr const char* kUsage =
     R"(usage: qorix-sample-server [OPTION]... FOLDER
 
-Serves FOLDER over HTTP on 127.0.0.1 until standard input ends or it is asked to stop. Prints
+Serves FOLDER over HTTP on 127.0.0.1 until it is ended (Ctrl-C, SIGTERM). Prints
 {"event":"listening","port":N} when it is ready.
 
   --port N                  listen on that port; 0, the default, takes a free one
+  --until-input-ends        end, too, when standard input does: for a program that starts it and
+                            holds the other end
   --cloud-container ID      be a cloud service, too, with that container: each file NAME.xml of
                             FOLDER is a record whose filename is NAME
   --cloud-environment NAME  the container's environment (production)
@@ -43,6 +45,7 @@ Serves FOLDER over HTTP on 127.0.0.1 until standard input ends or it is asked to
 
 struct Options {
   int port = 0;
+  bool untilInputEnds = false;
   std::optional<std::string> cloudContainer;
   std::string cloudEnvironment = "production";
   std::string cloudToken = "token";
@@ -73,6 +76,8 @@ Options parseOptions(int argc, char** argv) {
       std::exit(0);
     } else if (argument == "--port") {
       options.port = parsePort(value());
+    } else if (argument == "--until-input-ends") {
+      options.untilInputEnds = true;
     } else if (argument == "--cloud-container") {
       options.cloudContainer = value();
     } else if (argument == "--cloud-environment") {
@@ -103,8 +108,9 @@ int stopSignals() {
   return signalfd(-1, &signals, SFD_CLOEXEC);
 }
 
-void waitForStop(int signals) {
-  std::array<pollfd, 2> events = {{{signals, POLLIN, 0}, {STDIN_FILENO, POLLIN, 0}}};
+void waitForStop(int signals, bool untilInputEnds) {
+  const int input = untilInputEnds ? STDIN_FILENO : -1;  // which poll passes over
+  std::array<pollfd, 2> events = {{{signals, POLLIN, 0}, {input, POLLIN, 0}}};
   while (poll(events.data(), events.size(), -1) >= 0 || errno == EINTR) {
     if (events[0].revents != 0) {
       return;
@@ -177,7 +183,7 @@ int main(int argc, char** argv) {
   std::printf("{\"event\":\"listening\",\"port\":%d}\n", port);
   std::fflush(stdout);
 
-  waitForStop(signals);
+  waitForStop(signals, options.untilInputEnds);
   while (!server.is_running()) {  // a stop before the start would be lost
     std::this_thread::yield();
   }

@@ -13,7 +13,8 @@ namespace qorix {
 
 /// Reads the ad configuration document from a record of a cloud container's public database: the
 /// last record of type "macadfiles" whose "filename" is "commonad", the text in the asset
-/// "filecontents". Without a database it stays silent for good.
+/// "filecontents". Without a database it stays silent for good. Lives in a std::shared_ptr, as it
+/// must outlive what it has begun.
 class MyPushAdCloudManager : public MyPushAdSource,
                              public std::enable_shared_from_this<MyPushAdCloudManager> {
  public:

@@ -12,6 +12,7 @@
 #include "platform/Object.h"
 #include "platform/View.h"
 #include "platform/Window.h"
+#include "qorix/FactoryKey.h"
 #include "qorix/MyPushAdInfo.h"
 #include "qorix/MyPushAdOperator.h"
 #include "qorix/MyPushAdSource.h"
@@ -37,27 +38,34 @@ class MyPushAdManager : public Object,
   template <class Self = MyPushAdManager>
   static std::shared_ptr<MyPushAdManager> sharedPushAdManager() {
     return sharedPushAdManagerMadeBy(
-        [] { return std::shared_ptr<MyPushAdManager>(alloc<Self>()); });
+        [] { return std::make_shared<Self>(FactoryKey<MyPushAdManager>()); });
   }
 
   /// The first call in a process makes a manager; every other one logs and answers null. Any
   /// thread.
   template <class Self = MyPushAdManager>
   static std::shared_ptr<Self> alloc() {
-    return claimTheOneAllocation() ? std::shared_ptr<Self>(new Self()) : nullptr;
+    if (!claimTheOneAllocation()) {
+      logRefusedAllocation();
+      return nullptr;
+    }
+    return std::make_shared<Self>(FactoryKey<MyPushAdManager>());
   }
 
-  /// The manager itself: there is only one.
-  std::shared_ptr<MyPushAdManager> copy() { return shared_from_this(); }
-
+  /// For the two above: there is one manager at most.
+  explicit MyPushAdManager(const FactoryKey<MyPushAdManager>& /*key*/) {}
   ~MyPushAdManager() override = default;
+
+  /// The manager itself: there is only one. Null while a subclass's constructor runs.
+  std::shared_ptr<MyPushAdManager> copy() { return weak_from_this().lock(); }
 
   /// Tells the manager who the host is: takes the identifier of a Bundle. Anything else is ignored.
   void configureWithAppBundle(const std::shared_ptr<const Object>& bundle);
 
   /// Offers the advertisement to `hostView`; null stands for a view that nobody sees, for hosts
-  /// that only want the pop-up. The first call starts the one download and fixes mode and address
-  /// for the process. Two calls with one view make two presenters.
+  /// that only want the pop-up, and a view that its host has destroyed for none. The first call
+  /// starts the one download and fixes mode and address for the process. Two calls with one view
+  /// make two presenters.
   void prepareAndShowAdWithHostView(const std::shared_ptr<View>& hostView,
                                     MyPushAdFileHostMode fileHostMode,
                                     const std::optional<std::string>& address);
@@ -112,8 +120,6 @@ class MyPushAdManager : public Object,
   }
 
  protected:
-  MyPushAdManager() = default;
-
   /// Makes the presenter for a view; null when a subclass cannot.
   virtual std::shared_ptr<MyPushAdOperator> createOperatorWithHostView(
       const std::shared_ptr<View>& hostView);
@@ -122,6 +128,7 @@ class MyPushAdManager : public Object,
   static std::shared_ptr<MyPushAdManager> sharedPushAdManagerMadeBy(
       const std::function<std::shared_ptr<MyPushAdManager>()>& make);
   static bool claimTheOneAllocation();
+  static void logRefusedAllocation();
   std::shared_ptr<View> stubHostView();
   void startSource(MyPushAdFileHostMode fileHostMode, const std::optional<std::string>& address);
   void retryDownload();

@@ -8,6 +8,7 @@
 #include "platform/Value.h"
 #include "platform/View.h"
 #include "platform/Window.h"
+#include "qorix/FactoryKey.h"
 #include "qorix/MyPushAdInfo.h"
 #include "qorix/MyPushAdViewController.h"
 
@@ -25,12 +26,15 @@ class MyPushAdOperator : public MyPushAdViewControllerDelegate,
     if (hostView != nullptr) {
       hostView->setPostsFrameChangedNotifications(true);
     }
-    auto presenter = std::make_shared<Self>();
+    auto presenter = std::make_shared<Self>(FactoryKey<MyPushAdOperator>());
     presenter->setHostView(hostView);
     return presenter;
   }
 
-  MyPushAdOperator();
+  /// For the factory: a presenter is always shared.
+  explicit MyPushAdOperator(const FactoryKey<MyPushAdOperator>& key);
+  MyPushAdOperator(const MyPushAdOperator&) = delete;
+  MyPushAdOperator& operator=(const MyPushAdOperator&) = delete;
   ~MyPushAdOperator() override;
 
   /// Decides whether `info` is due, counts the showing and prepares it. Only the first record is
@@ -71,8 +75,8 @@ class MyPushAdOperator : public MyPushAdViewControllerDelegate,
   bool isProcessShowAdRequested() const { return isProcessShowAdRequested_; }
   void setIsProcessShowAdRequested(bool value) { isProcessShowAdRequested_ = value; }
 
-  /// The host's view, held weakly; null once the host has dropped it.
-  std::shared_ptr<View> hostView() const { return hostView_.lock(); }
+  /// The host's view, held weakly; null once the host has dropped or destroyed it.
+  std::shared_ptr<View> hostView() const;
   void setHostView(const std::shared_ptr<View>& hostView) { hostView_ = hostView; }
 
   /// The controller of the page; null until the advertisement is prepared.

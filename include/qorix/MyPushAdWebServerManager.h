@@ -12,6 +12,10 @@ namespace qorix {
 
 /// Fetches the ad configuration document from one URL. The body is read as UTF-8 whatever the
 /// response declares, and the HTTP status is not looked at: an error page is a text like any other.
+/// A body that is larger than 64 MiB, compressed or not, is a transport error.
+///
+/// Lives in a std::shared_ptr, as it must outlive what it has begun. One that was not made by
+/// `createInstanceWithFileURLString` has no session: its attempts end silently.
 class MyPushAdWebServerManager : public MyPushAdSource,
                                  public UrlSessionDelegate,
                                  public std::enable_shared_from_this<MyPushAdWebServerManager> {
@@ -26,7 +30,9 @@ class MyPushAdWebServerManager : public MyPushAdSource,
     return source;
   }
 
-  /// Without an address, or with one that is no URL, the attempt ends silently.
+  /// Without an address, or with one that is malformed, the attempt ends silently; one that cannot
+  /// be fetched ("commonad.xml") is a transport error. An attempt that has begun comes to its end
+  /// though the source is released. Two at a time would mix their bytes.
   void downloadAdFileAsync() override;
   void retryDownloadAdFileWithDelay(double delay) override;
   std::shared_ptr<MyPushAdDownloadDelegate> delegate() const override { return delegate_.lock(); }
@@ -49,6 +55,8 @@ class MyPushAdWebServerManager : public MyPushAdSource,
 
  private:
   void openSession();
+  /// What has arrived, when it is UTF-8.
+  std::optional<std::string> receivedText();
 
   std::weak_ptr<MyPushAdDownloadDelegate> delegate_;
   std::optional<std::string> fileUrlString_;

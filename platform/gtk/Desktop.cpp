@@ -5,6 +5,7 @@
 #include <poll.h>
 
 #include <cstdint>
+#include <vector>
 
 #include "platform/gtk/Coordinates.h"
 
@@ -14,6 +15,17 @@ namespace {
 
 constexpr std::int64_t kAnswerTimeLimit = 200'000;  // microseconds
 constexpr int kPollMilliseconds = 5;
+
+std::vector<GdkRectangle> monitorGeometries() {
+  GdkDisplay* display = gdk_display_get_default();
+  std::vector<GdkRectangle> geometries;
+  for (int i = 0; i < gdk_display_get_n_monitors(display); ++i) {
+    GdkRectangle geometry;
+    gdk_monitor_get_geometry(gdk_display_get_monitor(display, i), &geometry);
+    geometries.push_back(geometry);
+  }
+  return geometries;
+}
 
 class MonitorScreen : public Screen {
  public:
@@ -31,29 +43,15 @@ class MonitorScreen : public Screen {
 
 }  // namespace
 
-int desktopHeight() {
-  return gdk_window_get_height(gdk_screen_get_root_window(gdk_screen_get_default()));
-}
+// Not the root window's: there is none on Wayland.
+int desktopHeight() { return lowestEdge(monitorGeometries()); }
 
 std::shared_ptr<Screen> screenOfFrame(const Rect& frame) {
-  GdkDisplay* display = gdk_display_get_default();
-  const GdkRectangle area = flipped(frame, desktopHeight());
-  GdkMonitor* best = nullptr;
-  std::int64_t bestExtent = 0;
-  for (int i = 0; i < gdk_display_get_n_monitors(display); ++i) {
-    GdkMonitor* monitor = gdk_display_get_monitor(display, i);
-    GdkRectangle geometry;
-    gdk_monitor_get_geometry(monitor, &geometry);
-    GdkRectangle common;
-    if (gdk_rectangle_intersect(&geometry, &area, &common)) {
-      const std::int64_t extent = std::int64_t{common.width} * common.height;
-      if (extent > bestExtent) {
-        bestExtent = extent;
-        best = monitor;
-      }
-    }
-  }
-  return best == nullptr ? nullptr : std::make_shared<MonitorScreen>(best);
+  const auto monitors = monitorGeometries();
+  const int index = monitorOf(flipped(frame, lowestEdge(monitors)), monitors);
+  return index < 0 ? nullptr
+                   : std::make_shared<MonitorScreen>(
+                         gdk_display_get_monitor(gdk_display_get_default(), index));
 }
 
 std::shared_ptr<Screen> primaryScreen() {
@@ -66,6 +64,9 @@ std::shared_ptr<Screen> primaryScreen() {
 }
 
 std::optional<Decorations> decorationsOfWindow(GdkWindow* window) {
+  if (!GDK_IS_X11_WINDOW(window)) {
+    return std::nullopt;
+  }
   guchar* data = nullptr;
   gint length = 0;
   const bool found =

@@ -22,7 +22,8 @@ struct Decorations {
 /// Height of the whole desktop, all monitors together.
 int desktopHeight();
 
-/// The monitor that the largest part of `frame` (in screen coordinates) is on, or null.
+/// The monitor that the largest part of `frame` (in screen coordinates) is on, or null. A frame
+/// without extent is on the monitor that it lies on.
 std::shared_ptr<Screen> screenOfFrame(const Rect& frame);
 
 /// The monitor where windows appear that nobody has placed; null when there is no monitor.

@@ -2,6 +2,8 @@
 
 #include <gtk/gtk.h>
 
+#include <utility>
+
 #include "platform/Platform.h"
 #include "platform/gtk/DesktopWorkspace.h"
 #include "platform/gtk/MainContextRunLoop.h"
@@ -47,6 +49,11 @@ CloudKitContainerFactory::Options cloudOptions(const InstallOptions& options) {
 }  // namespace
 
 void install(const InstallOptions& options) {
+  static bool isInstalled = false;
+  if (std::exchange(isInstalled, true)) {
+    logLine("ZAM QORIX is installed already: the second installation is refused.");
+    return;
+  }
   // Before the run loop: when the process ends, what was made last goes first, and the threads that
   // fetch can only be ended once none of them waits for the loop any more.
   HttpQueue::prepare();

@@ -1,23 +1,22 @@
 #include "platform/gtk/MainContextRunLoop.h"
 
-#include <gtk/gtk.h>
+#include <glib.h>
 
 #include <algorithm>
 #include <cmath>
 #include <condition_variable>
 #include <cstdlib>
 #include <utility>
+#include <vector>
+
+#include "platform/Guarded.h"
+#include "platform/gtk/MenuTracking.h"
 
 namespace qorix::gtk {
 
 namespace {
 
 constexpr std::int64_t kMenuCheckInterval = 15'000;  // microseconds
-
-bool isMenuTracked() {
-  GtkWidget* grab = gtk_grab_get_current();
-  return grab != nullptr && (GTK_IS_MENU_SHELL(grab) || GTK_IS_POPOVER_MENU(grab));
-}
 
 std::int64_t timeAfter(double seconds) {
   constexpr double kLongest = 1e17;  // three thousand years, far from any overflow
@@ -61,15 +60,16 @@ void runAwaitedTask(Wait& wait) {
   if (task == nullptr) {
     return;
   }
-  task();
+  callGuarded(task);
   task = nullptr;  // what it holds is released before its owner goes on
   const std::lock_guard lock(processEnd().mutex);
   wait.isDone = true;
   processEnd().changed.notify_all();
 }
 
-// A source without conditions of its own: it is ready at the time that it has been given.
-GSource* newTimedSource(GSourceFunc run, MainContextRunLoop* loop) {
+// A source without conditions of its own: it is ready at the time that it has been given. While a
+// task of a source that does not recurse runs a modal dialog, the others of that source wait.
+GSource* newTimedSource(GSourceFunc run, MainContextRunLoop* loop, bool recurses) {
   static GSourceFuncs functions = {
       nullptr,
       nullptr,
@@ -80,8 +80,7 @@ GSource* newTimedSource(GSourceFunc run, MainContextRunLoop* loop) {
   };
   GSource* source = g_source_new(&functions, sizeof(GSource));
   g_source_set_callback(source, run, loop, nullptr);
-  // A task may run a modal dialog, in which the others go on.
-  g_source_set_can_recurse(source, TRUE);
+  g_source_set_can_recurse(source, recurses ? TRUE : FALSE);
   g_source_set_static_name(source, "qorix");
   g_source_attach(source, nullptr);
   return source;
@@ -105,13 +104,13 @@ MainContextRunLoop::MainContextRunLoop() : mainThread_(std::this_thread::get_id(
         static_cast<MainContextRunLoop*>(loop)->runQueued();
         return G_SOURCE_CONTINUE;
       },
-      this);
+      this, false);
   timeSource_ = newTimedSource(
       [](gpointer loop) -> gboolean {
         static_cast<MainContextRunLoop*>(loop)->runDue();
         return G_SOURCE_CONTINUE;
       },
-      this);
+      this, true);
 }
 
 MainContextRunLoop::~MainContextRunLoop() {
@@ -152,14 +151,14 @@ void MainContextRunLoop::runQueued() {
   std::function<void()> task;
   {
     const std::lock_guard lock(mutex_);
-    if (holds_ > 0 || queue_.empty()) {
+    if (isHeld() || queue_.empty()) {
       return;
     }
     task = std::move(queue_.front());
     queue_.pop_front();
     updateSources();
   }
-  task();
+  callGuarded(task);
 }
 
 void MainContextRunLoop::runDue() {
@@ -167,7 +166,7 @@ void MainContextRunLoop::runDue() {
   {
     const std::lock_guard lock(mutex_);
     const std::int64_t now = g_get_monotonic_time();
-    if (holds_ > 0 || performs_.empty() || performs_.begin()->first > now) {
+    if (isHeld() || performs_.empty() || performs_.begin()->first > now) {
       return;
     }
     if (isMenuTracked()) {
@@ -178,24 +177,70 @@ void MainContextRunLoop::runDue() {
     performs_.erase(performs_.begin());
     updateSources();
   }
-  task();
+  callGuarded(task);
 }
 
 // With the mutex held. A source that must not run is not ready, so that the loop sleeps.
 void MainContextRunLoop::updateSources() {
-  const bool isHeld = holds_ > 0;
-  g_source_set_ready_time(queueSource_, isHeld || queue_.empty() ? -1 : 0);
-  g_source_set_ready_time(timeSource_, isHeld || performs_.empty() ? -1 : performs_.begin()->first);
+  g_source_set_ready_time(queueSource_, areSourcesHeld_ || queue_.empty() ? -1 : 0);
+  g_source_set_ready_time(timeSource_,
+                          areSourcesHeld_ || performs_.empty() ? -1 : performs_.begin()->first);
 }
 
-void MainContextRunLoop::addHolds(int count) {
+// A source that was found ready before the held turns began is called in the first of them.
+bool MainContextRunLoop::isHeld() const { return heldDepth_ > 0 && g_main_depth() == heldDepth_; }
+
+void MainContextRunLoop::setSourcesHeld(bool areHeld) {
   const std::lock_guard lock(mutex_);
-  holds_ += count;
+  areSourcesHeld_ = areHeld;
   updateSources();
 }
 
-MainContextRunLoop::Hold::Hold(MainContextRunLoop& loop) : loop_(loop) { loop_.addHolds(1); }
+void MainContextRunLoop::serveHost() {
+  constexpr std::int64_t kLongest = 100'000;  // microseconds; the host may always have more to do
+  HeldTurns turns(*this);
+  const std::int64_t end = g_get_monotonic_time() + kLongest;
+  while (turns.take(0) && g_get_monotonic_time() < end) {
+  }
+}
 
-MainContextRunLoop::Hold::~Hold() { loop_.addHolds(-1); }
+MainContextRunLoop::HeldTurns::HeldTurns(MainContextRunLoop& loop)
+    : loop_(loop), outerDepth_(std::exchange(loop.heldDepth_, g_main_depth() + 1)) {}
+
+MainContextRunLoop::HeldTurns::~HeldTurns() { loop_.heldDepth_ = outerDepth_; }
+
+bool MainContextRunLoop::HeldTurns::take(int milliseconds) {
+  GMainContext* context = g_main_context_default();
+  if (g_main_context_acquire(context) == FALSE) {
+    return false;
+  }
+  const bool isReady = gather(context, milliseconds);
+  g_main_context_dispatch(context);
+  g_main_context_release(context);
+  return isReady;
+}
+
+// Finds out which sources are ready, as an ordinary turn does; those of the tasks are not.
+bool MainContextRunLoop::HeldTurns::gather(GMainContext* context, int milliseconds) {
+  loop_.setSourcesHeld(true);
+  int priority = 0;
+  g_main_context_prepare(context, &priority);
+  std::vector<GPollFD> descriptors(16);
+  int timeout = 0;
+  int count = 0;
+  for (;;) {
+    const int size = static_cast<int>(descriptors.size());
+    count = g_main_context_query(context, priority, &timeout, descriptors.data(), size);
+    if (count <= size) {
+      break;
+    }
+    descriptors.resize(static_cast<std::size_t>(count));
+  }
+  const int wait = timeout < 0 ? milliseconds : std::min(timeout, milliseconds);
+  g_main_context_get_poll_func(context)(descriptors.data(), static_cast<guint>(count), wait);
+  const bool isReady = g_main_context_check(context, priority, descriptors.data(), count) != FALSE;
+  loop_.setSourcesHeld(false);
+  return isReady;
+}
 
 }  // namespace qorix::gtk

@@ -5,50 +5,172 @@
   const library = window.webkit.messageHandlers.qorix;
   const isMainFrame = window === window.top;
 
-  const isHtmlElement = (node) =>
-    node.nodeType === Node.ELEMENT_NODE && node.namespaceURI === 'http://www.w3.org/1999/xhtml';
+  // What a page names like a method of its document or of a form hides that method, in every world.
+  // Here they are as nothing can hide them.
+  const method = (type, name) => Function.prototype.call.bind(type.prototype[name]);
+  const getter = (type, name) =>
+    Function.prototype.call.bind(Object.getOwnPropertyDescriptor(type.prototype, name).get);
+  const listen = method(EventTarget, 'addEventListener');
+  const stopListening = method(EventTarget, 'removeEventListener');
+  const nodeType = getter(Node, 'nodeType');
+  const firstChild = getter(Node, 'firstChild');
+  const nextSibling = getter(Node, 'nextSibling');
+  const parentNode = getter(Node, 'parentNode');
+  const namespaceOf = getter(Element, 'namespaceURI');
+  const localNameOf = getter(Element, 'localName');
+  const attribute = method(Element, 'getAttribute');
+  const attributeNames = method(Element, 'getAttributeNames');
+  const addressOfA = getter(HTMLAnchorElement, 'href');
+  const addressOfArea = getter(HTMLAreaElement, 'href');
 
-  const isInside = (rect, x, y) =>
-    x >= rect.left && x < rect.right && y >= rect.top && y < rect.bottom;
-
-  // The text that lies at the point, which is somewhere inside of `element`, or null. The caret's
-  // position names the nearest text, which need not be there.
-  const textAtPoint = (element, x, y) => {
-    const caret = document.caretRangeFromPoint(x, y);
-    const node = caret === null ? null : caret.startContainer;
-    if (node === null || node.nodeType !== Node.TEXT_NODE || !element.contains(node)) {
-      return null;
+  const isElement = (target) => {
+    try {
+      return nodeType(target) === Node.ELEMENT_NODE;
+    } catch (noNode) {
+      return false;
     }
-    const range = document.createRange();
-    range.selectNodeContents(node);
-    return [...range.getClientRects()].some((rect) => isInside(rect, x, y)) ? node : null;
   };
 
-  const reportClick = (event) => {
-    const target = event.target;
-    const isElement = target instanceof Node && target.nodeType === Node.ELEMENT_NODE;
-    // The keyboard clicks too, but hits nothing.
-    if (!isElement || (event.isTrusted && event.detail === 0)) {
-      library.postMessage({ event: 'noClick' });
+  const isLink = (target) =>
+    isElement(target) && attributeNames(target).some((name) => /^(xlink:)?href$/.test(name));
+
+  // Where the link leads, if it is one whose address is easily had.
+  const addressOf = (link) => {
+    for (const address of [addressOfA, addressOfArea]) {
+      try {
+        return address(link);
+      } catch (another) {
+        // a link of another kind
+      }
+    }
+    return '';
+  };
+
+  const isTextAt = (node, {x, y}) => {
+    const range = new Range();
+    range.selectNodeContents(node);
+    return [...range.getClientRects()].some(
+      (rect) => x >= rect.left && x < rect.right && y >= rect.top && y < rect.bottom);
+  };
+
+  // Whether at the point, which hit `element` and nothing inside of it, there is its own text.
+  const hasTextAt = (element, point) => {
+    for (let node = firstChild(element); node !== null; node = nextSibling(node)) {
+      if (nodeType(node) === Node.TEXT_NODE && isTextAt(node, point)) {
+        return true;
+      }
+    }
+    return false;
+  };
+
+  // A task of its own, as soon as what runs now has ended. Unlike a timer it is never held back.
+  const tasks = [];
+  const {port1: doorbell, port2: porch} = new MessageChannel();
+  porch.onmessage = () => tasks.shift()();
+  const soon = (task) => {
+    tasks.push(task);
+    doorbell.postMessage(null);
+  };
+
+  // The engine asks whether it may follow the link when every listener has been called: what the
+  // page's own ones have made of the element by then counts. A user's click is reported anew after
+  // each that changes the element. A script's click is reported when it has come to its end, and
+  // that there was no end to be seen is told too.
+  const beginClick = ({target, link, last, type, inMainFrame, isScripted, textPoint}) => {
+    if (link === undefined || !isElement(target)) {
       return;
     }
-    const text = event.isTrusted ? textAtPoint(target, event.clientX, event.clientY) : null;
-    const element = text === null ? target : text.parentElement;
-    library.postMessage({
-      event: 'click',
-      isMainFrame,
-      isText: text !== null,
-      isHtmlElement: element !== null && isHtmlElement(element),
-      id: element === null ? '' : element.id,
-      className: element === null ? '' : element.getAttribute('class') || '',
+    const click = {
+      key: Math.random(),
+      isMainFrame: inMainFrame,
+      isScripted,
+      isSeenToEnd: false,
+      isText: textPoint !== null && hasTextAt(target, textPoint),
+      isHtmlElement: namespaceOf(target) === 'http://www.w3.org/1999/xhtml',
+    };
+    const report = (name) => library.postMessage({
+      ...click,
+      event: name,
+      link: addressOf(link),
+      id: attribute(target, 'id') || '',
+      className: attribute(target, 'class') || '',
     });
-    // By then the click has had its effect; what navigates later is something else.
-    setTimeout(() => library.postMessage({ event: 'noClick' }), 0);
+    const atEnd = () => {
+      click.isSeenToEnd = true;
+      report('click');
+    };
+    const observer = new MutationObserver(() => report('click'));
+    report('click');
+    listen(last, type, atEnd, {once: true});
+    if (!isScripted) {
+      observer.observe(target, {attributes: true});
+      observer.observe(link, {attributes: true});
+    }
+    soon(() => {
+      stopListening(last, type, atEnd);
+      observer.disconnect();
+      report('clickOver');
+    });
   };
 
-  window.addEventListener('click', reportClick, true);
-  window.addEventListener('auxclick', reportClick, true);
+  // The keyboard clicks too, but hits no text.
+  const textPointOf = (isByPointer, x, y) => (isByPointer ? {x, y} : null);
+
+  const watchClick = (event) => {
+    const path = event.composedPath();
+    beginClick({
+      target: path[0],
+      link: path.find(isLink),
+      last: path[path.length - 1],
+      type: event.type,
+      inMainFrame: isMainFrame,
+      isScripted: !event.isTrusted,
+      textPoint: textPointOf(event.isTrusted && event.detail !== 0, event.clientX, event.clientY),
+    });
+  };
+
+  // In a frame that runs no scripts only the user clicks, or a script of another frame.
+  const watchClickInFrame = (target, isByPointer, x, y) => {
+    let link = target;
+    while (link !== null && !isLink(link)) {
+      link = parentNode(link);
+    }
+    beginClick({
+      target,
+      link: link === null ? undefined : link,
+      last: window,
+      type: 'click',
+      inMainFrame: false,
+      isScripted: false,
+      textPoint: textPointOf(isByPointer, x, y),
+    });
+  };
+
+  const reportLoad = () => library.postMessage({event: 'load'});
+
+  window.addEventListener('click', watchClick, true);
+  window.addEventListener('auxclick', watchClick, true);
+  // A script is about to click on something that hangs below `root`, outside the document.
+  window.addEventListener('qorixclick', ({relatedTarget: root}) => {
+    listen(root, 'click', watchClick, {capture: true, once: true});
+  }, true);
   if (!isMainFrame) {
-    window.addEventListener('load', () => library.postMessage({ event: 'load' }));
+    window.addEventListener('load', reportLoad);
+  }
+
+  // Frames that run no scripts run none of these listeners either. The library's module in the web
+  // process listens there; it has no functions for a frame that is such a one itself.
+  const {qorixOwnsFrame: ownsFrame, qorixWatchFrame: watchFrame} = window;
+  if (ownsFrame !== undefined) {
+    ownsFrame(document);
+    const watch = ({target}) => isElement(target) &&
+      ['iframe', 'frame', 'object'].includes(localNameOf(target)) &&
+      watchFrame(target, watchClickInFrame, reportLoad);
+    document.addEventListener('mouseover', watch, true);
+    document.addEventListener('load', (event) => {
+      if (watch(event)) {
+        reportLoad();
+      }
+    }, true);
   }
 })();

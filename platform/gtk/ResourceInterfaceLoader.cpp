@@ -50,9 +50,14 @@ std::optional<Interface> ResourceInterfaceLoader::load(const std::string& name,
   if (!GTK_IS_OVERLAY(root) || !WEBKIT_IS_WEB_VIEW(webView)) {
     return fail(name, "it lacks the view or the web view");
   }
+  int width = 0;
+  int height = 0;
+  gtk_widget_get_size_request(GTK_WIDGET(root), &width, &height);
+  gtk_widget_set_size_request(GTK_WIDGET(root), -1, -1);
   Interface made;
   made.view =
       makeNativeView<WidgetView<MyPushAdBoxView>>(GTK_WIDGET(root), Ownership::viewOwnsWidget);
+  made.view->setFrame({{}, {static_cast<double>(width), static_cast<double>(height)}});
   made.webView = WebKitView::create(WEBKIT_WEB_VIEW(webView), runLoop_, std::move(delegate));
   return made;
 }

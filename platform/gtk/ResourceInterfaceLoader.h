@@ -12,9 +12,10 @@ namespace qorix::gtk {
 /// Makes views from the GtkBuilder files among this library's resources; they stand for the
 /// interface files of the installed platform's library bundle, and other bundles have none.
 ///
-/// An interface file gives the id "view" to its root, a GtkOverlay that becomes a MyPushAdBoxView,
-/// the id "webView" to a WebKitWebView inside of it, and finds the web context to use under the id
-/// "adContext".
+/// An interface file gives the id "view" to its root, a GtkOverlay that becomes a MyPushAdBoxView;
+/// the size that it requests for it is the one that the view has at first, and no least size. It
+/// gives the id "webView" to a WebKitWebView inside of it, and finds the web context to use under
+/// the id "adContext".
 class ResourceInterfaceLoader : public InterfaceLoader {
  public:
   explicit ResourceInterfaceLoader(std::shared_ptr<MainContextRunLoop> runLoop);

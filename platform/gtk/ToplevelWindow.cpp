@@ -1,10 +1,11 @@
 #include "platform/gtk/ToplevelWindow.h"
 
+#include <gdk/gdkx.h>
 #include <gtk/gtk.h>
 
-#include <algorithm>
 #include <utility>
 
+#include "platform/Guarded.h"
 #include "platform/Platform.h"
 #include "platform/gtk/Coordinates.h"
 #include "platform/gtk/WidgetView.h"
@@ -19,46 +20,105 @@ Rect centeredIn(const Rect& area, const Size& size) {
           size};
 }
 
+GdkRectangle nativePlace(const Rect& contentRect) {
+  return placeable(flipped(contentRect, desktopHeight()));
+}
+
+GQuark ownerQuark() {
+  static const GQuark quark = g_quark_from_static_string("qorix-window");
+  return quark;
+}
+
+// A GtkWindow that tells its owner before anything of it is gone: when "destroy" is emitted it is
+// already hidden.
+GObjectClass* parentClass = nullptr;
+
+void disposeWindow(GObject* window) {
+  if (auto* owner = static_cast<ToplevelWindow*>(g_object_get_qdata(window, ownerQuark()))) {
+    callGuarded([owner] { owner->nativeWillBeDestroyed(); });
+  }
+  parentClass->dispose(window);
+}
+
+void initWindowClass(gpointer windowClass, gpointer /*data*/) {
+  parentClass = G_OBJECT_CLASS(g_type_class_peek_parent(windowClass));
+  G_OBJECT_CLASS(windowClass)->dispose = disposeWindow;
+}
+
+GtkWindow* newWindow() {
+  static const GType type =
+      g_type_register_static_simple(GTK_TYPE_WINDOW, "QorixWindow", sizeof(GtkWindowClass),
+                                    initWindowClass, sizeof(GtkWindow), nullptr, GTypeFlags{});
+  return static_cast<GtkWindow*>(g_object_new(type, "type", GTK_WINDOW_TOPLEVEL, nullptr));
+}
+
 }  // namespace
 
 ToplevelWindow::ToplevelWindow(std::shared_ptr<View> contentView, bool isDecorated)
-    : window_(GTK_WINDOW(gtk_window_new(GTK_WINDOW_TOPLEVEL))),
-      contentView_(std::move(contentView)) {
-  const Size size = contentView_->frame().size;
-  gtk_window_set_decorated(window_, isDecorated ? TRUE : FALSE);
+    : contentView_(std::move(contentView)), isDecorated_(isDecorated) {
+  const auto screen = primaryScreen();
+  askedRect_ = contentRect_ =
+      centeredIn(screen == nullptr ? Rect() : screen->visibleFrame(), contentView_->frame().size);
+  makeNative();
+}
+
+ToplevelWindow::~ToplevelWindow() {
+  if (window_ != nullptr) {
+    GtkWindow* window = window_;
+    letGoOfNative();
+    gtk_widget_destroy(GTK_WIDGET(window));
+  }
+}
+
+void ToplevelWindow::makeNative() {
+  window_ = newWindow();
+  g_object_set_qdata(G_OBJECT(window_), ownerQuark(), this);
+  gtk_window_set_decorated(window_, isDecorated_ ? TRUE : FALSE);
   // The content's own place is what is asked for, whatever is put around it.
   gtk_window_set_gravity(window_, GDK_GRAVITY_STATIC);
-  gtk_container_add(GTK_CONTAINER(window_), dynamic_cast<NativeView&>(*contentView_).widget());
-  g_signal_connect(window_, "delete-event", G_CALLBACK(onDelete), this);
-  g_signal_connect(window_, "configure-event", G_CALLBACK(onConfigure), this);
-  g_signal_connect(window_, "destroy", G_CALLBACK(onDestroy), this);
-  const auto screen = primaryScreen();
-  placeContent(centeredIn(screen == nullptr ? Rect() : screen->visibleFrame(), size));
-  if (isDecorated) {
+  takeContent();
+  g_signal_connect(window_, "delete-event", G_CALLBACK((guarded<onDelete, TRUE>)), this);
+  g_signal_connect(window_, "configure-event", G_CALLBACK(guarded<onConfigure>), this);
+  setTitle(title_);
+  setLevel(level_);
+  placeContent(contentRect_);
+  if (isDecorated_ && decorations_ == Decorations()) {
     gtk_widget_realize(GTK_WIDGET(window_));
     requestDecorations(gtk_widget_get_window(GTK_WIDGET(window_)));
   }
 }
 
-ToplevelWindow::~ToplevelWindow() {
-  if (window_ == nullptr) {
-    return;
+void ToplevelWindow::takeContent() {
+  GtkWidget* content = dynamic_cast<NativeView&>(*contentView_).widget();
+  if (content != nullptr && gtk_widget_get_parent(content) == nullptr) {
+    gtk_container_add(GTK_CONTAINER(window_), content);
   }
-  g_signal_handlers_disconnect_by_data(window_, this);
-  GtkWidget* content = gtk_bin_get_child(GTK_BIN(window_));
+}
+
+void ToplevelWindow::nativeWillBeDestroyed() {
+  const auto held = weak_from_this().lock();
+  close();
+  if (window_ != nullptr) {
+    letGoOfNative();
+  }
+  if (window_ != nullptr) {  // another one, for who shows the window meanwhile
+    takeContent();
+  }
+}
+
+void ToplevelWindow::letGoOfNative() {
+  GtkWindow* window = std::exchange(window_, nullptr);
+  g_object_set_qdata(G_OBJECT(window), ownerQuark(), nullptr);
+  g_signal_handlers_disconnect_by_data(window, this);
+  GtkWidget* content = gtk_bin_get_child(GTK_BIN(window));
   if (content != nullptr) {
-    gtk_container_remove(GTK_CONTAINER(window_), content);  // others may own it
+    gtk_container_remove(GTK_CONTAINER(window), content);  // others may own it
   }
-  gtk_widget_destroy(GTK_WIDGET(window_));
 }
 
 Rect ToplevelWindow::frame() const { return frameRectForContentRect(contentRect_); }
 
-void ToplevelWindow::setFrame(const Rect& frame) {
-  if (window_ != nullptr) {
-    placeContent(contentRectForFrameRect(frame));
-  }
-}
+void ToplevelWindow::setFrame(const Rect& frame) { placeContent(contentRectForFrameRect(frame)); }
 
 Rect ToplevelWindow::frameRectForContentRect(const Rect& contentRect) const {
   const Decorations around = decorations();
@@ -74,13 +134,11 @@ Rect ToplevelWindow::contentRectForFrameRect(const Rect& frameRect) const {
            frameRect.size.height - around.top - around.bottom}};
 }
 
-std::shared_ptr<Screen> ToplevelWindow::screen() const {
-  return window_ == nullptr ? nullptr : screenOfFrame(frame());
-}
+std::shared_ptr<Screen> ToplevelWindow::screen() const { return screenOfFrame(frame()); }
 
 void ToplevelWindow::center() {
   auto area = screen();
-  if (area == nullptr && window_ != nullptr) {
+  if (area == nullptr) {
     area = primaryScreen();
   }
   if (area != nullptr) {
@@ -89,53 +147,64 @@ void ToplevelWindow::center() {
 }
 
 bool ToplevelWindow::isVisible() const {
-  return window_ != nullptr && gtk_widget_get_visible(GTK_WIDGET(window_)) != FALSE;
+  if (isVisibleWhileClosing_) {
+    return *isVisibleWhileClosing_;
+  }
+  GdkWindow* native = isOpen() ? gtk_widget_get_window(GTK_WIDGET(window_)) : nullptr;
+  return native != nullptr && (gdk_window_get_state(native) & GDK_WINDOW_STATE_ICONIFIED) == 0;
 }
 
 void ToplevelWindow::makeKeyAndOrderFront() {
   if (window_ == nullptr) {
-    return;
+    makeNative();
   }
-  if (!isVisible()) {
+  if (!isOpen()) {
     placeContent(contentRect_);  // hiding has made the window manager forget
   }
+  gtk_window_deiconify(window_);
   gtk_window_present(window_);
 }
 
 void ToplevelWindow::close() {
-  if (!isVisible() || isClosing_) {
+  if (!isOpen() || isVisibleWhileClosing_) {
     return;
   }
   const auto held = shared_from_this();
-  isClosing_ = true;
+  isVisibleWhileClosing_ = isVisible();
   platform().notificationCenter->post(Notification(kWindowWillCloseNotification, held));
-  isClosing_ = false;
+  isVisibleWhileClosing_.reset();
   if (window_ != nullptr) {
     gtk_widget_hide(GTK_WIDGET(window_));
   }
 }
 
 void ToplevelWindow::setLevel(WindowLevel level) {
+  level_ = level;
   if (window_ != nullptr) {
     gtk_window_set_keep_above(window_, level == WindowLevel::floating ? TRUE : FALSE);
   }
 }
 
 void ToplevelWindow::setTitle(const std::string& title) {
+  title_ = title;
   if (window_ != nullptr) {
     gtk_window_set_title(window_, title.c_str());
   }
 }
 
+// Shown by itself, or minimised by its user.
+bool ToplevelWindow::isOpen() const {
+  return window_ != nullptr && gtk_widget_get_visible(GTK_WIDGET(window_)) != FALSE;
+}
+
 Decorations ToplevelWindow::decorations() const {
-  GdkWindow* window = window_ == nullptr ? nullptr : gtk_widget_get_window(GTK_WIDGET(window_));
-  if (window == nullptr || gtk_window_get_decorated(window_) == FALSE) {
-    return {};
-  }
-  // While it takes a window up again, a window manager may call it undecorated for a moment.
-  const auto current = decorationsOfWindow(window);
-  if (current && *current != Decorations()) {
-    decorations_ = *current;
+  GdkWindow* native = window_ == nullptr ? nullptr : gtk_widget_get_window(GTK_WIDGET(window_));
+  if (native != nullptr && isDecorated_) {
+    // While it takes a window up again, a window manager may call it undecorated for a moment.
+    const auto current = decorationsOfWindow(native);
+    if (current && *current != Decorations()) {
+      decorations_ = *current;
+    }
   }
   return decorations_;
 }
@@ -143,9 +212,11 @@ Decorations ToplevelWindow::decorations() const {
 void ToplevelWindow::placeContent(const Rect& contentRect) {
   askedRect_ = contentRect;
   contentRect_ = contentRect;
-  const GdkRectangle place = flipped(contentRect, desktopHeight());
-  gtk_window_move(window_, place.x, place.y);
-  gtk_window_resize(window_, place.width, place.height);
+  if (window_ != nullptr) {
+    const GdkRectangle place = nativePlace(contentRect);
+    gtk_window_move(window_, place.x, place.y);
+    gtk_window_resize(window_, place.width, place.height);
+  }
 }
 
 int ToplevelWindow::onDelete(GtkWidget* /*widget*/, GdkEvent* /*event*/, void* self) {
@@ -156,23 +227,24 @@ int ToplevelWindow::onDelete(GtkWidget* /*widget*/, GdkEvent* /*event*/, void* s
 // The user and the window manager move the window, too.
 int ToplevelWindow::onConfigure(GtkWidget* widget, GdkEvent* /*event*/, void* self) {
   auto* window = static_cast<ToplevelWindow*>(self);
+  const GdkRectangle asked = nativePlace(window->askedRect_);
+  GdkRectangle place = asked;
   GdkWindow* native = gtk_widget_get_window(widget);
-  GdkRectangle place;
-  gdk_window_get_origin(native, &place.x, &place.y);
-  place.width = gdk_window_get_width(native);
-  place.height = gdk_window_get_height(native);
-  const GdkRectangle asked = flipped(window->askedRect_, desktopHeight());
-  window->contentRect_ = gdk_rectangle_equal(&place, &asked) != FALSE
-                             ? window->askedRect_
-                             : flipped(place, desktopHeight());
+  const bool isPlaceKnown = GDK_IS_X11_WINDOW(native);
+  if (isPlaceKnown) {
+    gdk_window_get_origin(native, &place.x, &place.y);
+  }
+  gtk_window_get_size(GTK_WINDOW(widget), &place.width, &place.height);
+  if (gdk_rectangle_equal(&place, &asked) != FALSE) {
+    window->contentRect_ = window->askedRect_;
+    return FALSE;
+  }
+  window->contentRect_ = flipped(place, desktopHeight());
+  const auto screen = isPlaceKnown ? nullptr : primaryScreen();
+  if (screen != nullptr) {
+    window->contentRect_ = movedInto(window->contentRect_, screen->visibleFrame());
+  }
   return FALSE;
-}
-
-void ToplevelWindow::onDestroy(GtkWidget* /*widget*/, void* self) {
-  auto* window = static_cast<ToplevelWindow*>(self);
-  window->window_ = nullptr;
-  window->contentRect_ = {};
-  window->decorations_ = {};
 }
 
 std::shared_ptr<Window> ToplevelWindowFactory::createWindowWithContentView(

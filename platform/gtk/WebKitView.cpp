@@ -5,19 +5,33 @@
 
 #include <utility>
 
+#include "platform/Guarded.h"
 #include "platform/Log.h"
+#include "platform/gtk/FileFilter.h"
+#include "platform/gtk/PageIsolation.h"
+#include "platform/gtk/ScriptObject.h"
 #include "platform/gtk/Unref.h"
+#include "platform/gtk/WebProcessModule.h"
+#include "platform/gtk/webprocess/Messages.h"
 
 namespace qorix::gtk {
 
 namespace {
 
-constexpr const char* kWorldName = "qorix";
 constexpr const char* kHandlerName = "qorix";
 constexpr const char* kMessageSignal = "script-message-received::qorix";
 constexpr const char* kPageWatcherPath = "/qorix/PageWatcher.js";
+constexpr const char* kOutsideClicksPath = "/qorix/OutsideClicks.js";
 
 gboolean refuse() { return TRUE; }
+
+// No dialog is shown, and a page that asks whether it may be left is always left.
+gboolean answerScriptDialog(WebKitWebView*, WebKitScriptDialog* dialog) {
+  if (webkit_script_dialog_get_dialog_type(dialog) == WEBKIT_SCRIPT_DIALOG_BEFORE_UNLOAD_CONFIRM) {
+    webkit_script_dialog_confirm_set_confirmed(dialog, TRUE);
+  }
+  return TRUE;
+}
 
 gboolean denyPermission(WebKitWebView*, WebKitPermissionRequest* request) {
   webkit_permission_request_deny(request);
@@ -78,53 +92,42 @@ void paintAnew(GtkWidget* widget, gpointer) {
   webkit_web_view_set_background_color(webView, &color);
 }
 
-const char* description(WebKitWebProcessTerminationReason reason) {
+std::string description(WebKitWebProcessTerminationReason reason) {
   switch (reason) {
     case WEBKIT_WEB_PROCESS_CRASHED:
       return "crashed";
     case WEBKIT_WEB_PROCESS_EXCEEDED_MEMORY_LIMIT:
-      return "out of memory";
+      return "it used more than " + std::to_string(kPageMemoryLimit) + " MB of memory";
     case WEBKIT_WEB_PROCESS_TERMINATED_BY_API:
       return "terminated";
   }
   return "unknown reason";
 }
 
-using Script = std::unique_ptr<JSCValue, Unref>;
-
-std::string textOf(JSCValue* value) {
-  GBytes* bytes = jsc_value_to_string_as_bytes(value);
-  if (bytes == nullptr) {
-    return {};
-  }
-  gsize size = 0;
-  const auto* data = static_cast<const char*>(g_bytes_get_data(bytes, &size));
-  std::string text(data == nullptr ? "" : data, size);
-  g_bytes_unref(bytes);
-  return text;
+WebKitNavigationAction* actionOf(WebKitPolicyDecision* decision) {
+  return webkit_navigation_policy_decision_get_navigation_action(
+      WEBKIT_NAVIGATION_POLICY_DECISION(decision));
 }
 
-Script property(JSCValue* object, const char* name) {
-  return Script(jsc_value_object_get_property(object, name));
+std::string requestedUri(WebKitPolicyDecision* decision) {
+  const char* uri =
+      webkit_uri_request_get_uri(webkit_navigation_action_get_request(actionOf(decision)));
+  return uri == nullptr ? "" : uri;
 }
 
-std::string textProperty(JSCValue* object, const char* name) {
-  return textOf(property(object, name).get());
-}
-
-bool flagProperty(JSCValue* object, const char* name) {
-  return jsc_value_to_boolean(property(object, name).get()) != FALSE;
-}
-
-std::shared_ptr<DomNode> nodeOf(JSCValue* message) {
-  std::shared_ptr<DomNode> element;
-  if (flagProperty(message, "isHtmlElement")) {
-    element = std::make_shared<DomHtmlElement>(textProperty(message, "id"),
-                                               textProperty(message, "className"));
-  } else {
-    element = std::make_shared<DomNode>();
-  }
-  return flagProperty(message, "isText") ? std::make_shared<DomText>(element) : element;
+// A script of the library that runs in every frame before the page's own; no world is the page's.
+void addScript(WebKitUserContentManager* manager, const char* path, const char* world) {
+  GBytes* source = g_resources_lookup_data(path, G_RESOURCE_LOOKUP_FLAGS_NONE, nullptr);
+  const auto* text = static_cast<const char*>(g_bytes_get_data(source, nullptr));
+  constexpr auto kFrames = WEBKIT_USER_CONTENT_INJECT_ALL_FRAMES;
+  constexpr auto kTime = WEBKIT_USER_SCRIPT_INJECT_AT_DOCUMENT_START;
+  WebKitUserScript* script =
+      world == nullptr
+          ? webkit_user_script_new(text, kFrames, kTime, nullptr, nullptr)
+          : webkit_user_script_new_for_world(text, kFrames, kTime, world, nullptr, nullptr);
+  webkit_user_content_manager_add_script(manager, script);
+  webkit_user_script_unref(script);
+  g_bytes_unref(source);
 }
 
 class PolicyListener : public WebPolicyDecisionListener {
@@ -149,14 +152,10 @@ class PolicyListener : public WebPolicyDecisionListener {
 
 }  // namespace
 
-struct WebKitView::Evaluation {
-  bool isDone = false;
-  std::string result;
-};
-
 WebKitWebContext* adWebContext() {
   static WebKitWebContext* const context = [] {
-    WebKitWebContext* fresh = webkit_web_context_new_ephemeral();
+    WebKitWebContext* fresh = newIsolatedWebContext();
+    loadModuleIntoWebProcesses(fresh);
     g_signal_connect(fresh, "download-started", G_CALLBACK(cancelDownload), nullptr);
     return fresh;
   }();
@@ -173,11 +172,18 @@ WebKitView::WebKitView(WebKitWebView* webView, std::shared_ptr<MainContextRunLoo
                        std::weak_ptr<WebViewDelegate> delegate)
     : WidgetView(GTK_WIDGET(webView), Ownership::widgetOwnsView),
       runLoop_(std::move(runLoop)),
-      delegate_(std::move(delegate)) {
-  g_signal_connect(webView, "load-changed", G_CALLBACK(onLoadChanged), this);
-  g_signal_connect(webView, "load-failed", G_CALLBACK(onLoadFailed), this);
-  g_signal_connect(webView, "decide-policy", G_CALLBACK(onDecidePolicy), this);
-  g_signal_connect(webView, "web-process-terminated", G_CALLBACK(onProcessTerminated), this);
+      delegate_(std::move(delegate)),
+      scripts_(runLoop_),
+      loadReports_(std::make_shared<LoadReports>(
+          runLoop_, [this](auto act) { whenPageAnswers(std::move(act)); },
+          [this](const WebFrame& frame) { reportFinishedLoad(frame); })),
+      userActs_(GTK_WIDGET(webView)),
+      watchdog_(webView, [this] { replaceSilentPage(); }) {
+  g_signal_connect(webView, "load-changed", G_CALLBACK(guarded<onLoadChanged>), this);
+  g_signal_connect(webView, "load-failed", G_CALLBACK((guarded<onLoadFailed, TRUE>)), this);
+  g_signal_connect(webView, "decide-policy", G_CALLBACK(guarded<onDecidePolicy>), this);
+  g_signal_connect(webView, "web-process-terminated", G_CALLBACK(guarded<onProcessTerminated>),
+                   this);
   g_signal_connect(webView, "draw", G_CALLBACK(drawAll), nullptr);
   g_signal_connect_after(webView, "map", G_CALLBACK(paintAnew), nullptr);
   refuseRequests();
@@ -186,10 +192,10 @@ WebKitView::WebKitView(WebKitWebView* webView, std::shared_ptr<MainContextRunLoo
 
 // An advertisement opens nothing of its own on the user's desktop and learns nothing from it.
 void WebKitView::refuseRequests() {
-  for (const char* signal :
-       {"script-dialog", "context-menu", "print", "enter-fullscreen", "show-notification"}) {
+  for (const char* signal : {"context-menu", "print", "enter-fullscreen", "show-notification"}) {
     g_signal_connect(widget(), signal, G_CALLBACK(refuse), nullptr);
   }
+  g_signal_connect(widget(), "script-dialog", G_CALLBACK(answerScriptDialog), nullptr);
   g_signal_connect(widget(), "permission-request", G_CALLBACK(denyPermission), nullptr);
   g_signal_connect(widget(), "authenticate", G_CALLBACK(cancelAuthentication), nullptr);
   g_signal_connect(widget(), "run-file-chooser", G_CALLBACK(cancelFileChooser), nullptr);
@@ -198,20 +204,18 @@ void WebKitView::refuseRequests() {
 
 void WebKitView::watchPage() {
   WebKitUserContentManager* manager = webkit_web_view_get_user_content_manager(webView());
-  g_signal_connect(manager, kMessageSignal, G_CALLBACK(onMessage), this);
+  g_signal_connect(manager, kMessageSignal, G_CALLBACK(guarded<onMessage>), this);
   webkit_user_content_manager_register_script_message_handler_in_world(manager, kHandlerName,
                                                                        kWorldName);
-  GBytes* source = g_resources_lookup_data(kPageWatcherPath, G_RESOURCE_LOOKUP_FLAGS_NONE, nullptr);
-  WebKitUserScript* script = webkit_user_script_new_for_world(
-      static_cast<const char*>(g_bytes_get_data(source, nullptr)),
-      WEBKIT_USER_CONTENT_INJECT_ALL_FRAMES, WEBKIT_USER_SCRIPT_INJECT_AT_DOCUMENT_START,
-      kWorldName, nullptr, nullptr);
-  webkit_user_content_manager_add_script(manager, script);
-  webkit_user_script_unref(script);
-  g_bytes_unref(source);
+  addScript(manager, kPageWatcherPath, kWorldName);
+  addScript(manager, kOutsideClicksPath, nullptr);
 }
 
 void WebKitView::widgetWillBeDestroyed() {
+  scripts_.endPage();
+  scripts_.endPage();
+  watchdog_.stop();
+  userActs_.stop(widget());
   g_signal_handlers_disconnect_by_data(widget(), this);
   g_signal_handlers_disconnect_by_data(webkit_web_view_get_user_content_manager(webView()), this);
 }
@@ -221,9 +225,72 @@ WebKitWebView* WebKitView::webView() const {
 }
 
 void WebKitView::loadHtmlString(const std::string& html, const Url& baseUrl) {
-  if (webView() != nullptr) {
-    webkit_web_view_load_html(webView(), html.c_str(), baseUrl.absoluteString().c_str());
+  isPageToEnd_ = false;
+  wantedPage_ = WantedPage{html, baseUrl};
+  FileFilter::ofLibrary().whenMade(
+      [view = std::weak_ptr<View>(self())](WebKitUserContentFilter* fileFilter) {
+        if (const auto webView = std::static_pointer_cast<WebKitView>(view.lock())) {
+          webView->loadWantedPage(fileFilter);
+        }
+      });
+}
+
+// Without the filter the page has no folder, and so no way to files at all.
+void WebKitView::loadWantedPage(WebKitUserContentFilter* fileFilter) {
+  if (webView() == nullptr || !wantedPage_ || std::exchange(wantedPage_->isAskedFor, true)) {
+    return;
   }
+  if (fileFilter != nullptr) {
+    webkit_user_content_manager_add_filter(webkit_web_view_get_user_content_manager(webView()),
+                                           fileFilter);
+  }
+  setHolderHidden(false);
+  scripts_.beginPage();
+  webkit_web_view_load_html(
+      webView(), wantedPage_->html.c_str(),
+      fileFilter == nullptr ? nullptr : wantedPage_->baseUrl.absoluteString().c_str());
+}
+
+// Later: the page may be waiting for an answer to what it was ended for.
+void WebKitView::endPage() {
+  isPageToEnd_ = true;
+  wantedPage_.reset();
+  runLoop_->dispatchAsync([view = std::weak_ptr<View>(self())] {
+    const auto webView = std::static_pointer_cast<WebKitView>(view.lock());
+    if (webView != nullptr && webView->isPageToEnd_) {
+      webView->endWebProcess("the page is not needed");
+      webView->setHolderHidden(true);
+    }
+  });
+}
+
+void WebKitView::endWebProcess(const std::string& reason) {
+  if (webView() != nullptr) {
+    endReason_ = reason;
+    webkit_web_view_terminate_web_process(webView());
+    endReason_.clear();
+  }
+}
+
+// The page that takes its place, if there is one, waits for it in vain.
+void WebKitView::replaceSilentPage() {
+  const auto held = self();
+  endWebProcess("no answer for " + std::to_string(PageWatchdog::kTimeLimit) + " seconds");
+  if (wantedPage_) {
+    loadHtmlString(std::string(wantedPage_->html), Url(wantedPage_->baseUrl));
+  }
+}
+
+// Hidden, a banner lets the pointer through to what lies behind it. A window can be closed.
+void WebKitView::setHolderHidden(bool isHidden) {
+  GtkWidget* holder = widget() == nullptr ? nullptr : gtk_widget_get_parent(widget());
+  if (holder == nullptr || isHidden == isHolderHidden_ ||
+      (isHidden && GTK_IS_WINDOW(gtk_widget_get_parent(holder)))) {
+    return;
+  }
+  isHolderHidden_ = isHidden;
+  gtk_widget_set_no_show_all(holder, isHidden);
+  gtk_widget_set_visible(holder, !isHidden);
 }
 
 void WebKitView::setDrawsBackground(bool draws) {
@@ -234,84 +301,85 @@ void WebKitView::setDrawsBackground(bool draws) {
 }
 
 std::string WebKitView::stringByEvaluatingJavaScriptFromString(const std::string& script) {
-  if (webView() == nullptr || !outstanding_.expired()) {
-    return {};
-  }
   const auto held = self();
-  const auto evaluation = std::make_shared<Evaluation>();
-  const auto finish = [](GObject* source, GAsyncResult* result, gpointer data) {
-    const std::unique_ptr<std::shared_ptr<Evaluation>> finished(
-        static_cast<std::shared_ptr<Evaluation>*>(data));
-    const Script value(
-        webkit_web_view_evaluate_javascript_finish(WEBKIT_WEB_VIEW(source), result, nullptr));
-    JSCValue* text = value.get();
-    if (text != nullptr &&
-        (jsc_value_is_string(text) || jsc_value_is_number(text) || jsc_value_is_boolean(text))) {
-      (*finished)->result = textOf(text);
-    }
-    (*finished)->isDone = true;
-  };
-  webkit_web_view_evaluate_javascript(webView(), script.data(), static_cast<gssize>(script.size()),
-                                      nullptr, nullptr, nullptr, finish,
-                                      new std::shared_ptr<Evaluation>(evaluation));
-  const MainContextRunLoop::Hold hold(*runLoop_);
-  bool isTimeUp = false;
-  const guint timer = g_timeout_add(
-      static_cast<guint>(kScriptTimeLimit * 1000),
-      [](gpointer data) -> gboolean {
-        *static_cast<bool*>(data) = true;
-        return G_SOURCE_CONTINUE;
-      },
-      &isTimeUp);
-  while (!evaluation->isDone && !isTimeUp && widget() != nullptr) {
-    g_main_context_iteration(nullptr, TRUE);
-  }
-  g_source_remove(timer);
-  if (!evaluation->isDone) {
-    outstanding_ = evaluation;
-  }
-  return evaluation->result;
+  return webView() == nullptr ? std::string() : scripts_.evaluate(webView(), script);
 }
 
 void WebKitView::reportFinishedLoad(const WebFrame& frame) {
-  runLoop_->dispatchAsync([view = std::weak_ptr<View>(self()), frame] {
-    const auto webView = std::static_pointer_cast<WebKitView>(view.lock());
-    const auto delegate = webView == nullptr ? nullptr : webView->delegate_.lock();
-    if (delegate != nullptr) {
-      delegate->webViewDidFinishLoadForFrame(webView, frame);
+  const auto held = std::static_pointer_cast<WebKitView>(self());
+  if (const auto delegate = delegate_.lock()) {
+    delegate->webViewDidFinishLoadForFrame(held, frame);
+  }
+}
+
+void WebKitView::whenPageAnswers(std::function<void(bool isThere)> act) {
+  if (webView() == nullptr) {
+    act(false);
+  } else {
+    scripts_.whenPageAnswers(webView(), std::move(act));
+  }
+}
+
+void WebKitView::performWhenPageAnswers(std::function<void()> task) {
+  whenPageAnswers([runLoop = runLoop_, task = std::move(task)](bool isThere) {
+    if (isThere) {
+      runLoop->performAfterDelay(0, task);
     }
   });
 }
 
 bool WebKitView::decideNavigation(WebKitPolicyDecision* decision) {
-  const auto delegate = delegate_.lock();
-  if (delegate == nullptr) {
+  if (delegate_.expired()) {
     return false;
   }
-  WebKitNavigationAction* action = webkit_navigation_policy_decision_get_navigation_action(
-      WEBKIT_NAVIGATION_POLICY_DECISION(decision));
+  WebKitNavigationAction* action = actionOf(decision);
   const int type = static_cast<int>(webkit_navigation_action_get_navigation_type(action));
-  const char* uri = webkit_uri_request_get_uri(webkit_navigation_action_get_request(action));
   Dictionary information = {{kWebActionNavigationTypeKey, type}};
-  WebFrame frame;
-  if (type == static_cast<int>(WebNavigationType::linkClicked) && click_.has_value()) {
-    const Click click = *std::exchange(click_, std::nullopt);
-    frame.isMainFrame = click.isInMainFrame;
-    information[kWebActionElementKey] = Dictionary{{kWebElementDomNodeKey, click.node}};
+  if (type != static_cast<int>(WebNavigationType::linkClicked)) {
+    askDelegate(decision, std::move(information), nullptr);
+    return true;
   }
+  information[kWebActionIsUserActKey] =
+      webkit_navigation_action_is_user_gesture(action) != FALSE && userActs_.take();
+  const std::shared_ptr<WebKitPolicyDecision> kept(
+      static_cast<WebKitPolicyDecision*>(g_object_ref(decision)), Unref());
+  clicks_.judge(requestedUri(decision), [view = std::weak_ptr<View>(self()), kept,
+                                         information](const PageClicks::Click* click) {
+    if (const auto self = std::static_pointer_cast<WebKitView>(view.lock())) {
+      self->askDelegate(kept.get(), information, click);
+    }
+  });
+  return true;
+}
+
+void WebKitView::askDelegate(WebKitPolicyDecision* decision, Dictionary information,
+                             const PageClicks::Click* click) {
   PolicyListener listener(decision);
+  const auto delegate = delegate_.lock();
+  if (delegate == nullptr) {
+    return;
+  }
+  WebFrame frame;
+  if (click != nullptr) {
+    frame.isMainFrame = click->isInMainFrame;
+    information[kWebActionElementKey] = Dictionary{{kWebElementDomNodeKey, click->node}};
+  }
   delegate->webViewDecidePolicyForNavigationAction(
       std::static_pointer_cast<WebKitView>(self()), information,
-      Url::fromWebEngine(uri == nullptr ? "" : uri), frame, listener);
-  return true;
+      Url::fromWebEngine(requestedUri(decision)), frame, listener);
 }
 
 void WebKitView::onLoadChanged(WebKitWebView* /*webView*/, int event, void* data) {
   auto* view = static_cast<WebKitView*>(data);
   if (event == WEBKIT_LOAD_STARTED) {
     view->hasLoadFailed_ = false;
+  } else if (event == WEBKIT_LOAD_COMMITTED) {
+    if (view->wantedPage_ && view->wantedPage_->isAskedFor) {
+      view->wantedPage_.reset();
+    }
+    view->watchdog_.start();
   } else if (event == WEBKIT_LOAD_FINISHED && !view->hasLoadFailed_) {
-    view->reportFinishedLoad({.isMainFrame = true});
+    view->loadReports_->add({.isMainFrame = true});
   }
 }
 
@@ -335,21 +403,29 @@ gboolean WebKitView::onDecidePolicy(WebKitWebView* /*webView*/, WebKitPolicyDeci
 void WebKitView::onMessage(WebKitUserContentManager* /*manager*/, WebKitJavascriptResult* message,
                            void* data) {
   auto* view = static_cast<WebKitView*>(data);
+  const auto held = view->self();
   JSCValue* value = webkit_javascript_result_get_js_value(message);
   const std::string event = textProperty(value, "event");
-  if (event == "click") {
-    view->click_ = Click{flagProperty(value, "isMainFrame"), nodeOf(value)};
-  } else if (event == "noClick") {
-    view->click_.reset();
-  } else if (event == "load") {
-    view->reportFinishedLoad({.isMainFrame = false});
+  if (event == "load") {
+    view->loadReports_->add({.isMainFrame = false});
+  } else {
+    view->clicks_.take(value);
   }
 }
 
 void WebKitView::onProcessTerminated(WebKitWebView* /*webView*/, int reason, void* data) {
-  static_cast<WebKitView*>(data)->click_.reset();
-  logLine(std::string("ZAM Ad page's web process ended: ") +
-          description(static_cast<WebKitWebProcessTerminationReason>(reason)));
+  auto* view = static_cast<WebKitView*>(data);
+  const auto held = view->self();
+  view->scripts_.endPage();
+  view->clicks_.endAll();
+  view->watchdog_.stop();
+  if (!view->isPageToEnd_) {
+    logLine("ZAM Ad page's web process ended: " +
+            (view->endReason_.empty()
+                 ? description(static_cast<WebKitWebProcessTerminationReason>(reason))
+                 : view->endReason_));
+  }
+  view->setHolderHidden(true);
 }
 
 }  // namespace qorix::gtk

@@ -1,17 +1,24 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
 
 #include "platform/WebView.h"
+#include "platform/gtk/LoadReports.h"
 #include "platform/gtk/MainContextRunLoop.h"
+#include "platform/gtk/PageClicks.h"
+#include "platform/gtk/PageWatchdog.h"
+#include "platform/gtk/ScriptEvaluation.h"
+#include "platform/gtk/UserActs.h"
 #include "platform/gtk/WidgetView.h"
 
 using gboolean = int;
 using GError = struct _GError;
 using WebKitJavascriptResult = struct _WebKitJavascriptResult;
 using WebKitPolicyDecision = struct _WebKitPolicyDecision;
+using WebKitUserContentFilter = struct _WebKitUserContentFilter;
 using WebKitUserContentManager = struct _WebKitUserContentManager;
 using WebKitWebContext = struct _WebKitWebContext;
 using WebKitWebView = struct _WebKitWebView;
@@ -24,8 +31,11 @@ WebKitWebContext* adWebContext();
 
 /// The web view port on a WebKitWebView, which owns it.
 ///
-/// Loads are reported from the run loop, so never while a script is being evaluated. Of the
+/// Loads are reported when the page answers, and never while a script is being evaluated. Of the
 /// delegate's methods mouse moves and the start of a load are never called: nobody listens to them.
+///
+/// A page that answers nothing for PageWatchdog::kTimeLimit is ended. Where there is no page any
+/// more, the view that holds this one is hidden until the next is loaded: it takes no pointer.
 class WebKitView : public WidgetView<WebView> {
  public:
   /// The View of `webView`, new to the page: nothing has been loaded into it.
@@ -37,22 +47,33 @@ class WebKitView : public WidgetView<WebView> {
              std::weak_ptr<WebViewDelegate> delegate);
 
   void loadHtmlString(const std::string& html, const Url& baseUrl) override;
+  void endPage() override;
   std::string stringByEvaluatingJavaScriptFromString(const std::string& script) override;
+  bool isPageAnswering() const override { return scripts_.isPageAnswering(); }
+  void performWhenPageAnswers(std::function<void()> task) override;
   void setDrawsBackground(bool draws) override;
 
  private:
-  struct Evaluation;
-  struct Click {
-    bool isInMainFrame;
-    std::shared_ptr<DomNode> node;
+  /// What is to be loaded, until it begins to come.
+  struct WantedPage {
+    std::string html;
+    Url baseUrl;
+    bool isAskedFor = false;
   };
 
   void widgetWillBeDestroyed() override;
   WebKitWebView* webView() const;
+  void loadWantedPage(WebKitUserContentFilter* fileFilter);
+  void endWebProcess(const std::string& reason);
+  void replaceSilentPage();
+  void setHolderHidden(bool isHidden);
   void refuseRequests();
   void watchPage();
   void reportFinishedLoad(const WebFrame& frame);
+  void whenPageAnswers(std::function<void(bool isThere)> act);
   bool decideNavigation(WebKitPolicyDecision* decision);
+  void askDelegate(WebKitPolicyDecision* decision, Dictionary information,
+                   const PageClicks::Click* click);
 
   static void onLoadChanged(WebKitWebView* webView, int event, void* self);
   static gboolean onLoadFailed(WebKitWebView* webView, int event, const char* uri, GError* error,
@@ -65,9 +86,16 @@ class WebKitView : public WidgetView<WebView> {
 
   const std::shared_ptr<MainContextRunLoop> runLoop_;
   const std::weak_ptr<WebViewDelegate> delegate_;
-  std::weak_ptr<Evaluation> outstanding_;  // given up, but not yet back from the page
-  std::optional<Click> click_;             // having its effect now
+  ScriptEvaluation scripts_;
+  const std::shared_ptr<LoadReports> loadReports_;
+  PageClicks clicks_;
   bool hasLoadFailed_ = false;
+  std::optional<WantedPage> wantedPage_;
+  bool isPageToEnd_ = false;
+  std::string endReason_;
+  bool isHolderHidden_ = false;
+  UserActs userActs_;
+  PageWatchdog watchdog_;
 };
 
 }  // namespace qorix::gtk

@@ -2,6 +2,7 @@
 
 #include <gtk/gtk.h>
 
+#include "platform/Guarded.h"
 #include "platform/Platform.h"
 #include "platform/gtk/Coordinates.h"
 
@@ -53,12 +54,12 @@ NativeView::NativeView(GtkWidget* widget, Ownership ownership)
     g_object_ref_sink(widget_);
   }
   g_object_set_qdata(G_OBJECT(widget_), nativeViewQuark(), this);
-  g_signal_connect(widget_, "destroy", G_CALLBACK(onDestroy), this);
-  g_signal_connect(widget_, "parent-set", G_CALLBACK(onParentSet), this);
-  g_signal_connect(widget_, "size-allocate", G_CALLBACK(onSizeAllocate), this);
+  g_signal_connect(widget_, "destroy", G_CALLBACK(guarded<onDestroy>), this);
+  g_signal_connect(widget_, "parent-set", G_CALLBACK(guarded<onParentSet>), this);
+  g_signal_connect(widget_, "size-allocate", G_CALLBACK(guarded<onSizeAllocate>), this);
   if (GTK_IS_OVERLAY(widget_)) {
-    g_signal_connect(widget_, "get-child-position", G_CALLBACK(onGetChildPosition), this);
-    g_signal_connect(widget_, "realize", G_CALLBACK(onRealize), this);
+    g_signal_connect(widget_, "get-child-position", G_CALLBACK(guarded<onGetChildPosition>), this);
+    g_signal_connect(widget_, "realize", G_CALLBACK(guarded<onRealize>), this);
   }
 }
 
@@ -101,8 +102,9 @@ void NativeView::setNativeFrame(const Rect& frame) {
   if (!isPlaced_ && parent != nullptr) {
     return;
   }
-  if (isPlaced_ && frame != frame_) {
-    of(parent)->layOutAgain();
+  NativeView* superview = of(parent);  // gone before its subviews
+  if (superview != nullptr && frame != frame_) {
+    superview->layOutAgain();
   }
   changeFrame(frame);
 }
@@ -128,11 +130,13 @@ std::shared_ptr<View> NativeView::nativeSuperview() const {
   return parent == nullptr ? nullptr : parent->self();
 }
 
+// Moving a view tells others, who may destroy or move it or this one.
 void NativeView::addNativeSubview(const std::shared_ptr<View>& view) {
+  const auto held = self();
   auto* child = dynamic_cast<NativeView*>(view.get());
-  if (widget_ == nullptr || !GTK_IS_OVERLAY(widget_) || child == nullptr ||
-      child->widget_ == nullptr || gtk_widget_is_ancestor(widget_, child->widget_) ||
-      widget_ == child->widget_) {
+  const auto heldChild = child == nullptr ? nullptr : child->self();
+  if (isNativeGone() || !GTK_IS_OVERLAY(widget_) || child == nullptr || !child->canBeMoved() ||
+      gtk_widget_is_ancestor(widget_, child->widget_) != FALSE || widget_ == child->widget_) {
     return;
   }
   GtkWidget* parent = gtk_widget_get_parent(child->widget_);
@@ -140,23 +144,41 @@ void NativeView::addNativeSubview(const std::shared_ptr<View>& view) {
     gtk_overlay_reorder_overlay(GTK_OVERLAY(widget_), child->widget_, -1);
     return;
   }
-  g_object_ref(child->widget_);
+  auto* childWidget = static_cast<GtkWidget*>(g_object_ref(child->widget_));
   const Rect frame = child->frame_;
   if (parent != nullptr) {
-    gtk_container_remove(GTK_CONTAINER(parent), child->widget_);
+    gtk_container_remove(GTK_CONTAINER(parent), childWidget);
   }
-  child->frame_ = frame;
-  child->isPlaced_ = true;
-  gtk_overlay_add_overlay(GTK_OVERLAY(widget_), child->widget_);
-  g_object_unref(child->widget_);
+  if (!isNativeGone() && !child->isNativeGone() && gtk_widget_get_parent(childWidget) == nullptr) {
+    child->frame_ = frame;
+    child->isPlaced_ = true;
+    gtk_overlay_add_overlay(GTK_OVERLAY(widget_), childWidget);
+  }
+  g_object_unref(childWidget);
 }
 
 void NativeView::removeFromNativeSuperview() {
   const auto superview = nativeSuperview();
-  if (superview != nullptr) {
+  if (superview != nullptr && canBeMoved()) {
     const auto held = self();
     gtk_container_remove(GTK_CONTAINER(gtk_widget_get_parent(widget_)), widget_);
   }
+}
+
+bool NativeView::isNativeGone() const {
+  return widget_ == nullptr || gtk_widget_in_destruction(widget_) != FALSE;
+}
+
+// A visible widget that is not mapped though its parent is, is just leaving it (or coming): moved
+// meanwhile it would leave twice.
+bool NativeView::canBeMoved() const {
+  if (isNativeGone()) {
+    return false;
+  }
+  GtkWidget* parent = gtk_widget_get_parent(widget_);
+  return parent == nullptr || gtk_widget_get_mapped(parent) == FALSE ||
+         gtk_widget_get_visible(widget_) == FALSE ||
+         gtk_widget_get_child_visible(widget_) == FALSE || gtk_widget_get_mapped(widget_) != FALSE;
 }
 
 void NativeView::onDestroy(GtkWidget* /*widget*/, void* data) {
@@ -206,13 +228,16 @@ bool NativeView::takesPlacedChild(GtkWidget* child) const {
   return native != nullptr && native->isPlaced_ && gtk_widget_get_parent(child) == widget_;
 }
 
+// An empty view lies, one unit large, just outside of the overlay.
 gboolean NativeView::onGetChildPosition(GtkOverlay* overlay, GtkWidget* child,
                                         GdkRectangle* allocation, void* data) {
   if (!static_cast<NativeView*>(data)->takesPlacedChild(child)) {
     return FALSE;
   }
   gtk_widget_get_preferred_size(child, nullptr, nullptr);  // asked for, as a widget expects it
-  *allocation = flipped(of(child)->frame_, gtk_widget_get_allocated_height(GTK_WIDGET(overlay)));
+  const GdkRectangle place =
+      flipped(of(child)->frame_, gtk_widget_get_allocated_height(GTK_WIDGET(overlay)));
+  *allocation = place.width > 0 && place.height > 0 ? place : GdkRectangle{-1, -1, 1, 1};
   return TRUE;
 }
 

@@ -50,6 +50,7 @@ class NativeView {
   void addNativeSubview(const std::shared_ptr<View>& view);
   void removeFromNativeSuperview();
   void setNativePosts(bool posts) { posts_ = posts; }
+  bool isNativeGone() const;
 
  private:
   template <class ViewType, class... Arguments>
@@ -61,6 +62,7 @@ class NativeView {
   void layOutAgain();
   void clipSubviews();
   bool takesPlacedChild(GtkWidget* child) const;
+  bool canBeMoved() const;
 
   static void onDestroy(GtkWidget* widget, void* self);
   static void onParentSet(GtkWidget* widget, GtkWidget* previousParent, void* self);
@@ -92,6 +94,7 @@ class WidgetView : public ViewClass, public NativeView {
   void addSubview(const std::shared_ptr<View>& view) override { addNativeSubview(view); }
   void removeFromSuperview() override { removeFromNativeSuperview(); }
   void setPostsFrameChangedNotifications(bool posts) override { setNativePosts(posts); }
+  bool isGone() const override { return isNativeGone(); }
 };
 
 /// A new view of the type `ViewType`, made from `arguments`.

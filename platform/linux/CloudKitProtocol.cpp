@@ -3,9 +3,11 @@
 #include <utf8.h>
 
 #include <algorithm>
-#include <cctype>
 #include <nlohmann/json.hpp>
 #include <utility>
+
+#include "platform/AsciiCase.h"
+#include "platform/PlainNumbers.h"
 
 namespace qorix::cloudkit {
 
@@ -16,6 +18,7 @@ using nlohmann::json;
 constexpr const char* kAssetType = "ASSETID";
 constexpr int kOk = 200;
 constexpr int kMostDepth = 32;
+constexpr std::size_t kMostValues = 1'000'000;  // names and brackets count as well
 
 /// The member of that name; null when there is none or `parent` is no object. Nothing is copied: a
 /// copy of a hostile answer could be too deep for the stack.
@@ -46,8 +49,7 @@ Value plainValue(const json& value) {
 }
 
 bool hasScheme(const Url& url, std::string_view scheme) {
-  return std::ranges::equal(url.scheme(), scheme, {},
-                            [](unsigned char c) { return std::tolower(c); });
+  return equalIgnoringCase(url.scheme(), scheme);
 }
 
 /// Enough of a text for one line of a log.
@@ -154,11 +156,16 @@ std::string queryBody(const CloudQuery& query,
 }
 
 std::variant<Page, Error> readAnswer(int status, std::string_view body) {
-  // What lies deeper is left out, and costs no memory.
-  const auto isWanted = [](int depth, json::parse_event_t, const json&) {
-    return depth < kMostDepth;
+  // What lies deeper, or comes after too much, is left out and costs no memory.
+  std::size_t values = 0;
+  const auto isWanted = [&values](int depth, json::parse_event_t, const json&) {
+    return depth < kMostDepth && ++values <= kMostValues;
   };
+  const PlainNumbers plainNumbers;  // the reader leaves fractions to the C library
   const json answer = json::parse(body, isWanted, /*allow_exceptions=*/false);
+  if (values > kMostValues) {
+    return error(status, "the cloud service's answer is too long");
+  }
   if (auto fault = serverError(answer, status)) {
     return *std::move(fault);
   }
@@ -171,7 +178,9 @@ std::variant<Page, Error> readAnswer(int status, std::string_view body) {
   return readPage(answer);
 }
 
-bool isHttpOrHttps(const Url& url) { return hasScheme(url, "https") || hasScheme(url, "http"); }
+bool isHttpOrHttps(const Url& url) {
+  return (hasScheme(url, "https") || hasScheme(url, "http")) && !url.host().empty();
+}
 
 std::variant<Url, Error> assetAddress(std::string downloadUrl, const Url& service) {
   constexpr std::string_view kFileNamePlace = "${f}";

@@ -12,13 +12,10 @@ namespace qorix {
 namespace {
 
 // Far beyond what anybody publishes, and little enough for a host's memory and patience.
-constexpr std::size_t kMostBytesOfPages = std::size_t{16} << 20;  // of all pages
 constexpr std::size_t kMostPages = 1000;
 constexpr std::size_t kMostAssets = 16;
-constexpr std::uint64_t kMostBytesOfAnAsset = std::uint64_t{64} << 20;
 
 constexpr int kOk = 200;
-constexpr const char* kTooLarge = "an asset is too large";
 
 Error unusable(const std::string& description) { return cloudkit::error(kOk, description); }
 
@@ -79,7 +76,7 @@ void CloudKitQuery::requestPage(const std::optional<std::string>& continuationMa
   const auto body = std::make_shared<std::string>();
   const auto receive = [this, body](std::string_view bytes, int status) {
     pageBytes_ += bytes.size();
-    if (pageBytes_ > kMostBytesOfPages) {
+    if (pageBytes_ > queue_->options().mostBytes) {
       ownError_ = cloudkit::error(status, "the cloud service's answer is too long");
       return false;
     }
@@ -147,8 +144,8 @@ void CloudKitQuery::fetchNextAsset() {
     fail(*error);
     return;
   }
-  if (asset_->location.size.value_or(0) > kMostBytesOfAnAsset) {
-    fail(unusable(kTooLarge));
+  if (asset_->location.size.value_or(0) > queue_->options().mostBytes) {
+    fail(unusable("an asset is too large"));
     return;
   }
   asset_->file = PrivateFile::create();
@@ -166,8 +163,6 @@ bool CloudKitQuery::receiveAsset(std::string_view bytes, int status) {
   asset_->size += bytes.size();
   if (status != kOk) {
     ownError_ = badStatus(status);
-  } else if (asset_->size > kMostBytesOfAnAsset) {
-    ownError_ = unusable(kTooLarge);
   } else if (asset_->size > asset_->location.size.value_or(asset_->size)) {
     ownError_ = unusable("an asset is longer than its record says");
   } else if (!asset_->file->append(bytes)) {
@@ -188,15 +183,19 @@ void CloudKitQuery::checkAsset(int status) {
 
 // The end. Nothing is held on to, so that an asset's file goes with its record.
 
-void CloudKitQuery::succeed() {
-  std::exchange(completion_, nullptr)(std::exchange(records_, {}), std::nullopt);
-}
+void CloudKitQuery::succeed() { report(std::exchange(records_, {}), std::nullopt); }
 
 void CloudKitQuery::fail(const Error& error) {
   asset_ = nullptr;
   assets_.clear();
   records_.clear();
-  std::exchange(completion_, nullptr)(std::nullopt, error);
+  report(std::nullopt, error);
+}
+
+// When the completion throws, the request at hand fails, and so does the query.
+void CloudKitQuery::report(std::optional<Records> records, const std::optional<Error>& error) {
+  completion_(std::move(records), error);
+  completion_ = nullptr;
 }
 
 }  // namespace qorix

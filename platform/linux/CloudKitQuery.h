@@ -14,7 +14,7 @@
 namespace qorix {
 
 /// One query under way: page after page, then the last record's assets one by one. Keeps itself
-/// alive until its end. Everything but `run` happens on the queue's thread.
+/// alive until its end. Everything but `run` happens where the queue reports.
 class CloudKitQuery : public std::enable_shared_from_this<CloudKitQuery> {
  public:
   CloudKitQuery(std::shared_ptr<HttpQueue> queue, Url address, CloudQuery query,
@@ -26,6 +26,8 @@ class CloudKitQuery : public std::enable_shared_from_this<CloudKitQuery> {
  private:
   struct Asset;
   class Record;
+  using Records = std::vector<std::shared_ptr<CloudRecord>>;
+
   /// Runs a request whose failure is the query's; `ended` gets its HTTP status otherwise.
   void start(HttpRequest request, std::function<void(int status)> ended);
   void requestPage(const std::optional<std::string>& continuationMarker);
@@ -37,6 +39,7 @@ class CloudKitQuery : public std::enable_shared_from_this<CloudKitQuery> {
   void checkAsset(int status);
   void succeed();
   void fail(const Error& error);
+  void report(std::optional<Records> records, const std::optional<Error>& error);
 
   const std::shared_ptr<HttpQueue> queue_;
   const Url address_;
@@ -44,7 +47,7 @@ class CloudKitQuery : public std::enable_shared_from_this<CloudKitQuery> {
   CloudDatabase::Completion completion_;
   std::size_t pages_ = 0;
   std::size_t pageBytes_ = 0;  // of all pages
-  std::vector<std::shared_ptr<CloudRecord>> records_;
+  Records records_;
   std::vector<std::shared_ptr<Asset>> assets_;  // of the last record, those still to be fetched
   std::shared_ptr<Asset> asset_;                // the one that is being fetched
   std::optional<Error> ownError_;               // why the query itself gave a request up

@@ -1,93 +1,191 @@
 #include "platform/linux/ContentDecoder.h"
 
-#include <strings.h>
 #include <zlib.h>
 
 #include <algorithm>
 #include <array>
+#include <initializer_list>
 #include <limits>
-#include <string>
+#include <new>
+#include <utility>
+
+#include "platform/AsciiCase.h"
 
 namespace qorix {
 
 namespace {
 
-class IdentityDecoder : public ContentDecoder {
- public:
-  bool decode(std::string_view bytes, const Output& output) override { return output(bytes); }
-  bool isComplete() const override { return true; }
-};
+constexpr std::size_t kMostLayers = 5;
+constexpr std::string_view kGzipMark = "\x1F\x8B";
 
-/// gzip and zlib streams; gzip may be several streams one after the other.
-class ZlibDecoder : public ContentDecoder {
- public:
-  ZlibDecoder() {
-    constexpr int kEitherFormat = 32;
-    isUsable_ = inflateInit2(&stream_, MAX_WBITS + kEitherFormat) == Z_OK;
-  }
-  ZlibDecoder(const ZlibDecoder&) = delete;
-  ZlibDecoder& operator=(const ZlibDecoder&) = delete;
-  ~ZlibDecoder() override { inflateEnd(&stream_); }
+bool isAnyOf(const std::string& name, std::initializer_list<const char*> others) {
+  return std::ranges::any_of(others,
+                             [&](const char* other) { return equalIgnoringCase(name, other); });
+}
 
-  bool decode(std::string_view bytes, const Output& output) override {
-    constexpr std::size_t kMost = std::numeric_limits<uInt>::max();
-    while (!bytes.empty()) {
-      const auto piece = bytes.substr(0, kMost);
-      if (!decodePiece(piece, output)) {
-        return false;
+std::string withoutBlanks(std::string_view text) {
+  constexpr const char* kSeparators = " \t";
+  const auto begin = text.find_first_not_of(kSeparators);
+  return begin == text.npos
+             ? ""
+             : std::string(text.substr(begin, text.find_last_not_of(kSeparators) + 1 - begin));
+}
+
+}  // namespace
+
+/// Undoes gzip, which may be several streams one after the other, or deflate, whether it has the
+/// frame of zlib or, as many servers send it, none. What follows the last stream is no part of it.
+class ContentDecoder::Inflater {
+ public:
+  Inflater(bool mayLackFrame, std::size_t mostBytes)
+      : mayLackFrame_(mayLackFrame), mostBytes_(mostBytes) {}
+  Inflater(const Inflater&) = delete;
+  Inflater& operator=(const Inflater&) = delete;
+  ~Inflater() { inflateEnd(&stream_); }
+
+  template <class Take>  // takes decoded bytes and answers a Result
+  Result decode(std::string_view bytes, const Take& take) {
+    while (!bytes.empty() && state_ != State::over) {
+      if (state_ == State::beginning) {
+        beginning_ += bytes.front();
+        bytes.remove_prefix(1);
+        if (beginning_.size() == kGzipMark.size()) {
+          std::string_view beginning = beginning_;
+          const Result result = begin() ? inflateSome(beginning, take) : Result::damaged;
+          if (result != Result::ok) {
+            return result;
+          }
+        }
+        continue;
       }
-      bytes.remove_prefix(piece.size());
+      const Result result = inflateSome(bytes, take);
+      if (result != Result::ok) {
+        return result;
+      }
+    }
+    return Result::ok;
+  }
+
+  bool isComplete() const {
+    return state_ == State::over ||
+           (state_ == State::beginning && (isBehindStream_ || beginning_.empty()));
+  }
+
+ private:
+  enum class State { beginning, inside, over };
+
+  /// Looks at the first two bytes of what may be a stream; false when it is none but must be.
+  bool begin() {
+    constexpr int kGzipOrZlib = MAX_WBITS + 32;
+    constexpr int kNoFrame = -MAX_WBITS;
+    const bool isGzip = beginning_ == kGzipMark;
+    if (isBehindStream_) {
+      state_ = isGzip ? State::inside : State::over;
+      return !isGzip || inflateReset(&stream_) == Z_OK;
+    }
+    if (!isGzip && !beginsZlib() && !mayLackFrame_) {
+      return false;
+    }
+    state_ = State::inside;
+    isGzip_ = isGzip;
+    if (inflateInit2(&stream_, isGzip || beginsZlib() ? kGzipOrZlib : kNoFrame) != Z_OK) {
+      throw std::bad_alloc();
     }
     return true;
   }
 
-  bool isComplete() const override { return isAtEnd_; }
+  bool beginsZlib() const {
+    const int first = static_cast<unsigned char>(beginning_[0]);
+    const int second = static_cast<unsigned char>(beginning_[1]);
+    return (first & 15) == Z_DEFLATED && (first * 256 + second) % 31 == 0;
+  }
 
- private:
-  bool decodePiece(std::string_view bytes, const Output& output) {
-    // zlib does not write to its input; its interface is older than const.
-    stream_.next_in = const_cast<Bytef*>(reinterpret_cast<const Bytef*>(bytes.data()));
-    stream_.avail_in = static_cast<uInt>(bytes.size());
-    bool hasMore = true;
-    while (isUsable_ && hasMore) {
-      if (isAtEnd_ && inflateReset(&stream_) != Z_OK) {
-        return false;
-      }
+  /// Takes from `bytes` what belongs to the stream.
+  template <class Take>
+  Result inflateSome(std::string_view& bytes, const Take& take) {
+    while (state_ == State::inside) {
+      const auto piece = bytes.substr(0, std::numeric_limits<uInt>::max());
+      // zlib does not write to its input; its interface is older than const.
+      stream_.next_in = const_cast<Bytef*>(reinterpret_cast<const Bytef*>(piece.data()));
+      stream_.avail_in = static_cast<uInt>(piece.size());
       stream_.next_out = reinterpret_cast<Bytef*>(buffer_.data());
       stream_.avail_out = static_cast<uInt>(buffer_.size());
-      const int code = inflate(&stream_, Z_NO_FLUSH);
+      const int code = ::inflate(&stream_, Z_NO_FLUSH);
+      if (code == Z_MEM_ERROR) {
+        throw std::bad_alloc();
+      }
       if (code != Z_OK && code != Z_STREAM_END && code != Z_BUF_ERROR) {
-        return false;
+        return Result::damaged;
       }
-      isAtEnd_ = code == Z_STREAM_END;
+      bytes.remove_prefix(piece.size() - stream_.avail_in);
       const std::size_t size = buffer_.size() - stream_.avail_out;
-      if (size > 0 && !output({buffer_.data(), size})) {
-        return false;
+      if (size > mostBytes_ - decodedBytes_) {
+        return Result::tooLarge;
       }
-      // A full buffer may leave bytes inside the stream even when the input is used up.
-      hasMore = stream_.avail_in > 0 || (!isAtEnd_ && stream_.avail_out == 0);
+      decodedBytes_ += size;
+      const Result result = size == 0 ? Result::ok : take(std::string_view(buffer_.data(), size));
+      if (result != Result::ok) {
+        return result;
+      }
+      if (code == Z_STREAM_END) {
+        isBehindStream_ = true;
+        beginning_.clear();
+        state_ = isGzip_ ? State::beginning : State::over;
+      } else if (bytes.empty() && stream_.avail_out > 0) {
+        break;  // a full buffer may leave bytes inside the stream even when the input is used up
+      }
     }
-    return isUsable_;
+    return Result::ok;
   }
 
+  const bool mayLackFrame_;
+  const std::size_t mostBytes_;
+  State state_ = State::beginning;
+  std::string beginning_;
+  bool isBehindStream_ = false;
+  bool isGzip_ = false;
   z_stream stream_{};
+  std::size_t decodedBytes_ = 0;
   std::array<char, 65536> buffer_;
-  bool isUsable_ = false;
-  bool isAtEnd_ = true;
 };
 
-}  // namespace
+ContentDecoder::ContentDecoder() = default;
+ContentDecoder::~ContentDecoder() = default;
 
-std::unique_ptr<ContentDecoder> ContentDecoder::create(std::string_view encoding) {
-  const std::string name(encoding);
-  const auto is = [&](const char* other) { return ::strcasecmp(name.c_str(), other) == 0; };
-  if (is("") || is("identity")) {
-    return std::make_unique<IdentityDecoder>();
+std::unique_ptr<ContentDecoder> ContentDecoder::create(std::string_view encodings,
+                                                       std::size_t mostBytes) {
+  std::unique_ptr<ContentDecoder> decoder(new ContentDecoder);
+  auto& layers = decoder->layers_;
+  while (!encodings.empty()) {
+    const auto end = std::min(encodings.find(','), encodings.size());
+    const std::string name = withoutBlanks(encodings.substr(0, end));
+    encodings.remove_prefix(std::min(end + 1, encodings.size()));
+    const bool isDeflate = equalIgnoringCase(name, "deflate");
+    if (isDeflate || isAnyOf(name, {"gzip", "x-gzip"})) {
+      layers.insert(layers.begin(), std::make_unique<Inflater>(isDeflate, mostBytes));
+    }
+    if (isAnyOf(name, {"br", "zstd", "compress", "x-compress"}) || layers.size() > kMostLayers) {
+      return nullptr;
+    }
   }
-  if (is("gzip") || is("x-gzip") || is("deflate")) {
-    return std::make_unique<ZlibDecoder>();
+  return decoder;
+}
+
+ContentDecoder::Result ContentDecoder::decode(std::string_view bytes, const Output& output) {
+  return decodeFrom(0, bytes, output);
+}
+
+ContentDecoder::Result ContentDecoder::decodeFrom(std::size_t layer, std::string_view bytes,
+                                                  const Output& output) {
+  if (layer == layers_.size()) {
+    return output(bytes) ? Result::ok : Result::unwanted;
   }
-  return nullptr;
+  return layers_[layer]->decode(
+      bytes, [&](std::string_view piece) { return decodeFrom(layer + 1, piece, output); });
+}
+
+bool ContentDecoder::isComplete() const {
+  return std::ranges::all_of(layers_, [](const auto& layer) { return layer->isComplete(); });
 }
 
 }  // namespace qorix

@@ -1,31 +1,50 @@
 #pragma once
 
+#include <cstddef>
 #include <functional>
 #include <memory>
+#include <string>
 #include <string_view>
+#include <vector>
 
 namespace qorix {
 
 /// Undoes the content encoding of one response body, piece by piece.
 class ContentDecoder {
  public:
+  enum class Result {
+    ok,
+    damaged,   // the bytes are not what the encoding promises
+    tooLarge,  // they decode to more than was allowed
+    unwanted,  // the output has answered false
+  };
+
   /// Takes decoded bytes; false to end the decoding.
   using Output = std::function<bool(std::string_view)>;
 
-  /// What `ContentDecoder::create` can read, for a request's Accept-Encoding.
+  /// What a request's Accept-Encoding asks for.
   static constexpr const char* kAcceptedEncodings = "gzip, deflate";
 
-  virtual ~ContentDecoder() = default;
+  ~ContentDecoder();
 
-  /// A decoder for the encoding that a response names, in any case of letters; an empty name stands
-  /// for none. Null for an encoding that nobody asked for.
-  static std::unique_ptr<ContentDecoder> create(std::string_view encoding);
+  /// A decoder for the encodings that a response names, separated by commas, in the order in which
+  /// they were applied and in any case of letters. A name that stands for no compression changes
+  /// nothing. Null when there is a compression that cannot be undone, or a heap of them.
+  static std::unique_ptr<ContentDecoder> create(std::string_view encodings, std::size_t mostBytes);
 
-  /// False when the bytes are not what the encoding promises, or `output` has answered false.
-  virtual bool decode(std::string_view bytes, const Output& output) = 0;
+  /// Anything but `ok` is the end.
+  Result decode(std::string_view bytes, const Output& output);
 
   /// Whether the body may end here; a body without any bytes may.
-  virtual bool isComplete() const = 0;
+  bool isComplete() const;
+
+ private:
+  class Inflater;
+
+  ContentDecoder();
+  Result decodeFrom(std::size_t layer, std::string_view bytes, const Output& output);
+
+  std::vector<std::unique_ptr<Inflater>> layers_;  // the one that was applied last comes first
 };
 
 }  // namespace qorix

@@ -12,17 +12,16 @@ class CurlUrlSession : public UrlSession {
       : delegate_(std::move(delegate)), queue_(std::move(options)) {}
 
   void startDataTask(const Url& url) override {
-    const auto receive = [delegate = delegate_](std::string_view data, int) {
-      const auto receiver = delegate.lock();
-      if (receiver != nullptr) {
-        receiver->urlSessionDidReceiveData(data);
-      }
-      return receiver != nullptr;
+    const auto receiver = delegate_.lock();
+    if (receiver == nullptr) {
+      return;
+    }
+    const auto receive = [receiver](std::string_view data, int) {
+      receiver->urlSessionDidReceiveData(data);
+      return true;
     };
-    const auto complete = [delegate = delegate_](const std::optional<Error>& error, int) {
-      if (const auto receiver = delegate.lock()) {
-        receiver->urlSessionDidCompleteWithError(error);
-      }
+    const auto complete = [receiver](const std::optional<Error>& error, int) {
+      receiver->urlSessionDidCompleteWithError(error);
     };
     queue_.start({.url = url, .receive = receive, .complete = complete});
   }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -16,13 +17,17 @@ struct HttpOptions {
   /// A request ends with an error when nothing has arrived for so many seconds; connecting counts,
   /// the calls of other requests do not.
   double idleLimitSeconds = 60;
+  /// A request ends with an error when its response's body holds more bytes than this, as it is
+  /// sent or decoded. Far more than any document has, and little enough for a host's memory.
+  std::size_t mostBytes = std::size_t{64} << 20;
   /// The certificates to trust, a PEM file; empty for those of the system.
   std::string certificateAuthorityFile = {};
 };
 
-/// One request over HTTP or HTTPS. Keeps no cookies, cache or credentials, and bypasses every
-/// cache. Both functions are required; they are called on the queue's thread, which has nothing
-/// else to do meanwhile: a call may take long, but the queue's other requests wait for it.
+/// One request over HTTP or HTTPS; any other address is an error. Keeps no cookies, cache or
+/// credentials, and bypasses every cache. Both functions are required; they are called on the
+/// queue's thread, which has nothing else to do meanwhile: a call may take long, but the queue's
+/// other requests wait for it. Both are let go of at the request's end.
 struct HttpRequest {
   Url url;
   /// What is sent, with POST; without it the request is a GET.
@@ -33,10 +38,11 @@ struct HttpRequest {
   bool followsRedirects = true;
 
   /// Takes the next bytes of the final response's body, decoded; valid during the call. False ends
-  /// the request with an error.
+  /// the request with an error, and so does an exception.
   std::function<bool(std::string_view, int status)> receive = {};
   /// The request has ended; nothing follows. Without an error the whole body has been received,
-  /// whatever the HTTP status. `status` is 0 when there was no response.
+  /// whatever the HTTP status. `status` is 0 when there was no response. When a call without an
+  /// error throws, it is made again with one.
   std::function<void(const std::optional<Error>&, int status)> complete = {};
 };
 
@@ -56,9 +62,11 @@ class HttpQueue {
   /// Sets libcurl up without making a queue.
   static void prepare();
 
-  /// Returns at once. Any thread. When no thread can be made, that is logged, and the request is
-  /// let go of without a call.
+  /// Returns at once. Any thread. When the queue's thread cannot be made, that is the request's
+  /// error, reported on the main thread, and the next request tries again.
   void start(HttpRequest request);
+
+  const HttpOptions& options() const;
 
  private:
   class Implementation;

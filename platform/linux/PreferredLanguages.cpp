@@ -3,39 +3,23 @@
 #include <algorithm>
 #include <cstdlib>
 
+#include "platform/AsciiCase.h"
+
 namespace qorix {
 
 namespace {
 
-bool isLetter(char c) { return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z'); }
-bool isDigit(char c) { return c >= '0' && c <= '9'; }
-// Not the C library's: those follow the locale, and Turkish has letters of its own here.
-char lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
-char upper(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; }
-
-std::string lowerCase(std::string_view text) {
-  std::string result(text);
-  std::ranges::transform(result, result.begin(), lower);
-  return result;
-}
-
-std::string upperCase(std::string_view text) {
-  std::string result(text);
-  std::ranges::transform(result, result.begin(), upper);
-  return result;
-}
-
 bool isLanguage(std::string_view text) {
-  return (text.size() == 2 || text.size() == 3) && std::ranges::all_of(text, isLetter);
+  return (text.size() == 2 || text.size() == 3) && std::ranges::all_of(text, isAsciiLetter);
 }
 
 bool isScript(std::string_view text) {
-  return text.size() == 4 && std::ranges::all_of(text, isLetter);
+  return text.size() == 4 && std::ranges::all_of(text, isAsciiLetter);
 }
 
 bool isRegion(std::string_view text) {
-  return (text.size() == 2 && std::ranges::all_of(text, isLetter)) ||
-         (text.size() == 3 && std::ranges::all_of(text, isDigit));
+  return (text.size() == 2 && std::ranges::all_of(text, isAsciiLetter)) ||
+         (text.size() == 3 && std::ranges::all_of(text, isAsciiDigit));
 }
 
 /// Takes the part before the first of `separators` off the front of `text`.
@@ -53,7 +37,7 @@ std::string scriptOfModifier(std::string_view modifier) {
   };
   static constexpr Entry kScripts[] = {
       {"latin", "Latn"}, {"iqtelif", "Latn"}, {"cyrillic", "Cyrl"}, {"devanagari", "Deva"}};
-  const std::string name = lowerCase(modifier);
+  const std::string name = asciiLower(modifier);
   const auto* entry = std::ranges::find(kScripts, name, &Entry::modifier);
   return entry == std::end(kScripts) ? std::string() : entry->script;
 }
@@ -79,13 +63,13 @@ std::optional<std::string> languageTag(std::string_view localeName) {
   const auto modifier = at == std::string_view::npos ? "" : localeName.substr(at + 1);
   std::string_view rest = localeName.substr(0, std::min(at, localeName.find('.')));
 
-  const std::string language = lowerCase(takePart(rest, "_-"));
+  const std::string language = asciiLower(takePart(rest, "_-"));
   std::string script;
   if (isScript(rest.substr(0, rest.find_first_of("_-")))) {
-    script = lowerCase(takePart(rest, "_-"));
-    script[0] = upper(script[0]);
+    script = asciiLower(takePart(rest, "_-"));
+    script[0] = asciiUpper(script[0]);
   }
-  const std::string region = upperCase(rest);
+  const std::string region = asciiUpper(rest);
   if (!isLanguage(language) || !(region.empty() || isRegion(region))) {
     return std::nullopt;
   }

@@ -1,14 +1,15 @@
 #pragma once
 
 #include <functional>
-#include <map>
 #include <memory>
+#include <optional>
+#include <set>
 #include <string>
-#include <variant>
 #include <vector>
 
 #include "platform/Log.h"
 #include "platform/UserDefaults.h"
+#include "platform/linux/SettingsFile.h"
 
 namespace qorix {
 
@@ -19,11 +20,17 @@ std::string defaultSettingsPath(const std::string& bundleIdentifier);
 
 /// Settings in one SQLite file, which several processes may use at once.
 ///
-/// Changes are pending, and seen by reads, until `synchronize` writes all of them with one durable
-/// commit. A damaged file is kept aside as "<file>.damaged-<n>" and a new one begun; a file that
-/// cannot be used leaves the changes pending in memory until it can be; those made without a look
-/// at what the file holds then give way to it. Either is logged with one line. No look at the file
-/// waits longer than a quarter of a second for another process.
+/// Reads are answered from memory, which is renewed when another process has committed: they never
+/// wait, and while the file cannot be read they answer what it last held. Changes are pending, and
+/// seen by reads, until `synchronize` writes all of them with one durable commit; while the file
+/// cannot be written they stay pending. The first look at the file, and each commit, wait a quarter
+/// of a second at most for another process.
+///
+/// A value that is set before the file could be read at all rests on its being empty: it gives way
+/// when the file turns out to hold one. Every other change stands.
+///
+/// A damaged file is kept aside as "<file>.damaged-<n>" and a new one begun. That, and a file that
+/// cannot be used, is logged with one line.
 ///
 /// The languages under `kAppleLanguagesKey` are the environment's unless a list has been stored.
 class SqliteUserDefaults : public UserDefaults {
@@ -43,26 +50,33 @@ class SqliteUserDefaults : public UserDefaults {
   void setInteger(std::int64_t value, const std::string& key) override;
   void removeObjectForKey(const std::string& key) override;
   bool synchronize() override;
+  void beginDecision() override;
+  void endDecision() override;
 
  private:
-  class File;
-  using Setting = std::variant<std::int64_t, std::string, std::vector<std::string>>;
-  using Changes = std::map<std::string, std::optional<Setting>>;  // nothing: removed
+  using Result = SettingsFile::Result;
 
-  std::optional<Setting> settingForKey(const std::string& key);
-  int commit(File& file);
-  bool perform(int patience, const std::function<int(File&)>& operation);
-  int open(int patience);
+  template <class T>
+  std::optional<T> valueForKey(const std::string& key);
+  void set(Setting setting, const std::string& key);
+  void look(int patience);
+  Result read(SettingsFile& file);
+  Result commit(SettingsFile& file);
+  bool perform(int patience, const std::function<Result(SettingsFile&)>& operation);
+  Result open(int patience);
   void setAside(const std::string& why);
   void reportTrouble(const std::string& text);
   void report(const std::string& text);
 
   std::string path_;
   std::shared_ptr<Log> log_;
-  std::unique_ptr<File> file_;
-  Changes pending_;
-  bool hasAnsweredBlindly_ = false;  // since the last commit: a read found the file unusable
-  bool isInTrouble_ = false;  // the file could not be used last time, and that has been logged
+  std::unique_ptr<SettingsFile> file_;
+  std::optional<Settings> held_;  // by the file, when it was last read; nothing: never read
+  SettingChanges pending_;
+  std::set<std::string> blind_;  // keys of pending values that were set before any look
+  bool hasGivenWay_ = false;     // since the last `synchronize`: a value has, to what the file held
+  int decisions_ = 0;            // under way
+  bool isInTrouble_ = false;     // the file could not be used last time, and that has been logged
 };
 
 }  // namespace qorix

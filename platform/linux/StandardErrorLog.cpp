@@ -7,6 +7,8 @@
 #include <array>
 #include <cstdio>
 
+#include "platform/linux/Hexadecimal.h"
+
 namespace qorix {
 
 namespace {
@@ -24,11 +26,9 @@ std::string timeStampAndProcess() {
          std::to_string(::getpid()) + "] ";
 }
 
-void appendHexadecimal(std::string& text, unsigned char byte) {
-  static constexpr char kDigits[] = "0123456789ABCDEF";
+void appendEscape(std::string& text, char c) {
   text += "\\x";
-  text += kDigits[byte >> 4];
-  text += kDigits[byte & 15];
+  appendHexadecimal(text, c);
 }
 
 bool isControl(unsigned char byte) { return byte < 0x20 || byte == 0x7F; }
@@ -52,10 +52,10 @@ std::string escapedForLog(std::string_view message) {
     } else if (byte == '\r') {
       text += "\\r";
     } else if (isControl(byte)) {
-      appendHexadecimal(text, byte);
+      appendEscape(text, message[i]);
     } else if (isSecondControl(message.substr(i))) {
-      appendHexadecimal(text, byte);
-      appendHexadecimal(text, static_cast<unsigned char>(message[++i]));
+      appendEscape(text, message[i]);
+      appendEscape(text, message[++i]);
     } else {
       text += message[i];
     }

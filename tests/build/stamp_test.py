@@ -1,5 +1,8 @@
 #!/usr/bin/env python3
-"""Checks the time that a build stamps into the library. usage: stamp_test.py CMAKE SCRIPT"""
+"""Checks the time that a build stamps into the library. usage: stamp_test.py CMAKE SCRIPT NINJA BUILD
+
+SCRIPT writes the stamp; BUILD is a folder in which NINJA has built the library.
+"""
 
 import os
 import re
@@ -10,7 +13,7 @@ import time
 import unittest
 from pathlib import Path
 
-CMAKE, SCRIPT = sys.argv.pop(1), sys.argv.pop(1)
+CMAKE, SCRIPT, NINJA, BUILD = (sys.argv.pop(1) for _ in range(4))
 
 
 def stamp(**environment):
@@ -41,6 +44,28 @@ class Stamp(unittest.TestCase):
         stamped = time.mktime(time.strptime(f"{date} {clock}", "%b %d %Y %H:%M:%S"))
         self.assertLessEqual(before, stamped)
         self.assertLessEqual(stamped, time.time())
+
+
+def ask(*question):
+    command = [NINJA, "-C", BUILD, "-t", *question]
+    return subprocess.run(command, check=True, capture_output=True, text=True).stdout
+
+
+def inputs(output):
+    """What has to be older than `output`, or else that is made anew."""
+    named = re.search(r"  input: .*\n((?:    .*\n)*)", ask("query", output)).group(1).split("\n")
+    return {line.strip() for line in named if line and not line.startswith("    ||")}
+
+
+class Renewal(unittest.TestCase):
+    def test_whatever_is_compiled_anew_renews_the_stamp(self):
+        rule = r"^(\S+): CXX_(?:SHARED|STATIC)_LIBRARY_LINKER__qorix_"
+        [library] = re.findall(rule, ask("targets", "all"), re.MULTILINE)
+        objects = {path for path in inputs(library) if path.endswith(".o")}
+        of_the_stamp = {path for path in objects if path.endswith("BuildStamp.cpp.o")}
+        self.assertEqual(len(of_the_stamp), 1)
+        self.assertTrue(objects - of_the_stamp)
+        self.assertEqual(objects - of_the_stamp - inputs("BuildStamp.cpp"), set())
 
 
 if __name__ == "__main__":

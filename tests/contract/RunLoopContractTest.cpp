@@ -79,6 +79,29 @@ TEST_P(RunLoopContract, taskDispatchedByATaskRunsAfterTheOnesBefore) {
   EXPECT_EQ(order, (std::vector{1, 2, 3}));
 }
 
+TEST_P(RunLoopContract, dispatchedTaskWaitsForTheOneThatServesTheLoopAndAPerformDoesNot) {
+  loop->dispatchAsync([this] {
+    note(1);
+    loop->performAfterDelay(0.05, [this] { note(2); });
+    EXPECT_TRUE(serveUntilCount(2));
+    note(3);
+  });
+  loop->dispatchAsync([this] { note(4); });
+  ASSERT_TRUE(serveUntilCount(4));
+  EXPECT_EQ(order, (std::vector{1, 2, 3, 4}));
+}
+
+TEST_P(RunLoopContract, taskDispatchedByAPerformRunsWhileThatServesTheLoop) {
+  loop->performAfterDelay(0, [this] {
+    loop->dispatchAsync([this] { note(1); });
+    loop->performAfterDelay(0, [this] { note(2); });
+    EXPECT_TRUE(serveUntilCount(2));
+    note(3);
+  });
+  ASSERT_TRUE(serveUntilCount(3));
+  EXPECT_EQ(order.back(), 3);
+}
+
 TEST_P(RunLoopContract, taskPerformedByATaskRunsLater) {
   loop->performAfterDelay(0, [this] {
     loop->performAfterDelay(0, [this] { note(2); });

@@ -52,6 +52,60 @@ TEST_F(AdReaderTest, aDefectNamesItsElementAndEndsTheReading) {
   EXPECT_TRUE(log_->lines().empty());
 }
 
+TEST_F(AdReaderTest, aDefectLiesInTheElementAtFaultOrInTheOneThatLacksIt) {
+  struct Case {
+    int line;
+    std::string element;
+    std::string document;
+  };
+  const auto table = [](const std::string& line) {
+    return documentText("<push_ad_config>" + line + "</push_ad_config>", kAd);
+  };
+  const auto changed = [](const std::string& from, const std::string& to) {
+    std::string ad = kAd;
+    ad.replace(ad.find(from), from.size(), to);
+    return documentText("", ad);
+  };
+  const std::string editor = "<appid>com.example.editor</appid>";
+  const std::string page = "<html_contents><default>H</default></html_contents>";
+  std::vector<Case> cases = {
+      {94, "other", "<other/>"},
+      {94, "rootcfg", "<rootcfg><data/></rootcfg>"},
+      {94, "file_version", "<rootcfg><data><file_version/></data></rootcfg>"},
+      {103, "push_ad_config", table("")},
+      {103, "appid", table("<adid>1</adid><appid/>")},
+      {104, "push_ad_config", table(editor)},
+      {104, "adid", table(editor + "<adid/>")},
+      {119, "rootcfg", documentText("", "")},
+      {122, "push_ad", documentText("", "<push_ad/>")},
+      {122, "adid", documentText("", "<push_ad><adid/></push_ad>")},
+      {166, "adid", table(editor + "<adid>13</adid>")},
+      {138, "push_ad", documentText("", kAd.substr(0, kAd.find("<title>")) + page + "</push_ad>")},
+      {139, "push_ad", changed(page, "")},
+      {176, "title", changed("<en>1</en><de/><default>2</default><en>3</en>", "x")},
+      {177, "html_contents", changed("<default>H</default>", "x")},
+  };
+  for (std::size_t index = 1; index < kFieldNames.size(); ++index) {
+    const std::string name(kFieldNames.at(index));
+    const auto begin = kAd.find("<" + name + ">");
+    const auto end = kAd.find("</" + name + ">") + name.size() + 3;
+    const auto field = kAd.substr(begin, end - begin);
+    const int line = 127 + static_cast<int>(index);
+    cases.push_back({line, "push_ad", changed(field, "")});
+    std::string emptyFirst = "<" + name + "/>";
+    emptyFirst += field;
+    cases.push_back({line, name, changed(field, emptyFirst)});
+  }
+  for (const auto& [line, element, text] : cases) {
+    const auto document = XmlDocument::parse(text);
+    ASSERT_TRUE(document) << text;
+    const AdReading reading = readAdForHost(*document, kEditor);
+    ASSERT_TRUE(reading.defect) << text;
+    EXPECT_EQ(reading.defect->line, line) << text;
+    EXPECT_EQ(reading.defect->element.name(), element) << text;
+  }
+}
+
 // They may all be installed, which is looked up before such a document is refused.
 TEST_F(AdReaderTest, promotedNamesAreReadBeforeLanguagesAreMissed) {
   std::string ad = kAd;
@@ -64,11 +118,22 @@ TEST_F(AdReaderTest, promotedNamesAreReadBeforeLanguagesAreMissed) {
   EXPECT_TRUE(reading.promotedNames);
 }
 
+TEST_F(AdReaderTest, anAdvertisementIsNamedThoughItCannotBeRead) {
+  const auto document = XmlDocument::parse("<push_ad><adid>1</adid></push_ad>");
+  ASSERT_TRUE(document);
+  const AdReading reading = readAd(document->root());
+  ASSERT_TRUE(reading.defect);
+  EXPECT_EQ(reading.defect->line, 128);
+  ASSERT_TRUE(reading.ad);
+  EXPECT_EQ(reading.ad->name(), "push_ad");
+}
+
 TEST_F(AdReaderTest, oneAdvertisementCanBeReadForItself) {
   const auto document = XmlDocument::parse(kAd);
   ASSERT_TRUE(document);
   const AdReading reading = readAd(document->root());
   ASSERT_FALSE(reading.defect);
+  EXPECT_EQ(reading.ad->name(), "push_ad");
   const auto record = createRecord(reading);
   EXPECT_EQ(record->adId(), 12);
   EXPECT_FALSE(record->enable());

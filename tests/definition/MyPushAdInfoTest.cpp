@@ -2,6 +2,7 @@
 #include <limits>
 
 #include "definition/DefinitionTest.h"
+#include "definition/LanguageChoice.h"
 #include "qorix/MyPushAdInfo.h"
 #include "support/CheckLines.h"
 
@@ -47,7 +48,9 @@ TEST_F(LanguageChoiceTest, onlyTheFirstPreferenceCounts) {
 TEST_F(LanguageChoiceTest, withoutPreferencesTheLanguageIsEnglish) {
   EXPECT_EQ(choose({{"default", "Default"}, {"en", "English"}}), "English");
   EXPECT_EQ(choose({{"default", "Default"}, {"ja", "Japanese"}}), "Default");
+  EXPECT_EQ(preferredLanguage(), "en");
   prefer({});
+  EXPECT_EQ(preferredLanguage(), "en");
   EXPECT_EQ(choose({{"default", "Default"}, {"en", "English"}}), "English");
   EXPECT_TRUE(log_->lines().empty());
 }
@@ -184,6 +187,16 @@ TEST_F(CheckTest, aSwitchThatReadsOffAndThenOnIsReported) {
   EXPECT_EQ(log_->lines(), Lines{fieldLine(98)});
 }
 
+TEST_F(CheckTest, allThirteenRulesAreToldInTheirOrder) {
+  const auto info = MyPushAdInfo::createInstance<WaveringInfo>();
+  info->setEmbed(-1);
+  info->setDelay(-1);
+  info->setAdvanceDict(std::nullopt);
+  info->doCheck();
+  EXPECT_EQ(log_->lines(),
+            fieldLines({97, 98, 99, 100, 101, 102, 103, 104, 105, 106, 107, 108, 109}));
+}
+
 TEST_F(CheckTest, aSwitchedOffRecordIsNoDefect) {
   const auto info = soundRecord();
   info->setEnable(false);
@@ -260,8 +273,10 @@ TEST_F(MergeTest, anAbsentCustomisationIsReportedBeforeAnAbsentHost) {
 TEST_F(MergeTest, aHostWithoutIdentifierIsRefused) {
   for (const auto& host : {std::optional<std::string>(), std::optional<std::string>("")}) {
     installHost(host);
-    merge("{\"\":{\"embed\":9}}");
-    EXPECT_EQ(log_->takeLines(), Lines{mergeLine(147)});
+    for (const auto* advance : {"{\"\":{\"embed\":9}}", "", "not JSON", "{\"\xFF\":1}"}) {
+      merge(advance);
+      EXPECT_EQ(log_->takeLines(), Lines{mergeLine(147)}) << advance;
+    }
   }
   expectUnchanged();
 }

@@ -6,11 +6,15 @@
 #include "definition/DefinitionTest.h"
 #include "qorix/MyPushAdUtil.h"
 #include "support/CheckLines.h"
+#include "support/Locale.h"
 
 namespace qorix {
 namespace {
 
 const std::string kAllInstalled = "ZAM: All po-apps installed, Disable it.";
+
+const std::string kFolderLine =
+    checkLine("+[MyPushAdUtil fetchUserInstalledAppNamesSet]", 257, kFatalMessage);
 
 Lines parserLine(int line) {
   return {checkLine("+[MyPushAdUtil parseXMLWithString:]", line, kFatalMessage)};
@@ -73,6 +77,12 @@ class ParsingTest : public DefinitionTest {
   void expectDefect(int line, const std::string& document) {
     EXPECT_EQ(parse(document), nullptr);
     EXPECT_EQ(log_->takeLines(), parserLine(line)) << document;
+  }
+
+  /// The same with an applications folder that cannot be opened.
+  void expectDefectBehindTheFolder(int line, const std::string& document) {
+    EXPECT_EQ(parse(document), nullptr);
+    EXPECT_EQ(log_->takeLines(), (Lines{kFolderLine, parserLine(line).front()})) << document;
   }
 };
 
@@ -183,6 +193,23 @@ TEST_F(ParsingTest, theFirstFileVersionUnderAnyDataCounts) {
                document("<data><file_version/></data><data><file_version>1</file_version></data>"));
 }
 
+TEST_F(ParsingTest, theFileVersionIsLookedAtBeforeTheTableAndTheTableBeforeTheAdvertisements) {
+  const auto document = [](const std::string& version, const std::string& table,
+                           const std::string& ads) {
+    return "<rootcfg><data>" + table + version + "</data>" + ads + "</rootcfg>";
+  };
+  const auto sound = element("file_version", "1");
+  const auto brokenLine = tableLine("", "1");
+  const auto brokenAd = element("push_ad", "");
+  expectDefect(94, document("", brokenLine, ""));
+  expectDefect(94, document("", brokenLine, brokenAd));
+  expectDefect(103, document(sound, brokenLine, ""));
+  expectDefect(103, document(sound, brokenLine, brokenAd));
+  expectDefect(104, document(sound, tableLine(kEditor, ""), ""));
+  expectDefect(119, document(sound, tableLine(kEditor, "1"), ""));
+  expectDefect(122, document(sound, tableLine(kEditor, "1"), brokenAd));
+}
+
 TEST_F(ParsingTest, anEmptyTableMakesEveryHostShowTheFirstAdvertisement) {
   const auto document = documentText("", adText("21") + adText("22"));
   EXPECT_EQ(adIdFor(kEditor, document), 21);
@@ -216,6 +243,44 @@ TEST_F(ParsingTest, identifiersAreComparedExactly) {
   ASSERT_NE(info, nullptr);
   EXPECT_EQ(info->adId(), 22);
   expectDefect(166, documentText(tableLine(kEditor, "022"), adText("22")));
+}
+
+TEST_F(ParsingTest, blanksArePartOfAnIdentifier) {
+  const auto ads = [](const std::string& first, const std::string& second) {
+    Ad narrow;
+    narrow.adid = element("adid", first);
+    narrow.width = element("width", "1");
+    return narrow.text() + adText(second);
+  };
+  for (const auto* padded : {" 22", "22 ", "\n22\n"}) {
+    // Whichever of the two is named, the other is not taken for it.
+    for (const auto& [first, second] : {std::pair(padded, "22"), std::pair("22", padded)}) {
+      EXPECT_EQ(parse(documentText(tableLine(kEditor, first), ads(first, second)))->width(), 1);
+      EXPECT_EQ(parse(documentText(tableLine(kEditor, second), ads(first, second)))->width(), 600);
+    }
+    expectDefect(166, documentText(tableLine(kEditor, "22"), adText(padded)));
+    expectDefect(166, documentText(tableLine(kEditor, padded), adText("22")));
+    const auto hosts = documentText(
+        tableLine(std::string(" ") + kEditor, "21") + tableLine(std::string(kEditor) + "\n", "21"),
+        adText("22") + adText("21"));
+    EXPECT_EQ(adIdFor(kEditor, hosts), 22);
+  }
+}
+
+TEST_F(ParsingTest, blanksAreATextInATableLine) {
+  const auto document = [](const std::string& line) {
+    return documentText(line + tableLine(kEditor, "22"), adText("21") + adText("22"));
+  };
+  EXPECT_EQ(adIdFor(kEditor, document(tableLine(" ", "21"))), 22);
+  EXPECT_EQ(adIdFor(kEditor, document(tableLine("\n\t", "21"))), 22);
+  EXPECT_EQ(adIdFor(kEditor, document(tableLine("com.example.other", " "))), 22);
+  EXPECT_EQ(adIdFor(" ", document(tableLine(" ", "22"))), 22);
+  EXPECT_TRUE(log_->lines().empty());
+  installHost(kEditor);
+  expectDefect(166, documentText(tableLine(kEditor, " "), adText("22")));
+  const auto info = parse(documentText(tableLine(kEditor, " "), adText("22") + adText(" ")));
+  ASSERT_NE(info, nullptr);
+  EXPECT_EQ(info->adId(), 0);
 }
 
 TEST_F(ParsingTest, aTableLineWithoutAdidSpoilsTheDocumentForHostsBehindItAndWithoutALine) {
@@ -303,6 +368,27 @@ TEST_F(ParsingTest, eachFieldMustBeThereWithSomeText) {
   }
 }
 
+TEST_F(ParsingTest, blanksAreATextInAField) {
+  for (const auto& [member, name, line] : kFields) {
+    for (const auto* blanks : {" ", "\n\t ", "<x> </x>", "<![CDATA[ ]]>"}) {
+      Ad ad;
+      ad.*member = element(name, blanks);
+      EXPECT_NE(parseAd(ad), nullptr) << name;
+    }
+  }
+  log_->takeLines();  // a customisation of blanks is no JSON
+  Ad ad;
+  ad.adid = element("adid", " ");
+  ad.version = element("version", " ");
+  ad.notes = element("notes", "\n");
+  const auto info = parseAd(ad);
+  ASSERT_NE(info, nullptr);
+  EXPECT_EQ(info->adId(), 0);
+  EXPECT_EQ(info->version(), " ");
+  EXPECT_EQ(info->notes(), "\n");
+  EXPECT_TRUE(log_->lines().empty());
+}
+
 TEST_F(ParsingTest, ofSeveralDefectsTheFirstFieldsIsLogged) {
   for (std::size_t index = 0; index + 1 < kFields.size(); ++index) {
     Ad ad;
@@ -345,6 +431,14 @@ TEST_F(ParsingTest, theLastOfSeveralTextsOfOneLanguageWinsInTheFirstOnesPlace) {
   const auto info = parseAd(ad);
   ASSERT_NE(info, nullptr);
   EXPECT_EQ(info->titleDict(), (LocalizedTexts{{"en", "2"}, {"ja", "J"}, {"EN", "E"}}));
+}
+
+TEST_F(ParsingTest, anEmptyTextIsNotTheFirstOfItsLanguage) {
+  Ad ad;
+  ad.title = "<title><en/><ja>J</ja><en>2</en><de/></title>";
+  const auto info = parseAd(ad);
+  ASSERT_NE(info, nullptr);
+  EXPECT_EQ(info->titleDict(), (LocalizedTexts{{"ja", "J"}, {"en", "2"}}));
 }
 
 TEST_F(ParsingTest, onlyTheFirstTitleAndPageAreRead) {
@@ -466,15 +560,99 @@ TEST_F(ParsingTest, withoutPromotedNamesTheApplicationsFolderIsNotTouched) {
   EXPECT_TRUE(log_->lines().empty());
 }
 
+TEST_F(ParsingTest, blanksArePartOfAPromotedName) {
+  installPackages({"Example Viewer.app", "Blank .app", " .app"});
+  const auto isEnabledWith = [&](const std::string& name) {
+    Ad ad;
+    ad.promoAppNames = element("promo_app_name", name);
+    return parseAd(ad)->enable();
+  };
+  EXPECT_FALSE(isEnabledWith("Example Viewer"));
+  EXPECT_TRUE(isEnabledWith(" Example Viewer"));
+  EXPECT_TRUE(isEnabledWith("Example Viewer "));
+  EXPECT_TRUE(isEnabledWith("\nExample Viewer\n"));
+  EXPECT_FALSE(isEnabledWith("Blank "));
+  EXPECT_TRUE(isEnabledWith("Blank"));
+  EXPECT_FALSE(isEnabledWith(" "));
+  EXPECT_TRUE(isEnabledWith("  "));
+}
+
+/// An advertisement with a promoted application, whose customisation is at fault.
+Ad promotingAd() {
+  Ad ad;
+  ad.advance = "<advance>not JSON</advance>";
+  ad.promoAppNames = "<promo_app_name>Example Viewer</promo_app_name>";
+  return ad;
+}
+
 TEST_F(ParsingTest, installedApplicationsAreReadBeforeTheLastCheck) {
   applicationsFolder_->contents.reset();
-  Ad ad;
+  Ad ad = promotingAd();
+  ad.htmlContents = "<html_contents/>";
+  expectDefectBehindTheFolder(177, documentText("", ad.text()));
   ad.title = "<title/>";
-  ad.promoAppNames = "<promo_app_name>Example Viewer</promo_app_name>";
-  EXPECT_EQ(parseAd(ad), nullptr);
+  expectDefectBehindTheFolder(176, documentText("", ad.text()));
+}
+
+TEST_F(ParsingTest, installedApplicationsAreReadBeforeTheCustomisation) {
+  applicationsFolder_->contents.reset();
+  EXPECT_NE(parseAd(promotingAd()), nullptr);
   EXPECT_EQ(log_->lines(),
-            (Lines{checkLine("+[MyPushAdUtil fetchUserInstalledAppNamesSet]", 257, kFatalMessage),
-                   parserLine(176).front()}));
+            (Lines{kFolderLine,
+                   checkLine("-[MyPushAdInfo doParseCustomizationAndMerge]", 153, kFatalMessage)}));
+}
+
+TEST_F(ParsingTest, installedApplicationsAreNotReadWhenAnythingBeforeThemIsAtFault) {
+  for (const auto& [member, name, line] : kFields) {
+    Ad ad = promotingAd();
+    ad.*member = "";
+    expectDefect(line, documentText("", ad.text()));
+  }
+  Ad ad = promotingAd();
+  ad.htmlContents = "";
+  expectDefect(139, documentText("", ad.text()));
+  ad.title = "";
+  expectDefect(138, documentText("", ad.text()));
+  expectDefect(166, documentText(tableLine(kEditor, "99"), promotingAd().text()));
+  EXPECT_EQ(applicationsFolder_->directoryRequests, 0);
+}
+
+TEST_F(ParsingTest, onlyTheChosenAdvertisementsApplicationsAreLookedFor) {
+  Ad second;
+  second.adid = element("adid", "22");
+  const auto document =
+      documentText(tableLine(kEditor, "22"), promotingAd().text() + second.text());
+  EXPECT_EQ(adIdFor(kEditor, document), 22);
+  EXPECT_EQ(applicationsFolder_->directoryRequests, 0);
+}
+
+class ParsingInLocaleTest : public ParsingTest, public testing::WithParamInterface<const char*> {};
+
+INSTANTIATE_TEST_SUITE_P(Locales, ParsingInLocaleTest, testing::Values("tr_TR", "de_DE", "ps_AF"),
+                         [](const auto& locale) { return std::string(locale.param); });
+
+TEST_P(ParsingInLocaleTest, aDocumentIsReadTheSame) {
+  const LocaleInUse locale(GetParam());
+  installPackages({"IMAGE FINDER.app"});
+  Ad ad;
+  ad.width = "<width>1234567.5</width>";
+  ad.height = "<height>1,5</height>";
+  ad.advance = R"(<advance>{"com.example.editor":{"enable":0.9,"delay":2.7,"offsetx":-1.5,)"
+               R"("offsety":1.25e2,"COUNT":1,"embed":1e400}}</advance>)";
+  ad.title = "<title><ID>I</ID><id>i</id></title>";
+  ad.promoAppNames = "<promo_app_name>image finder</promo_app_name>";
+  const auto info = parseAd(ad);
+  ASSERT_NE(info, nullptr);
+  EXPECT_FALSE(info->enable());
+  EXPECT_EQ(info->width(), 1234567);
+  EXPECT_EQ(info->height(), 1);
+  EXPECT_EQ(info->delay(), 2);
+  EXPECT_EQ(info->offsetx(), -1);
+  EXPECT_EQ(info->offsety(), 125);
+  EXPECT_EQ(info->count(), 3);
+  EXPECT_EQ(info->embed(), std::numeric_limits<std::int64_t>::max());
+  EXPECT_EQ(info->titleDict(), (LocalizedTexts{{"ID", "I"}, {"id", "i"}}));
+  EXPECT_TRUE(log_->lines().empty());
 }
 
 TEST_F(ParsingTest, aPageOfTwentyMegabytesIsRead) {

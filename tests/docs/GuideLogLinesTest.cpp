@@ -180,6 +180,7 @@ class GuideOtherLinesTest : public testing::Test {
   }
 
   void fetch(const std::string& text) {
+    fakes_.runLoop->advance(60);  // after a failure another attempt begins
     fakes_.urlSessions->sessions.at(0)->deliver(text);
     fakes_.urlSessions->sessions.at(0)->complete();
     fakes_.runLoop->runUntilIdle();
@@ -221,8 +222,10 @@ TEST_F(GuideOtherLinesTest, theOtherLinesAreWhatAHostLogs) {
     void use() override {}
     void ignore() override {}
   } listener;
-  for (const auto* address : {"https://example.com/?ls=1", "https://example.com/?zamopenout=1"}) {
-    controller->webViewDecidePolicyForNavigationAction(controller->legacyWebView(), {},
+  for (const auto* address : {"https://example.com/?ls=1", "https://example.com/?zamopenout=1",
+                              "file:///etc/hosts?zamopenout=1", "https://example.com/?ls=1"}) {
+    controller->webViewDecidePolicyForNavigationAction(controller->legacyWebView(),
+                                                       {{kWebActionIsUserActKey, false}},
                                                        *Url::parse(address), {}, listener);
   }
   const auto lines = fakes_.log->lines();

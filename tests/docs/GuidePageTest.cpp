@@ -12,6 +12,7 @@
 #include "platform/DomNode.h"
 #include "platform/WebView.h"
 #include "qorix/MyPushAdViewController.h"
+#include "webview/OpeningLimit.h"
 #include "webview/PageScripts.h"
 
 namespace qorix::test {
@@ -227,6 +228,22 @@ TEST_F(GuidePageTest, theLimitsOfThePagesListAreThoseOfTheLibrary) {
   const std::string longest(std::stoul(bytes[1]), 'a');
   EXPECT_EQ(answerTo(longest), postPromoAppInfoScript("", "['" + longest + "']", "['0']"));
   EXPECT_EQ(answerTo(longest + "a"), postPromoAppInfoScript("", "[]", "[]"));
+}
+
+TEST_F(GuidePageTest, theLimitsOfWhatAPageOpensAreThoseOfTheLibrary) {
+  const std::string text = textOfFile(QORIX_GUIDE);
+  std::smatch limits;
+  ASSERT_TRUE(std::regex_search(
+      text, limits,
+      std::regex("no more than (\\d+) addresses are opened\\s+within a second, and (\\d+) in")));
+  EXPECT_EQ(std::stoul(limits[1]), OpeningLimit::kPerSecond);
+  EXPECT_EQ(std::stoul(limits[2]), OpeningLimit::kPerPage);
+  std::smatch schemes;
+  ASSERT_TRUE(std::regex_search(
+      text, schemes, std::regex("run something \\(`(\\w+):`, `(\\w+):`, `(\\w+):` and")));
+  for (std::size_t i = 1; i < schemes.size(); ++i) {
+    EXPECT_FALSE(mayBeOpened(schemes[i].str())) << schemes[i];
+  }
 }
 
 }  // namespace

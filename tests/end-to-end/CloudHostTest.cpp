@@ -70,8 +70,9 @@ TEST_F(CloudHostTest, showsTheCachedBannerWhenTheServiceIsGone) {
   EXPECT_TRUE(host.waitForEvent(kWillShow));
   EXPECT_TRUE(host.waitForLog("ZAM dError rty"));
   EXPECT_THAT(host.log(), ElementsAre(checkLine(kQueryMethod, 123,
-                                                "The Cloud Query Error:the cloud service answered "
-                                                "with HTTP status 503"),
+                                                "The Cloud Query Error:Error Domain=CloudKit "
+                                                "Code=503 \"the cloud service answered with HTTP "
+                                                "status 503\""),
                                       "ZAM dError rty"));
   expectProperQuit(host);
 }
@@ -80,8 +81,9 @@ TEST_F(CloudHostTest, aRateLimitIsLogged) {
   cloud_.setAnswer({.status = 429, .body = {R"({"uuid": "1", "serverErrorCode": "THROTTLED",
                                  "reason": "too many requests", "retryAfter": 30})"}});
   EXPECT_THAT(logOfFailure(), ElementsAre(checkLine(kQueryMethod, 123,
-                                                    "The Cloud Query Error:THROTTLED: too many "
-                                                    "requests (retry after 30 s)"),
+                                                    "The Cloud Query Error:Error Domain=CloudKit "
+                                                    "Code=429 \"THROTTLED: too many requests "
+                                                    "(retry after 30 s)\""),
                                           "ZAM dError rty"));
 }
 

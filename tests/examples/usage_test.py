@@ -17,6 +17,10 @@ HOST_OPTIONS = (
     "--view-size --defaults --applications --languages --quit-after --screenshot --help"
 ).split()
 
+SERVER_OPTIONS = (
+    "--port --until-input-ends --cloud-container --cloud-environment --cloud-token --help"
+).split()
+
 
 def run(program, *arguments):
     return subprocess.run(
@@ -40,7 +44,10 @@ class Usage(unittest.TestCase):
         self.assertEqual((result.returncode, result.stderr), (0, ""))
         for option in HOST_OPTIONS:
             self.assertIn(f"  {option} ", result.stdout)
-        self.assertEqual(run("qorix-sample-server", "--help").returncode, 0)
+        result = run("qorix-sample-server", "--help")
+        self.assertEqual((result.returncode, result.stderr), (0, ""))
+        for option in SERVER_OPTIONS:
+            self.assertIn(f"  {option} ", result.stdout)
 
     def test_host_refuses_what_it_does_not_understand(self):
         self.assert_refused("qorix-sample-host", "--colour", because="--colour")
@@ -68,28 +75,64 @@ class Server(unittest.TestCase):
     def setUp(self):
         folder = tempfile.TemporaryDirectory()
         self.addCleanup(folder.cleanup)
-        (Path(folder.name) / "a.xml").write_text("<a/>")
+        self.folder = folder.name
+        (Path(self.folder) / "a.xml").write_text("<a/>")
+        self.start()
+
+    def start(self, *more, stdin=subprocess.DEVNULL):
         self.server = subprocess.Popen(
-            [bin_folder / "qorix-sample-server", "--port", "0", *self.options, folder.name],
-            stdin=subprocess.PIPE,
+            [bin_folder / "qorix-sample-server", "--port", "0", *self.options, *more, self.folder],
+            stdin=stdin,
             stdout=subprocess.PIPE,
             text=True,
         )
-        self.addCleanup(self.server.stdout.close)
-        self.addCleanup(self.server.stdin.close)
+        self.addCleanup(self.end, self.server)
         event = json.loads(self.server.stdout.readline())
         self.assertEqual(event["event"], "listening")
         self.base = f"http://127.0.0.1:{event['port']}"
         self.url = f"{self.base}/a.xml"
 
-    def test_serves_until_its_input_ends(self):
-        self.assertEqual(urllib.request.urlopen(self.url, timeout=10).read(), b"<a/>")
-        self.server.stdin.close()
-        self.assertEqual(self.server.wait(10), 0)
+    @staticmethod
+    def end(server):
+        server.kill()
+        server.wait()
+        for stream in (server.stdin, server.stdout):
+            if stream:
+                stream.close()
+
+    def assert_serves(self):
+        self.assertEqual(urllib.request.urlopen(self.url, timeout=60).read(), b"<a/>")
+
+    def test_serves_though_its_input_is_at_its_end(self):
+        for _ in range(20):
+            self.assert_serves()
+        self.assertIsNone(self.server.poll())
 
     def test_ends_when_asked_to(self):
         self.server.send_signal(signal.SIGTERM)
-        self.assertEqual(self.server.wait(10), 0)
+        self.assertEqual(self.server.wait(60), 0)
+
+    def test_its_input_is_not_read(self):
+        self.start(stdin=subprocess.PIPE)
+        self.server.stdin.write("bytes\n")
+        self.server.stdin.close()
+        for _ in range(20):
+            self.assert_serves()
+        self.server.send_signal(signal.SIGINT)
+        self.assertEqual(self.server.wait(60), 0)
+
+    def test_ends_with_its_input_when_told_to(self):
+        self.start("--until-input-ends", stdin=subprocess.PIPE)
+        self.server.stdin.write("bytes\n")
+        self.server.stdin.flush()
+        self.assert_serves()
+        self.assertIsNone(self.server.poll())
+        self.server.stdin.close()
+        self.assertEqual(self.server.wait(60), 0)
+
+    def test_ends_at_once_when_told_to_and_there_is_no_input(self):
+        self.start("--until-input-ends")
+        self.assertEqual(self.server.wait(60), 0)
 
 
 class CloudService(Server):

@@ -39,13 +39,15 @@ bool FakeRunLoop::runNextQueued() {
   std::function<void()> task;
   {
     const std::lock_guard lock(mutex_);
-    if (queue_.empty()) {
+    if (runsQueued_ || queue_.empty()) {
       return false;
     }
     task = std::move(queue_.front());
     queue_.pop_front();
   }
+  runsQueued_ = true;
   task();
+  runsQueued_ = false;
   return true;
 }
 

@@ -19,6 +19,7 @@ class FakeRunLoop : public RunLoop {
   void performAfterDelay(double seconds, std::function<void()> task) override;
   void dispatchAsync(std::function<void()> task) override;
   void performAndWait(std::function<void()> task) override;
+  void serveHost() override { ++timesHostWasServed; }
 
   /// Runs what is queued and what is due, also what that adds, until nothing is left to do now.
   void runUntilIdle();
@@ -36,6 +37,8 @@ class FakeRunLoop : public RunLoop {
   /// Seconds from now until each waiting delayed perform is due, soonest first.
   std::vector<double> pendingDelays() const;
 
+  int timesHostWasServed = 0;
+
  private:
   bool runNextQueued();
   bool runNextDue();
@@ -43,6 +46,7 @@ class FakeRunLoop : public RunLoop {
   const std::thread::id mainThread_ = std::this_thread::get_id();
   double now_ = 0;
   bool tracksMenu_ = false;
+  bool runsQueued_ = false;
   std::multimap<double, std::function<void()>> delayed_;  // by due time, then in call order
   std::mutex mutex_;                                      // guards queue_
   std::condition_variable queued_;

@@ -16,7 +16,10 @@ class FakeUrlSession : public UrlSession {
   explicit FakeUrlSession(std::weak_ptr<UrlSessionDelegate> delegate)
       : delegate_(std::move(delegate)) {}
 
-  void startDataTask(const Url& url) override { startedUrls.push_back(url.absoluteString()); }
+  void startDataTask(const Url& url) override {
+    startedUrls.push_back(url.absoluteString());
+    running_.push_back(delegate_.lock());
+  }
 
   /// The running task receives a piece of the body.
   void deliver(std::string_view data) {
@@ -25,9 +28,13 @@ class FakeUrlSession : public UrlSession {
     }
   }
 
-  /// The running task ends.
+  /// The running task ends, of several the one that was started first.
   void complete(const std::optional<Error>& error = std::nullopt) {
-    if (const auto delegate = delegate_.lock()) {
+    const auto delegate = delegate_.lock();
+    if (!running_.empty()) {
+      running_.erase(running_.begin());
+    }
+    if (delegate != nullptr) {
       delegate->urlSessionDidCompleteWithError(error);
     }
   }
@@ -36,6 +43,7 @@ class FakeUrlSession : public UrlSession {
 
  private:
   std::weak_ptr<UrlSessionDelegate> delegate_;
+  std::vector<std::shared_ptr<UrlSessionDelegate>> running_;  // a task keeps its delegate alive
 };
 
 class FakeUrlSessionFactory : public UrlSessionFactory {

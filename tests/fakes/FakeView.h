@@ -1,6 +1,8 @@
 #pragma once
 
+#include <functional>
 #include <memory>
+#include <utility>
 #include <vector>
 
 #include "platform/Platform.h"
@@ -55,9 +57,13 @@ class FakeViewOf : public ViewClass,
 
   void setPostsFrameChangedNotifications(bool posts) override { postsFrameChanges_ = posts; }
 
+  bool isGone() const override { return gone; }
+
   bool postsFrameChanges() const { return postsFrameChanges_; }
 
   int setFrameCalls = 0;
+  /// When set, the host has destroyed what the view stands for.
+  bool gone = false;
 
  private:
   Rect frame_;
@@ -79,18 +85,37 @@ class FakeWebView : public FakeViewOf<WebView> {
     loads.push_back({html, baseUrl});
   }
 
+  void endPage() override { ++endedPages; }
+
   std::string stringByEvaluatingJavaScriptFromString(const std::string& script) override {
     scripts.push_back(script);
     return page ? page(script) : std::string();
   }
 
+  bool isPageAnswering() const override { return isAnswering; }
+
+  void performWhenPageAnswers(std::function<void()> task) override {
+    whenAnswering.push_back(std::move(task));
+  }
+
   void setDrawsBackground(bool draws) override { drawsBackground = draws; }
+
+  /// The page comes back: what waits for that is run.
+  void answerAgain() {
+    isAnswering = true;
+    for (const auto& task : std::exchange(whenAnswering, {})) {
+      task();
+    }
+  }
 
   /// What the page answers to a script.
   std::function<std::string(const std::string&)> page;
+  bool isAnswering = true;
+  std::vector<std::function<void()>> whenAnswering;
   std::vector<Load> loads;
   std::vector<std::string> scripts;
   bool drawsBackground = true;
+  int endedPages = 0;
 };
 
 }  // namespace qorix

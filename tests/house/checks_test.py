@@ -8,6 +8,7 @@ from pathlib import Path
 
 import every_test_is_built
 import layering
+import locale_free
 import promises
 import using_declarations
 import words
@@ -173,6 +174,30 @@ class Words(Tree):
     def test_ordinary_words(self):
         self.write("docs/a.md", "part of a whole; a specification; an issue; partly; todo lists\n")
         self.assertEqual(list(words.faults(self.root)), [])
+
+
+class LocaleFree(Tree):
+    def found(self, line, name="webview/Marks.cpp"):
+        self.write(name, f"#include <string>\n{line}\n")
+        return list(locale_free.faults(self.root))
+
+    def test_what_follows_the_locale(self):
+        for line in (
+            "c = std::tolower(c);",
+            "all_of(text, ::isdigit);",
+            "if (strcasecmp(a, b) == 0) {",
+            "double d = std::stod(text);",
+            "#include <cctype>",
+        ):
+            place = f"webview/Marks.cpp:2: {line}: follows the locale"
+            self.assertEqual(self.found(line), [place])
+
+    def test_what_does_not(self):
+        for line in ("c = asciiLower(c);", "if (isDigit(c)) {", "// not as tolower does", "int top;"):
+            self.assertEqual(self.found(line), [])
+
+    def test_tests_are_free(self):
+        self.assertEqual(self.found("std::toupper(c);", "tests/docs/GuideTest.cpp"), [])
 
 
 class UsingDeclarations(Tree):

@@ -1,6 +1,10 @@
 #include <gmock/gmock.h>
 
-#include "platform/NotificationCenter.h"
+#include <stdexcept>
+#include <utility>
+
+#include "fakes/RecordingLog.h"
+#include "platform/Platform.h"
 
 namespace qorix {
 namespace {
@@ -76,6 +80,42 @@ TEST_F(NotificationCenterTest, aHandlerMayPost) {
   observe("a", "a again");
   post("a");
   EXPECT_THAT(heard_, ElementsAre("a", "b", "a again"));
+}
+
+TEST_F(NotificationCenterTest, anObserverRemovedInANestedPostDisplacesNoneOfTheOuterOne) {
+  const auto earlier = observe("a", "earlier");
+  bool isNested = false;
+  center_.addObserver("a", [&](const Notification& /*each*/) {
+    if (!std::exchange(isNested, true)) {
+      center_.removeObserver("a", earlier);
+      post("a");
+      heard_.emplace_back("nested post has ended");
+    }
+  });
+  observe("a", "next");
+  observe("a", "last");
+  post("a");
+  EXPECT_THAT(heard_,
+              ElementsAre("earlier", "next", "last", "nested post has ended", "next", "last"));
+  EXPECT_EQ(center_.countObservers(), 3U);
+}
+
+TEST_F(NotificationCenterTest, whatAnObserverThrowsIsLoggedAndTheOthersHearThePost) {
+  const auto log = std::make_shared<RecordingLog>();
+  Platform services;
+  services.log = log;
+  installPlatform(services);
+  NotificationCenter::Observation self = 0;
+  self = center_.addObserver("a", [&](const Notification& /*each*/) {
+    center_.removeObserver("a", self);
+    throw std::runtime_error("of the host");
+  });
+  observe("a", "second");
+  post("a");
+  post("a");
+  EXPECT_THAT(heard_, ElementsAre("second", "second"));
+  EXPECT_THAT(log->lines(), ElementsAre("ZAM An exception was stopped: of the host"));
+  EXPECT_EQ(center_.countObservers(), 1U);
 }
 
 }  // namespace

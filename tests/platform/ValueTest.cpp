@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <limits>
+#include <type_traits>
 
 #include "platform/Value.h"
 
@@ -29,6 +30,15 @@ TEST(ValueTest, booleansAreNumbers) {
   EXPECT_EQ(Value(true).integerValue(), 1);
   EXPECT_EQ(Value(0.5).booleanValue(), true) << "as a number, not as its integer";
   EXPECT_EQ(Value(0).booleanValue(), false);
+}
+
+TEST(ValueTest, noPointerIsABoolean) {
+  EXPECT_TRUE((std::is_convertible_v<bool, Value>));
+  EXPECT_FALSE((std::is_constructible_v<Value, int*>));
+  EXPECT_FALSE((std::is_constructible_v<Value, const void*>));
+  EXPECT_FALSE((std::is_constructible_v<Value, Object*>));
+  EXPECT_FALSE((std::is_constructible_v<Value, void (*)()>));
+  EXPECT_FALSE((std::is_constructible_v<Value, std::nullptr_t>));
 }
 
 TEST(ValueTest, otherKindsAreNoNumbers) {

@@ -1,107 +1,13 @@
 #include <gmock/gmock.h>
 
-#include <functional>
-
-#include "fakes/FakePlatform.h"
-#include "qorix/MyPushAdNotifications.h"
-#include "qorix/MyPushAdOperator.h"
+#include "presentation/OperatorTest.h"
 #include "qorix/MyPushAdUtil.h"
-#include "support/CheckLines.h"
-#include "support/Records.h"
 
 namespace qorix {
 namespace {
 
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
-
-constexpr const char* kVersionKey = "ZAMMyPushAdVersionKey";
-constexpr const char* kCountKey = "ZAMMyPushAdCountKey";
-
-std::string operatorCheck(const std::string& method, int line, const std::string& message) {
-  return checkLine("-[MyPushAdOperator " + method + "]", line, message);
-}
-
-/// Settings that remember what was done to them, in order.
-struct RecordingDefaults : MemoryUserDefaults {
-  std::optional<std::string> stringForKey(const std::string& key) override {
-    if (key != kAppleLanguagesKey) {
-      calls.push_back("read " + key);
-    }
-    return MemoryUserDefaults::stringForKey(key);
-  }
-  std::int64_t integerForKey(const std::string& key) override {
-    calls.push_back("read " + key);
-    return MemoryUserDefaults::integerForKey(key);
-  }
-  void setString(const std::string& value, const std::string& key) override {
-    calls.push_back(key + "=" + value);
-    MemoryUserDefaults::setString(value, key);
-  }
-  void setInteger(std::int64_t value, const std::string& key) override {
-    calls.push_back(key + "=" + std::to_string(value));
-    MemoryUserDefaults::setInteger(value, key);
-  }
-  bool synchronize() override {
-    calls.emplace_back("synchronize");
-    return true;
-  }
-
-  std::vector<std::string> calls;
-};
-
-class OperatorTest : public ::testing::Test {
- protected:
-  OperatorTest() {
-    fakes_.userDefaults = defaults_;
-    installPlatform(fakes_.services());
-    hostView_->setFrame({{0, 0}, {500, 300}});
-    for (const char* name :
-         {kPushAdWillShowNotification, kPushAdDidCloseNotification, kPushAdOpenIAPNotification}) {
-      fakes_.notificationCenter->addObserver(name, [this](const Notification& each) {
-        events_.push_back(each.name());
-        notifications_.push_back(
-            std::make_shared<Notification>(each.name(), each.object(), each.userInfo()));
-      });
-    }
-  }
-
-  std::shared_ptr<MyPushAdOperator> makeOperator() {
-    return MyPushAdOperator::createInstanceWithHostView(std::shared_ptr<View>(hostView_));
-  }
-
-  /// One launch of the host: a new operator decides and, when due, shows.
-  bool isShownInOneLaunch(const std::shared_ptr<MyPushAdInfo>& record) {
-    const auto presenter = makeOperator();
-    presenter->processShowAdIfNeededWithPushAdInfo(record);
-    fakes_.runLoop->runUntilIdle();
-    const bool shown = !hostView_->children.empty();
-    hostView_->children.clear();
-    return shown;
-  }
-
-  void store(const std::string& version, std::int64_t count) {
-    defaults_->setString(version, kVersionKey);
-    defaults_->setInteger(count, kCountKey);
-    defaults_->calls.clear();
-  }
-
-  std::int64_t storedCount() { return defaults_->MemoryUserDefaults::integerForKey(kCountKey); }
-  std::optional<std::string> storedVersion() {
-    return defaults_->MemoryUserDefaults::stringForKey(kVersionKey);
-  }
-
-  std::shared_ptr<FakeWebView> webView(std::size_t index = 0) {
-    return fakes_.interfaceLoader->webViews.at(index).lock();
-  }
-  FakeWindow& popupWindow() { return *fakes_.windows->windows.at(0); }
-
-  FakePlatform fakes_;
-  std::shared_ptr<RecordingDefaults> defaults_ = std::make_shared<RecordingDefaults>();
-  std::shared_ptr<FakeView> hostView_ = std::make_shared<FakeView>();
-  std::vector<std::string> events_;
-  std::vector<std::shared_ptr<Notification>> notifications_;
-};
 
 // Creation.
 
@@ -122,7 +28,9 @@ TEST_F(OperatorTest, isMadeForNoViewToo) {
 }
 
 TEST_F(OperatorTest, allocatesTheReceivingClass) {
-  struct Special : MyPushAdOperator {};
+  struct Special : MyPushAdOperator {
+    using MyPushAdOperator::MyPushAdOperator;
+  };
   const std::shared_ptr<Special> presenter =
       MyPushAdOperator::createInstanceWithHostView<Special>(hostView_);
   EXPECT_EQ(presenter->hostView(), hostView_);
@@ -308,6 +216,7 @@ TEST_F(OperatorTest, preparingAgainKeepsTheControllerAndLogs) {
 
 TEST_F(OperatorTest, withoutAControllerItLogsAndGoesOn) {
   struct WithoutController : MyPushAdOperator {
+    using MyPushAdOperator::MyPushAdOperator;
     std::shared_ptr<MyPushAdViewController> createPushAdViewController(
         std::int64_t /*mode*/) override {
       return nullptr;
@@ -465,6 +374,18 @@ TEST_F(OperatorTest, aBannerWhoseHostIsGoneShowsNothing) {
   EXPECT_THAT(webView()->loads, IsEmpty());
 }
 
+TEST_F(OperatorTest, aHostThatIsDestroyedIsNoHostThoughItsViewIsKept) {
+  const auto presenter = makeOperator();
+  presenter->processShowAdIfNeededWithPushAdInfo(makeRecord({.delay = 5}));
+  hostView_->gone = true;
+  fakes_.runLoop->advance(5);
+  EXPECT_EQ(presenter->hostView(), nullptr);
+  EXPECT_FALSE(presenter->isAdShownAsBanner());
+  EXPECT_EQ(presenter->composeNotificationUserInfo()->count(kPushAdHostViewKey), 0U);
+  EXPECT_THAT(events_, IsEmpty());
+  EXPECT_THAT(webView()->loads, IsEmpty());
+}
+
 TEST_F(OperatorTest, thePopupIsOrderedFrontPlacedAndLoaded) {
   const auto presenter = makeOperator();
   presenter->processShowAdIfNeededWithPushAdInfo(
@@ -565,6 +486,25 @@ TEST_F(OperatorTest, aCloseClickOfAForeignControllerIsLoggedAndHandled) {
               ElementsAre(operatorCheck("pushAdViewControllerCloseButtonDidClick:", 489,
                                         kVerifyFailedMessage)));
   EXPECT_THAT(hostView_->children, IsEmpty());
+}
+
+TEST_F(OperatorTest, aClosedBannersPageIsEnded) {
+  const auto presenter = makeOperator();
+  presenter->processShowAdIfNeededWithPushAdInfo(makeRecord());
+  fakes_.runLoop->runUntilIdle();
+  const auto page = fakes_.interfaceLoader->webViews.at(0).lock();
+  presenter->postPushAdOpenIAPNotificationWithURL(std::nullopt);
+  EXPECT_EQ(page->endedPages, 0);
+  presenter->pushAdViewControllerCloseButtonDidClick(presenter->pushAdViewController());
+  EXPECT_EQ(page->endedPages, 1);
+}
+
+TEST_F(OperatorTest, aPopupsPageIsNotEndedByItsCloseControl) {
+  const auto presenter = MyPushAdOperator::createInstanceWithHostView(nullptr);
+  presenter->processShowAdIfNeededWithPushAdInfo(makeRecord());
+  fakes_.runLoop->runUntilIdle();
+  presenter->pushAdViewControllerCloseButtonDidClick(presenter->pushAdViewController());
+  EXPECT_EQ(fakes_.interfaceLoader->webViews.at(0).lock()->endedPages, 0);
 }
 
 TEST_F(OperatorTest, aPurchaseClickIsReportedAndChangesNothing) {
@@ -673,6 +613,7 @@ TEST_F(OperatorTest, aPopupOnNoScreenCentresItselfAndLogs) {
   const auto presenter = makeOperator();
   presenter->processShowAdIfNeededWithPushAdInfo(
       makeRecord({.embed = 0, .width = 400, .height = 300}));
+  popupWindow().setFrame({{10, 20}, {30, 40}});
   fakes_.runLoop->runUntilIdle();
   EXPECT_EQ(popupWindow().frame(), (Rect{{0, 0}, {400, 300 + FakeWindow::kTitleBarHeight}}));
   EXPECT_EQ(popupWindow().centerCalls, 1);

@@ -185,6 +185,16 @@ TEST_F(NotificationReadersTest, aPostArrivesAfterTheCallAndKeepsItsValuesAlive) 
   EXPECT_THAT(names, ElementsAre("a"));
 }
 
+TEST_F(NotificationReadersTest, aPostArrivesWhileTheUserTracksAMenu) {
+  int deliveries = 0;
+  fakes_.notificationCenter->addObserver("a", [&](const Notification& /*each*/) { ++deliveries; });
+  fakes_.runLoop->setTracksMenu(true);
+  MyPushAdUtil::postOnMainThreadNotificationName("a", nullptr, std::nullopt);
+  EXPECT_THAT(fakes_.runLoop->pendingDelays(), IsEmpty());
+  fakes_.runLoop->runUntilIdle();
+  EXPECT_EQ(deliveries, 1);
+}
+
 TEST_F(NotificationReadersTest, aPostFromAnotherThreadArrivesOnTheMainThread) {
   std::thread::id deliveredOn;
   fakes_.notificationCenter->addObserver(

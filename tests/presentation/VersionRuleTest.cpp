@@ -26,6 +26,13 @@ TEST(VersionRuleTest, comparesTheSecondComponentByValue) {
   EXPECT_TRUE(isSameAdVersion("2.1a-0", "2.1a0"));
 }
 
+TEST(VersionRuleTest, aCapitalAIsALetterOfTheTextAndSeparatesNothing) {
+  EXPECT_FALSE(isSameAdVersion("2.1A3", "2.1A03"));
+  EXPECT_FALSE(isSameAdVersion("2.1A3", "2.1a3"));
+  EXPECT_TRUE(isSameAdVersion("2.1A3", "2.1A3"));
+  EXPECT_TRUE(isSameAdVersion("2.1A3a7", "2.1A3a07"));
+}
+
 TEST(VersionRuleTest, ignoresComponentsAfterTheSecond) {
   EXPECT_TRUE(isSameAdVersion("2.1a3a1", "2.1a3a9"));
 }

@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <fstream>
 #include <thread>
+#include <utility>
 
 #include "fakes/FakeCloudContainer.h"
 #include "fakes/FakePlatform.h"
@@ -23,6 +24,11 @@ constexpr const char* kConfigurationMessage = "***Error***: ZAM FATAL ERROR GOT!
 
 std::string cloudCheck(const std::string& method, int line, const std::string& message) {
   return checkLine("-[MyPushAdCloudManager " + method + "]", line, message);
+}
+
+std::string queryErrorLine(const std::string& description) {
+  return cloudCheck("queryAndHandleAdFileWithFileName:", 123,
+                    "The Cloud Query Error:Error Domain=cloud Code=7 \"" + description + "\"");
 }
 
 std::shared_ptr<CloudRecord> fileContents(Value value) {
@@ -102,6 +108,12 @@ TEST_F(CloudSourceTest, reportsTheTextOfTheLastRecordOnTheMainThread) {
   EXPECT_THAT(fakes_.log->lines(), IsEmpty());
 }
 
+TEST_F(CloudSourceTest, aLargeFileIsReadWhole) {
+  std::string text(200'000, 'x');
+  text.back() = 'y';
+  EXPECT_TRUE(outcomesOf(Records{recordWithFile(text)}) == std::vector{"text " + text});
+}
+
 TEST_F(CloudSourceTest, anEmptyFileIsAnEmptyText) {
   EXPECT_THAT(outcomesOf(Records{recordWithFile("")}), ElementsAre("text "));
 }
@@ -111,8 +123,13 @@ TEST_F(CloudSourceTest, aQueryErrorIsLoggedAndPassedOn) {
   complete(std::nullopt, Error{"cloud", 7, "rate limited"});
   EXPECT_THAT(delegate_->outcomes, ElementsAre("cloud 7"));
   EXPECT_EQ(delegate_->calledOn, std::this_thread::get_id());
-  EXPECT_THAT(fakes_.log->lines(), ElementsAre(cloudCheck("queryAndHandleAdFileWithFileName:", 123,
-                                                          "The Cloud Query Error:rate limited")));
+  EXPECT_THAT(fakes_.log->lines(), ElementsAre(queryErrorLine("rate limited")));
+}
+
+TEST_F(CloudSourceTest, aQueryErrorWithoutADescriptionIsLoggedAllTheSame) {
+  source_->downloadAdFileAsync();
+  complete(std::nullopt, Error{"cloud", 7, ""});
+  EXPECT_THAT(fakes_.log->lines(), ElementsAre(queryErrorLine("(null)")));
 }
 
 TEST_F(CloudSourceTest, noRecordsAreAnError) {
@@ -211,6 +228,9 @@ TEST_F(CloudSourceTest, anOutcomeAndItsThreadWaitAsLongAsAMenuIsTracked) {
     EXPECT_TRUE(fakes_.runLoop->waitForWork(10));
     EXPECT_THAT(delegate_->outcomes, IsEmpty());
     EXPECT_FALSE(hasReturned);
+    // The line does not wait with them.
+    EXPECT_EQ(fakes_.log->takeLines(),
+              isError ? std::vector{queryErrorLine("rate limited")} : std::vector<std::string>());
     fakes_.runLoop->setTracksMenu(false);
     fakes_.runLoop->runUntilIdle();
     worker.join();
@@ -221,10 +241,55 @@ TEST_F(CloudSourceTest, anOutcomeAndItsThreadWaitAsLongAsAMenuIsTracked) {
 
 TEST_F(CloudSourceTest, aDelegateThatIsGoneHearsNothing) {
   source_->downloadAdFileAsync();
-  delegate_.reset();
+  const std::weak_ptr<OutcomeDelegate> gone = std::exchange(delegate_, nullptr);
+  EXPECT_TRUE(gone.expired()) << "the source must hold its delegate weakly";
+  EXPECT_EQ(source_->delegate(), nullptr);
   complete(Records{recordWithFile("text")}, std::nullopt);
   source_->downloadAdFileAsync();
   complete(std::nullopt, Error{"cloud", 7, "rate limited"});
+}
+
+TEST_F(CloudSourceTest, aDelegateMayLeaveEitherMethodOut) {
+  const auto deaf = std::make_shared<MyPushAdDownloadDelegate>();
+  source_->setDelegate(deaf);
+  EXPECT_EQ(source_->delegate(), deaf);
+  source_->downloadAdFileAsync();
+  complete(Records{recordWithFile("text")}, std::nullopt);
+  source_->downloadAdFileAsync();
+  complete(Records(), std::nullopt);
+}
+
+TEST_F(CloudSourceTest, allocatesTheReceivingClass) {
+  struct Special : MyPushAdCloudManager {};
+  const std::shared_ptr<Special> source =
+      MyPushAdCloudManager::createInstanceWithCloudContainerId<Special>("iCloud.com.example");
+  EXPECT_EQ(source->cloudContainerIdentifier(), "iCloud.com.example");
+}
+
+TEST_F(CloudSourceTest, whatNobodyOwnsDoesNothingLater) {
+  MyPushAdCloudManager source;
+  source.setCloudContainerIdentifier("iCloud.com.example.ads");
+  source.downloadAdFileAsync();
+  source.retryDownloadAdFileWithDelay(1);
+  fakes_.runLoop->advance(10);
+  EXPECT_THAT(database_->queries, IsEmpty());
+}
+
+TEST_F(CloudSourceTest, aRetryKeepsItsSourceAlive) {
+  source_->retryDownloadAdFileWithDelay(60);
+  source_.reset();
+  fakes_.runLoop->advance(60);
+  EXPECT_EQ(database_->queries.size(), 1U);
+}
+
+TEST_F(CloudSourceTest, aRetryWaitsWhileAMenuIsTracked) {
+  source_->retryDownloadAdFileWithDelay(60);
+  fakes_.runLoop->setTracksMenu(true);
+  fakes_.runLoop->advance(100);
+  EXPECT_THAT(database_->queries, IsEmpty());
+  fakes_.runLoop->setTracksMenu(false);
+  fakes_.runLoop->runUntilIdle();
+  EXPECT_EQ(database_->queries.size(), 1U);
 }
 
 TEST_F(CloudSourceTest, retriesOnceAfterTheDelay) {

@@ -126,8 +126,8 @@ TEST_F(WebServerSourceTest, staysSilentWithoutAnAddress) {
 }
 
 TEST_F(WebServerSourceTest, staysSilentWhenTheAddressIsMalformed) {
-  for (const char* address : {"", "commonad.xml", "https://", "http:///commonad.xml",
-                              "https://ads.example.com/common ad.xml", "https://a.b/[x]"}) {
+  for (const char* address :
+       {"", " ", "https://ads.example.com/common ad.xml", "https://a.b/[x]", "https://a.b/%zz"}) {
     const auto source = makeSource(address);
     source->downloadAdFileAsync();
     fakes_.runLoop->advance(1000);
@@ -136,6 +136,130 @@ TEST_F(WebServerSourceTest, staysSilentWhenTheAddressIsMalformed) {
   EXPECT_THAT(delegate_->errors, IsEmpty());
   EXPECT_THAT(delegate_->texts, IsEmpty());
   EXPECT_THAT(fakes_.runLoop->pendingDelays(), IsEmpty());
+}
+
+TEST_F(WebServerSourceTest, fetchesWhatIsWellFormedWhetherThatCanBeOrNot) {
+  for (const char* address : {"commonad.xml", "https://", "http:///commonad.xml", "//a.b/c"}) {
+    delegate_->errors.clear();
+    const auto source = makeSource(address);
+    source->downloadAdFileAsync();
+    auto& session = *fakes_.urlSessions->sessions.back();
+    EXPECT_THAT(session.startedUrls, ElementsAre(address));
+    session.complete(Error{"curl", 3, "no host"});
+    fakes_.runLoop->runUntilIdle();
+    ASSERT_EQ(delegate_->errors.size(), 1U);
+    EXPECT_EQ(delegate_->errors[0].domain, "curl");
+  }
+}
+
+TEST_F(WebServerSourceTest, overlappingAttemptsShareWhatHasArrivedSinceTheLastBegan) {
+  const auto source = makeSource();
+  source->downloadAdFileAsync();
+  session().deliver("lost ");
+  source->downloadAdFileAsync();
+  session().deliver("first ");
+  session().complete();
+  session().deliver("second");
+  session().complete();
+  fakes_.runLoop->runUntilIdle();
+  EXPECT_THAT(delegate_->texts, ElementsAre("first ", "first second"));
+}
+
+TEST_F(WebServerSourceTest, theOutcomeDoesNotWaitForAMenu) {
+  const auto source = makeSource();
+  fakes_.runLoop->setTracksMenu(true);
+  source->downloadAdFileAsync();
+  session().deliver("text");
+  session().complete();
+  fakes_.runLoop->runUntilIdle();
+  EXPECT_THAT(delegate_->texts, ElementsAre("text"));
+}
+
+// A released source.
+
+TEST_F(WebServerSourceTest, aSourceReleasedInMidTransferEndsItsAttempt) {
+  auto source = makeSource();
+  source->downloadAdFileAsync();
+  session().deliver("te");
+  const std::weak_ptr<MyPushAdWebServerManager> watch = source;
+  source.reset();
+  session().deliver("xt");
+  session().complete();
+  fakes_.runLoop->runUntilIdle();
+  EXPECT_THAT(delegate_->texts, ElementsAre("text"));
+  EXPECT_TRUE(watch.expired());
+}
+
+TEST_F(WebServerSourceTest, anOutcomeOnItsWayKeepsItsSourceAlive) {
+  for (const auto& error : {std::optional<Error>(), std::optional(Error{"curl", 18, "cut"})}) {
+    auto source = makeSource();
+    source->downloadAdFileAsync();
+    auto& its = *fakes_.urlSessions->sessions.back();
+    its.deliver("text");
+    its.complete(error);
+    source.reset();
+    fakes_.runLoop->runUntilIdle();
+  }
+  EXPECT_THAT(delegate_->texts, ElementsAre("text"));
+  ASSERT_EQ(delegate_->errors.size(), 1U);
+  EXPECT_EQ(delegate_->errors[0].description, "cut");
+}
+
+TEST_F(WebServerSourceTest, aRetryKeepsItsSourceAlive) {
+  auto source = makeSource();
+  source->retryDownloadAdFileWithDelay(60);
+  source.reset();
+  fakes_.runLoop->advance(60);
+  EXPECT_THAT(session().startedUrls, ElementsAre(kSourceAddress));
+}
+
+// A source of another make.
+
+TEST_F(WebServerSourceTest, withoutASessionItStaysSilent) {
+  const auto source = std::make_shared<MyPushAdWebServerManager>();
+  EXPECT_EQ(source->fileUrlString(), std::nullopt);
+  EXPECT_EQ(source->delegate(), nullptr);
+  source->setDelegate(delegate_);
+  source->setFileUrlString(kSourceAddress);
+  source->downloadAdFileAsync();
+  source->retryDownloadAdFileWithDelay(1);
+  fakes_.runLoop->advance(10);
+  EXPECT_THAT(delegate_->errors, IsEmpty());
+  EXPECT_THAT(fakes_.log->lines(), IsEmpty());
+}
+
+TEST_F(WebServerSourceTest, aPlatformWithoutSessionsIsSilent) {
+  struct NoSessions : UrlSessionFactory {
+    std::shared_ptr<UrlSession> createEphemeralSession(
+        std::weak_ptr<UrlSessionDelegate> /*delegate*/) override {
+      return nullptr;
+    }
+  };
+  auto services = fakes_.services();
+  services.urlSessions = std::make_shared<NoSessions>();
+  installPlatform(std::move(services));
+  makeSource()->downloadAdFileAsync();
+  fakes_.runLoop->advance(10);
+  EXPECT_THAT(delegate_->errors, IsEmpty());
+}
+
+TEST_F(WebServerSourceTest, aBodyBeforeTheFirstAttemptIsNone) {
+  const auto source = makeSource();
+  session().deliver("text");
+  session().complete();
+  fakes_.runLoop->runUntilIdle();
+  expectOneNoTextError();
+}
+
+TEST_F(WebServerSourceTest, whatNobodyOwnsDoesNothingLater) {
+  MyPushAdWebServerManager source;
+  source.setDelegate(delegate_);
+  source.setFileUrlString(kSourceAddress);
+  source.downloadAdFileAsync();
+  source.retryDownloadAdFileWithDelay(1);
+  source.urlSessionDidCompleteWithError(std::nullopt);
+  fakes_.runLoop->advance(10);
+  EXPECT_THAT(delegate_->errors, IsEmpty());
 }
 
 TEST_F(WebServerSourceTest, retriesExactlyOnceAfterTheDelay) {
@@ -168,6 +292,9 @@ TEST_F(WebServerSourceTest, dropsTheOutcomeWhenTheDelegateIsGone) {
   session().complete();
   const std::weak_ptr<TextDelegate> gone = std::exchange(delegate_, nullptr);
   EXPECT_TRUE(gone.expired()) << "the source must hold its delegate weakly";
+  fakes_.runLoop->runUntilIdle();
+  source->downloadAdFileAsync();
+  session().complete(Error{"curl", 18, "cut"});
   fakes_.runLoop->runUntilIdle();
   EXPECT_EQ(source->delegate(), nullptr);
 }

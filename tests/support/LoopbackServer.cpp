@@ -13,6 +13,7 @@
 #include <algorithm>
 #include <condition_variable>
 #include <cstdlib>
+#include <future>
 #include <mutex>
 #include <stdexcept>
 #include <thread>
@@ -112,10 +113,15 @@ class LoopbackServer::Implementation {
     if (port_ <= 0) {
       throw std::runtime_error("no port on loopback is free");
     }
+    // Every thread of the server is there before a test goes on: tests may forbid new ones.
+    const auto hasItsThreads = std::make_shared<std::promise<void>>();
+    server_->new_task_queue = [hasItsThreads] {
+      auto threads = std::make_unique<httplib::ThreadPool>(CPPHTTPLIB_THREAD_POOL_COUNT);
+      hasItsThreads->set_value();
+      return threads.release();
+    };
     thread_ = std::thread([this] { server_->listen_after_bind(); });
-    while (!server_->is_running()) {
-      std::this_thread::yield();
-    }
+    hasItsThreads->get_future().wait();
   }
   Implementation(const Implementation&) = delete;
   Implementation& operator=(const Implementation&) = delete;

@@ -1,5 +1,8 @@
 #include <gmock/gmock.h>
 
+#include <chrono>
+#include <utility>
+
 #include "fakes/FakePlatform.h"
 #include "qorix/MyPushAdManager.h"
 #include "qorix/MyPushAdViewController.h"
@@ -85,6 +88,91 @@ TEST_F(AdFilterFeatureTest, aPageWithoutBothFunctionsIsLeftAlone) {
   }
 }
 
+// The page has its answer ready, but comes back with it only later.
+TEST_F(AdFilterFeatureTest, aPageTooBusyToSayWhetherItTakesPartIsNotCalledUnsupported) {
+  controller_->setPushAdMode(MyPushAdModePopup);
+  controller_->view();
+  const auto webView = fakes_.interfaceLoader->webViews.at(0).lock();
+  const auto answer = pageListing("com.a.one")->page;
+  webView->page = [&](const std::string& script) {
+    return webView->isAnswering ? answer(script) : std::string();
+  };
+  webView->isAnswering = false;
+  controller_->webViewDidFinishLoadForFrame(webView, {});
+  EXPECT_THAT(webView->scripts, SizeIs(1)) << "nothing beyond the support test";
+  EXPECT_THAT(fakes_.log->lines(), IsEmpty());
+  webView->scripts.clear();
+  webView->answerAgain();
+  ASSERT_THAT(webView->scripts, SizeIs(4)) << "with the hiding of the close control";
+  EXPECT_EQ(webView->scripts[2],
+            "cocoa_post_promo_app_info('com.host.app', ['com.a.one'], ['1']);");
+  EXPECT_THAT(fakes_.log->lines(), IsEmpty());
+  EXPECT_THAT(webView->whenAnswering, IsEmpty());
+}
+
+TEST_F(AdFilterFeatureTest, aPageThatIsBusyEachTimeItIsAskedDoesNotTakePart) {
+  controller_->view();
+  const auto webView = fakes_.interfaceLoader->webViews.at(0).lock();
+  webView->isAnswering = false;
+  controller_->webViewDidFinishLoadForFrame(webView, {});
+  for (int i = 0; i < 5; ++i) {
+    EXPECT_THAT(fakes_.log->lines(), IsEmpty());
+    ASSERT_THAT(webView->whenAnswering, SizeIs(1));
+    std::exchange(webView->whenAnswering, {}).front()();
+  }
+  EXPECT_THAT(webView->scripts, SizeIs(6));
+  EXPECT_THAT(webView->whenAnswering, IsEmpty());
+  EXPECT_THAT(fakes_.log->lines(), ElementsAre("ZAM not support pad filter feature..."));
+}
+
+TEST_F(AdFilterFeatureTest, aBusyPageKeepsNobodyAlive) {
+  controller_->view();
+  const auto webView = fakes_.interfaceLoader->webViews.at(0).lock();
+  webView->isAnswering = false;
+  controller_->webViewDidFinishLoadForFrame(webView, {});
+  const std::weak_ptr<MyPushAdViewController> watch = controller_;
+  controller_.reset();
+  EXPECT_TRUE(watch.expired());
+  webView->scripts.clear();
+  webView->answerAgain();
+  EXPECT_THAT(webView->scripts, IsEmpty());
+}
+
+TEST_F(AdFilterFeatureTest, whileMuchIsLookedUpTheHostIsServed) {
+  struct SlowRegistry : ApplicationRegistry {
+    std::vector<Url> applicationUrlsForBundleIdentifier(const std::string&) override {
+      const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(7);
+      while (std::chrono::steady_clock::now() < end) {
+      }
+      return {};
+    }
+  };
+  auto services = fakes_.services();
+  services.applicationRegistry = std::make_shared<SlowRegistry>();
+  installPlatform(std::move(services));
+  EXPECT_THAT(MyPushAdViewController::findAppInstallFlagsWithAppIds(Array(12, Value("a"))),
+              SizeIs(12));
+  EXPECT_GE(fakes_.runLoop->timesHostWasServed, 3);
+  EXPECT_LT(fakes_.runLoop->timesHostWasServed, 10) << "in slices, not after each";
+}
+
+TEST_F(AdFilterFeatureTest, theHostsIdentifierIsReadAfreshAndBeforeTheList) {
+  const auto webView = std::make_shared<FakeWebView>();
+  const auto answer = pageListing("com.a.one")->page;
+  webView->page = [&](const std::string& script) {
+    if (script == kListScript) {
+      MyPushAdManager::sharedPushAdManager()->setAppBundleIdentifier("com.later.app");
+    }
+    return answer(script);
+  };
+  controller_->processAdFilterFeatureIfNeeded(webView);
+  EXPECT_EQ(webView->scripts.back(),
+            "cocoa_post_promo_app_info('com.host.app', ['com.a.one'], ['1']);");
+  controller_->processAdFilterFeatureIfNeeded(webView);
+  EXPECT_EQ(webView->scripts.back(),
+            "cocoa_post_promo_app_info('com.later.app', ['com.a.one'], ['1']);");
+}
+
 TEST_F(AdFilterFeatureTest, withoutAWebViewNothingIsSupported) {
   EXPECT_FALSE(controller_->isSupportAdFilterFeature(nullptr));
   controller_->processAdFilterFeatureIfNeeded(nullptr);
@@ -107,13 +195,23 @@ TEST_F(AdFilterFeatureTest, anEmptyAnswerStillTellsThePageWithEmptyLists) {
 }
 
 TEST_F(AdFilterFeatureTest, aListOfManyKilobytesIsLoggedAndTakenAsEmpty) {
-  EXPECT_EQ(answerTo(std::string(65537, ',')),
+  EXPECT_EQ(answerTo(std::string(65537, 'a')),
             "cocoa_post_promo_app_info('com.host.app', [], []);");
   EXPECT_THAT(fakes_.log->takeLines(),
               ElementsAre("ZAM Ad page's list of applications is too long: 65537 bytes"));
   answerTo(std::string(65536, ','));
   EXPECT_THAT(fakes_.log->lines(), IsEmpty());
   EXPECT_THAT(registry_->asked, IsEmpty());
+}
+
+TEST_F(AdFilterFeatureTest, aListOfAThousandApplicationsIsTakenWhole) {
+  std::string list;
+  for (int i = 0; i < 1000; ++i) {
+    list += "com.example.department.applications.product-number-" + std::to_string(1000 + i) + ",";
+  }
+  answerTo(list);
+  EXPECT_THAT(registry_->asked, SizeIs(1000));
+  EXPECT_THAT(fakes_.log->lines(), IsEmpty());
 }
 
 TEST_F(AdFilterFeatureTest, aHostWithoutIdentifierIsTheEmptyText) {
@@ -127,6 +225,13 @@ TEST_F(AdFilterFeatureTest, theListIsSplitAtCommasAndTrimmed) {
               ElementsAre("com.a.one", "com.b.two"));
   EXPECT_THAT(textsOf(MyPushAdViewController::parseArrayWithJSString("a,a")),
               ElementsAre("a", "a"));
+}
+
+TEST_F(AdFilterFeatureTest, manyBlanksAtOneEndAreTrimmed) {
+  EXPECT_THAT(textsOf(MyPushAdViewController::parseArrayWithJSString("x,   a")),
+              ElementsAre("x", "a"));
+  EXPECT_THAT(textsOf(MyPushAdViewController::parseArrayWithJSString("a   ,x")),
+              ElementsAre("a", "x"));
 }
 
 TEST_F(AdFilterFeatureTest, lineBreaksQuotesAndBracketsStay) {

@@ -61,12 +61,18 @@ TEST_F(ViewControllerTest, storesAnyMode) {
 
 TEST_F(ViewControllerTest, allocatesTheReceivingClassAndInitialisesItOnce) {
   struct Special : MyPushAdViewController {
-    void customInit() override { ++inits; }
+    void customInit() override {
+      ++inits;
+      modeThen = pushAdMode();
+    }
     int inits = 0;
+    std::int64_t modeThen = -1;
   };
   const std::shared_ptr<Special> controller =
-      MyPushAdViewController::createInstanceWithPushAdMode<Special>(1);
+      MyPushAdViewController::createInstanceWithPushAdMode<Special>(7);
   EXPECT_EQ(controller->inits, 1);
+  EXPECT_EQ(controller->modeThen, 0) << "the mode is set afterwards";
+  EXPECT_EQ(controller->pushAdMode(), 7);
 }
 
 TEST_F(ViewControllerTest, takesItsViewFromTheLibrarysInterfaceFileWhenFirstAsked) {
@@ -83,9 +89,11 @@ TEST_F(ViewControllerTest, takesItsViewFromTheLibrarysInterfaceFileWhenFirstAske
 }
 
 TEST_F(ViewControllerTest, theWebViewDrawsNoBackground) {
-  const auto controller = make(1);
-  controller->view();
-  EXPECT_FALSE(webView()->drawsBackground);
+  for (const std::int64_t mode : {MyPushAdModePopup, MyPushAdModeBanner}) {
+    const auto controller = make(mode);
+    controller->view();
+    EXPECT_FALSE(fakes_.interfaceLoader->webViews.back().lock()->drawsBackground) << mode;
+  }
 }
 
 TEST_F(ViewControllerTest, isHeldByNoneOfItsViews) {
@@ -131,6 +139,16 @@ TEST_F(ViewControllerTest, titleAndPageActEachOnItsOwn) {
   EXPECT_EQ(controller->title(), "First");
   ASSERT_EQ(webView()->loads.size(), 1U);
   EXPECT_EQ(webView()->loads[0].html, "<p>page</p>");
+}
+
+TEST_F(ViewControllerTest, anEmptyTitleAndAnEmptyPageAreUsed) {
+  const auto controller = make(1);
+  controller->view();
+  controller->loadDataWithTitle("First", "<p>page</p>");
+  controller->loadDataWithTitle("", "");
+  EXPECT_EQ(controller->title(), "");
+  ASSERT_EQ(webView()->loads.size(), 2U);
+  EXPECT_EQ(webView()->loads[1].html, "");
 }
 
 TEST_F(ViewControllerTest, thePagesBaseIsTheLibrarysOwnFile) {
@@ -239,6 +257,174 @@ TEST_F(ViewControllerTest, aWindowKeepsItsControllerAlive) {
   const std::weak_ptr<MyPushAdViewController> watch = controller;
   controller.reset();
   EXPECT_FALSE(watch.expired());
+}
+
+/// Counts its initialisations.
+struct InitialisedController : MyPushAdViewController {
+  void customInit() override { ++inits; }
+  int inits = 0;
+};
+
+TEST_F(ViewControllerTest, anArchivedControllerIsInitialisedLikeAnother) {
+  const auto controller = std::make_shared<InitialisedController>();
+  EXPECT_TRUE(controller->initWithCoder(
+      {{kViewControllerNibNameKey, "Other"}, {kViewControllerTitleKey, "Archived"}}));
+  EXPECT_EQ(controller->inits, 1);
+  EXPECT_EQ(controller->title(), "Archived");
+  controller->view();
+  EXPECT_EQ(fakes_.interfaceLoader->requests.at(0).name, "Other");
+  EXPECT_EQ(fakes_.interfaceLoader->requests.at(0).executableUrl,
+            platform().libraryBundle->executableUrl());
+}
+
+TEST_F(ViewControllerTest, anEmptyArchiveIsTheLibrarysOwnController) {
+  const auto controller = std::make_shared<InitialisedController>();
+  EXPECT_TRUE(controller->initWithCoder(
+      {{kViewControllerNibNameKey, 5}, {kViewControllerTitleKey, Value()}}));
+  EXPECT_EQ(controller->inits, 1);
+  EXPECT_EQ(controller->title(), std::nullopt);
+  ASSERT_NE(controller->view(), nullptr);
+  EXPECT_EQ(fakes_.interfaceLoader->requests.at(0).name, "MyPushAdViewController");
+}
+
+TEST_F(ViewControllerTest, aControllerThatCannotBeInitialisedIsNone) {
+  struct Impossible : InitialisedController {
+    bool initWithNibName(const std::optional<std::string>& /*nibName*/,
+                         const std::shared_ptr<const Bundle>& /*bundle*/) override {
+      return false;
+    }
+  };
+  EXPECT_EQ(MyPushAdViewController::createInstanceWithPushAdMode<Impossible>(1), nullptr);
+}
+
+TEST_F(ViewControllerTest, aControllerMadeWithoutItsFactoryWorks) {
+  const auto controller = std::make_shared<MyPushAdViewController>();
+  EXPECT_EQ(controller->pushAdMode(), MyPushAdModePopup);
+  controller->changeViewSize({300, 250});
+  controller->loadDataWithTitle("Title", "<p>page</p>");
+  EXPECT_EQ(controller->view()->frame().size, (Size{300, 250}));
+  EXPECT_EQ(fakes_.interfaceLoader->requests.at(0).name, "MyPushAdViewController");
+  ASSERT_EQ(webView()->loads.size(), 1U);
+  EXPECT_EQ(webView()->loads[0].baseUrl, platform().libraryBundle->executableUrl());
+  EXPECT_THAT(finishLoad(*controller), ElementsAre(kSupportScript, kHideScript));
+}
+
+TEST_F(ViewControllerTest, aControllerThatNobodySharesThrowsNothing) {
+  const auto delegate = std::make_shared<SenderDelegate>();
+  MyPushAdViewController controller;
+  controller.setDelegate(delegate);
+  controller.view();
+  controller.loadDataWithTitle("Title", "<p>page</p>");
+  controller.webViewDidFinishLoadForFrame(webView(), {});
+  controller.handleCloseButtonClicked();
+  controller.handleOpenIAPButtonClickedWithURL(Url::parse("https://example.com/"));
+  controller.handleUserIsTriggeringNavigation(std::make_shared<DomHtmlElement>("a", "b"));
+  struct Listener : WebPolicyDecisionListener {
+    void use() override {}
+    void ignore() override {}
+  } listener;
+  controller.webViewDecidePolicyForNavigationAction(
+      webView(),
+      {{kWebActionElementKey,
+        Dictionary{{kWebElementDomNodeKey,
+                    std::shared_ptr<DomNode>(std::make_shared<DomHtmlElement>("a", "b"))}}}},
+      *Url::parse("https://example.com/"), {}, listener);
+  fakes_.runLoop->runUntilIdle();
+  EXPECT_THAT(delegate->senders, ElementsAre(nullptr, nullptr));
+}
+
+/// Replaces what a subclass may, and keeps the names of what is called.
+struct ReplacingController : MyPushAdViewController {
+  void customInit() override { called.emplace_back("customInit"); }
+  void viewDidLoad() override { called.emplace_back("viewDidLoad"); }
+  std::shared_ptr<WebView> legacyWebView() const override { return ownWebView; }
+  bool isSupportAdFilterFeature(const std::shared_ptr<WebView>& /*webView*/) override {
+    called.emplace_back("isSupportAdFilterFeature");
+    return true;
+  }
+  void processAdFilterFeatureIfNeeded(const std::shared_ptr<WebView>& webView) override {
+    called.emplace_back("processAdFilterFeatureIfNeeded");
+    MyPushAdViewController::processAdFilterFeatureIfNeeded(webView);
+  }
+  bool isCapableForMacAppStore(const Url& /*url*/) override {
+    called.emplace_back("isCapableForMacAppStore");
+    return false;
+  }
+  bool isCapableForOpenInBrowser(const Url& /*url*/, const Dictionary& /*action*/) override {
+    called.emplace_back("isCapableForOpenInBrowser");
+    return false;
+  }
+  bool isCapableForOpenIAP(const Url& /*url*/, const Dictionary& /*action*/) override {
+    called.emplace_back("isCapableForOpenIAP");
+    return isForPurchase;
+  }
+  bool isCloseButtonActionForNavigationAction(const Dictionary& /*action*/) override {
+    called.emplace_back("isCloseButtonActionForNavigationAction");
+    return true;
+  }
+  std::shared_ptr<DomHtmlElement> findActionHTMLElementForNavigationAction(
+      const Dictionary& /*action*/) override {
+    called.emplace_back("findActionHTMLElementForNavigationAction");
+    return std::make_shared<DomHtmlElement>("replaced", "");
+  }
+  void handleUserIsTriggeringNavigation(const std::shared_ptr<Object>& element) override {
+    called.push_back("handleUserIsTriggeringNavigation " +
+                     *std::dynamic_pointer_cast<DomHtmlElement>(element)->idName());
+  }
+  void handleCloseButtonClicked() override { called.emplace_back("handleCloseButtonClicked"); }
+  void handleOpenIAPButtonClickedWithURL(const std::optional<Url>& /*url*/) override {
+    called.emplace_back("handleOpenIAPButtonClickedWithURL");
+  }
+  void changeViewSize(const Size& /*size*/) override { called.emplace_back("changeViewSize"); }
+  void loadDataWithTitle(const std::optional<std::string>& /*title*/,
+                         const std::optional<std::string>& /*html*/) override {
+    called.emplace_back("loadDataWithTitle");
+  }
+
+  std::vector<std::string> called;
+  bool isForPurchase = true;
+  std::shared_ptr<FakeWebView> ownWebView = std::make_shared<FakeWebView>();
+};
+
+TEST_F(ViewControllerTest, aSubclassMayReplaceEveryMethod) {
+  const auto controller =
+      MyPushAdViewController::createInstanceWithPushAdMode<ReplacingController>(MyPushAdModeBanner);
+  const std::shared_ptr<MyPushAdViewController> asOthersKnowIt = controller;
+  asOthersKnowIt->changeViewSize({1, 1});
+  asOthersKnowIt->view();
+  asOthersKnowIt->loadDataWithTitle(std::nullopt, std::nullopt);
+  EXPECT_THAT(controller->called,
+              ElementsAre("customInit", "changeViewSize", "viewDidLoad", "loadDataWithTitle"));
+  controller->called.clear();
+
+  asOthersKnowIt->webViewDidFinishLoadForFrame(controller->ownWebView, {});
+  EXPECT_THAT(controller->called,
+              ElementsAre("processAdFilterFeatureIfNeeded", "isSupportAdFilterFeature"));
+  controller->called.clear();
+
+  struct Listener : WebPolicyDecisionListener {
+    void use() override {}
+    void ignore() override {}
+  } listener;
+  const auto decide = [&] {
+    asOthersKnowIt->webViewDecidePolicyForNavigationAction(
+        controller->ownWebView, {}, *Url::parse("https://example.com/"), {}, listener);
+    fakes_.runLoop->runUntilIdle();
+  };
+  decide();
+  EXPECT_THAT(controller->called,
+              ElementsAre("findActionHTMLElementForNavigationAction", "isCapableForMacAppStore",
+                          "isCapableForOpenInBrowser", "isCapableForOpenIAP",
+                          "handleOpenIAPButtonClickedWithURL",
+                          "handleUserIsTriggeringNavigation replaced"));
+  controller->called.clear();
+  controller->isForPurchase = false;
+  decide();
+  EXPECT_THAT(controller->called,
+              ElementsAre("findActionHTMLElementForNavigationAction", "isCapableForMacAppStore",
+                          "isCapableForOpenInBrowser", "isCapableForOpenIAP",
+                          "isCloseButtonActionForNavigationAction", "handleCloseButtonClicked",
+                          "handleUserIsTriggeringNavigation replaced"));
 }
 
 }  // namespace

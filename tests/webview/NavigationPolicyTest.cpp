@@ -4,6 +4,7 @@
 #include "qorix/MyPushAdNotifications.h"
 #include "qorix/MyPushAdViewController.h"
 #include "webview/LinkMarks.h"
+#include "webview/OpeningLimit.h"
 
 namespace qorix {
 namespace {
@@ -63,9 +64,10 @@ class NavigationPolicyTest : public ::testing::Test {
     fakes_.notificationCenter->addObserver(kPushAdIsTriggeringNavigationNotification,
                                            [this](const Notification& each) {
                                              announced_.push_back(*each.userInfo());
-                                             EXPECT_EQ(each.object(), controller_);
+                                             EXPECT_EQ(each.object(), sender_.lock());
                                            });
     controller_ = MyPushAdViewController::createInstanceWithPushAdMode(MyPushAdModeBanner);
+    sender_ = controller_;
     controller_->setDelegate(delegate_);
     controller_->view();
   }
@@ -88,7 +90,46 @@ class NavigationPolicyTest : public ::testing::Test {
   std::shared_ptr<RecordingWorkspace> workspace_ = std::make_shared<RecordingWorkspace>();
   std::shared_ptr<ReportingDelegate> delegate_ = std::make_shared<ReportingDelegate>();
   std::shared_ptr<MyPushAdViewController> controller_;
+  std::weak_ptr<MyPushAdViewController> sender_;
   std::vector<Dictionary> announced_;
+};
+
+/// Keeps what is answered, logged, opened and reported in the order in which it happens.
+class NavigationOrderTest : public NavigationPolicyTest {
+ protected:
+  struct Witness : WebPolicyDecisionListener, Log, Workspace, MyPushAdViewControllerDelegate {
+    void use() override { events.emplace_back("use"); }
+    void ignore() override { events.emplace_back("ignore"); }
+    void write(std::string_view /*line*/) override { events.emplace_back("log"); }
+    void openUrl(const Url& /*url*/) override { events.emplace_back("open"); }
+    void pushAdViewControllerCloseButtonDidClick(
+        const std::shared_ptr<MyPushAdViewController>& /*controller*/) override {
+      events.emplace_back("close");
+    }
+    void pushAdViewControllerOpenIAPButtonDidClickWithURL(
+        const std::shared_ptr<MyPushAdViewController>& /*controller*/,
+        const std::optional<Url>& /*url*/) override {
+      events.emplace_back("purchase");
+    }
+    std::vector<std::string> events;
+  };
+
+  NavigationOrderTest() {
+    auto services = fakes_.services();
+    services.log = witness_;
+    services.workspace = witness_;
+    installPlatform(std::move(services));
+    controller_->setDelegate(witness_);
+  }
+
+  std::vector<std::string> eventsOf(const std::string& url, const Dictionary& actionInformation) {
+    witness_->events.clear();
+    controller_->webViewDecidePolicyForNavigationAction(
+        controller_->legacyWebView(), actionInformation, Url::fromWebEngine(url), {}, *witness_);
+    return witness_->events;
+  }
+
+  std::shared_ptr<Witness> witness_ = std::make_shared<Witness>();
 };
 
 TEST_F(NavigationPolicyTest, aFormSubmissionIsLetThroughWhateverItsMarks) {
@@ -107,6 +148,28 @@ TEST_F(NavigationPolicyTest, aMissingOrForeignTypeIsALinkClick) {
   EXPECT_EQ(decide("https://example.com/?zamopeniap=1", {{kWebActionNavigationTypeKey, "1"}}),
             "ignore");
   EXPECT_EQ(delegate_->reports.size(), 2U);
+}
+
+TEST_F(NavigationPolicyTest, aTypeIsReadAsAnIntegerWhateverNumberItIs) {
+  EXPECT_EQ(decide("https://example.com/?zamopeniap=1", {{kWebActionNavigationTypeKey, 0.9}}),
+            "ignore");
+  EXPECT_EQ(decide("https://example.com/?zamopeniap=1", {{kWebActionNavigationTypeKey, false}}),
+            "ignore");
+  EXPECT_EQ(delegate_->reports.size(), 2U);
+  for (const Value& type : {Value(1.5), Value(-1), Value(true), Value(6)}) {
+    EXPECT_EQ(decide("https://example.com/?zamopeniap=1", {{kWebActionNavigationTypeKey, type}}),
+              "use");
+  }
+  EXPECT_EQ(delegate_->reports.size(), 2U);
+}
+
+TEST_F(NavigationOrderTest, theAnswerComesBeforeTheActionAndTheLogBeforeTheOpening) {
+  EXPECT_THAT(eventsOf("https://example.com/?ls=1", {}), ElementsAre("ignore", "log", "open"));
+  EXPECT_THAT(eventsOf("https://example.com/?zamopenout=1", {}),
+              ElementsAre("ignore", "log", "open"));
+  EXPECT_THAT(eventsOf("https://example.com/?zamopeniap=1", {}), ElementsAre("ignore", "purchase"));
+  EXPECT_THAT(eventsOf("https://example.com/", click(element("cocoa_close_web", ""))),
+              ElementsAre("ignore", "close"));
 }
 
 TEST_F(NavigationPolicyTest, anotherWebViewIsLetThroughUntouched) {
@@ -213,6 +276,43 @@ TEST_F(NavigationPolicyTest, everyLinkClickIsAnnouncedOnceAfterTheDecision) {
   EXPECT_EQ(*announced_[1].at(kPushAdActionHTMLElementIdNameKey).as<std::string>(), "out");
 }
 
+TEST_F(NavigationPolicyTest, anAnnouncementHoldsControllerAndElement) {
+  decide("https://example.com/", click(element("buy", "")));
+  controller_.reset();
+  fakes_.runLoop->runUntilIdle();
+  ASSERT_EQ(announced_.size(), 1U);
+  const auto held = announced_[0].at(kPushAdActionHTMLElementKey).object<DomHtmlElement>();
+  ASSERT_NE(held, nullptr);
+  EXPECT_EQ(held->idName(), "buy");
+  announced_.clear();
+  fakes_.runLoop->runUntilIdle();
+  EXPECT_TRUE(sender_.expired()) << "and nothing longer than the announcement";
+}
+
+TEST_F(NavigationPolicyTest, anAnnouncementReadsTheElementWhenItIsMade) {
+  const auto changing = std::make_shared<DomHtmlElement>("before", "zamopenout");
+  EXPECT_EQ(decide("https://example.com/", click(changing)), "ignore");
+  changing->renew("after", "");
+  fakes_.runLoop->runUntilIdle();
+  ASSERT_EQ(announced_.size(), 1U);
+  EXPECT_EQ(announced_[0].size(), 2U);
+  EXPECT_EQ(*announced_[0].at(kPushAdActionHTMLElementIdNameKey).as<std::string>(), "after");
+}
+
+TEST_F(NavigationPolicyTest, anAnnouncementIsPostedThroughTheMainQueue) {
+  std::vector<std::string> order;
+  fakes_.notificationCenter->addObserver(
+      kPushAdIsTriggeringNavigationNotification,
+      [&order](const Notification&) { order.emplace_back("announced"); });
+  fakes_.runLoop->setTracksMenu(true);  // delayed performs wait, the queue does not
+  fakes_.runLoop->dispatchAsync([&order] { order.emplace_back("before"); });
+  controller_->handleUserIsTriggeringNavigation(element("a", ""));
+  fakes_.runLoop->dispatchAsync([&order] { order.emplace_back("after"); });
+  EXPECT_THAT(order, IsEmpty()) << "never inside the call that posts it";
+  fakes_.runLoop->runUntilIdle();
+  EXPECT_THAT(order, ElementsAre("before", "announced", "after"));
+}
+
 TEST_F(NavigationPolicyTest, anElementWithoutIdAndClassIsAnnouncedAlone) {
   const auto bare = element("", "");
   decide("https://example.com/", click(bare));
@@ -249,6 +349,79 @@ TEST_F(NavigationPolicyTest, anAnnouncementWaitsWhileAMenuIsTracked) {
   fakes_.runLoop->setTracksMenu(false);
   fakes_.runLoop->runUntilIdle();
   EXPECT_EQ(announced_.size(), 1U);
+}
+
+TEST_F(NavigationPolicyTest, anAddressWithoutAPathHasNoMarksInItsQuery) {
+  EXPECT_EQ(decide("mailto:someone@example.com?subject=ls=1&zamopenout=1&zamopeniap=1", {}), "use");
+  EXPECT_EQ(decide("about:blank?zamopeniap=1", {}), "use");
+  EXPECT_EQ(decide("mailto:someone@example.com?subject=a", click(element("", "zamopenout"))),
+            "ignore")
+      << "the class counts as ever";
+  EXPECT_THAT(workspace_->opened, ElementsAre("mailto:someone@example.com?subject=a"));
+}
+
+TEST_F(NavigationPolicyTest, whatHandsOverFilesOrRunsSomethingIsNotOpened) {
+  for (const char* address :
+       {"file:///etc/passwd?zamopenout=1", "FILE:///etc/passwd?zamopenout=1"}) {
+    EXPECT_EQ(decide(address, {}), "ignore") << address;
+  }
+  for (const char* address : {"data:text/html,hello", "javascript:alert(1)"}) {
+    auto action = click(element("", "zamopenout"));
+    action[kWebActionIsUserActKey] = true;
+    EXPECT_EQ(decide(address, action), "ignore") << address;
+  }
+  EXPECT_THAT(workspace_->opened, IsEmpty());
+  EXPECT_THAT(fakes_.log->lines(),
+              ElementsAre("ZAM Ad page may not open addresses of the scheme file",
+                          "ZAM Ad page may not open addresses of the scheme FILE",
+                          "ZAM Ad page may not open addresses of the scheme data",
+                          "ZAM Ad page may not open addresses of the scheme javascript"));
+}
+
+TEST_F(NavigationPolicyTest, theUserOpensAsMuchAsTheUserWants) {
+  Dictionary action = click(element("", ""));
+  for (int i = 0; i < 20; ++i) {
+    action[kWebActionIsUserActKey] = true;
+    decide("https://example.com/?zamopenout=1", action);
+    action.erase(kWebActionIsUserActKey);
+    decide("https://example.com/?ls=1", action);
+  }
+  EXPECT_EQ(workspace_->opened.size(), 40U);
+}
+
+TEST_F(NavigationPolicyTest, aPageThatOpensWithoutTheUserIsStopped) {
+  Dictionary action = click(element("", ""));
+  action[kWebActionIsUserActKey] = false;
+  EXPECT_EQ(decide("https://example.com/?ls=1", action), "ignore");
+  EXPECT_EQ(workspace_->opened.size(), 1U) << "a single click by script is let do so";
+  for (int i = 0; i < 100; ++i) {
+    EXPECT_EQ(decide("https://example.com/?zamopenout=1", action), "ignore");
+  }
+  EXPECT_LE(workspace_->opened.size(), OpeningLimit::kPerPage);
+  const std::size_t opened = workspace_->opened.size();
+  const auto lines = fakes_.log->takeLines();
+  EXPECT_EQ(lines.size(), opened + 1);
+  EXPECT_THAT(lines, ::testing::Contains("ZAM Ad page opens too many addresses without the user"));
+  EXPECT_EQ(decide("https://example.com/?zamopeniap=1", action), "ignore");
+  EXPECT_EQ(delegate_->reports.size(), 1U) << "nothing is opened for a purchase";
+  action[kWebActionIsUserActKey] = true;
+  decide("https://example.com/?zamopenout=1", action);
+  EXPECT_EQ(workspace_->opened.size(), opened + 1) << "the user still opens";
+}
+
+TEST_F(NavigationPolicyTest, aNewPageMayOpenAnew) {
+  Dictionary action;
+  action[kWebActionIsUserActKey] = false;
+  for (int i = 0; i < 10; ++i) {
+    decide("https://example.com/?ls=1", action);
+  }
+  const std::size_t before = workspace_->opened.size();
+  controller_->loadDataWithTitle("only a title", std::nullopt);
+  decide("https://example.com/?ls=1", action);
+  EXPECT_EQ(workspace_->opened.size(), before);
+  controller_->loadDataWithTitle(std::nullopt, "<p>new</p>");
+  decide("https://example.com/?ls=1", action);
+  EXPECT_EQ(workspace_->opened.size(), before + 1);
 }
 
 }  // namespace

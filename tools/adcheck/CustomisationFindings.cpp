@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "definition/Json.h"
+#include "platform/AsciiCase.h"
 #include "tools/adcheck/FieldValues.h"
 #include "tools/adcheck/Findings.h"
 #include "tools/adcheck/JsonMembers.h"
@@ -106,7 +107,7 @@ void CustomisationReader::readHostName(const JsonMember& member) {
     }
     return;
   }
-  const auto near = table_.hosts.find(inLowerCase(member.name));
+  const auto near = table_.hosts.find(asciiLower(member.name));
   if (near != table_.hosts.end()) {
     add(member.nameOffset, "the table names " + inQuotes(near->second) + ", not " +
                                inQuotes(member.name) + ": letter case counts");

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "platform/AsciiCase.h"
 #include "tools/adcheck/Refusal.h"
 #include "tools/adcheck/Wording.h"
 
@@ -61,7 +62,7 @@ void findMarkup(XmlElement element, Findings& findings) {
 void findNearlyNamed(XmlElement parent, std::span<const std::string_view> names,
                      Findings& findings) {
   const auto plain = [](std::string_view name) {
-    std::string lower = inLowerCase(name);
+    std::string lower = asciiLower(name);
     if (lower.ends_with('s')) {
       lower.pop_back();
     }

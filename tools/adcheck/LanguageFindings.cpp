@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "definition/LanguageChoice.h"
+#include "platform/AsciiCase.h"
 #include "tools/adcheck/Findings.h"
 #include "tools/adcheck/Wording.h"
 
@@ -14,19 +15,17 @@ namespace qorix::adcheck {
 
 namespace {
 
-char upper(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; }
-
 /// The code as preferred languages are spelled: "zh-Hans-CN".
 std::string asPreferred(std::string_view code) {
-  std::string spelled = inLowerCase(code);
+  std::string spelled = asciiLower(code);
   std::size_t begin = 0;
   for (std::size_t end = 0; begin < spelled.size(); begin = end + 1) {
     end = std::min(spelled.find_first_of("-_", begin), spelled.size());
     if (begin > 0 && end - begin == 4) {  // a script
-      spelled[begin] = upper(spelled[begin]);
+      spelled[begin] = asciiUpper(spelled[begin]);
     } else if (begin > 0 && end - begin == 2) {  // a region
-      spelled[begin] = upper(spelled[begin]);
-      spelled[begin + 1] = upper(spelled[begin + 1]);
+      spelled[begin] = asciiUpper(spelled[begin]);
+      spelled[begin + 1] = asciiUpper(spelled[begin + 1]);
     }
     if (end < spelled.size()) {
       spelled[end] = '-';

@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "platform/AsciiCase.h"
 #include "platform/Url.h"
 #include "tools/adcheck/Findings.h"
 #include "tools/adcheck/PageScan.h"
@@ -30,7 +31,7 @@ std::vector<std::string> parametersOf(std::string_view query) {
   std::vector<std::string> parameters;
   while (!query.empty()) {
     const auto end = std::min(query.find_first_of("&;"), query.size());
-    parameters.push_back(inLowerCase(query.substr(0, end)));
+    parameters.push_back(asciiLower(query.substr(0, end)));
     query.remove_prefix(std::min(end + 1, query.size()));
   }
   return parameters;
@@ -143,7 +144,7 @@ void PageReader::readLink(const Tag& tag) {
 void PageReader::readMissedMark(const Attribute& link, const std::string& address,
                                 std::string_view mark) {
   const Url url = Url::fromWebEngine(address);
-  const std::string lower = inLowerCase(address);
+  const std::string lower = asciiLower(address);
   if (!queryHoldsMark(url, mark)) {
     if (holdsAsParameter(lower, mark)) {
       const bool isInFragment = lower.find('#') < lower.find(mark);
@@ -167,7 +168,7 @@ void PageReader::readMissedMark(const Attribute& link, const std::string& addres
 /// "zamopenout = 1", "zamopenout=yes".
 void PageReader::readMisspelledMark(const Attribute& link, const std::string& address,
                                     const LinkMark& mark) {
-  const std::string lower = inLowerCase(address);
+  const std::string lower = asciiLower(address);
   const auto query = std::min(lower.find_first_of("?#"), lower.size());
   const auto at = lower.find(mark.inClass, query);
   if (at == lower.npos || queryHoldsMark(Url::fromWebEngine(address), mark.inQuery) ||
@@ -197,7 +198,7 @@ void PageReader::readClass(std::size_t index) {
   for (const LinkMark& mark : kMarks) {
     const bool isMarkedAnyway =
         link != nullptr && queryHoldsMark(Url::fromWebEngine(link->value), mark.inQuery);
-    if (isMarkedAnyway || inLowerCase(value->value).find(mark.inClass) == std::string::npos) {
+    if (isMarkedAnyway || asciiLower(value->value).find(mark.inClass) == std::string::npos) {
       continue;
     }
     if (!classHolds(tag, mark.inClass)) {
@@ -229,7 +230,7 @@ void PageReader::readTarget(const Tag& tag) {
                              : isLink(tag) ? tag.attribute("href")
                                            : nullptr;
   const Attribute* target = tag.attribute("target");
-  const bool isForNewWindow = target != nullptr && inLowerCase(target->value) == "_blank";
+  const bool isForNewWindow = target != nullptr && asciiLower(target->value) == "_blank";
   if (address == nullptr || (!isForm && !isForNewWindow)) {
     return;
   }
@@ -248,7 +249,7 @@ void PageReader::readTarget(const Tag& tag) {
 void PageReader::readId(std::size_t index) {
   const Tag& tag = scan_.tags[index];
   const Attribute* id = tag.attribute("id");
-  if (id == nullptr || inLowerCase(trimmed(id->value)) != kCloseControlId) {
+  if (id == nullptr || asciiLower(trimmed(id->value)) != kCloseControlId) {
     return;
   }
   if (id->value != kCloseControlId) {

@@ -8,6 +8,7 @@
 #include <system_error>
 #include <utility>
 
+#include "platform/AsciiCase.h"
 #include "tools/adcheck/Wording.h"
 
 namespace qorix::adcheck {
@@ -15,16 +16,6 @@ namespace qorix::adcheck {
 namespace {
 
 constexpr std::string_view kPageBlanks = " \t\r\n\f";
-
-bool isLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
-
-char lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
-
-bool startsWithIgnoringCase(std::string_view text, std::string_view start) {
-  return text.size() >= start.size() &&
-         std::equal(start.begin(), start.end(), text.begin(),
-                    [](char a, char b) { return lower(a) == lower(b); });
-}
 
 /// The character of a reference such as "&amp;" or "&#61;", which is at the beginning of `text` and
 /// is cut off it; nothing when there is none, or none of an ASCII character.
@@ -39,7 +30,7 @@ std::optional<char> takeReference(std::string_view& text) {
   if (!text.starts_with("&#") || end == text.npos) {
     return std::nullopt;
   }
-  const bool isHexadecimal = lower(text[2]) == 'x';
+  const bool isHexadecimal = asciiLower(text[2]) == 'x';
   const auto digits = text.substr(isHexadecimal ? 3 : 2, end - (isHexadecimal ? 3 : 2));
   constexpr unsigned kAscii = 0x80;
   unsigned code = 0;
@@ -138,8 +129,8 @@ class Scanner {
     while ((at_ = page_.find('<', at_)) != page_.npos) {
       if (page_.substr(at_).starts_with("<!--")) {
         skipBehind("-->", at_ + 4);
-      } else if (isLetter(charAt(at_ + 1)) ||
-                 (charAt(at_ + 1) == '/' && isLetter(charAt(at_ + 2)))) {
+      } else if (isAsciiLetter(charAt(at_ + 1)) ||
+                 (charAt(at_ + 1) == '/' && isAsciiLetter(charAt(at_ + 2)))) {
         readTag();
       } else {
         ++at_;
@@ -170,7 +161,7 @@ class Scanner {
     tag.isEnd = charAt(at_ + 1) == '/';
     const std::size_t name = at_ + (tag.isEnd ? 2 : 1);
     at_ = firstOf(" \t\r\n\f/>", name);
-    tag.name = inLowerCase(page_.substr(name, at_ - name));
+    tag.name = asciiLower(page_.substr(name, at_ - name));
     while (readAttribute(tag)) {
     }
     tag.isSelfClosing = page_[at_ - 1] == '/';
@@ -194,7 +185,7 @@ class Scanner {
     Attribute attribute;
     const std::size_t name = at_;
     at_ = firstOf(" \t\r\n\f/>=", at_ + 1);  // the first character always belongs to the name
-    attribute.name = inLowerCase(page_.substr(name, at_ - name));
+    attribute.name = asciiLower(page_.substr(name, at_ - name));
     attribute.offset = at_;
     const std::size_t sign = firstNotOf(kPageBlanks, at_);
     if (charAt(sign) == '=') {

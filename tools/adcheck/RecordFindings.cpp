@@ -7,6 +7,7 @@
 
 #include "definition/AdReader.h"
 #include "definition/LeadingInteger.h"
+#include "platform/AsciiCase.h"
 #include "tools/adcheck/FieldValues.h"
 #include "tools/adcheck/Findings.h"
 #include "tools/adcheck/Wording.h"
@@ -34,7 +35,7 @@ void findInNumber(XmlElement element, Findings& findings) {
 
 /// Only "0" switches off.
 void findInSwitch(XmlElement enable, Findings& findings) {
-  const std::string text = inLowerCase(trimmed(enable.text()));
+  const std::string text = asciiLower(trimmed(enable.text()));
   const bool meansOff = text == "no" || text == "false" || text == "off" ||
                         (!text.empty() && text.find_first_not_of("+-0") == text.npos);
   if (meansOff && enable.text() != "0") {

@@ -2,16 +2,15 @@
 
 #include <algorithm>
 
+#include "platform/AsciiCase.h"
+
 namespace qorix::adcheck {
 
 namespace {
 
 constexpr std::string_view kScriptBlanks = " \t\r\n";
 
-bool isNamePart(char c) {
-  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_' ||
-         c == '$';
-}
+bool isNamePart(char c) { return isAsciiLetter(c) || isAsciiDigit(c) || c == '_' || c == '$'; }
 
 }  // namespace
 

@@ -6,6 +6,7 @@
 #include <string_view>
 #include <utility>
 
+#include "platform/AsciiCase.h"
 #include "tools/adcheck/FieldValues.h"
 #include "tools/adcheck/Findings.h"
 #include "tools/adcheck/Wording.h"
@@ -67,7 +68,7 @@ void TableReader::readLine(XmlElement line) {
   if (const auto odd = oddIdentifier(appid.text())) {
     findings_.add(appid, *odd);
   }
-  table_.hosts.try_emplace(inLowerCase(appid.text()), appid.text());
+  table_.hosts.try_emplace(asciiLower(appid.text()), appid.text());
   if (!table_.adids.try_emplace(appid.text(), adid.text()).second) {
     findings_.add(
         line, "an earlier table line names " + inQuotes(appid.text()) + ": this one never counts");

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdio>
+#include <charconv>
 
 namespace qorix::adcheck {
 
@@ -39,14 +39,6 @@ std::size_t lengthOf(std::string_view text) {
       text, [](char c) { return (static_cast<unsigned char>(c) & 0xC0U) != 0x80U; }));
 }
 
-std::string inLowerCase(std::string_view text) {
-  std::string lower(text);
-  std::ranges::transform(lower, lower.begin(), [](char c) {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-  });
-  return lower;
-}
-
 std::string_view trimmed(std::string_view text) {
   constexpr std::string_view kBlanks = " \t\r\n\f\v";
   const auto begin = text.find_first_not_of(kBlanks);
@@ -56,8 +48,8 @@ std::string_view trimmed(std::string_view text) {
 
 std::string numberText(double number) {
   std::array<char, 32> text{};
-  std::snprintf(text.data(), text.size(), "%.15g", number);
-  return text.data();
+  const auto format = std::chars_format::general;
+  return {text.data(), std::to_chars(text.begin(), text.end(), number, format, 15).ptr};
 }
 
 std::string sizeText(double width, double height) {

@@ -15,9 +15,6 @@ std::string printable(std::string_view text);
 /// The characters of a UTF-8 text.
 std::size_t lengthOf(std::string_view text);
 
-/// ASCII letters in lower case.
-std::string inLowerCase(std::string_view text);
-
 /// Without white space at its ends.
 std::string_view trimmed(std::string_view text);
 

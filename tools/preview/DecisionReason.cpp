@@ -5,14 +5,15 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/AsciiCase.h"
 #include "platform/DomNode.h"
 #include "platform/WebView.h"
-#include "tools/adcheck/Wording.h"
 #include "webview/LinkMarks.h"
 #include "webview/PageScripts.h"
 
 namespace {
 
+using qorix::asciiLower;
 using qorix::Dictionary;
 using qorix::DomHtmlElement;
 using qorix::kAppStoreMark;
@@ -21,12 +22,11 @@ using qorix::kPurchaseMark;
 using qorix::LinkMark;
 using qorix::Url;
 using qorix::WebNavigationType;
-using qorix::adcheck::inLowerCase;
 
 /// The parameter of the query in which the mark was found, between the nearest "&".
 std::string parameterWith(const Url& url, std::string_view mark) {
   const std::string query(url.query().value_or(""));
-  const auto found = inLowerCase(query).find(mark);
+  const auto found = asciiLower(query).find(mark);
   const auto before = query.rfind('&', found);
   const auto begin = before == std::string::npos ? 0 : before + 1;
   return query.substr(begin, query.find('&', found) - begin);
@@ -62,7 +62,7 @@ bool isTextOfCloseControl(const Dictionary& actionInformation) {
 }
 
 bool classHoldsMarkInOtherCase(const DomHtmlElement& element) {
-  const std::string names = inLowerCase(element.className().value_or(""));
+  const std::string names = asciiLower(element.className().value_or(""));
   return names.find(kBrowserMark.inClass) != std::string::npos ||
          names.find(kPurchaseMark.inClass) != std::string::npos;
 }

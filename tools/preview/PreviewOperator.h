@@ -44,6 +44,8 @@ class PreviewController : public qorix::MyPushAdViewController {
 /// The library's presenter, with that controller.
 class PreviewOperator : public qorix::MyPushAdOperator {
  public:
+  using MyPushAdOperator::MyPushAdOperator;
+
   /// See PreviewController; set both before anything is shown.
   void setRegistry(std::shared_ptr<RememberingRegistry> registry) {
     registry_ = std::move(registry);

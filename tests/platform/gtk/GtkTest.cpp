@@ -165,18 +165,25 @@ void HostWindow::destroy() {
 }
 
 GtkTest::GtkTest() {
-  static const bool isWatched = [] {
+  static const bool isInstalled = [] {
     g_log_set_writer_func(failOnWarnings, nullptr, nullptr);
+    gtk::install({.bundleIdentifier = "com.example.host"});
     return true;
   }();
-  static_cast<void>(isWatched);
-  gtk::install({.bundleIdentifier = "com.example.host"});
+  static_cast<void>(isInstalled);
   Platform services = platform();
   services.log = log;
+  services.notificationCenter = std::make_shared<NotificationCenter>();
   installPlatform(services);
 }
 
-GtkTest::~GtkTest() { serveLoop(); }
+// What is still queued is heard by nobody: those who listened are gone.
+GtkTest::~GtkTest() {
+  Platform services = platform();
+  services.notificationCenter = std::make_shared<NotificationCenter>();
+  installPlatform(services);
+  serveLoop();
+}
 
 std::shared_ptr<DomNode> clickedNode(const RecordingDelegate::Question& question) {
   const Value* element = find(question.action, kWebActionElementKey);

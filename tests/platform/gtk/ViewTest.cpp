@@ -230,6 +230,57 @@ TEST_F(GtkView, bannerFollowsAHostThatIsReparentedWhileShown) {
   gtk_widget_destroy(other);
 }
 
+TEST_F(GtkView, addedViewIsAboveItsSiblings) {
+  HostWindow host(300, 200);
+  gtk_overlay_add_overlay(host.overlay(), newColoredArea(kBlue));  // the host's own, over all of it
+  host.show();
+  Page first;
+  Page second;
+  first.showIn(host, {{10, 10}, {100, 50}});
+  first.loadAndWait(kRedPage);
+  EXPECT_TRUE(waitFor([&] { return isRedExactlyAt(host, {{10, 10}, {100, 50}}); }));
+  second.showIn(host, {{10, 10}, {100, 50}});
+  second.loadAndWait("<body style='margin:0;background:#ff0'></body>");
+  EXPECT_TRUE(waitFor([&] { return isRedExactlyAt(host, {}); })) << "the later one is on top";
+  host.view()->addSubview(first.interface->view);
+  EXPECT_TRUE(waitFor([&] { return isRedExactlyAt(host, {{10, 10}, {100, 50}}); })) << "raised";
+}
+
+TEST_F(GtkView, pageSeesItsWholeSizeHoweverFarItReachesBeyondTheHost) {
+  HostWindow host(200, 100);
+  host.show();
+  Page page;
+  const Rect frame{{-16'300, 20}, {16'384, 50}};
+  page.showIn(host, frame);
+  page.loadAndWait(kRedPage);
+  EXPECT_TRUE(waitFor([&] {
+    return page.evaluate("innerWidth + 'x' + innerHeight") == "16384x50";
+  })) << page.evaluate("innerWidth + 'x' + innerHeight");
+  EXPECT_TRUE(waitFor([&] { return isRedExactlyAt(host, frame); }));
+}
+
+TEST_F(GtkView, rootHasTheSizeOfItsInterfaceFileAndMayBecomeSmaller) {
+  HostWindow host(300, 200);
+  host.show();
+  Page page;
+  EXPECT_EQ(page.interface->view->frame(), (Rect{{0, 0}, {480, 320}}));
+  page.showIn(host, {{0, 0}, {30, 20}});
+  EXPECT_TRUE(waitFor([&] { return page.webView()->frame().size == Size{30, 20}; }));
+}
+
+TEST_F(GtkView, aViewIsGoneWithItsWidget) {
+  HostWindow host(300, 200);
+  const auto view = host.view();
+  EXPECT_FALSE(view->isGone());
+  bool wasGone = false;
+  std::function<void()> look = [&] { wasGone = view->isGone(); };
+  g_signal_connect_swapped(host.overlay(), "destroy",
+                           G_CALLBACK(+[](std::function<void()>* act) { (*act)(); }), &look);
+  host.destroy();
+  EXPECT_TRUE(wasGone);
+  EXPECT_TRUE(view->isGone());
+}
+
 TEST_F(GtkView, destroyedHostEndsItsView) {
   auto host = std::make_unique<HostWindow>(300, 200);
   host->show();

@@ -1,4 +1,5 @@
 #include "platform/gtk/GtkTest.h"
+#include "platform/gtk/WidgetView.h"
 
 namespace qorix::test {
 
@@ -31,6 +32,13 @@ class GtkWindowPort : public GtkTest {
     const GdkRectangle area = redArea();
     return gdk_rectangle_equal(&area, &expected) != FALSE;
   }
+
+  GtkWindow* native() const {
+    return GTK_WINDOW(
+        gtk_widget_get_toplevel(dynamic_cast<gtk::NativeView&>(*window->contentView()).widget()));
+  }
+
+  void destroyNative() { gtk_widget_destroy(GTK_WIDGET(native())); }
 
   void closeByUser() { run({"wmctrl", "-F", "-c", "Pop-up"}); }
 
@@ -194,24 +202,101 @@ TEST_F(GtkWindowPort, borderlessWindowStaysHiddenAndItsPageLoads) {
   EXPECT_EQ(page.interface->view->superview(), stub->contentView());
 }
 
-TEST_F(GtkWindowPort, destroyedByTheHostItDoesNothingMore) {
+TEST_F(GtkWindowPort, destroyedByTheHostItIsClosedAndTheNextShowingMakesAnotherOne) {
+  makeWindow({300, 200});
+  page.load(kRedPage);
+  window->setLevel(WindowLevel::floating);
+  for (std::size_t round = 1; round <= 2; ++round) {
+    const Rect frame = window->frameRectForContentRect({{100, 100}, {300, 200}});
+    window->setFrame(frame);
+    window->makeKeyAndOrderFront();
+    ASSERT_TRUE(waitFor([] { return isRedExactlyAt({100, 1024 - 100 - 200, 300, 200}); }));
+    const std::string state = run({"xprop", "-name", "Pop-up", "_NET_WM_STATE"});
+    EXPECT_NE(state.find("_NET_WM_STATE_ABOVE"), std::string::npos) << state;
+    destroyNative();
+    ASSERT_EQ(closings.size(), round);
+    EXPECT_TRUE(closings.back().wasVisible);
+    EXPECT_FALSE(window->isVisible());
+    EXPECT_EQ(window->frame(), frame);
+    ASSERT_TRUE(waitFor([] { return redArea().width <= 0; }));
+  }
+  EXPECT_EQ(page.delegate->mainLoads(), 1) << "the page goes on";
+}
+
+TEST_F(GtkWindowPort, withoutItsNativeWindowItKeepsWhatItIsTold) {
+  makeWindow({300, 200});
+  destroyNative();
+  EXPECT_TRUE(closings.empty()) << "it was not visible";
+  window->close();
+  EXPECT_TRUE(closings.empty());
+  const Rect frame = window->frameRectForContentRect({{200, 300}, {250, 150}});
+  window->setFrame(frame);
+  window->setTitle("Another");
+  EXPECT_EQ(window->frame(), frame);
+  ASSERT_NE(window->screen(), nullptr);
+  EXPECT_EQ(window->contentView(), page.interface->view);
+  page.load(kRedPage);
+  window->makeKeyAndOrderFront();
+  EXPECT_TRUE(waitFor([] { return isRedExactlyAt({200, 1024 - 300 - 150, 250, 150}); }));
+  EXPECT_FALSE(run({"xprop", "-name", "Another", "WM_NAME"}).empty());
+}
+
+TEST_F(GtkWindowPort, destroyedByTheObserverOfItsClosingItIsVisibleToTheOthersStill) {
   makeWindow({300, 200});
   window->makeKeyAndOrderFront();
-  GList* all = gtk_window_list_toplevels();
-  for (GList* each = all; each != nullptr; each = each->next) {
-    gtk_widget_destroy(GTK_WIDGET(each->data));
-  }
-  g_list_free(all);
-  EXPECT_FALSE(window->isVisible());
-  window->setFrame({{1, 2}, {3, 4}});
-  window->setTitle("gone");
-  window->setLevel(WindowLevel::floating);
-  window->center();
+  bool wasVisible = false;
+  platform().notificationCenter->addObserver(kWindowWillCloseNotification,
+                                             [this](const Notification&) { destroyNative(); });
+  platform().notificationCenter->addObserver(
+      kWindowWillCloseNotification, [&](const Notification&) { wasVisible = window->isVisible(); });
   window->close();
+  EXPECT_TRUE(wasVisible);
+  EXPECT_FALSE(window->isVisible());
+  EXPECT_EQ(closings.size(), 1U);
+}
+
+TEST_F(GtkWindowPort, minimisedItIsNotVisibleAndComesToTheFront) {
+  makeWindow({300, 200});
+  page.load(kRedPage);
+  const auto minimise = [this] {
+    ASSERT_TRUE(waitFor([] { return redArea().width == 300; }));
+    gtk_window_iconify(native());
+    ASSERT_TRUE(waitFor([this] { return !window->isVisible(); }));
+    ASSERT_TRUE(waitFor([] { return redArea().width <= 0; }));
+  };
   window->makeKeyAndOrderFront();
-  EXPECT_EQ(window->frame(), Rect{});
-  EXPECT_EQ(window->screen(), nullptr);
-  EXPECT_TRUE(closings.empty());
+  minimise();
+  window->makeKeyAndOrderFront();
+  EXPECT_TRUE(waitFor([this] { return window->isVisible(); }));
+  minimise();
+  closeByUser();
+  ASSERT_TRUE(waitFor([this] { return closings.size() == 1; }));
+  EXPECT_FALSE(closings.back().wasVisible);
+  EXPECT_FALSE(gtk_widget_get_visible(GTK_WIDGET(native())));
+  window->makeKeyAndOrderFront();
+  EXPECT_TRUE(waitFor([this] { return window->isVisible() && redArea().width == 300; }))
+      << "and not as an icon";
+}
+
+TEST_F(GtkWindowPort, isShownInFrontAndWithTheKeyboard) {
+  HostWindow host(900, 700);
+  makeWindow({300, 200});
+  page.load(kRedPage);
+  for (int round = 0; round < 2; ++round) {
+    host.show();
+    window->makeKeyAndOrderFront();
+    EXPECT_TRUE(waitFor([this] { return gtk_window_is_active(native()) != FALSE; }));
+    EXPECT_TRUE(waitFor([] { return redArea().width == 300 && redArea().height == 200; }));
+    gtk_window_iconify(native());
+    ASSERT_TRUE(waitFor([this] { return !window->isVisible(); }));
+  }
+}
+
+TEST_F(GtkWindowPort, aWindowWithoutExtentIsOnTheScreenThatItLiesOn) {
+  makeWindow({0, 0});
+  EXPECT_NE(window->screen(), nullptr);
+  window->setFrame({{100, 100}, {0, 0}});
+  EXPECT_NE(window->screen(), nullptr);
 }
 
 TEST_F(GtkWindowPort, releasedWindowLeavesItsContentAlone) {

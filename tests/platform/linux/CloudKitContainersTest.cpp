@@ -14,12 +14,15 @@
 #include <future>
 #include <iterator>
 #include <limits>
+#include <new>
 #include <nlohmann/json.hpp>
 
+#include "fakes/FakeRunLoop.h"
 #include "fakes/RecordingLog.h"
 #include "platform/Platform.h"
 #include "platform/linux/CloudKitContainers.h"
 #include "support/CloudServer.h"
+#include "support/NoThreads.h"
 #include "support/QueryOutcome.h"
 #include "support/TemporaryFolder.h"
 
@@ -218,8 +221,9 @@ TEST_F(CloudKitTest, withoutATokenThereIsNoContainer) {
 }
 
 TEST_F(CloudKitTest, anAddressThatIsNoneIsLogged) {
-  for (const char* address : {"", "api.apple-cloudkit.com", "ftp://127.0.0.1", "https://a b",
-                              "https://127.0.0.1/?query", "https://127.0.0.1/#fragment"}) {
+  for (const char* address :
+       {"", "api.apple-cloudkit.com", "ftp://127.0.0.1", "https://a b", "https://", "https:///path",
+        "https:path", "//127.0.0.1", "https://127.0.0.1/?query", "https://127.0.0.1/#fragment"}) {
     options_.serviceAddress = address;
     EXPECT_EQ(CloudKitContainerFactory(options_).containerWithIdentifier("iCloud.com.example"),
               nullptr);
@@ -420,7 +424,8 @@ TEST_F(CloudKitTest, anAssetWithoutAnAddressHasNoFile) {
 }
 
 TEST_F(CloudKitTest, anAssetsAddressThatIsNoneIsAnError) {
-  for (const char* address : {"no address", "file:///etc/hostname", "ftp://127.0.0.1/a"}) {
+  for (const char* address :
+       {"no address", "file:///etc/hostname", "ftp://127.0.0.1/a", "a", "http:///a"}) {
     cloud_.setAnswer({.body = {R"({"records": [{"fields": {"filecontents": {"value":
         {"downloadURL": ")" + std::string(address) +
                                R"("}, "type": "ASSETID"}}}]})"}});
@@ -437,16 +442,30 @@ TEST_F(CloudKitTest, aLongAddressIsCutInTheError) {
   EXPECT_EQ(error().description, "an asset's address cannot be used: " + address.substr(0, 500));
 }
 
-TEST_F(CloudKitTest, anAssetFarTooLargeIsAnError) {
-  constexpr std::size_t kMost = std::size_t{64} << 20;
-  cloud_.addAdFile({.body = {"text"}}, kMost + 1);
+TEST_F(CloudKitTest, anAssetThatHoldsMoreThanItMayIsAnError) {
+  options_.http.mostBytes = 1000;
+  cloud_.addAdFile(std::string(1000, 'x'));
+  EXPECT_EQ(records().size(), 1U);
+  EXPECT_EQ(cloud_.downloads(), 1);
+  cloud_.addAdFile({.body = {"text"}}, 1001);
   expectError(error(), "CloudKit", 200, "an asset is too large");
-  EXPECT_EQ(cloud_.downloads(), 0);
-  cloud_.server().setAnswer("/a", {.body = {std::string(kMost + 1, 'x')}});
+  EXPECT_EQ(cloud_.downloads(), 1);
+  cloud_.server().setAnswer("/a", {.body = {std::string(1001, 'x')}, .isChunked = true});
   cloud_.setAnswer({.body = {R"({"records": [{"fields": {"filecontents": {"type": "ASSETID",
       "value": {"downloadURL": ")" +
                              cloud_.server().url("/a") + R"("}}}}]})"}});
-  expectError(error(), "CloudKit", 200, "an asset is too large");
+  expectError(error(), "curl", CURLE_FILESIZE_EXCEEDED, "holds more than can be taken");
+  EXPECT_THAT(namelessFiles(), IsEmpty());
+}
+
+TEST_F(CloudKitTest, anAssetThatDecodesToMoreThanItMayIsAnError) {
+  options_.http.mostBytes = 1 << 20;
+  cloud_.server().setAnswer("/a", {.headers = {{"Content-Encoding", "gzip"}},
+                                   .body = {gzipped(std::string((1 << 20) + 1, 'x'))}});
+  cloud_.setAnswer({.body = {R"({"records": [{"fields": {"filecontents": {"type": "ASSETID",
+      "value": {"downloadURL": ")" +
+                             cloud_.server().url("/a") + R"("}}}}]})"}});
+  expectError(error(), "curl", CURLE_FILESIZE_EXCEEDED, "holds more than can be taken");
 }
 
 TEST_F(CloudKitTest, aServiceOnHttpsHasItsAssetsThereToo) {
@@ -549,16 +568,25 @@ TEST_F(CloudKitTest, anAnswerFarTooDeepDoesNoHarm) {
   EXPECT_EQ(records().size(), 1U);
 }
 
-TEST_F(CloudKitTest, answersFarTooLongTogetherAreAnError) {
-  expectError(errorAfter(502, std::string(17U << 20, ' ')), "CloudKit", 502,
-              "the cloud service's answer is too long");
+TEST_F(CloudKitTest, answersThatHoldMoreThanTheyMayAreAnError) {
+  options_.http.mostBytes = 1000;
+  expectError(errorAfter(502, std::string(1001, ' ')), "curl", CURLE_FILESIZE_EXCEEDED, "");
   std::atomic<int> pages = 0;
   cloud_.setHandler([&](const LoopbackServer::Request&) -> Answer {
     return {.body = {R"({"records": [], "continuationMarker": ")" + std::to_string(++pages) +
-                     "\"}" + std::string(6U << 20, ' ')}};
+                     "\"}" + std::string(400, ' ')}};
   });
   expectError(error(), "CloudKit", 200, "the cloud service's answer is too long");
   EXPECT_EQ(pages, 3);
+}
+
+TEST_F(CloudKitTest, anAnswerOfTooManyValuesIsAnError) {
+  std::string values = "0";
+  for (int i = 0; i < 1'000'000; ++i) {
+    values += ",0";
+  }
+  expectError(errorAfter(200, "{\"records\": [" + values + "]}"), "CloudKit", 200,
+              "the cloud service's answer is too long");
 }
 
 TEST_F(CloudKitTest, resultsThatDoNotEndAreAnError) {
@@ -609,6 +637,46 @@ TEST_F(CloudKitTest, aServiceThatCannotBeTrustedIsAnError) {
   options_.serviceAddress = secure.server().url("");
   expectError(error(), "curl", CURLE_PEER_FAILED_VERIFICATION, "");
   EXPECT_THAT(secure.server().requests(), IsEmpty());
+}
+
+TEST_F(CloudKitTest, aQueryThatNoThreadCanRunIsAnError) {
+  const auto runLoop = std::make_shared<FakeRunLoop>();
+  Platform services = nullPlatform();
+  services.mainRunLoop = runLoop;
+  installPlatform(std::move(services));
+  const auto database = CloudKitContainerFactory(options_)
+                            .containerWithIdentifier(CloudServer::kContainer)
+                            ->publicCloudDatabase();
+  PendingQuery pending;
+  {
+    const NoThreads noThreads;
+    database->performQuery(CloudServer::adFileQuery(), pending.completion());
+  }
+  EXPECT_FALSE(pending.isOver());
+  runLoop->runUntilIdle();
+  ASSERT_TRUE(pending.isOver());
+  expectError(*pending.wait()->error, "curl", CURLE_FAILED_INIT, "The request cannot be run: ");
+  PendingQuery next;
+  database->performQuery(CloudServer::adFileQuery(), next.completion());
+  const auto outcome = next.wait();
+  ASSERT_TRUE(outcome);
+  EXPECT_TRUE(outcome->records);
+}
+
+TEST_F(CloudKitTest, aCompletionWithoutMemoryForTheRecordsGetsAnError) {
+  std::promise<Error> error;
+  int calls = 0;
+  CloudKitContainerFactory(options_)
+      .containerWithIdentifier(CloudServer::kContainer)
+      ->publicCloudDatabase()
+      ->performQuery(CloudServer::adFileQuery(), [&](const auto&, const auto& failure) {
+        if (++calls == 1) {
+          throw std::bad_alloc();
+        }
+        error.set_value(failure.value());
+      });
+  expectError(error.get_future().get(), "curl", CURLE_OUT_OF_MEMORY, "not enough memory");
+  EXPECT_EQ(calls, 2);
 }
 
 // Life.

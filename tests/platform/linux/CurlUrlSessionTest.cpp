@@ -1,14 +1,23 @@
 #include <curl/curl.h>
 #include <gmock/gmock.h>
+#include <sys/resource.h>
+#include <unistd.h>
+#include <zlib.h>
 
 #include <atomic>
 #include <chrono>
 #include <cstdlib>
+#include <fstream>
 #include <future>
+#include <new>
 #include <thread>
 
+#include "fakes/FakeRunLoop.h"
+#include "fakes/RecordingLog.h"
+#include "platform/Platform.h"
 #include "platform/linux/CurlUrlSession.h"
 #include "support/LoopbackServer.h"
+#include "support/NoThreads.h"
 #include "support/RecordingUrlSessionDelegate.h"
 
 namespace qorix {
@@ -18,7 +27,26 @@ using Answer = LoopbackServer::Answer;
 using Clock = std::chrono::steady_clock;
 using Ending = LoopbackServer::Ending;
 using Security = LoopbackServer::Security;
+using ::testing::ElementsAre;
 using ::testing::HasSubstr;
+
+/// `text` as zlib compresses it with those window bits.
+std::string deflated(const std::string& text, int windowBits) {
+  z_stream stream{};
+  std::string bytes(text.size() + 100, '\0');
+  stream.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(text.data()));
+  stream.avail_in = static_cast<uInt>(text.size());
+  stream.next_out = reinterpret_cast<Bytef*>(bytes.data());
+  stream.avail_out = static_cast<uInt>(bytes.size());
+  if (deflateInit2(&stream, Z_BEST_COMPRESSION, Z_DEFLATED, windowBits, 8, Z_DEFAULT_STRATEGY) !=
+          Z_OK ||
+      deflate(&stream, Z_FINISH) != Z_STREAM_END) {
+    ADD_FAILURE();
+  }
+  bytes.resize(stream.total_out);
+  deflateEnd(&stream);
+  return bytes;
+}
 
 class CurlUrlSessionTest : public ::testing::Test {
  protected:
@@ -52,6 +80,18 @@ class CurlUrlSessionTest : public ::testing::Test {
   std::optional<Error> fetchAnswer(Answer answer) {
     server_.setAnswer("/ad.xml", std::move(answer));
     return fetch(server_.url("/ad.xml"));
+  }
+
+  std::optional<Error> fetchEncoded(const std::string& encoding, const std::string& body) {
+    return fetchAnswer({.headers = {{"Content-Encoding", encoding}}, .body = {body}});
+  }
+
+  void expectDecoded(const std::string& encoding, const std::string& body,
+                     const std::string& decoded) {
+    const std::string before = delegate_->body();
+    const auto error = fetchEncoded(encoding, body);
+    EXPECT_FALSE(error.has_value()) << encoding << ": " << error->description;
+    EXPECT_TRUE(delegate_->body() == before + decoded) << encoding;
   }
 
   static void expectSuccess(const std::optional<Error>& error) {
@@ -164,6 +204,18 @@ TEST_F(CurlUrlSessionTest, noAnswerAtAllIsAnError) {
   expectError(fetch(server.url("/")), CURLE_GOT_NOTHING);
 }
 
+TEST_F(CurlUrlSessionTest, anAddressThatCannotBeFetchedIsAnError) {
+  for (const char* address : {"commonad.xml", "//127.0.0.1/x", "127.0.0.1/x"}) {
+    expectError(fetch(address), CURLE_UNSUPPORTED_PROTOCOL);
+  }
+  // libcurl would take the path for a host.
+  const std::string path = server_.url("/").substr(std::string("http://").size());
+  for (const auto& address : {std::string("https://"), "http:///" + path, "http:" + path}) {
+    expectError(fetch(address), CURLE_URL_MALFORMAT);
+  }
+  EXPECT_TRUE(server_.requests().empty());
+}
+
 TEST_F(CurlUrlSessionTest, otherSchemesAreErrors) {
   expectError(fetch("file:///etc/hostname"), CURLE_UNSUPPORTED_PROTOCOL);
   expectError(fetch("ftp://127.0.0.1/file"), CURLE_UNSUPPORTED_PROTOCOL);
@@ -174,6 +226,157 @@ TEST_F(CurlUrlSessionTest, everyAttemptStartsAfreshAfterAFailure) {
   expectError(fetchAnswer({.body = {"half"}, .ending = Ending::cut}), CURLE_PARTIAL_FILE);
   expectSuccess(fetchAnswer({.body = {"whole"}}));
   EXPECT_EQ(delegate_->body(), "halfwhole");
+}
+
+// What a response may hold.
+
+TEST_F(CurlUrlSessionTest, aBodyMayHold64MebibytesUnlessToldOtherwise) {
+  EXPECT_EQ(CurlUrlSessionFactory::Options().mostBytes, 67'108'864U);
+}
+
+TEST_F(CurlUrlSessionTest, aBodyThatHoldsMoreThanItMayIsAnError) {
+  open({.mostBytes = 1000});
+  expectSuccess(fetchAnswer({.body = {std::string(1000, 'x')}}));
+  EXPECT_EQ(delegate_->body().size(), 1000U);
+  expectError(fetchAnswer({.body = {std::string(1000, 'x'), "x"}, .isChunked = true}),
+              CURLE_FILESIZE_EXCEEDED);
+  EXPECT_LE(delegate_->body().size(), 2000U);
+}
+
+TEST_F(CurlUrlSessionTest, aBodyIsNotAwaitedThatIsAnnouncedToHoldMoreThanItMay) {
+  RawServer server([](RawServer::Connection& connection) {
+    connection.readRequest();
+    connection.send("HTTP/1.1 200 OK\r\nContent-Length: 1001\r\n\r\nfirst");
+    connection.waitForClose();
+  });
+  open({.mostBytes = 1000});
+  expectError(fetch(server.url("/")), CURLE_FILESIZE_EXCEEDED);
+  EXPECT_EQ(delegate_->body(), "");
+}
+
+TEST_F(CurlUrlSessionTest, aBodyThatDecodesToMoreThanItMayIsAnError) {
+  open({.mostBytes = 1 << 20});
+  const auto fetchDecoded = [this](std::size_t size) {
+    return fetchAnswer(
+        {.headers = {{"Content-Encoding", "gzip"}}, .body = {gzipped(std::string(size, 'x'))}});
+  };
+  expectSuccess(fetchDecoded(1 << 20));
+  EXPECT_EQ(delegate_->body().size(), 1U << 20);
+  expectError(fetchDecoded((1 << 20) + 1), CURLE_FILESIZE_EXCEEDED);
+  EXPECT_LE(delegate_->body().size(), 2U << 20);
+}
+
+TEST_F(CurlUrlSessionTest, aBodyThatDecodesToMoreOnTheWayThanItMayIsAnError) {
+  open({.mostBytes = 1 << 20});
+  const std::string empty = gzipped("");
+  std::string nothing;
+  for (int i = 0; i < 60'000; ++i) {
+    nothing += empty;
+  }
+  expectError(
+      fetchAnswer({.headers = {{"Content-Encoding", "gzip, gzip"}}, .body = {gzipped(nothing)}}),
+      CURLE_FILESIZE_EXCEEDED);
+}
+
+TEST_F(CurlUrlSessionTest, aRedirectThatDoesNotEndIsAnError) {
+  RawServer server([](RawServer::Connection& connection) {
+    connection.readRequest();
+    connection.send("HTTP/1.1 302 Found\r\nLocation: /x\r\nTransfer-Encoding: chunked\r\n\r\n");
+    const std::string chunk = "3e8\r\n" + std::string(1000, 'x') + "\r\n";
+    while (connection.send(chunk)) {
+    }
+  });
+  open({.mostBytes = 1 << 20});
+  expectError(fetch(server.url("/")), CURLE_FILESIZE_EXCEEDED);
+}
+
+// What the delegate throws.
+
+TEST_F(CurlUrlSessionTest, aDelegateWithoutMemoryForTheBodyEndsTheTask) {
+  open();
+  bool throws = true;
+  delegate_->onData = [&throws] {
+    if (throws) {
+      throw std::bad_alloc();
+    }
+  };
+  expectError(fetchAnswer({.body = {"text"}}), CURLE_OUT_OF_MEMORY);
+  throws = false;
+  expectSuccess(fetchAnswer({.body = {"text"}}));
+  EXPECT_EQ(delegate_->body(), "text");
+}
+
+TEST_F(CurlUrlSessionTest, aDelegateThatThrowsAnythingEndsTheTask) {
+  open();
+  delegate_->onData = [] { throw 7; };
+  expectError(fetchAnswer({.body = {"text"}}), CURLE_WRITE_ERROR);
+}
+
+TEST_F(CurlUrlSessionTest, anEndThatTheDelegateHasNoMemoryForIsAnError) {
+  open();
+  int calls = 0;
+  delegate_->onCompletion = [&calls] {
+    if (++calls == 1) {
+      throw std::bad_alloc();
+    }
+  };
+  expectError(fetchAnswer({.body = {"text"}}), CURLE_OUT_OF_MEMORY);
+  EXPECT_EQ(calls, 2);
+}
+
+TEST_F(CurlUrlSessionTest, anErrorThatTheDelegateCannotTakeIsDropped) {
+  const auto log = std::make_shared<RecordingLog>();
+  Platform services = nullPlatform();
+  services.log = log;
+  installPlatform(std::move(services));
+  open();
+  int calls = 0;
+  delegate_->onCompletion = [&calls] {
+    if (++calls <= 2) {
+      throw std::bad_alloc();
+    }
+  };
+  server_.setAnswer("/ad.xml", {.body = {"text"}});
+  start(server_.url("/ad.xml"));
+  expectSuccess(fetch(server_.url("/ad.xml")));
+  EXPECT_EQ(calls, 3);
+  EXPECT_THAT(log->lines(), ElementsAre("The outcome of a transfer could not be handled."));
+}
+
+// Without a thread.
+
+TEST_F(CurlUrlSessionTest, aTaskThatNoThreadCanRunIsAnErrorOnTheMainThread) {
+  const auto runLoop = std::make_shared<FakeRunLoop>();
+  Platform services = nullPlatform();
+  services.mainRunLoop = runLoop;
+  installPlatform(std::move(services));
+  open();
+  server_.setAnswer("/ad.xml", {.body = {"text"}});
+  {
+    const NoThreads noThreads;
+    start(server_.url("/ad.xml"));
+  }
+  EXPECT_TRUE(delegate_->outcomes().empty()) << "not inside the call";
+  runLoop->runUntilIdle();
+  ASSERT_EQ(delegate_->outcomes().size(), 1U);
+  expectError(delegate_->outcomes()[0], CURLE_FAILED_INIT);
+  EXPECT_EQ(delegate_->thread(), std::this_thread::get_id());
+  expectSuccess(fetch(server_.url("/ad.xml")));
+}
+
+TEST_F(CurlUrlSessionTest, aTaskThatNoThreadCanRunEndsWithItsSession) {
+  const auto runLoop = std::make_shared<FakeRunLoop>();
+  Platform services = nullPlatform();
+  services.mainRunLoop = runLoop;
+  installPlatform(std::move(services));
+  open();
+  {
+    const NoThreads noThreads;
+    start(server_.url("/ad.xml"));
+  }
+  session_ = nullptr;
+  runLoop->runUntilIdle();
+  EXPECT_TRUE(delegate_->outcomes().empty());
 }
 
 // The idle limit.
@@ -372,16 +575,72 @@ TEST_F(CurlUrlSessionTest, aCompressedBodyThatEndsTooEarlyIsAnError) {
 TEST_F(CurlUrlSessionTest, aDamagedCompressedBodyIsAnError) {
   std::string body = gzipped("some text to be damaged, some text to be damaged");
   body[body.size() - 6] = static_cast<char>(~body[body.size() - 6]);  // in the checksum
-  expectError(fetchAnswer({.headers = {{"Content-Encoding", "gzip"}}, .body = {body}}),
-              CURLE_BAD_CONTENT_ENCODING);
-  expectError(fetchAnswer({.headers = {{"Content-Encoding", "gzip"}}, .body = {"plain text"}}),
+  expectError(fetchEncoded("gzip", body), CURLE_BAD_CONTENT_ENCODING);
+  expectError(fetchEncoded("gzip", gzipped("first") + body), CURLE_BAD_CONTENT_ENCODING);
+  expectError(fetchEncoded("gzip", "plain text"), CURLE_BAD_CONTENT_ENCODING);
+  expectError(fetchEncoded("deflate", "\xFF\xFF\xFF"), CURLE_BAD_CONTENT_ENCODING);
+}
+
+TEST_F(CurlUrlSessionTest, deflateComesWithItsFrameOrWithout) {
+  const std::string text(200'000, 'x');
+  for (const int windowBits : {MAX_WBITS, -MAX_WBITS, MAX_WBITS + 16}) {
+    const std::string whole = deflated(text, windowBits);
+    expectDecoded("deflate", whole, text);
+    Answer answer{.headers = {{"Content-Encoding", "Deflate"}}, .isChunked = true};
+    for (const char byte : whole) {
+      answer.body.emplace_back(1, byte);
+    }
+    const std::string before = delegate_->body();
+    expectSuccess(fetchAnswer(answer));
+    EXPECT_TRUE(delegate_->body() == before + text);
+    expectError(fetchEncoded("deflate", whole.substr(0, whole.size() / 2)),
+                CURLE_BAD_CONTENT_ENCODING);
+  }
+  expectDecoded("gzip", deflated(text, MAX_WBITS), text);
+}
+
+TEST_F(CurlUrlSessionTest, bytesBehindACompressedBodyAreNoPartOfIt) {
+  for (const char* rest : {"\n", "behind it", "\x1F", "\x1Fx"}) {
+    expectDecoded("gzip", gzipped("text") + rest, "text");
+    expectDecoded("deflate", deflated("text", MAX_WBITS) + rest, "text");
+    expectDecoded("deflate", deflated("text", -MAX_WBITS) + rest, "text");
+  }
+  expectDecoded("gzip", gzipped("text") + std::string(512, '\0'), "text");
+  expectError(fetchEncoded("gzip", gzipped("text") + gzipped("more").substr(0, 10)),
               CURLE_BAD_CONTENT_ENCODING);
 }
 
-TEST_F(CurlUrlSessionTest, anEncodingThatNobodyAskedForIsAnError) {
-  for (const char* encoding : {"br", "zstd", "gzip, gzip", "rot13"}) {
-    expectError(fetchAnswer({.headers = {{"Content-Encoding", encoding}}, .body = {"???"}}),
-                CURLE_BAD_CONTENT_ENCODING);
+TEST_F(CurlUrlSessionTest, compressionHasSeveralNamesAndLayers) {
+  expectDecoded("x-gzip", gzipped("text"), "text");
+  expectDecoded("X-GZIP", gzipped("text"), "text");
+  expectDecoded("gzip, gzip", gzipped(gzipped("text")), "text");
+  expectDecoded(" deflate ,utf-8,, gzip", gzipped(deflated("text", MAX_WBITS)), "text");
+  std::string body = "text";
+  std::string names;
+  for (int layer = 0; layer < 5; ++layer) {
+    body = gzipped(body);
+    names += "gzip,";
+  }
+  expectDecoded(names, body, "text");
+  expectError(fetchEncoded(names + "gzip", gzipped(body)), CURLE_BAD_CONTENT_ENCODING);
+}
+
+TEST_F(CurlUrlSessionTest, severalHeaderLinesNameSeveralLayers) {
+  Answer answer{.headers = {{"Content-Encoding", "deflate"}, {"content-encoding", "gzip"}},
+                .body = {gzipped(deflated("text", MAX_WBITS))}};
+  expectSuccess(fetchAnswer(answer));
+  EXPECT_EQ(delegate_->body(), "text");
+}
+
+TEST_F(CurlUrlSessionTest, anEncodingThatIsNoCompressionChangesNothing) {
+  for (const char* encoding : {"utf-8", "none", "identity", "rot13", "8bit", ""}) {
+    expectDecoded(encoding, "some text", "some text");
+  }
+}
+
+TEST_F(CurlUrlSessionTest, aCompressionThatNobodyAskedForIsAnError) {
+  for (const char* encoding : {"br", "ZSTD", "compress", "x-compress", "gzip, br"}) {
+    expectError(fetchEncoded(encoding, "???"), CURLE_BAD_CONTENT_ENCODING);
   }
   EXPECT_EQ(delegate_->body(), "");
 }
@@ -497,26 +756,24 @@ TEST_F(CurlUrlSessionTest, mayEndInsideACallOfItsDelegate) {
   EXPECT_TRUE(delegate_->outcomes().empty());
 }
 
-TEST_F(CurlUrlSessionTest, mayEndTogetherWithItsDelegateInsideACall) {
+TEST_F(CurlUrlSessionTest, aTaskTakesADelegateThatOwnsItsSessionAlong) {
   /// A delegate that owns its session, as the library's own source does.
   struct Owner : RecordingUrlSessionDelegate {
     std::shared_ptr<UrlSession> session;
   };
-  server_.setAnswer("/ad.xml", {.body = {"text"}, .ending = Ending::stall});
+  server_.setAnswer("/ad.xml",
+                    {.body = {"te", "xt"}, .isChunked = true, .waitsBetweenPieces = true});
   auto owner = std::make_shared<Owner>();
   const std::weak_ptr<Owner> watch = owner;
-  std::promise<void> inside;
-  std::promise<void> released;
-  owner->onData = [&inside, released = released.get_future().share()] {
-    inside.set_value();
-    released.wait();
-  };
+  std::promise<std::string> body;
+  owner->onCompletion = [&body, raw = owner.get()] { body.set_value(raw->body()); };
   owner->session = CurlUrlSessionFactory().createEphemeralSession(owner);
   owner->session->startDataTask(*Url::parse(server_.url("/ad.xml")));
-  inside.get_future().wait();
+  ASSERT_TRUE(owner->waitForBodySize(2));
   owner.reset();
-  EXPECT_FALSE(watch.expired());  // the call under way keeps it
-  released.set_value();
+  EXPECT_FALSE(watch.expired());
+  server_.releasePiece();
+  EXPECT_EQ(body.get_future().get(), "text");
   const auto deadline = Clock::now() + std::chrono::seconds(10);
   while (!watch.expired() && Clock::now() < deadline) {
     std::this_thread::yield();
@@ -524,17 +781,14 @@ TEST_F(CurlUrlSessionTest, mayEndTogetherWithItsDelegateInsideACall) {
   EXPECT_TRUE(watch.expired());
 }
 
-TEST_F(CurlUrlSessionTest, anOutcomeForADelegateThatIsGoneIsDropped) {
+TEST_F(CurlUrlSessionTest, nothingIsFetchedForADelegateThatIsGone) {
   open();
-  server_.setAnswer("/ad.xml",
-                    {.body = {"12", "34"}, .isChunked = true, .waitsBetweenPieces = true});
-  start(server_.url("/ad.xml"));
-  ASSERT_TRUE(delegate_->waitForBodySize(2));
   delegate_.reset();
-  server_.releasePiece();
-  server_.setAnswer("/next", {.body = {"text"}});
-  start(server_.url("/next"));
-  EXPECT_TRUE(server_.waitForRequests(2));
+  start(server_.url("/ad.xml"));
+  delegate_ = std::make_shared<RecordingUrlSessionDelegate>();
+  open();
+  expectSuccess(fetchAnswer({.body = {"text"}}));
+  EXPECT_EQ(server_.requests().size(), 1U);
 }
 
 TEST_F(CurlUrlSessionTest, aSessionThatIsNeverUsedEndsToo) {
@@ -602,6 +856,46 @@ TEST_F(CurlUrlSessionDeathTest, exitMayBeCalledInsideACallOfTheDelegate) {
         session->startDataTask(Url::parse(server.url("/ad.xml")).value());
         delegate->waitForOutcomes();
         std::abort();
+      },
+      ::testing::ExitedWithCode(0), "");
+}
+
+// A sanitizer keeps books that no limit on addresses leaves room for.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr bool kLimitsMemory = false;
+#elif !defined(__has_feature)
+constexpr bool kLimitsMemory = true;
+#elif __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
+constexpr bool kLimitsMemory = false;
+#else
+constexpr bool kLimitsMemory = true;
+#endif
+
+/// From now on the process has so many bytes of memory left.
+void limitMemory(::rlim_t bytes) {
+  if (kLimitsMemory) {
+    ::rlim_t pages = 0;
+    std::ifstream("/proc/self/statm") >> pages;
+    const ::rlim_t most = pages * static_cast<::rlim_t>(::sysconf(_SC_PAGESIZE)) + bytes;
+    const ::rlimit limit{most, most};
+    ::setrlimit(RLIMIT_AS, &limit);
+  }
+}
+
+TEST_F(CurlUrlSessionDeathTest, aBombIsAnErrorWhereMemoryIsShort) {
+  EXPECT_EXIT(
+      {
+        std::string bomb;  // of 400 MiB
+        for (int i = 0; i < 25; ++i) {
+          bomb += gzipped(std::string(std::size_t{16} << 20, 'x'));
+        }
+        expectSuccess(fetchAnswer({.body = {"text"}}));  // all threads have begun
+        limitMemory(std::size_t{40} << 20);
+        const auto error = fetchEncoded("gzip", bomb);
+        std::exit(error && (error->code == CURLE_OUT_OF_MEMORY ||
+                            (!kLimitsMemory && error->code == CURLE_FILESIZE_EXCEEDED))
+                      ? 0
+                      : 1);
       },
       ::testing::ExitedWithCode(0), "");
 }

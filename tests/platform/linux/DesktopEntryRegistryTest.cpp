@@ -58,6 +58,19 @@ TEST_F(DesktopEntryRegistryTest, theUsersOwnFolderComesFirst) {
   EXPECT_EQ(find("a"), folder_.path() / "home/applications/a.desktop");
 }
 
+// The machine's own folders, as they are: whatever application is there for all users is found.
+TEST_F(DesktopEntryRegistryTest, withoutASettingTheFoldersForAllUsersAreTheUsualOnes) {
+  ::unsetenv("XDG_DATA_DIRS");
+  std::size_t applications = 0;
+  for (const auto& entry : std::filesystem::directory_iterator("/usr/share/applications")) {
+    if (entry.path().extension() == ".desktop") {
+      ++applications;
+      EXPECT_EQ(find(entry.path().stem()), entry.path());
+    }
+  }
+  EXPECT_GT(applications, 0U);
+}
+
 TEST_F(DesktopEntryRegistryTest, looksAfreshEachTime) {
   EXPECT_EQ(find("a"), "");
   const auto file = write("first/applications/a.desktop");

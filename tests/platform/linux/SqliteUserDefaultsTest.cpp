@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 #include <sqlite3.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <chrono>
@@ -135,6 +136,72 @@ TEST_F(SqliteUserDefaultsTest, readsWhatOthersHaveWrittenButNotWhatTheyHavePendi
   EXPECT_EQ(first->integerForKey("count"), 0);
 }
 
+TEST_F(SqliteUserDefaultsTest, readsWhatAnotherProcessHasWrittenAsSoonAsItHas) {
+  int requests[2];
+  int reports[2];
+  ASSERT_EQ(::pipe(requests), 0);
+  ASSERT_EQ(::pipe(reports), 0);
+  const pid_t child = ::fork();
+  ASSERT_GE(child, 0);
+  if (child == 0) {
+    ::close(requests[1]);
+    const auto store = open();
+    char request = 0;
+    while (::read(requests[0], &request, 1) == 1) {
+      store->setInteger(store->integerForKey("count") + 1, "count");
+      const char report = store->synchronize() ? 'y' : 'n';
+      if (::write(reports[1], &report, 1) != 1) {
+        break;
+      }
+    }
+    ::_exit(0);
+  }
+  ::close(requests[0]);
+  ::close(reports[1]);
+  const auto store = open();
+  for (int count = 1; count <= 40; ++count) {
+    char report = 0;
+    ASSERT_EQ(::write(requests[1], "?", 1), 1);
+    ASSERT_EQ(::read(reports[0], &report, 1), 1);
+    ASSERT_EQ(report, 'y');
+    ASSERT_EQ(store->integerForKey("count"), count);
+    if (count % 4 == 0) {  // commits of our own in between hide nothing
+      store->setInteger(++count, "count");
+      ASSERT_TRUE(store->synchronize());
+    }
+  }
+  ::close(requests[1]);
+  ::close(reports[0]);
+  ASSERT_EQ(::waitpid(child, nullptr, 0), child);
+}
+
+TEST_F(SqliteUserDefaultsTest, readsWhatOthersHaveWrittenJustBeforeACommitOfOurOwn) {
+  SettingsFile ours;
+  SettingsFile theirs;
+  std::optional<Settings> held;
+  ASSERT_EQ(ours.open(path_, 0), SettingsFile::Result::done);
+  ASSERT_EQ(theirs.open(path_, 0), SettingsFile::Result::done);
+  ASSERT_EQ(ours.read(held), SettingsFile::Result::done);
+  ASSERT_EQ(theirs.write({{"theirs", Setting(1)}}), SettingsFile::Result::done);
+  ASSERT_EQ(ours.write({{"ours", Setting(1)}}), SettingsFile::Result::done);
+  ASSERT_EQ(ours.read(held), SettingsFile::Result::done);
+  EXPECT_EQ(held, (Settings{{"theirs", Setting(1)}, {"ours", Setting(1)}}));
+}
+
+TEST_F(SqliteUserDefaultsTest, aDecisionReadsWhatBelongsTogether) {
+  const auto store = open();
+  const auto other = open();
+  store->beginDecision();
+  EXPECT_EQ(store->stringForKey("version"), std::nullopt);
+  other->setString("2", "version");
+  other->setInteger(3, "count");
+  EXPECT_TRUE(other->synchronize());
+  EXPECT_EQ(store->integerForKey("count"), 0);
+  store->endDecision();
+  EXPECT_THAT(store->stringForKey("version"), Optional(std::string("2")));
+  EXPECT_EQ(store->integerForKey("count"), 3);
+}
+
 TEST_F(SqliteUserDefaultsTest, filesAndFoldersAreForThisUserOnly) {
   ::umask(0);
   path_ = folder_ / "config/qorix/com.example.editor.sqlite";
@@ -232,32 +299,22 @@ TEST_F(SqliteUserDefaultsTest, theCompanionsOfADamagedFileGoWithIt) {
   EXPECT_TRUE(store->synchronize());
 }
 
-// What turns out to be damaged later.
-
-TEST_F(SqliteUserDefaultsTest, damageThatShowsDuringAReadIsKeptAside) {
+TEST_F(SqliteUserDefaultsTest, aFileWithAGoodBeginningIsKeptAside) {
   makeFile();
   std::string contents = contentsOf(path_);
   ASSERT_GT(contents.size(), 8'192U);
   contents.replace(4'096, std::string::npos, std::string(contents.size() - 4'096, '\xA5'));
-  writeFile(path_, contents);
-  const auto store = open();
-  EXPECT_THAT(log_->lines(), IsEmpty());
-  expectFreshStart(*store, contents, path_ + ".damaged-1");
+  expectFreshStartOver(contents);
 }
 
-TEST_F(SqliteUserDefaultsTest, damageThatShowsDuringAWriteCostsNoPendingValue) {
+// What turns out to be damaged later.
+
+TEST_F(SqliteUserDefaultsTest, damageThatShowsDuringAReadIsKeptAside) {
   makeFile();
-  std::string contents = contentsOf(path_);
-  contents.replace(4'096, std::string::npos, std::string(contents.size() - 4'096, '\xA5'));
-  writeFile(path_, contents);
   const auto store = open();
-  store->setInteger(9, "count");
-  store->setString("new", "text");
-  EXPECT_TRUE(store->synchronize());
-  EXPECT_EQ(log_->lines().size(), 1U);
-  EXPECT_TRUE(fs::exists(path_ + ".damaged-1"));
-  EXPECT_EQ(open()->integerForKey("count"), 9);
-  EXPECT_THAT(open()->stringForKey("text"), Optional(std::string("new")));
+  EXPECT_EQ(store->integerForKey("count"), 3);
+  fs::resize_file(path_, 4'096);
+  expectFreshStart(*store, contentsOf(path_), path_ + ".damaged-1");
 }
 
 TEST_F(SqliteUserDefaultsTest, aFileThatIsCutWhileItIsOpenIsKeptAside) {
@@ -275,11 +332,9 @@ TEST_F(SqliteUserDefaultsTest, aFileThatIsCutWhileItIsOpenIsKeptAside) {
 
 TEST_F(SqliteUserDefaultsTest, aFileThatAnotherProcessHasReplacedIsNotKeptAsideAgain) {
   makeFile();
-  std::string contents = contentsOf(path_);
-  contents.replace(4'096, std::string::npos, std::string(contents.size() - 4'096, '\xA5'));
-  writeFile(path_, contents);
   const auto first = open();
   const auto second = open();
+  fs::resize_file(path_, 4'096);
   first->setInteger(9, "count");
   EXPECT_TRUE(first->synchronize());
   EXPECT_EQ(second->integerForKey("count"), 9);
@@ -395,6 +450,7 @@ TEST_F(SqliteUserDefaultsTest, aLockedFileKeepsValuesPendingAndIsNotDamaged) {
   const auto start = std::chrono::steady_clock::now();
   EXPECT_FALSE(store->synchronize());
   EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(2));
+  EXPECT_TRUE(store->stringForKey("text").has_value()) << "it can be read all the same";
   EXPECT_FALSE(store->synchronize());
   EXPECT_EQ(store->integerForKey("count"), 4);
   EXPECT_EQ(open()->integerForKey("count"), 3);
@@ -405,33 +461,20 @@ TEST_F(SqliteUserDefaultsTest, aLockedFileKeepsValuesPendingAndIsNotDamaged) {
   EXPECT_FALSE(fs::exists(path_ + ".damaged-1"));
 }
 
-TEST_F(SqliteUserDefaultsTest, aFileThatIsLockedFromTheBeginningIsUsedOnceItIsFree) {
+TEST_F(SqliteUserDefaultsTest, whileTheFileCannotBeReadReadsAnswerWhatItLastHeld) {
   makeFile();
-  auto other = std::make_unique<OtherProgram>(path_);
-  ASSERT_EQ(other->run("PRAGMA locking_mode = EXCLUSIVE; BEGIN IMMEDIATE"), SQLITE_OK);
   const auto store = open();
-  EXPECT_EQ(store->integerForKey("count"), 0);
-  EXPECT_EQ(log_->lines().size(), 1U);
-  other.reset();
+  for (const char* companion : {"", "-wal", "-shm"}) {
+    fs::remove(path_ + companion);
+  }
+  fs::create_directory(path_);
   EXPECT_EQ(store->integerForKey("count"), 3);
-  EXPECT_EQ(log_->lines().size(), 1U);
-}
-
-TEST_F(SqliteUserDefaultsTest, whatIsSetWithoutALookAtALockedFileGivesWayToWhatItHolds) {
-  makeFile();
-  auto other = std::make_unique<OtherProgram>(path_);
-  ASSERT_EQ(other->run("PRAGMA locking_mode = EXCLUSIVE; BEGIN IMMEDIATE"), SQLITE_OK);
-  const auto store = open();
-  EXPECT_EQ(store->integerForKey("count"), 0);
-  store->setInteger(1, "count");
-  store->setInteger(7, "new");
-  EXPECT_FALSE(store->synchronize());
-  EXPECT_EQ(store->integerForKey("count"), 1) << "for the time being";
-  other.reset();
-  EXPECT_TRUE(store->synchronize());
-  EXPECT_EQ(store->integerForKey("count"), 3);
-  EXPECT_EQ(store->integerForKey("new"), 7);
   store->setInteger(4, "count");
+  EXPECT_FALSE(store->synchronize());
+  EXPECT_EQ(store->integerForKey("count"), 4);
+  EXPECT_EQ(store->stringForKey("text")->size(), 50'000U);
+  EXPECT_EQ(log_->lines().size(), 1U);
+  fs::remove(path_);
   EXPECT_TRUE(store->synchronize());
   EXPECT_EQ(open()->integerForKey("count"), 4);
 }

@@ -2,9 +2,11 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <array>
 
 #include "platform/gtk/GtkTest.h"
+#include "platform/gtk/WidgetView.h"
 #include "presentation/AdFrameLayout.h"
 #include "qorix/MyPushAdNotifications.h"
 #include "qorix/MyPushAdOperator.h"
@@ -92,6 +94,11 @@ class Placement : public GtkTest {
     expectBanner(host, values, "in a larger host");
     host.resizeOverlay(80, 40);
     expectBanner(host, values, "in a host smaller than the banner");
+  }
+
+  static GtkWidget* toplevelOf(const MyPushAdOperator& presenter) {
+    const auto content = presenter.popupAdWindow()->contentView();
+    return gtk_widget_get_toplevel(dynamic_cast<gtk::NativeView&>(*content).widget());
   }
 
   std::vector<std::shared_ptr<MyPushAdOperator>> presenters;
@@ -211,6 +218,75 @@ TEST_F(Placement, thePopupIsClosedByItsUserAndShownAgainByALaterPresenter) {
   expectRed({(1280 - 300) / 2, (1024 - 200) / 2, 300, 200}, "shown again");
   EXPECT_EQ(second->popupAdWindow(), first->popupAdWindow());
   EXPECT_EQ(events.size(), 3U);
+}
+
+TEST_F(Placement, aPopupWithoutASizeCanBeSeenAndClosed) {
+  const auto presenter = present(nullptr, redRecord({.embed = 0, .width = 0, .height = 300}));
+  const Window& window = *presenter->popupAdWindow();
+  const Size outer = window.frame().size;
+  EXPECT_EQ(outer, window.frameRectForContentRect({{0, 0}, {480, 320}}).size);
+  const auto width = static_cast<int>(outer.width);
+  const auto height = static_cast<int>(outer.height);
+  GdkRectangle seen{};
+  EXPECT_TRUE(waitFor([&] {
+    const PixelBox box = screenPicture().boxOf(kRed);
+    seen = {box.x, box.y, box.width, box.height};
+    return box.width == width && box.height == height;
+  })) << describe(seen);
+  EXPECT_EQ(window.contentRectForFrameRect(window.frame()).size, outer)
+      << "the window's outer size becomes that of its content";
+  EXPECT_NEAR(seen.x, (1280 - outer.width) / 2, 1);
+  EXPECT_NEAR(seen.y, (1024 - outer.height) / 2, 1);
+  EXPECT_THAT(log->lines(), testing::Not(testing::Contains(testing::HasSubstr(" 264: "))));
+  run({"wmctrl", "-F", "-c", "Pop-up"});
+  ASSERT_TRUE(waitFor([&] { return events.size() == 2; }));
+  present(nullptr, redRecord({.embed = 0, .width = 300, .height = 200}));
+  expectRed({(1280 - 300) / 2, (1024 - 200) / 2, 300, 200}, "a later one");
+}
+
+TEST_F(Placement, aPopupWhoseWindowIsDestroyedIsClosedOnceAndALaterOneIsSeen) {
+  const auto first = present(nullptr, redRecord({.embed = 0, .width = 400, .height = 300}));
+  expectRed({(1280 - 400) / 2, (1024 - 300) / 2, 400, 300}, "content");
+  gtk_widget_destroy(toplevelOf(*first));
+  ASSERT_TRUE(waitFor([] { return screenPicture().boxOf(kRed).width == 0; }));
+  ASSERT_TRUE(waitFor([&] { return events.size() == 2; }));
+  EXPECT_THAT(events, ElementsAre(kPushAdWillShowNotification, kPushAdDidCloseNotification));
+  const auto second = present(nullptr, redRecord({.embed = 0, .width = 300, .height = 200}));
+  EXPECT_EQ(second->popupAdWindow(), first->popupAdWindow());
+  expectRed({(1280 - 300) / 2, (1024 - 200) / 2, 300, 200}, "shown again");
+  run({"wmctrl", "-F", "-c", "Pop-up"});
+  // Both of them hear of their one window's end.
+  ASSERT_TRUE(waitFor([&] { return events.size() == 5; }));
+  EXPECT_EQ(std::count(events.begin(), events.end(), kPushAdDidCloseNotification), 3);
+}
+
+TEST_F(Placement, aLaterPopupBringsAMinimisedOneToTheFront) {
+  const auto first = present(nullptr, redRecord({.embed = 0, .width = 400, .height = 300}));
+  expectRed({(1280 - 400) / 2, (1024 - 300) / 2, 400, 300}, "content");
+  gtk_window_iconify(GTK_WINDOW(toplevelOf(*first)));
+  ASSERT_TRUE(waitFor([&] { return !first->popupAdWindow()->isVisible(); }));
+  ASSERT_TRUE(waitFor([] { return screenPicture().boxOf(kRed).width == 0; }));
+  present(nullptr, redRecord({.embed = 0, .width = 300, .height = 200}));
+  expectRed({(1280 - 300) / 2, (1024 - 200) / 2, 300, 200}, "in front");
+}
+
+TEST_F(Placement, nothingIsToldOrLoadedForAHostThatIsDestroyedBeforeTheShowing) {
+  HostWindow host(400, 300);
+  host.show();
+  const auto held = host.view();
+  const auto presenter = present(held, redRecord({.embed = 1, .width = 100, .height = 60}));
+  host.destroy();
+  bool isLater = false;
+  platform().mainRunLoop->performAfterDelay(0.1, [&] { isLater = true; });
+  ASSERT_TRUE(waitFor([&] { return isLater; }));
+  serveLoop();
+  EXPECT_EQ(presenter->hostView(), nullptr);
+  EXPECT_FALSE(presenter->isAdShownAsBanner());
+  EXPECT_TRUE(events.empty());
+  EXPECT_EQ(
+      presenter->pushAdViewController()->legacyWebView()->stringByEvaluatingJavaScriptFromString(
+          "document.body.style.background"),
+      "");
 }
 
 TEST_F(TwoMonitorsPlacement, thePopupIsInTheMiddleOfItsOwnMonitor) {

@@ -1,5 +1,11 @@
 #include "webview/gtk/ControllerTest.h"
 
+#include <signal.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+#include <map>
 #include <sstream>
 
 namespace qorix::test {
@@ -51,7 +57,7 @@ void ControllerTest::click(const std::string& id) {
   click(id, x, y);
 }
 
-void ControllerTest::click(const std::string& id, int x, int y) {
+void ControllerTest::click(const std::string& id, int x, int y, int button) {
   std::istringstream corner(evaluate("var box = document.getElementById('" + id +
                                      "').getBoundingClientRect(); Math.round(box.left) + ' ' + "
                                      "Math.round(box.top)"));
@@ -60,7 +66,39 @@ void ControllerTest::click(const std::string& id, int x, int y) {
   corner >> left >> top;
   const GdkRectangle place = host.overlayOnScreen();
   run({"xdotool", "mousemove", std::to_string(place.x + left + x),
-       std::to_string(place.y + top + y), "click", "1"});
+       std::to_string(place.y + top + y), "click", std::to_string(button)});
+}
+
+std::vector<pid_t> ControllerTest::webProcesses() {
+  std::map<pid_t, pid_t> parents;
+  std::vector<pid_t> candidates;
+  for (const auto& entry : std::filesystem::directory_iterator("/proc")) {
+    std::ifstream file(entry.path() / "stat");
+    pid_t process = 0;
+    pid_t parent = 0;
+    std::string name;
+    std::string state;
+    if (file >> process >> name >> state >> parent) {
+      parents[process] = parent;
+      if (name.starts_with("(WebKitWebProces")) {
+        candidates.push_back(process);
+      }
+    }
+  }
+  // In a sandbox there are others in between.
+  std::erase_if(candidates, [&](pid_t process) {
+    while (process > 1 && process != getpid()) {
+      process = parents[process];
+    }
+    return process != getpid();
+  });
+  return candidates;
+}
+
+void ControllerTest::killWebProcesses() {
+  for (const pid_t process : webProcesses()) {
+    kill(process, SIGKILL);
+  }
 }
 
 std::size_t ControllerTest::acts() const {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <sys/types.h>
+
 #include <memory>
 #include <string>
 #include <vector>
@@ -27,7 +29,11 @@ class ControllerTest : public GtkTest {
 
   /// Clicks in the middle of the element with that id, as a user, or at a point inside of it.
   void click(const std::string& id);
-  void click(const std::string& id, int x, int y);
+  void click(const std::string& id, int x, int y, int button = 1);
+
+  /// The engine's processes of pages, which are descendants of this one.
+  static std::vector<pid_t> webProcesses();
+  static void killWebProcesses();
 
   /// Waits until the user's acts have brought that many reports, openings or requests altogether.
   bool waitForActs(std::size_t count);

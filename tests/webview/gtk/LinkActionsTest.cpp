@@ -146,17 +146,6 @@ TEST_F(LinkActions, formsReloadsAndStepsBackAreLetThroughWhateverTheirMarks) {
   EXPECT_THAT(announced, IsEmpty());
 }
 
-TEST_F(LinkActions, theKeyboardFollowsALinkWithoutAnElement) {
-  show(link("id='a' class='zamopenout' href='https://example.com/?zamopeniap=1'", "Buy"));
-  evaluate("document.getElementById('a').focus(); 1");
-  gtk_widget_child_focus(GTK_WIDGET(host.window()), GTK_DIR_TAB_FORWARD);
-  evaluate("document.getElementById('a').focus(); 1");
-  run({"xdotool", "key", "Return"});
-  ASSERT_TRUE(waitForActs(1));
-  EXPECT_THAT(delegate->reports, ElementsAre("purchase https://example.com/?zamopeniap=1"));
-  EXPECT_THAT(announced, IsEmpty());
-}
-
 TEST_F(LinkActions, aScriptsClickNamesTheElement) {
   show(link("id='a' class='zamopenout' href='https://example.com/'", "More"));
   evaluate("document.getElementById('a').click(); 1");

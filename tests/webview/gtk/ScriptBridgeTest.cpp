@@ -5,8 +5,10 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <utility>
 
 #include "qorix/MyPushAdManager.h"
+#include "support/TemporaryFolder.h"
 #include "webview/gtk/ControllerTest.h"
 
 namespace qorix::test {
@@ -14,6 +16,7 @@ namespace qorix::test {
 namespace {
 
 using ::testing::Contains;
+using ::testing::Not;
 
 class ScriptBridge : public ControllerTest {
  protected:
@@ -32,6 +35,11 @@ class ScriptBridge : public ControllerTest {
   }
 };
 
+constexpr const char* kBusyFunction =
+    "<script>function busy() { const end = Date.now() + 8000; while (Date.now() < end) {} }"
+    "</script>";
+constexpr const char* kUnsupported = "ZAM not support pad filter feature...";
+
 }  // namespace
 
 TEST_F(ScriptBridge, theInstalledApplicationsReachThePage) {
@@ -47,6 +55,17 @@ TEST_F(ScriptBridge, theInstalledApplicationsReachThePage) {
       " told = host + '|' + ids.join() + '|' + flags.join(); }</script>");
   EXPECT_TRUE(waitFor([&] { return !evaluate("told").empty(); }));
   EXPECT_EQ(evaluate("told"), "|com.example.viewer,com.example.none|1,0");
+}
+
+TEST_F(ScriptBridge, applicationsForAllUsersAreInstalledToo) {
+  const TemporaryFolder allUsers;
+  const std::filesystem::path entries = allUsers.path() / "applications";
+  std::filesystem::create_directories(entries);
+  std::ofstream(entries / "com.example.painter.desktop")
+      << "[Desktop Entry]\nType=Application\nName=Painter\nExec=true\n";
+  setenv("XDG_DATA_DIRS", ("/nowhere/at/all:" + allUsers.path().string()).c_str(), 1);
+  show(pageWithList("return 'com.example.painter,com.example.none';"));
+  EXPECT_EQ(calls(), R"(["",["com.example.painter","com.example.none"],["1","0"]])");
 }
 
 TEST_F(ScriptBridge, aPageWithOneFunctionOnlyIsLeftAlone) {
@@ -95,6 +114,78 @@ TEST_F(ScriptBridge, inThePopupTheCloseControlIsHiddenAfterEachLoad) {
   EXPECT_EQ(closeControlDisplay(), "none");
   show(kCloseControl);
   EXPECT_EQ(closeControlDisplay(), "none");
+}
+
+TEST_F(ScriptBridge, aListThatTakesTooLongIsEmptyAndTheRestFollowsWhenThePageIsBack) {
+  controller->setPushAdMode(MyPushAdModePopup);
+  show(kCloseControl + std::string(kBusyFunction) + pageWithList("busy(); return 'a';"));
+  EXPECT_TRUE(waitFor([&] { return calls() == R"(["",[],[]])"; })) << calls();
+  EXPECT_TRUE(waitFor([&] { return closeControlDisplay() == "none"; }));
+}
+
+TEST_F(ScriptBridge, aPageThatIsBusyAfterItsLoadIsAskedWhenItIsBack) {
+  controller->setPushAdMode(MyPushAdModePopup);
+  show(kCloseControl + std::string(kBusyFunction) + pageWithList("return 'a';") +
+       "<script>addEventListener('load', () => setTimeout(busy, 0));</script>");
+  EXPECT_TRUE(waitFor([&] { return calls() == R"(["",["a"],["0"]])"; })) << calls();
+  EXPECT_TRUE(waitFor([&] { return closeControlDisplay() == "none"; }));
+  EXPECT_THAT(log->lines(), Not(Contains(kUnsupported)));
+}
+
+TEST_F(ScriptBridge, aPageThatIsTooSlowToSayWhetherItTakesPartIsAskedAgain) {
+  show(kBusyFunction +
+       std::string("<script>var calls = []; var times = 0;"
+                   "Object.defineProperty(window, 'cocoa_obtain_promo_app_ids', { get() {"
+                   "  if (++times === 1) { busy(); } return () => 'a'; } });"
+                   "function cocoa_post_promo_app_info(host, ids, flags) {"
+                   " calls.push(JSON.stringify([host, ids, flags])); }</script>"));
+  EXPECT_TRUE(waitFor([&] { return calls() == R"(["",["a"],["0"]])"; })) << calls();
+  EXPECT_THAT(log->lines(), Not(Contains(kUnsupported)));
+}
+
+TEST_F(ScriptBridge, aPageLoadedAfterADeadLinkGetsItsExchange) {
+  show("<a id='dead' href='https://127.0.0.1:1/'>dead</a>");
+  evaluate("document.getElementById('dead').click()");
+  settle();
+  show(pageWithList("return 'a';"));
+  EXPECT_TRUE(waitFor([&] { return calls() == R"(["",["a"],["0"]])"; })) << calls();
+}
+
+TEST_F(ScriptBridge, aDialogOfTheHostDuringTheExchangeFreezesNothing) {
+  GtkWidget* dialog = gtk_message_dialog_new(host.window(), GTK_DIALOG_MODAL, GTK_MESSAGE_INFO,
+                                             GTK_BUTTONS_OK, "Wait");
+  struct Seen {
+    GtkWidget* dialog;
+    int tasks = 0;
+    bool wasOpened = false;
+    void take() {
+      if (++tasks == 2) {
+        gtk_dialog_response(GTK_DIALOG(dialog), GTK_RESPONSE_OK);
+      }
+    }
+  } seen{dialog};
+  // Asked for its list, the page gives the host a second in which it opens the dialog.
+  const auto onTitle = +[](GObject*, GParamSpec*, gpointer data) {
+    auto* all = static_cast<Seen*>(data);
+    if (std::exchange(all->wasOpened, true)) {
+      return;
+    }
+    platform().mainRunLoop->performAfterDelay(0, [all] { all->take(); });
+    platform().mainRunLoop->dispatchAsync([all] { all->take(); });
+    gtk_dialog_run(GTK_DIALOG(all->dialog));
+  };
+  host.show();
+  host.view()->addSubview(controller->view());
+  GList* children = gtk_container_get_children(GTK_CONTAINER(host.overlay()));
+  GtkWidget* engine = gtk_bin_get_child(GTK_BIN(g_list_last(children)->data));
+  g_list_free(children);
+  g_signal_connect(engine, "notify::title", G_CALLBACK(onTitle), &seen);
+  controller->loadDataWithTitle(
+      std::nullopt, pageWithList("document.title = 'asked'; const end = Date.now() + 1000;"
+                                 " while (Date.now() < end) {} return 'a';"));
+  EXPECT_TRUE(waitFor([&] { return calls() == R"(["",["a"],["0"]])"; })) << calls();
+  EXPECT_EQ(seen.tasks, 2);
+  gtk_widget_destroy(dialog);
 }
 
 }  // namespace qorix::test

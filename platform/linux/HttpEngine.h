@@ -1,0 +1,42 @@
+#pragma once
+
+#include <curl/curl.h>
+
+#include <memory>
+
+#include "platform/linux/HttpChannel.h"
+#include "platform/linux/HttpQueue.h"
+#include "platform/linux/HttpTransfer.h"
+
+namespace qorix {
+
+/// What a queue's thread does.
+class HttpEngine {
+ public:
+  /// Throws when there is no memory for it.
+  HttpEngine(std::shared_ptr<HttpChannel> channel, HttpOptions options);
+  HttpEngine(const HttpEngine&) = delete;
+  HttpEngine& operator=(const HttpEngine&) = delete;
+
+  /// Runs the channel's transfers until the channel is stopped.
+  void run() noexcept;
+
+ private:
+  struct CleanUp {
+    void operator()(CURLM* multi) const { curl_multi_cleanup(multi); }
+  };
+
+  void startTransfers();
+  void endFinished();
+  int endIdle();
+  HttpTransfers take(HttpTransfers::iterator transfer);
+
+  const std::shared_ptr<HttpChannel> channel_;
+  const HttpOptions options_;
+  const std::unique_ptr<CURLM, CleanUp> multi_;
+  HttpTransfers transfers_;
+  /// A call that takes long makes no other transfer older: only this time counts.
+  HttpTransfer::Clock::duration waited_{};
+};
+
+}  // namespace qorix

@@ -1,0 +1,322 @@
+#include "platform/linux/SettingsFile.h"
+
+#include <errno.h>
+#include <fcntl.h>
+#include <sqlite3.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <charconv>
+#include <cstring>
+#include <string_view>
+#include <utility>
+
+namespace qorix {
+
+namespace {
+
+// A value is an integer, a text or, for a list, a blob; its storage class tells which.
+constexpr char kCreateTable[] =
+    "BEGIN IMMEDIATE;"
+    "CREATE TABLE IF NOT EXISTS settings (key TEXT PRIMARY KEY NOT NULL, value NOT NULL);"
+    "COMMIT";
+
+/// A list as one blob: each text as its length, ":", its bytes, ",". Texts may hold any byte.
+std::string encodeList(const std::vector<std::string>& list) {
+  std::string blob;
+  for (const std::string& text : list) {
+    blob += std::to_string(text.size()) + ':' + text + ',';
+  }
+  return blob;
+}
+
+std::optional<std::vector<std::string>> decodeList(std::string_view blob) {
+  std::vector<std::string> list;
+  while (!blob.empty()) {
+    std::size_t size = 0;
+    const auto [end, error] = std::from_chars(blob.data(), blob.data() + blob.size(), size);
+    blob.remove_prefix(static_cast<std::size_t>(end - blob.data()));
+    if (error != std::errc() || blob.size() < 2 || size > blob.size() - 2 || blob.front() != ':' ||
+        blob[size + 1] != ',') {
+      return std::nullopt;
+    }
+    list.emplace_back(blob.substr(1, size));
+    blob.remove_prefix(size + 2);
+  }
+  return list;
+}
+
+/// Our statements are right for our own files, so a plain SQLITE_ERROR means that the file has
+/// tables of its own; a busy file or a full disk passes.
+SettingsFile::Result resultOf(int code) {
+  switch (code & 0xFF) {
+    case SQLITE_OK:
+      return SettingsFile::Result::done;
+    case SQLITE_CORRUPT:
+    case SQLITE_NOTADB:
+    case SQLITE_ERROR:
+    case SQLITE_CONSTRAINT:
+    case SQLITE_MISMATCH:
+      return SettingsFile::Result::damaged;
+    default:
+      return SettingsFile::Result::unusable;
+  }
+}
+
+/// Creates the folders above `path` that do not exist yet.
+void createParents(const std::string& path) {
+  for (auto slash = path.find('/', 1); slash != std::string::npos;
+       slash = path.find('/', slash + 1)) {
+    ::mkdir(path.substr(0, slash).c_str(), 0700);
+  }
+}
+
+/// Ends what a statement has begun, a read or write transaction of its own included.
+class StatementRun {
+ public:
+  explicit StatementRun(sqlite3_stmt* statement) : statement_(statement) {}
+  StatementRun(const StatementRun&) = delete;
+  StatementRun& operator=(const StatementRun&) = delete;
+  ~StatementRun() {
+    sqlite3_reset(statement_);
+    sqlite3_clear_bindings(statement_);
+  }
+
+ private:
+  sqlite3_stmt* statement_;
+};
+
+int bindText(sqlite3_stmt* statement, int index, const std::string& text) {
+  return sqlite3_bind_text64(statement, index, text.data(), text.size(), SQLITE_STATIC,
+                             SQLITE_UTF8);
+}
+
+std::string columnBytes(sqlite3_stmt* statement, int index) {
+  const auto* bytes = static_cast<const char*>(sqlite3_column_blob(statement, index));
+  const auto size = static_cast<std::size_t>(sqlite3_column_bytes(statement, index));
+  return bytes == nullptr ? std::string() : std::string(bytes, size);
+}
+
+std::optional<Setting> columnSetting(sqlite3_stmt* statement, int index) {
+  switch (sqlite3_column_type(statement, index)) {
+    case SQLITE_INTEGER:
+      return sqlite3_column_int64(statement, index);
+    case SQLITE_TEXT:
+      return columnBytes(statement, index);
+    case SQLITE_BLOB:
+      return decodeList(columnBytes(statement, index));
+    default:
+      return std::nullopt;
+  }
+}
+
+}  // namespace
+
+void SettingsFile::Close::operator()(sqlite3* database) const { sqlite3_close(database); }
+void SettingsFile::Close::operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
+
+SettingsFile::Result SettingsFile::open(const std::string& path, int patience) {
+  int code = create(path);
+  if (code == SQLITE_OK) {
+    code = connect(path, patience);
+  }
+  return resultOf(code == SQLITE_OK ? openTable() : code);
+}
+
+void SettingsFile::setPatience(int milliseconds) {
+  sqlite3_busy_timeout(database_.get(), milliseconds);
+}
+
+bool SettingsFile::isAt(const std::string& path) const {
+  struct stat status {};
+  return ::stat(path.c_str(), &status) == 0 && status.st_ino == inode_ && status.st_dev == device_;
+}
+
+SettingsFile::Result SettingsFile::read(std::optional<Settings>& settings) {
+  int version = 0;
+  int code = readVersion(version);
+  if (code != SQLITE_OK || version == lastVersion_) {
+    return resultOf(code);
+  }
+  Settings all;
+  code = readAll(all);
+  if (code == SQLITE_OK) {
+    // What somebody commits between the two looks is read once more.
+    lastVersion_ = version;
+    settings = std::move(all);
+  }
+  forgetPages();
+  return resultOf(code);
+}
+
+SettingsFile::Result SettingsFile::write(const SettingChanges& changes) {
+  int code = execute("BEGIN IMMEDIATE");
+  if (code != SQLITE_OK) {
+    return resultOf(code);
+  }
+  code = writeAll(changes);
+  if (code == SQLITE_OK) {
+    code = execute("COMMIT");
+  } else {
+    sqlite3_exec(database_.get(), "ROLLBACK", nullptr, nullptr, nullptr);
+  }
+  forgetPages();
+  return resultOf(code);
+}
+
+/// Our reader keeps what it has read: one copy is enough. And damage shows at the next look.
+void SettingsFile::forgetPages() { sqlite3_db_release_memory(database_.get()); }
+
+void SettingsFile::leaveAsIs() {
+  sqlite3_db_config(database_.get(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
+}
+
+int SettingsFile::create(const std::string& path) {
+  createParents(path);
+  // Only ever opened here when it is new: closing a descriptor of a file drops all locks that this
+  // process holds on it.
+  const int descriptor = ::open(path.c_str(), O_CREAT | O_EXCL | O_WRONLY | O_CLOEXEC, 0600);
+  if (descriptor < 0) {
+    return errno == EEXIST ? SQLITE_OK : systemFault(SQLITE_CANTOPEN);
+  }
+  ::close(descriptor);
+  return SQLITE_OK;
+}
+
+int SettingsFile::connect(const std::string& path, int patience) {
+  struct stat status {};
+  if (::stat(path.c_str(), &status) != 0) {
+    return systemFault(SQLITE_CANTOPEN);
+  }
+  if (!S_ISREG(status.st_mode)) {
+    lastFault_ = "not a regular file";
+    return SQLITE_CANTOPEN;
+  }
+  device_ = status.st_dev;
+  inode_ = status.st_ino;
+  constexpr int kFlags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE;
+  sqlite3* database = nullptr;
+  const int code = sqlite3_open_v2(path.c_str(), &database, kFlags, nullptr);
+  database_.reset(database);
+  if (code == SQLITE_OK) {
+    setPatience(patience);
+  }
+  return checked(code);
+}
+
+/// Nothing is written before it is sure that the file is new or ours.
+int SettingsFile::openTable() {
+  bool isNew = false;
+  int code = checkForTables(isNew);
+  if (code == SQLITE_OK && !isNew) {
+    code = prepareStatements();
+  }
+  if (code == SQLITE_OK) {
+    code = execute("PRAGMA journal_mode = WAL; PRAGMA synchronous = FULL");
+  }
+  if (code == SQLITE_OK && isNew) {
+    code = execute(kCreateTable);
+  }
+  return code == SQLITE_OK && isNew ? prepareStatements() : code;
+}
+
+int SettingsFile::checkForTables(bool& isNew) {
+  Statement statement;
+  int code = prepare("SELECT count(*) FROM sqlite_schema", statement);
+  if (code == SQLITE_OK) {
+    code = checked(sqlite3_step(statement.get()));
+  }
+  isNew = code == SQLITE_ROW && sqlite3_column_int(statement.get(), 0) == 0;
+  return code == SQLITE_ROW ? SQLITE_OK : code;
+}
+
+int SettingsFile::prepareStatements() {
+  int code = prepare("PRAGMA data_version", version_);
+  if (code == SQLITE_OK) {
+    code = prepare("SELECT key, value FROM settings", readAll_);
+  }
+  if (code == SQLITE_OK) {
+    code = prepare(
+        "INSERT INTO settings (key, value) VALUES (?1, ?2)"
+        " ON CONFLICT (key) DO UPDATE SET value = excluded.value",
+        write_);
+  }
+  return code == SQLITE_OK ? prepare("DELETE FROM settings WHERE key = ?1", remove_) : code;
+}
+
+int SettingsFile::prepare(const char* text, Statement& statement) {
+  sqlite3_stmt* prepared = nullptr;
+  const int code = checked(
+      sqlite3_prepare_v3(database_.get(), text, -1, SQLITE_PREPARE_PERSISTENT, &prepared, nullptr));
+  statement.reset(prepared);
+  return code;
+}
+
+int SettingsFile::execute(const char* text) {
+  const int code = checked(sqlite3_exec(database_.get(), text, nullptr, nullptr, nullptr));
+  if (code != SQLITE_OK && sqlite3_get_autocommit(database_.get()) == 0) {
+    sqlite3_exec(database_.get(), "ROLLBACK", nullptr, nullptr, nullptr);
+  }
+  return code;
+}
+
+/// A number that changes with each commit of anybody else.
+int SettingsFile::readVersion(int& version) {
+  const StatementRun run(version_.get());
+  const int code = checked(sqlite3_step(version_.get()));
+  version = code == SQLITE_ROW ? sqlite3_column_int(version_.get(), 0) : 0;
+  return code == SQLITE_ROW ? SQLITE_OK : code;
+}
+
+int SettingsFile::readAll(Settings& settings) {
+  const StatementRun run(readAll_.get());
+  int code = SQLITE_OK;
+  while ((code = checked(sqlite3_step(readAll_.get()))) == SQLITE_ROW) {
+    if (auto setting = columnSetting(readAll_.get(), 1)) {
+      settings.emplace(columnBytes(readAll_.get(), 0), std::move(*setting));
+    }
+  }
+  return code == SQLITE_DONE ? SQLITE_OK : code;
+}
+
+int SettingsFile::writeAll(const SettingChanges& changes) {
+  for (const auto& [key, setting] : changes) {
+    if (const int code = writeOne(key, setting); code != SQLITE_OK) {
+      return code;
+    }
+  }
+  return SQLITE_OK;
+}
+
+int SettingsFile::writeOne(const std::string& key, const std::optional<Setting>& setting) {
+  sqlite3_stmt* statement = setting.has_value() ? write_.get() : remove_.get();
+  std::string blob;
+  const StatementRun run(statement);
+  int code = bindText(statement, 1, key);
+  if (setting.has_value()) {
+    if (const auto* integer = std::get_if<std::int64_t>(&*setting)) {
+      code |= sqlite3_bind_int64(statement, 2, *integer);
+    } else if (const auto* text = std::get_if<std::string>(&*setting)) {
+      code |= bindText(statement, 2, *text);
+    } else {
+      blob = encodeList(std::get<std::vector<std::string>>(*setting));
+      code |= sqlite3_bind_blob64(statement, 2, blob.data(), blob.size(), SQLITE_STATIC);
+    }
+  }
+  code = checked(code == SQLITE_OK ? sqlite3_step(statement) : SQLITE_TOOBIG);
+  return code == SQLITE_DONE ? SQLITE_OK : code;
+}
+
+int SettingsFile::checked(int code) {
+  if (code != SQLITE_OK && code != SQLITE_ROW && code != SQLITE_DONE) {
+    lastFault_ = database_ == nullptr ? sqlite3_errstr(code) : sqlite3_errmsg(database_.get());
+  }
+  return code;
+}
+
+int SettingsFile::systemFault(int code) {
+  lastFault_ = std::strerror(errno);
+  return code;
+}
+
+}  // namespace qorix

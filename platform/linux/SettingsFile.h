@@ -1,0 +1,92 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <variant>
+#include <vector>
+
+struct sqlite3;
+struct sqlite3_stmt;
+
+namespace qorix {
+
+using Setting = std::variant<std::int64_t, std::string, std::vector<std::string>>;
+using Settings = std::map<std::string, Setting>;
+using SettingChanges = std::map<std::string, std::optional<Setting>>;  // nothing: removed
+
+/// One connection to one SQLite file of settings. For one thread.
+class SettingsFile {
+ public:
+  enum class Result {
+    done,
+    unusable,  // locked, full, not to be opened: another time, perhaps
+    damaged,   // what the file holds is at fault
+  };
+
+  SettingsFile() = default;
+  SettingsFile(const SettingsFile&) = delete;
+  SettingsFile& operator=(const SettingsFile&) = delete;
+
+  /// Opens or creates the file at `path` and the folders that lead to it, for this user only.
+  /// Called once, before anything else.
+  Result open(const std::string& path, int patience);
+
+  /// How many milliseconds a call waits for another process.
+  void setPatience(int milliseconds);
+
+  /// Whether `path` still leads to this file: another process may have moved it aside.
+  bool isAt(const std::string& path) const;
+
+  /// Sets `settings` to all that the file holds, unless nobody else has changed that since the last
+  /// call; otherwise, and when that fails, leaves it as it is.
+  Result read(std::optional<Settings>& settings);
+
+  /// Makes the changes durable, all of them or none.
+  Result write(const SettingChanges& changes);
+
+  /// Closing then neither writes to the file nor removes its log, which may be another's by now.
+  void leaveAsIs();
+
+  /// Why the last call was not done.
+  const std::string& lastFault() const { return lastFault_; }
+
+ private:
+  struct Close {
+    void operator()(sqlite3* database) const;
+    void operator()(sqlite3_stmt* statement) const;
+  };
+  using Statement = std::unique_ptr<sqlite3_stmt, Close>;
+
+  // These answer an SQLite result code.
+  int create(const std::string& path);
+  int connect(const std::string& path, int patience);
+  int openTable();
+  int checkForTables(bool& isNew);
+  int prepareStatements();
+  int prepare(const char* text, Statement& statement);
+  int execute(const char* text);
+  int readVersion(int& version);
+  int readAll(Settings& settings);
+  int writeAll(const SettingChanges& changes);
+  int writeOne(const std::string& key, const std::optional<Setting>& setting);
+  void forgetPages();
+  int checked(int code);
+  int systemFault(int code);
+
+  std::unique_ptr<sqlite3, Close> database_;
+  Statement version_;
+  Statement readAll_;
+  Statement write_;
+  Statement remove_;
+  std::optional<int> lastVersion_;  // of what has been read
+  dev_t device_ = 0;
+  ino_t inode_ = 0;
+  std::string lastFault_;
+};
+
+}  // namespace qorix

@@ -1,0 +1,38 @@
+// Where the document is when a request names no address: what the host installs, else the library's
+// own.
+
+#include "platform/MemoryUserDefaults.h"
+#include "platform/gtk/GtkTest.h"
+
+namespace qorix::test {
+
+namespace {
+
+void installWith(const std::string& url, const std::string& container) {
+  gtk::install({.bundleIdentifier = "com.example.host",
+                .settings = std::make_shared<MemoryUserDefaults>(),
+                .defaultAdFileUrl = url,
+                .defaultCloudContainerIdentifier = container});
+}
+
+}  // namespace
+
+TEST(DefaultAddresses, areTheHosts) {
+  installWith("https://ads.example.org/mac/ads/commonad.xml", "iCloud.org.example.ads");
+  EXPECT_EQ(platform().defaultAdFileUrl, "https://ads.example.org/mac/ads/commonad.xml");
+  EXPECT_EQ(platform().defaultCloudContainerIdentifier, "iCloud.org.example.ads");
+}
+
+TEST(DefaultAddresses, areTheLibrarysWhereTheHostNamesNone) {
+  installWith("", "");
+  EXPECT_EQ(platform().defaultAdFileUrl, Platform().defaultAdFileUrl);
+  EXPECT_EQ(platform().defaultCloudContainerIdentifier, Platform().defaultCloudContainerIdentifier);
+}
+
+TEST(DefaultAddresses, areNamedEachForItself) {
+  installWith("", "iCloud.org.example.ads");
+  EXPECT_EQ(platform().defaultAdFileUrl, Platform().defaultAdFileUrl);
+  EXPECT_EQ(platform().defaultCloudContainerIdentifier, "iCloud.org.example.ads");
+}
+
+}  // namespace qorix::test

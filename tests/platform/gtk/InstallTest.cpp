@@ -1,0 +1,27 @@
+#include <gmock/gmock.h>
+
+#include "platform/gtk/GtkTest.h"
+
+namespace qorix::test {
+
+namespace {
+
+class GtkInstall : public GtkTest {};
+
+}  // namespace
+
+TEST_F(GtkInstall, aSecondInstallationIsRefusedAndWhatWaitsRuns) {
+  const auto loop = platform().mainRunLoop;
+  const auto bundle = platform().mainBundle;
+  bool ran = false;
+  loop->performAfterDelay(0, [&] { ran = true; });
+  gtk::install({.bundleIdentifier = "com.example.other"});
+  EXPECT_EQ(platform().mainRunLoop, loop);
+  EXPECT_EQ(platform().mainBundle, bundle);
+  EXPECT_THAT(log->lines(),
+              testing::ElementsAre("ZAM QORIX is installed already: the second installation is "
+                                   "refused."));
+  EXPECT_TRUE(waitFor([&] { return ran; }));
+}
+
+}  // namespace qorix::test
