@@ -22,6 +22,6 @@ struct Options {
   std::optional<std::string> screenshot;
 };
 
-/// Reads the command line. Ends the process after --help, and with status 2 after a message when
+/// Reads the command line. Ends the process after --help, and with status 2 after a message if
 /// the command line makes no sense.
 Options parseOptions(int argc, char** argv);

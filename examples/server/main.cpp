@@ -8,7 +8,6 @@
 #include <unistd.h>
 
 #include <array>
-#include <charconv>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
@@ -19,29 +18,9 @@
 #include <thread>
 
 #include "CloudRecords.h"
+#include "tools/common/CommandLine.h"
 
 namespace {
-
-constexpr const char* kUsage =
-    R"(usage: qorix-sample-server [OPTION]... FOLDER
-
-Serves FOLDER over HTTP on 127.0.0.1 until it is ended (Ctrl-C, SIGTERM). Prints
-{"event":"listening","port":N} when it is ready.
-
-  --port N                  listen on that port; 0, the default, takes a free one
-  --until-input-ends        end, too, when standard input does: for a program that starts it and
-                            holds the other end
-  --cloud-container ID      be a cloud service, too, with that container: each file NAME.xml of
-                            FOLDER is a record whose filename is NAME
-  --cloud-environment NAME  the container's environment (production)
-  --cloud-token TOKEN       the container's API token (token)
-  --help                    print this
-)";
-
-[[noreturn]] void refuseArguments(const std::string& why) {
-  std::fprintf(stderr, "qorix-sample-server: %s\n%s", why.c_str(), kUsage);
-  std::exit(2);
-}
 
 struct Options {
   int port = 0;
@@ -52,49 +31,27 @@ struct Options {
   std::string folder;
 };
 
-int parsePort(const std::string& text) {
-  int port = -1;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), port);
-  if (error != std::errc() || *end != '\0' || port < 0 || port > 65535) {
-    refuseArguments("not a port: '" + text + "'");
-  }
-  return port;
-}
-
 Options parseOptions(int argc, char** argv) {
   Options options;
-  for (int i = 1; i < argc; ++i) {
-    const std::string argument = argv[i];
-    const auto value = [&]() -> std::string {
-      if (++i == argc) {
-        refuseArguments(argument + " needs a value");
-      }
-      return argv[i];
-    };
-    if (argument == "--help") {
-      std::fputs(kUsage, stdout);
-      std::exit(0);
-    } else if (argument == "--port") {
-      options.port = parsePort(value());
-    } else if (argument == "--until-input-ends") {
-      options.untilInputEnds = true;
-    } else if (argument == "--cloud-container") {
-      options.cloudContainer = value();
-    } else if (argument == "--cloud-environment") {
-      options.cloudEnvironment = value();
-    } else if (argument == "--cloud-token") {
-      options.cloudToken = value();
-    } else if (argument.starts_with("-")) {
-      refuseArguments("unknown option '" + argument + "'");
-    } else if (options.folder.empty()) {
-      options.folder = argument;
-    } else {
-      refuseArguments("more than one folder");
-    }
-  }
-  if (!std::filesystem::is_directory(options.folder)) {
-    refuseArguments("no such folder: '" + options.folder + "'");
-  }
+  qorix::tools::CommandLine line(
+      "qorix-sample-server",
+      "Serves FOLDER over HTTP on 127.0.0.1 until it is ended (Ctrl-C, SIGTERM).\n"
+      "Prints {\"event\":\"listening\",\"port\":N} when it is ready.");
+  line.add_option("FOLDER", options.folder, "What to serve")
+      ->required()
+      ->type_name("")
+      ->check(CLI::Validator(CLI::ExistingDirectory).description(""));
+  line.addNumber("--port", options.port, 0, 65535, "N",
+                 "Listen on that port; 0, the default, takes a free one");
+  line.addSwitch("--until-input-ends", options.untilInputEnds,
+                 "End also when standard input does, for a program that holds its other end");
+  line.addText("--cloud-container", options.cloudContainer, "ID",
+               "Be a cloud service, too, with that container:\n"
+               "each file NAME.xml of FOLDER is a record whose filename is NAME");
+  line.addText("--cloud-environment", options.cloudEnvironment, "NAME",
+               "The container's environment (production)");
+  line.addText("--cloud-token", options.cloudToken, "TOKEN", "The container's API token (token)");
+  line.parseOrExit(argc, argv);
   return options;
 }
 

@@ -55,14 +55,14 @@ class Usage(unittest.TestCase):
         self.assert_refused("qorix-sample-host", "--url", because="--url")
         self.assert_refused("qorix-sample-host", "--host-views", "-1", because="'-1'")
         self.assert_refused("qorix-sample-host", "--host-views", "two", because="'two'")
-        self.assert_refused("qorix-sample-host", "--view-size", "800", because="800x500")
+        self.assert_refused("qorix-sample-host", "--view-size", "800", because="800x600")
         self.assert_refused("qorix-sample-host", "--view-size", "0x500", because="--view-size")
         self.assert_refused("qorix-sample-host", "--quit-after", "nan", because="'nan'")
         self.assert_refused("qorix-sample-host", "--url", "http://a/", "--cloud-container", "b",
-                            because="one source")
+                            because="excludes")
 
     def test_server_refuses_what_it_does_not_understand(self):
-        self.assert_refused("qorix-sample-server", because="folder")
+        self.assert_refused("qorix-sample-server", because="FOLDER")
         self.assert_refused("qorix-sample-server", "/no/such/folder", because="/no/such/folder")
         self.assert_refused("qorix-sample-server", "--port", "65536", because="65536")
         self.assert_refused("qorix-sample-server", "--port", because="--port")

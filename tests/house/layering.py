@@ -46,6 +46,7 @@ def may_use_toolkit(path):
     return (
         room_of(path) in ("platform/gtk", "examples")
         or path.parts[:2] == ("tools", "preview")
+        or path.parts[:3] == ("tools", "common", "display")
         or room_of(path) in ("tests", "bench")
         and "gtk" in str(path).lower()
     )

@@ -4,7 +4,7 @@
 #include <memory>
 #include <string>
 
-#include "tools/preview/PrivateDisplay.h"
+#include "tools/common/display/PrivateDisplay.h"
 
 namespace qorix::test {
 
@@ -42,7 +42,7 @@ class VirtualDisplay {
   bool divideIntoMonitors(const VirtualDisplayOptions& options) const;
 
   std::filesystem::path folder_;
-  std::unique_ptr<PrivateDisplay> server_;
+  std::unique_ptr<tools::PrivateDisplay> server_;
 };
 
 }  // namespace qorix::test

@@ -7,9 +7,9 @@
 #include "platform/linux/LinuxApplicationsFolder.h"
 #include "presentation/StoredShownState.h"
 #include "qorix/MyPushAdUtil.h"
-#include "tools/adcheck/EmptyApplicationsFolder.h"
+#include "tools/common/EmptyApplicationsFolder.h"
 
-namespace qorix::adcheck {
+namespace qorix::tools::adcheck {
 
 namespace {
 
@@ -31,8 +31,8 @@ class SinkLog : public Log {
 
 std::shared_ptr<UserDefaults> settings(const Options& options) {
   auto defaults = std::make_shared<MemoryUserDefaults>();
-  if (options.languages) {
-    defaults->setStringArray(*options.languages, kAppleLanguagesKey);
+  if (!options.languages.empty()) {
+    defaults->setStringArray(options.languages, kAppleLanguagesKey);
   }
   if (options.storedVersion) {
     defaults->setString(*options.storedVersion, kShownVersionKey);
@@ -134,4 +134,4 @@ HostRun runHost(const std::string& document, const std::optional<std::string>& a
   return run;
 }
 
-}  // namespace qorix::adcheck
+}  // namespace qorix::tools::adcheck

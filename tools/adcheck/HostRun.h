@@ -12,7 +12,7 @@
 #include "qorix/MyPushAdInfo.h"
 #include "tools/adcheck/Options.h"
 
-namespace qorix::adcheck {
+namespace qorix::tools::adcheck {
 
 /// Why a record is shown or not; what is seen of a showing counts, too.
 enum class DecisionReason {
@@ -57,4 +57,4 @@ using LogSink = std::function<void(std::string_view)>;
 HostRun runHost(const std::string& document, const std::optional<std::string>& app,
                 const Options& options, LogSink log);
 
-}  // namespace qorix::adcheck
+}  // namespace qorix::tools::adcheck

@@ -9,17 +9,15 @@
 #include <cstring>
 #include <string>
 #include <string_view>
-#include <variant>
 
-#include "qorix/QORIXInfo.h"
-#include "tools/adcheck/AllHosts.h"
 #include "tools/adcheck/HostRun.h"
-#include "tools/adcheck/JsonReport.h"
 #include "tools/adcheck/Options.h"
-#include "tools/adcheck/Streams.h"
-#include "tools/adcheck/TextReport.h"
+#include "tools/adcheck/report/AllHosts.h"
+#include "tools/adcheck/report/JsonReport.h"
+#include "tools/adcheck/report/TextReport.h"
+#include "tools/common/Streams.h"
 
-namespace qorix::adcheck {
+namespace qorix::tools::adcheck {
 
 namespace {
 
@@ -29,12 +27,6 @@ int fail(const std::string& why) {
 }
 
 int failWithError(const std::string& what) { return fail(what + ": " + std::strerror(errno)); }
-
-int refuseUsage(const std::string& why) {
-  fail(why);
-  std::fputs("Try --help.\n", stderr);
-  return kTrouble;
-}
 
 /// Writes the whole output; `status` unless that fails.
 int print(std::string_view text, int status) {
@@ -76,23 +68,11 @@ int checkAllHosts(const Options& options, const std::string& document) {
 
 int runTool(int argc, char** argv) {
   std::signal(SIGPIPE, SIG_IGN);  // a reader that goes away is a failing write
-  const auto parsed = parseOptions(argc, argv);
-  if (const auto* error = std::get_if<UsageError>(&parsed)) {
-    return refuseUsage(error->message);
-  }
-  const auto& options = std::get<Options>(parsed);
-  if (options.help) {
-    return print(usageText(), kRecord);
-  }
-  if (options.version) {
-    return print("qorix-adcheck (QORIX) " QORIX_ADCHECK_VERSION "\n" +
-                     QORIXInfo::frameworkInfoString() + "\n",
-                 kRecord);
-  }
+  const Options options = parseOptions(argc, argv);
   if (options.applications && !isReadableFolder(*options.applications)) {
     return failWithError("the applications folder " + *options.applications + " cannot be read");
   }
-  const auto document = readFile(options.file);
+  const auto document = options.file == "-" ? readAll(STDIN_FILENO) : readFile(options.file);
   if (!document) {
     return failWithError((options.file == "-" ? "standard input" : options.file) +
                          " cannot be read");
@@ -100,4 +80,4 @@ int runTool(int argc, char** argv) {
   return options.allHosts ? checkAllHosts(options, *document) : checkOneHost(options, *document);
 }
 
-}  // namespace qorix::adcheck
+}  // namespace qorix::tools::adcheck

@@ -1,6 +1,6 @@
 #pragma once
 
-namespace qorix::adcheck {
+namespace qorix::tools::adcheck {
 
 /// The exit status of the program.
 enum ExitStatus : int {
@@ -12,4 +12,4 @@ enum ExitStatus : int {
 /// The whole program.
 int runTool(int argc, char** argv);
 
-}  // namespace qorix::adcheck
+}  // namespace qorix::tools::adcheck

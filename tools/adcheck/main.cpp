@@ -1,3 +1,3 @@
 #include "tools/adcheck/Tool.h"
 
-int main(int argc, char** argv) { return qorix::adcheck::runTool(argc, argv); }
+int main(int argc, char** argv) { return qorix::tools::adcheck::runTool(argc, argv); }

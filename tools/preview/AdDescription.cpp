@@ -2,7 +2,9 @@
 
 #include <cstdint>
 
-#include "tools/adcheck/Describe.h"
+#include "tools/common/Placement.h"
+
+namespace qorix::tools::preview {
 
 namespace {
 
@@ -12,9 +14,9 @@ std::string pair(std::int64_t first, const char* between, std::int64_t second) {
 
 }  // namespace
 
-std::string describeAd(const qorix::MyPushAdInfo& info) {
+std::string describeAd(const MyPushAdInfo& info) {
   std::string text = "ad " + std::to_string(info.adId()) + ", version " +
-                     info.version().value_or("") + ", " + qorix::adcheck::placementOf(info) + ", " +
+                     info.version().value_or("") + ", " + placementOf(info) + ", " +
                      pair(info.width(), "x", info.height());
   if (info.offsetx() != 0 || info.offsety() != 0) {
     text += ", offsets " + pair(info.offsetx(), " and ", info.offsety());
@@ -23,7 +25,7 @@ std::string describeAd(const qorix::MyPushAdInfo& info) {
          std::to_string(info.count()) + " times";
 }
 
-std::vector<std::string> reasonsOfHost(const qorix::MyPushAdInfo& info, bool allAppsInstalled) {
+std::vector<std::string> reasonsOfHost(const MyPushAdInfo& info, bool allAppsInstalled) {
   std::vector<std::string> reasons;
   if (allAppsInstalled) {
     reasons.emplace_back("all applications that it promotes are installed");
@@ -36,14 +38,14 @@ std::vector<std::string> reasonsOfHost(const qorix::MyPushAdInfo& info, bool all
   return reasons;
 }
 
-std::vector<std::string> reasonsOfPlace(const qorix::MyPushAdInfo& info) {
+std::vector<std::string> reasonsOfPlace(const MyPushAdInfo& info) {
   if (info.embed() >= 0) {
     return {};
   }
   return {"it is neither a banner nor a pop-up (embed is " + std::to_string(info.embed()) + ")"};
 }
 
-std::vector<std::string> reasonsOfContent(const qorix::MyPushAdInfo& info) {
+std::vector<std::string> reasonsOfContent(const MyPushAdInfo& info) {
   std::vector<std::string> reasons;
   if (info.embed() > 0 && (info.width() < 1 || info.height() < 1)) {
     reasons.push_back("the banner has no size (" + pair(info.width(), "x", info.height()) + ")");
@@ -53,3 +55,5 @@ std::vector<std::string> reasonsOfContent(const qorix::MyPushAdInfo& info) {
   }
   return reasons;
 }
+
+}  // namespace qorix::tools::preview

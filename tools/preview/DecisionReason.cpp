@@ -11,17 +11,9 @@
 #include "webview/LinkMarks.h"
 #include "webview/PageScripts.h"
 
-namespace {
+namespace qorix::tools::preview {
 
-using qorix::asciiLower;
-using qorix::Dictionary;
-using qorix::DomHtmlElement;
-using qorix::kAppStoreMark;
-using qorix::kBrowserMark;
-using qorix::kPurchaseMark;
-using qorix::LinkMark;
-using qorix::Url;
-using qorix::WebNavigationType;
+namespace {
 
 /// The parameter of the query in which the mark was found, between the nearest "&".
 std::string parameterWith(const Url& url, std::string_view mark) {
@@ -58,7 +50,7 @@ std::string describe(const DomHtmlElement& element) {
 
 bool isTextOfCloseControl(const Dictionary& actionInformation) {
   const auto element = clickedElement(actionInformation);
-  return element != nullptr && element->idName() == qorix::kCloseControlId;
+  return element != nullptr && element->idName() == kCloseControlId;
 }
 
 bool classHoldsMarkInOtherCase(const DomHtmlElement& element) {
@@ -86,10 +78,10 @@ std::string hintForUnmarked(const Dictionary& actionInformation) {
 }  // namespace
 
 std::string navigationKind(const Dictionary& actionInformation) {
-  if (qorix::isLinkClick(actionInformation)) {
+  if (isLinkClick(actionInformation)) {
     return "link click";
   }
-  const qorix::Value* type = find(actionInformation, qorix::kWebActionNavigationTypeKey);
+  const Value* type = find(actionInformation, kWebActionNavigationTypeKey);
   switch (static_cast<WebNavigationType>(type->integerValue().value_or(0))) {
     case WebNavigationType::formSubmitted:
       return "form submission";
@@ -104,9 +96,9 @@ std::string navigationKind(const Dictionary& actionInformation) {
   }
 }
 
-std::string decisionReason(qorix::MyPushAdViewController& controller, bool isOwnWebView,
-                           const Url& url, const Dictionary& actionInformation, bool use) {
-  if (!qorix::isLinkClick(actionInformation) || !isOwnWebView) {
+std::string decisionReason(MyPushAdViewController& controller, bool isOwnWebView, const Url& url,
+                           const Dictionary& actionInformation, bool use) {
+  if (!isLinkClick(actionInformation) || !isOwnWebView) {
     return !use           ? "for a reason that is not known here"
            : isOwnWebView ? "let through: only link clicks are looked at"
                           : "let through: another web view asks";
@@ -128,10 +120,12 @@ std::string decisionReason(qorix::MyPushAdViewController& controller, bool isOwn
     return "asks the host for the purchase: " + foundMark(kPurchaseMark, url, actionInformation);
   }
   if (closes) {
-    std::string what = controller.pushAdMode() == qorix::MyPushAdModePopup
+    std::string what = controller.pushAdMode() == MyPushAdModePopup
                            ? "does nothing, a pop-up is closed by its window"
                            : "closes the banner";
-    return what + ": the clicked element has the id " + std::string(qorix::kCloseControlId);
+    return what + ": the clicked element has the id " + std::string(kCloseControlId);
   }
   return "followed inside the ad: no mark was found" + hintForUnmarked(actionInformation);
 }
+
+}  // namespace qorix::tools::preview

@@ -1,8 +1,14 @@
 #include "tools/preview/DocumentFile.h"
 
+#include <cerrno>
+#include <cstring>
 #include <filesystem>
 #include <system_error>
 #include <utility>
+
+#include "tools/common/Streams.h"
+
+namespace qorix::tools::preview {
 
 namespace {
 
@@ -11,16 +17,10 @@ constexpr guint kCalm = 150;  // milliseconds without a change
 }  // namespace
 
 std::optional<std::string> readDocument(const std::string& file, std::string& why) {
-  char* contents = nullptr;
-  gsize size = 0;
-  GError* error = nullptr;
-  if (g_file_get_contents(file.c_str(), &contents, &size, &error) == FALSE) {
-    why = error->message;
-    g_error_free(error);
-    return std::nullopt;
+  auto text = readFile(file);
+  if (!text) {
+    why = file + ": " + std::strerror(errno);
   }
-  std::string text(contents, size);
-  g_free(contents);
   return text;
 }
 
@@ -86,3 +86,5 @@ void DocumentWatch::look() {
     handlers_.unreadable(why);
   }
 }
+
+}  // namespace qorix::tools::preview

@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+namespace qorix::tools::preview {
+
 /// The file's contents. Nothing, with the system's words for it in `why`, when it cannot be read.
 std::optional<std::string> readDocument(const std::string& file, std::string& why);
 
@@ -37,3 +39,5 @@ class DocumentWatch {
   std::vector<GFileMonitor*> monitors_;
   guint timer_ = 0;
 };
+
+}  // namespace qorix::tools::preview

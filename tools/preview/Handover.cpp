@@ -4,36 +4,18 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
-#include <array>
 #include <cerrno>
 #include <cstdlib>
 #include <fstream>
 #include <sstream>
-#include <string_view>
+
+#include "tools/common/Streams.h"
+
+namespace qorix::tools::preview {
 
 namespace {
 
 constexpr const char* kVariable = "QORIX_PREVIEW_HANDOVER";
-
-bool writeAll(int descriptor, std::string_view text) {
-  while (!text.empty()) {
-    const ssize_t count = write(descriptor, text.data(), text.size());
-    if (count < 0 && errno != EINTR) {
-      return false;
-    }
-    text.remove_prefix(count < 0 ? 0 : static_cast<std::size_t>(count));
-  }
-  return lseek(descriptor, 0, SEEK_SET) == 0;
-}
-
-std::string readAll(int descriptor) {
-  std::string text;
-  std::array<char, 65536> bytes{};
-  for (ssize_t count = 0; (count = read(descriptor, bytes.data(), bytes.size())) > 0;) {
-    text.append(bytes.data(), static_cast<std::size_t>(count));
-  }
-  return text;
-}
 
 // The engine's processes of the run before end by themselves; somebody has to take notice.
 void awaitInheritedChildren() {
@@ -48,7 +30,8 @@ void awaitInheritedChildren() {
 
 int startAnew(char** argv, const Handover& handover) {
   const int descriptor = memfd_create("document", 0);
-  if (descriptor < 0 || !writeAll(descriptor, handover.text)) {
+  if (descriptor < 0 || !writeAll(descriptor, handover.text) ||
+      lseek(descriptor, 0, SEEK_SET) != 0) {
     const int error = errno;
     close(descriptor);
     return error;
@@ -78,8 +61,10 @@ std::optional<Handover> takeHandover() {
   if (values.fail() || descriptor <= STDERR_FILENO) {
     return std::nullopt;
   }
-  handover.text = readAll(descriptor);
+  handover.text = readAll(descriptor).value_or("");
   close(descriptor);
   awaitInheritedChildren();
   return handover;
 }
+
+}  // namespace qorix::tools::preview

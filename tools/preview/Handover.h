@@ -4,6 +4,8 @@
 #include <optional>
 #include <string>
 
+namespace qorix::tools::preview {
+
 /// What a run of the program leaves to the one that takes its place.
 struct Handover {
   std::string text;  // the document to show
@@ -22,3 +24,5 @@ int startAnew(char** argv, const Handover& handover);
 
 /// What the run before this one has left; nothing when this is the first.
 std::optional<Handover> takeHandover();
+
+}  // namespace qorix::tools::preview

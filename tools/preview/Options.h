@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+namespace qorix::tools::preview {
+
 /// The host that no line of a host table names.
 inline constexpr const char* kAnyHost = "qorix.preview";
 
@@ -21,6 +23,7 @@ struct Options {
   std::optional<double> quitAfter;  // seconds
 };
 
-/// Reads the command line. Ends the process after --help and --version, and with status 2 after a
-/// message when the command line makes no sense.
+/// Reads the command line. Ends the process as CommandLine does.
 Options parseOptions(int argc, char** argv);
+
+}  // namespace qorix::tools::preview

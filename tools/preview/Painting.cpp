@@ -11,6 +11,8 @@
 
 #include "platform/gtk/WidgetView.h"
 
+namespace qorix::tools::preview {
+
 namespace {
 
 constexpr guint kPause = 50;  // milliseconds between two looks
@@ -110,17 +112,17 @@ class PaintingWatch {
 
 }  // namespace
 
-GtkWidget* widgetOf(const qorix::View& view) {
-  return dynamic_cast<const qorix::gtk::NativeView&>(view).widget();
+GtkWidget* widgetOf(const View& view) {
+  return dynamic_cast<const gtk::NativeView&>(view).widget();
 }
 
-void whenPainted(const qorix::WebView& webView, std::function<void()> done) {
+void whenPainted(const WebView& webView, std::function<void()> done) {
   if (GtkWidget* widget = widgetOf(webView)) {
     PaintingWatch::look(std::make_unique<PaintingWatch>(widget, std::move(done)));
   }
 }
 
-std::string savePicture(const qorix::View& view, const std::string& file) {
+std::string savePicture(const View& view, const std::string& file) {
   GtkWidget* widget = widgetOf(view);
   GtkWidget* window = widget == nullptr ? nullptr : gtk_widget_get_toplevel(widget);
   if (window == nullptr || gtk_widget_is_visible(window) == FALSE || !GTK_IS_WINDOW(window)) {
@@ -130,3 +132,5 @@ std::string savePicture(const qorix::View& view, const std::string& file) {
   const cairo_status_t status = cairo_surface_write_to_png(picture.get(), file.c_str());
   return status == CAIRO_STATUS_SUCCESS ? "" : cairo_status_to_string(status);
 }
+
+}  // namespace qorix::tools::preview

@@ -9,15 +9,17 @@
 
 #include "definition/AdReader.h"
 #include "definition/XmlDocument.h"
-#include "examples/host/NotificationFacts.h"
 #include "platform/Platform.h"
 #include "qorix/MyPushAdManager.h"
 #include "qorix/MyPushAdNotifications.h"
 #include "qorix/MyPushAdUtil.h"
-#include "tools/adcheck/Refusal.h"
+#include "tools/common/Refusal.h"
 #include "tools/preview/AdDescription.h"
 #include "tools/preview/Lines.h"
+#include "tools/preview/Notifications.h"
 #include "tools/preview/Painting.h"
+
+namespace qorix::tools::preview {
 
 namespace {
 
@@ -41,20 +43,6 @@ void performLater(Self* self, guint milliseconds) {
         return G_SOURCE_REMOVE;
       },
       self);
-}
-
-std::string frameAndAddress(const NotificationFacts& facts) {
-  std::string text;
-  if (facts.frame) {
-    const auto& [origin, size] = *facts.frame;
-    const auto number = [](double value) { return std::to_string(static_cast<long>(value)); };
-    text += ", " + number(size.width) + "x" + number(size.height) + " at " + number(origin.x) +
-            "," + number(origin.y);
-  }
-  if (facts.url) {
-    text += ", address " + *facts.url;
-  }
-  return text;
 }
 
 }  // namespace
@@ -84,16 +72,16 @@ int Preview::run() {
     const std::int64_t left = std::max<std::int64_t>(quitAt_ - g_get_monotonic_time(), 0);
     performLater<Preview, &Preview::timeIsOver>(this, static_cast<guint>(left / 1000));
   }
-  gtk_widget_show(editor_.window);
+  gtk_widget_show(host_.window);
   gtk_main();
   printLine("quit", "status " + std::to_string(status_));
   return status_;
 }
 
 void Preview::createWindow() {
-  editor_ = createEditorWindow("Preview of " + options_.file + " - " + options_.app, 1,
-                               options_.viewWidth, options_.viewHeight);
-  GtkWindow* window = GTK_WINDOW(editor_.window);
+  host_ = createHostWindow("Preview of " + options_.file + " - " + options_.app, options_.viewWidth,
+                           options_.viewHeight);
+  GtkWindow* window = GTK_WINDOW(host_.window);
   if (past_) {
     gtk_window_move(window, past_->x, past_->y);
     gtk_window_set_default_size(window, past_->width, past_->height);
@@ -130,12 +118,11 @@ void Preview::begin() {
   if (std::exchange(hasBegun_, true)) {
     return;
   }
-  const auto languages =
-      qorix::platform().standardUserDefaults->stringArrayForKey(qorix::kAppleLanguagesKey);
+  const auto languages = platform().standardUserDefaults->stringArrayForKey(kAppleLanguagesKey);
   printLine("ready", "host " + options_.app + ", languages " +
                          (languages ? join(*languages, ", ") : "unknown (en)") + ", applications " +
                          options_.applications.value_or("none"));
-  observeNotifications([this](const qorix::Notification& each) { printNotification(each); });
+  observeNotifications([this](const Notification& each) { printNotification(each); });
   show(text_);
   watch_ = std::make_unique<DocumentWatch>(
       options_.file, text_,
@@ -149,9 +136,9 @@ void Preview::begin() {
 
 // Showing.
 
-std::shared_ptr<qorix::MyPushAdInfo> Preview::parse(const std::string& text) {
+std::shared_ptr<MyPushAdInfo> Preview::parse(const std::string& text) {
   services_.log->takeLines();
-  return qorix::MyPushAdUtil::parseXMLWithString(text);
+  return MyPushAdUtil::parseXMLWithString(text);
 }
 
 void Preview::show(const std::string& text) {
@@ -187,44 +174,34 @@ void Preview::show(const std::string& text) {
 
 // The library says so only by switching the advertisement off.
 bool Preview::areAllPromotedInstalled(const std::string& text) const {
-  const auto document = qorix::XmlDocument::parse(text);
+  const auto document = XmlDocument::parse(text);
   if (!document) {
     return false;
   }
-  const auto reading = qorix::readAdForHost(*document, options_.app);
+  const auto reading = readAdForHost(*document, options_.app);
   services_.log->setKeepsBack(true);  // it has been logged for the host
-  const bool areAll = qorix::MyPushAdUtil::areAllPromoAppsAlreadyInstalled(reading.promotedNames);
+  const bool areAll = MyPushAdUtil::areAllPromoAppsAlreadyInstalled(reading.promotedNames);
   services_.log->setKeepsBack(false);
   return areAll;
 }
 
-void Preview::showAd(const std::shared_ptr<qorix::MyPushAdInfo>& info) {
+void Preview::showAd(const std::shared_ptr<MyPushAdInfo>& info) {
   if (info->enable() && info->delay() > 0) {
     printLine("waiting", "the advertisement comes after " + std::to_string(info->delay()) + " s");
   }
   // Pages are told the host that the manager knows.
-  qorix::MyPushAdManager::sharedPushAdManager()->configureWithAppBundle(
-      qorix::platform().mainBundle);
-  presenter_ =
-      qorix::MyPushAdOperator::createInstanceWithHostView<PreviewOperator>(editor_.views.front());
+  MyPushAdManager::sharedPushAdManager()->configureWithAppBundle(platform().mainBundle);
+  presenter_ = MyPushAdOperator::createInstanceWithHostView<PreviewOperator>(host_.view);
   presenter_->setRegistry(services_.registry);
   presenter_->setPageDidLoad([this] { pageDidLoad(); });
   presenter_->processShowAdIfNeededWithPushAdInfo(info);
 }
 
-void Preview::printNotification(const qorix::Notification& notification) {
-  const NotificationFacts facts = readNotification(notification);
-  std::string text = notification.name() + ": ";
-  if (notification.name() == qorix::kPushAdIsTriggeringNavigationNotification) {
-    text += "element " + facts.element.value_or("unknown");
-  } else {
-    text += (facts.isPopup ? "pop-up" : "banner") +
-            (facts.adId ? ", ad " + std::to_string(*facts.adId) : "") + frameAndAddress(facts);
-  }
-  printLine("notification", text);
-  if (notification.name() == qorix::kPushAdWillShowNotification && stage_ == Stage::coming) {
+void Preview::printNotification(const Notification& notification) {
+  printLine("notification", describeNotification(notification));
+  if (notification.name() == kPushAdWillShowNotification && stage_ == Stage::coming) {
     stage_ = Stage::loading;
-  } else if (notification.name() == qorix::kPushAdDidCloseNotification) {
+  } else if (notification.name() == kPushAdDidCloseNotification) {
     stage_ = Stage::nothing;
     takeDuePicture();
   }
@@ -240,7 +217,7 @@ void Preview::pageDidLoad() {
 
 void Preview::printRefusal(const std::string& text, const std::vector<std::string>& logLines,
                            const std::string& whatFollows) const {
-  const qorix::adcheck::SourceDocument source(text);
+  const SourceDocument source(text);
   std::string why;
   if (const auto refusal = readForHost(source, options_.app).refusal) {
     const auto [line, column] = source.positionOf(refusal->offset);
@@ -275,7 +252,7 @@ void Preview::startAnewWith(const std::string& text) {
   printLine("reload", options_.file + " has changed");
   Handover handover;
   handover.text = text;
-  GtkWindow* window = GTK_WINDOW(editor_.window);
+  GtkWindow* window = GTK_WINDOW(host_.window);
   gtk_window_get_position(window, &handover.x, &handover.y);
   gtk_window_get_size(window, &handover.width, &handover.height);
   handover.quitAt = quitAt_;
@@ -326,7 +303,7 @@ void Preview::takeDuePicture() {
   }
 }
 
-void Preview::takePicture(const qorix::View& view) {
+void Preview::takePicture(const View& view) {
   const std::string why = savePicture(view, *options_.screenshot);
   if (!why.empty()) {
     failPicture(why);
@@ -345,3 +322,5 @@ void Preview::quit(int status) {
   status_ = status;
   gtk_main_quit();
 }
+
+}  // namespace qorix::tools::preview

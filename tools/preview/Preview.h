@@ -7,13 +7,15 @@
 #include <string>
 #include <vector>
 
-#include "examples/host/EditorWindow.h"
 #include "qorix/MyPushAdInfo.h"
 #include "tools/preview/DocumentFile.h"
 #include "tools/preview/Handover.h"
+#include "tools/preview/HostWindow.h"
 #include "tools/preview/Options.h"
 #include "tools/preview/PreviewOperator.h"
 #include "tools/preview/Services.h"
+
+namespace qorix::tools::preview {
 
 /// The host view in its window, the advertisement that one document puts there, and the watch over
 /// the document's file.
@@ -37,22 +39,22 @@ class Preview {
   void createWindow();
   void takeSignals();
   void begin();
-  std::shared_ptr<qorix::MyPushAdInfo> parse(const std::string& text);
+  std::shared_ptr<MyPushAdInfo> parse(const std::string& text);
   void show(const std::string& text);
   bool areAllPromotedInstalled(const std::string& text) const;
-  void showAd(const std::shared_ptr<qorix::MyPushAdInfo>& info);
+  void showAd(const std::shared_ptr<MyPushAdInfo>& info);
   void documentChanged(const std::string& text);
   void startAnewWith(const std::string& text);
   void printRefusal(const std::string& text, const std::vector<std::string>& logLines,
                     const std::string& whatFollows) const;
-  void printNotification(const qorix::Notification& notification);
+  void printNotification(const Notification& notification);
   void pageDidLoad();
 
   void timeIsOver();
   void patienceIsOver();
   void closed();
   void takeDuePicture();
-  void takePicture(const qorix::View& view);
+  void takePicture(const View& view);
   void failPicture(const std::string& why);
   void quit(int status);
 
@@ -64,7 +66,7 @@ class Preview {
   std::optional<Handover> past_;
   char** argv_;
   Services services_;
-  EditorWindow editor_;
+  HostWindow host_;
   std::shared_ptr<PreviewOperator> presenter_;
   std::unique_ptr<DocumentWatch> watch_;
   Stage stage_ = Stage::nothing;
@@ -74,3 +76,5 @@ class Preview {
   std::int64_t quitAt_ = 0;  // as in Handover
   int status_ = 0;
 };
+
+}  // namespace qorix::tools::preview

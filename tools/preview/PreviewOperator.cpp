@@ -9,10 +9,9 @@
 #include "tools/preview/Lines.h"
 #include "tools/preview/Painting.h"
 
-namespace {
+namespace qorix::tools::preview {
 
-using qorix::Dictionary;
-using qorix::Url;
+namespace {
 
 void printDecision(const std::string& answer, const std::string& kind, const std::string& address,
                    const std::string& reason) {
@@ -20,9 +19,9 @@ void printDecision(const std::string& answer, const std::string& kind, const std
 }
 
 /// Passes the answer on, after a line about it: what comes of it is told behind it.
-class TellingListener : public qorix::WebPolicyDecisionListener {
+class TellingListener : public WebPolicyDecisionListener {
  public:
-  TellingListener(qorix::WebPolicyDecisionListener& next, std::function<void(bool use)> tell)
+  TellingListener(WebPolicyDecisionListener& next, std::function<void(bool use)> tell)
       : next_(next), tell_(std::move(tell)) {}
 
   void use() override {
@@ -35,7 +34,7 @@ class TellingListener : public qorix::WebPolicyDecisionListener {
   }
 
  private:
-  qorix::WebPolicyDecisionListener& next_;
+  WebPolicyDecisionListener& next_;
   std::function<void(bool use)> tell_;
 };
 
@@ -44,7 +43,7 @@ constexpr const char* kListFunction = "cocoa_obtain_promo_app_ids";
 constexpr const char* kPostFunction = "cocoa_post_promo_app_info";
 
 /// Why the page takes no part. Asks it once more, but calls nothing of it.
-std::string missingFunctions(qorix::WebView& webView) {
+std::string missingFunctions(WebView& webView) {
   const auto isMissing = [&webView](const std::string& name) {
     return webView.stringByEvaluatingJavaScriptFromString("typeof(" + name + ") !== 'function'") ==
            "true";
@@ -71,8 +70,8 @@ GtkWidget* newWindowIsAskedFor(WebKitWebView* /*webView*/, WebKitNavigationActio
 }  // namespace
 
 void PreviewController::webViewDecidePolicyForNavigationAction(
-    const std::shared_ptr<qorix::WebView>& webView, const Dictionary& actionInformation,
-    const Url& url, const qorix::WebFrame& frame, qorix::WebPolicyDecisionListener& listener) {
+    const std::shared_ptr<WebView>& webView, const Dictionary& actionInformation, const Url& url,
+    const WebFrame& frame, WebPolicyDecisionListener& listener) {
   TellingListener telling(listener, [&](bool use) {
     printDecision(use ? "use" : "ignore", navigationKind(actionInformation), url.absoluteString(),
                   decisionReason(*this, webView == legacyWebView(), url, actionInformation, use));
@@ -81,8 +80,8 @@ void PreviewController::webViewDecidePolicyForNavigationAction(
                                                                  frame, telling);
 }
 
-void PreviewController::webViewDidFinishLoadForFrame(const std::shared_ptr<qorix::WebView>& webView,
-                                                     const qorix::WebFrame& frame) {
+void PreviewController::webViewDidFinishLoadForFrame(const std::shared_ptr<WebView>& webView,
+                                                     const WebFrame& frame) {
   const auto self = shared_from_this();
   takesPart_.reset();
   MyPushAdViewController::webViewDidFinishLoadForFrame(webView, frame);
@@ -95,16 +94,16 @@ void PreviewController::webViewDidFinishLoadForFrame(const std::shared_ptr<qorix
 }
 
 // The library asks this first, and the registry for each application next.
-bool PreviewController::isSupportAdFilterFeature(const std::shared_ptr<qorix::WebView>& webView) {
+bool PreviewController::isSupportAdFilterFeature(const std::shared_ptr<WebView>& webView) {
   takesPart_ = MyPushAdViewController::isSupportAdFilterFeature(webView);
   return *takesPart_;
 }
 
-std::string PreviewController::describeBridge(qorix::WebView& webView) {
+std::string PreviewController::describeBridge(WebView& webView) {
   if (!*takesPart_) {
     return "the page does not take part: " + missingFunctions(webView);
   }
-  const auto manager = qorix::MyPushAdManager::sharedPushAdManager();
+  const auto manager = MyPushAdManager::sharedPushAdManager();
   std::string text = "host " + manager->appBundleIdentifier().value_or("") + ", promotes ";
   const auto lookups = registry_->takeLookups();
   if (lookups.empty()) {
@@ -125,10 +124,12 @@ void PreviewController::viewDidLoad() {
   }
 }
 
-std::shared_ptr<qorix::MyPushAdViewController> PreviewOperator::createPushAdViewController(
+std::shared_ptr<MyPushAdViewController> PreviewOperator::createPushAdViewController(
     std::int64_t mode) {
   auto controller = PreviewController::createInstanceWithPushAdMode<PreviewController>(mode);
   controller->setRegistry(registry_);
   controller->setPageDidLoad(pageDidLoad_);
   return controller;
 }
+
+}  // namespace qorix::tools::preview

@@ -10,17 +10,19 @@
 #include "qorix/MyPushAdViewController.h"
 #include "tools/preview/Services.h"
 
+namespace qorix::tools::preview {
+
 /// The library's controller; tells every decision about a navigation, with its reason, on a line,
 /// and every exchange with the page's script.
-class PreviewController : public qorix::MyPushAdViewController {
+class PreviewController : public MyPushAdViewController {
  public:
-  void webViewDecidePolicyForNavigationAction(const std::shared_ptr<qorix::WebView>& webView,
-                                              const qorix::Dictionary& actionInformation,
-                                              const qorix::Url& url, const qorix::WebFrame& frame,
-                                              qorix::WebPolicyDecisionListener& listener) override;
-  void webViewDidFinishLoadForFrame(const std::shared_ptr<qorix::WebView>& webView,
-                                    const qorix::WebFrame& frame) override;
-  bool isSupportAdFilterFeature(const std::shared_ptr<qorix::WebView>& webView) override;
+  void webViewDecidePolicyForNavigationAction(const std::shared_ptr<WebView>& webView,
+                                              const Dictionary& actionInformation, const Url& url,
+                                              const WebFrame& frame,
+                                              WebPolicyDecisionListener& listener) override;
+  void webViewDidFinishLoadForFrame(const std::shared_ptr<WebView>& webView,
+                                    const WebFrame& frame) override;
+  bool isSupportAdFilterFeature(const std::shared_ptr<WebView>& webView) override;
 
   /// The registry in force; set it before the page is loaded.
   void setRegistry(std::shared_ptr<RememberingRegistry> registry) {
@@ -34,7 +36,7 @@ class PreviewController : public qorix::MyPushAdViewController {
   void viewDidLoad() override;
 
  private:
-  std::string describeBridge(qorix::WebView& webView);
+  std::string describeBridge(WebView& webView);
 
   std::shared_ptr<RememberingRegistry> registry_;
   std::optional<bool> takesPart_;  // the page, in the exchange that runs or has run last
@@ -42,7 +44,7 @@ class PreviewController : public qorix::MyPushAdViewController {
 };
 
 /// The library's presenter, with that controller.
-class PreviewOperator : public qorix::MyPushAdOperator {
+class PreviewOperator : public MyPushAdOperator {
  public:
   using MyPushAdOperator::MyPushAdOperator;
 
@@ -53,10 +55,11 @@ class PreviewOperator : public qorix::MyPushAdOperator {
   void setPageDidLoad(std::function<void()> pageDidLoad) { pageDidLoad_ = std::move(pageDidLoad); }
 
  protected:
-  std::shared_ptr<qorix::MyPushAdViewController> createPushAdViewController(
-      std::int64_t mode) override;
+  std::shared_ptr<MyPushAdViewController> createPushAdViewController(std::int64_t mode) override;
 
  private:
   std::shared_ptr<RememberingRegistry> registry_;
   std::function<void()> pageDidLoad_;
 };
+
+}  // namespace qorix::tools::preview

@@ -6,26 +6,26 @@
 #include "platform/Platform.h"
 #include "platform/gtk/Install.h"
 #include "platform/linux/PreferredLanguages.h"
-#include "tools/adcheck/EmptyApplicationsFolder.h"
+#include "tools/common/EmptyApplicationsFolder.h"
 #include "tools/preview/Lines.h"
+
+namespace qorix::tools::preview {
 
 namespace {
 
-class NoApplicationRegistry : public qorix::ApplicationRegistry {
+class NoApplicationRegistry : public ApplicationRegistry {
  public:
-  std::vector<qorix::Url> applicationUrlsForBundleIdentifier(
-      const std::string& /*identifier*/) override {
+  std::vector<Url> applicationUrlsForBundleIdentifier(const std::string& /*identifier*/) override {
     return {};
   }
 };
 
 // Says what is opened, and hands it on when there is a desktop to hand it to.
-class TellingWorkspace : public qorix::Workspace {
+class TellingWorkspace : public Workspace {
  public:
-  explicit TellingWorkspace(std::shared_ptr<qorix::Workspace> desktop)
-      : desktop_(std::move(desktop)) {}
+  explicit TellingWorkspace(std::shared_ptr<Workspace> desktop) : desktop_(std::move(desktop)) {}
 
-  void openUrl(const qorix::Url& url) override {
+  void openUrl(const Url& url) override {
     printLine("open", url.absoluteString() + (desktop_ ? "" : " (only told: no --open)"));
     if (desktop_) {
       desktop_->openUrl(url);
@@ -33,22 +33,22 @@ class TellingWorkspace : public qorix::Workspace {
   }
 
  private:
-  std::shared_ptr<qorix::Workspace> desktop_;
+  std::shared_ptr<Workspace> desktop_;
 };
 
-std::shared_ptr<qorix::UserDefaults> freshDefaults(const Options& options) {
-  auto defaults = std::make_shared<qorix::MemoryUserDefaults>();
+std::shared_ptr<UserDefaults> freshDefaults(const Options& options) {
+  auto defaults = std::make_shared<MemoryUserDefaults>();
   if (!options.languages.empty()) {
-    defaults->setStringArray(options.languages, qorix::kAppleLanguagesKey);
-  } else if (const auto own = qorix::preferredLanguagesFromEnvironment()) {
-    defaults->setStringArray(*own, qorix::kAppleLanguagesKey);
+    defaults->setStringArray(options.languages, kAppleLanguagesKey);
+  } else if (const auto own = preferredLanguagesFromEnvironment()) {
+    defaults->setStringArray(*own, kAppleLanguagesKey);
   }
   return defaults;
 }
 
 }  // namespace
 
-RememberingLog::RememberingLog(std::shared_ptr<qorix::Log> next) : next_(std::move(next)) {}
+RememberingLog::RememberingLog(std::shared_ptr<Log> next) : next_(std::move(next)) {}
 
 void RememberingLog::write(std::string_view message) {
   const std::lock_guard lock(mutex_);
@@ -68,10 +68,10 @@ std::vector<std::string> RememberingLog::takeLines() {
   return std::exchange(lines_, {});
 }
 
-RememberingRegistry::RememberingRegistry(std::shared_ptr<qorix::ApplicationRegistry> next)
+RememberingRegistry::RememberingRegistry(std::shared_ptr<ApplicationRegistry> next)
     : next_(std::move(next)) {}
 
-std::vector<qorix::Url> RememberingRegistry::applicationUrlsForBundleIdentifier(
+std::vector<Url> RememberingRegistry::applicationUrlsForBundleIdentifier(
     const std::string& identifier) {
   auto urls = next_->applicationUrlsForBundleIdentifier(identifier);
   lookups_.push_back({identifier, !urls.empty()});
@@ -83,23 +83,25 @@ std::vector<RememberingRegistry::Lookup> RememberingRegistry::takeLookups() {
 }
 
 Services installServices(const Options& options) {
-  qorix::gtk::InstallOptions install;
+  gtk::InstallOptions install;
   install.bundleIdentifier = options.app;
   install.settings = freshDefaults(options);
   install.applicationsDirectory = options.applications.value_or("");
-  qorix::gtk::install(install);
+  gtk::install(install);
 
-  qorix::Platform services = qorix::platform();
+  Platform services = platform();
   auto log = std::make_shared<RememberingLog>(services.log);
   services.log = log;
   services.workspace =
       std::make_shared<TellingWorkspace>(options.open ? services.workspace : nullptr);
   if (!options.applications) {
-    services.applicationsFolder = std::make_shared<qorix::adcheck::EmptyApplicationsFolder>();
+    services.applicationsFolder = std::make_shared<EmptyApplicationsFolder>();
     services.applicationRegistry = std::make_shared<NoApplicationRegistry>();
   }
   auto registry = std::make_shared<RememberingRegistry>(services.applicationRegistry);
   services.applicationRegistry = registry;
-  qorix::installPlatform(std::move(services));
+  installPlatform(std::move(services));
   return {log, registry};
 }
+
+}  // namespace qorix::tools::preview

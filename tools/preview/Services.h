@@ -9,11 +9,13 @@
 #include "platform/Log.h"
 #include "tools/preview/Options.h"
 
+namespace qorix::tools::preview {
+
 /// Passes the library's lines on and remembers them, so that it can be told why a document is
 /// refused.
-class RememberingLog : public qorix::Log {
+class RememberingLog : public Log {
  public:
-  explicit RememberingLog(std::shared_ptr<qorix::Log> next);
+  explicit RememberingLog(std::shared_ptr<Log> next);
 
   void write(std::string_view message) override;
 
@@ -25,30 +27,29 @@ class RememberingLog : public qorix::Log {
 
  private:
   std::mutex mutex_;
-  std::shared_ptr<qorix::Log> next_;
+  std::shared_ptr<Log> next_;
   bool keepsBack_ = false;
   std::vector<std::string> lines_;
 };
 
 /// Passes the library's questions on and remembers them with their answers, so that it can be told
 /// what a page was told. Main thread only.
-class RememberingRegistry : public qorix::ApplicationRegistry {
+class RememberingRegistry : public ApplicationRegistry {
  public:
   struct Lookup {
     std::string identifier;
     bool isInstalled = false;
   };
 
-  explicit RememberingRegistry(std::shared_ptr<qorix::ApplicationRegistry> next);
+  explicit RememberingRegistry(std::shared_ptr<ApplicationRegistry> next);
 
-  std::vector<qorix::Url> applicationUrlsForBundleIdentifier(
-      const std::string& identifier) override;
+  std::vector<Url> applicationUrlsForBundleIdentifier(const std::string& identifier) override;
 
   /// What was looked up since the last call, in that order.
   std::vector<Lookup> takeLookups();
 
  private:
-  std::shared_ptr<qorix::ApplicationRegistry> next_;
+  std::shared_ptr<ApplicationRegistry> next_;
   std::vector<Lookup> lookups_;
 };
 
@@ -62,3 +63,5 @@ struct Services {
 /// when it ends, and runs for the user and on the machine that `options` describe. Call it once,
 /// after gtk_init.
 Services installServices(const Options& options);
+
+}  // namespace qorix::tools::preview

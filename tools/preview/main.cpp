@@ -7,8 +7,10 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "tools/common/display/PrivateDisplay.h"
 #include "tools/preview/Preview.h"
-#include "tools/preview/PrivateDisplay.h"
+
+namespace qorix::tools::preview {
 
 namespace {
 
@@ -35,7 +37,7 @@ std::unique_ptr<PrivateDisplay> displayForPicture(const Options& options) {
 
 }  // namespace
 
-int main(int argc, char** argv) {
+int runPreview(int argc, char** argv) {
   const Options options = parseOptions(argc, argv);
   g_set_prgname("qorix-preview");
   prctl(PR_SET_NAME, "qorix-preview");  // started anew, it would be called "exe"
@@ -53,3 +55,7 @@ int main(int argc, char** argv) {
   }
   return Preview(options, *text, std::move(past), argv).run();
 }
+
+}  // namespace qorix::tools::preview
+
+int main(int argc, char** argv) { return qorix::tools::preview::runPreview(argc, argv); }

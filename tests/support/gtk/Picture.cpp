@@ -7,7 +7,7 @@
 #include <cstring>
 #include <utility>
 
-#include "tools/preview/XConnection.h"
+#include "tools/common/display/XConnection.h"
 
 namespace qorix::test {
 
@@ -79,7 +79,7 @@ std::unique_ptr<Picture> readPicture(const std::filesystem::path& file) {
 }
 
 std::unique_ptr<Picture> takePicture(const std::string& name, const std::optional<PixelBox>& part) {
-  const XConnection display(XOpenDisplay(name.c_str()));
+  const tools::XConnection display(XOpenDisplay(name.c_str()));
   if (display == nullptr) {
     return nullptr;
   }

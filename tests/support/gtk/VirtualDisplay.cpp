@@ -7,7 +7,7 @@
 #include <cstdlib>
 #include <system_error>
 
-#include "tools/preview/XConnection.h"
+#include "tools/common/display/XConnection.h"
 
 namespace qorix::test {
 
@@ -19,7 +19,7 @@ std::unique_ptr<VirtualDisplay> VirtualDisplay::start(const VirtualDisplayOption
     return nullptr;
   }
   display->folder_ = folder;
-  display->server_ = PrivateDisplay::start(options.width, options.height);
+  display->server_ = tools::PrivateDisplay::start(options.width, options.height);
   if (display->server_ == nullptr || !display->divideIntoMonitors(options) ||
       (options.hasWindowManager && !display->server_->startWindowManager(folder))) {
     std::fprintf(stderr, "A virtual display cannot be started.\n");
@@ -42,7 +42,7 @@ bool VirtualDisplay::divideIntoMonitors(const VirtualDisplayOptions& options) co
   if (options.monitors == 1) {
     return true;
   }
-  const XConnection display(XOpenDisplay(name().c_str()));
+  const tools::XConnection display(XOpenDisplay(name().c_str()));
   if (display == nullptr) {
     return false;
   }

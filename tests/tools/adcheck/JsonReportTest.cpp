@@ -174,9 +174,9 @@ TEST_F(AdcheckJsonTest, aRecordWithoutVersionIsDueEachTime) {
   installPlatform({});
   MyPushAdInfo record;
   record.setEnable(true);
-  const auto decision = adcheck::decide(record);
+  const auto decision = tools::adcheck::decide(record);
   EXPECT_TRUE(decision.isDue);
-  EXPECT_EQ(adcheck::nameOf(decision.reason), "due-uncounted");
+  EXPECT_EQ(tools::adcheck::nameOf(decision.reason), "due-uncounted");
   EXPECT_EQ(decision.storedVersion, std::nullopt);
   EXPECT_EQ(decision.storedCount, 0);
 }

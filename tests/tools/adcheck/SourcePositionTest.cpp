@@ -2,16 +2,16 @@
 #include <string>
 
 #include "tools/adcheck/AdcheckTest.h"
-#include "tools/adcheck/SourcePosition.h"
+#include "tools/common/SourcePosition.h"
 
 namespace qorix::test {
 namespace {
 
-using adcheck::SourceLines;
-using adcheck::SourcePosition;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::StartsWith;
+using tools::SourceLines;
+using tools::SourcePosition;
 
 TEST(SourceLinesTest, linesEndInEachWay) {
   const SourceLines lines("a\nb\r\nc\rd");

@@ -1,9 +1,9 @@
 #include <gtest/gtest.h>
 
 #include "support/Locale.h"
-#include "tools/adcheck/Wording.h"
+#include "tools/common/Wording.h"
 
-namespace qorix::adcheck {
+namespace qorix::tools {
 namespace {
 
 TEST(WordingTest, numbersAreWrittenAsShortAsTheyAre) {
@@ -22,4 +22,4 @@ TEST(WordingTest, numbersAreWrittenTheSameInEveryLocale) {
 }
 
 }  // namespace
-}  // namespace qorix::adcheck
+}  // namespace qorix::tools

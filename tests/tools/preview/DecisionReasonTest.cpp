@@ -11,6 +11,8 @@ using ::testing::AnyOf;
 using ::testing::EndsWith;
 using ::testing::HasSubstr;
 using ::testing::StartsWith;
+using tools::preview::decisionReason;
+using tools::preview::navigationKind;
 
 Dictionary navigation(int type, const std::shared_ptr<DomNode>& node) {
   return {{kWebActionNavigationTypeKey, type},

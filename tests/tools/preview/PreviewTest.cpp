@@ -748,15 +748,15 @@ class PreviewUsageTest : public PreviewTest {
 
 TEST_F(PreviewUsageTest, refusesWhatItDoesNotUnderstand) {
   write(document({}));
-  expectRefused({}, "which FILE");
-  expectRefused({file_, file_}, "only one FILE");
-  expectRefused({""}, "FILE cannot be empty");
+  expectRefused({}, "FILE is required");
+  expectRefused({file_, "second.xml"}, "not expected: second.xml");
+  expectRefused({""}, "FILE: cannot be empty");
   expectRefused({"--colour", file_}, "--colour");
-  expectRefused({"--app", "", file_}, "--app cannot be empty");
+  expectRefused({"--app", "", file_}, "--app: cannot be empty");
   expectRefused({file_, "--app"}, "--app");
-  expectRefused({"--languages", ",", file_}, "--languages needs a language");
+  expectRefused({"--languages", ",", file_}, "--languages: needs a language");
   expectRefused({"--view-size", "800", file_}, "800x600");
-  expectRefused({"--view-size", "0x600", file_}, "'0'");
+  expectRefused({"--view-size", "0x600", file_}, "'0x600'");
   expectRefused({"--quit-after", "nan", file_}, "'nan'");
   expectRefused({"--quit-after", "-1", file_}, "'-1'");
 }

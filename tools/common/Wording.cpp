@@ -1,0 +1,59 @@
+#include "tools/common/Wording.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+
+namespace qorix::tools {
+
+namespace {
+
+constexpr std::size_t kLongest = 80;  // bytes of a text that is shown whole
+
+bool isControl(char c) { return static_cast<unsigned char>(c) < ' ' || c == '\x7F'; }
+
+}  // namespace
+
+std::string printable(std::string_view text) {
+  std::size_t end = std::min(text.size(), kLongest);
+  while (end < text.size() && (static_cast<unsigned char>(text[end]) & 0xC0U) == 0x80U) {
+    ++end;  // whole characters
+  }
+  std::string shown;
+  // The second byte of C2 80 to C2 9F would be a control character to a terminal, too.
+  for (std::size_t index = 0; index < end; ++index) {
+    const bool isLongControl = text[index] == '\xC2' && index + 1 < end &&
+                               static_cast<unsigned char>(text[index + 1]) < 0xA0U;
+    if (isLongControl) {
+      ++index;
+    }
+    shown += isLongControl || isControl(text[index]) ? ' ' : text[index];
+  }
+  return end < text.size() ? shown + "..." : shown;
+}
+
+std::string inQuotes(std::string_view text) { return '"' + printable(text) + '"'; }
+
+std::size_t lengthOf(std::string_view text) {
+  return static_cast<std::size_t>(std::ranges::count_if(
+      text, [](char c) { return (static_cast<unsigned char>(c) & 0xC0U) != 0x80U; }));
+}
+
+std::string_view trimmed(std::string_view text) {
+  constexpr std::string_view kBlanks = " \t\r\n\f\v";
+  const auto begin = text.find_first_not_of(kBlanks);
+  return begin == text.npos ? std::string_view()
+                            : text.substr(begin, text.find_last_not_of(kBlanks) - begin + 1);
+}
+
+std::string numberText(double number) {
+  std::array<char, 32> text{};
+  const auto format = std::chars_format::general;
+  return {text.data(), std::to_chars(text.begin(), text.end(), number, format, 15).ptr};
+}
+
+std::string sizeText(double width, double height) {
+  return numberText(width) + " x " + numberText(height);
+}
+
+}  // namespace qorix::tools

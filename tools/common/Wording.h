@@ -1,0 +1,25 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+namespace qorix::tools {
+
+/// A text of the document for people: in quotes, without control characters, long ones cut.
+std::string inQuotes(std::string_view text);
+
+/// The same without quotes.
+std::string printable(std::string_view text);
+
+/// The characters of a UTF-8 text.
+std::size_t lengthOf(std::string_view text);
+
+/// Without white space at its ends.
+std::string_view trimmed(std::string_view text);
+
+/// "width x height", without needless decimals.
+std::string sizeText(double width, double height);
+std::string numberText(double number);
+
+}  // namespace qorix::tools
