@@ -3,6 +3,7 @@
 #include <webkit2/webkit2.h>
 
 #include <string>
+#include <string_view>
 
 #include "qorix/MyPushAdManager.h"
 #include "tools/preview/DecisionReason.h"
@@ -59,6 +60,11 @@ std::string missingFunctions(WebView& webView) {
   return std::string("it defines no function ") + (isListMissing ? kListFunction : kPostFunction);
 }
 
+/// Whether the script that answers the page cannot hold that identifier: nothing in it is escaped.
+bool breaksAnswer(std::string_view identifier) {
+  return identifier.find_first_of("'\\\r\n") != identifier.npos;
+}
+
 // The library is not asked about new windows; the web view makes none.
 GtkWidget* newWindowIsAskedFor(WebKitWebView* /*webView*/, WebKitNavigationAction* action) {
   const char* address = webkit_uri_request_get_uri(webkit_navigation_action_get_request(action));
@@ -104,17 +110,23 @@ std::string PreviewController::describeBridge(WebView& webView) {
     return "the page does not take part: " + missingFunctions(webView);
   }
   const auto manager = MyPushAdManager::sharedPushAdManager();
-  std::string text = "host " + manager->appBundleIdentifier().value_or("") + ", promotes ";
+  const std::string host = manager->appBundleIdentifier().value_or("");
+  std::string text = "host " + host + ", promotes ";
+  std::string breaking = breaksAnswer(host) ? host : "";
   const auto lookups = registry_->takeLookups();
   if (lookups.empty()) {
-    return text + "nothing: " + kListFunction + " gave no text that names any";
+    text += std::string("nothing: ") + kListFunction +
+            " gave no text that names any (a list is none: join it with commas)";
   }
   const char* between = "";
   for (const auto& [identifier, isInstalled] : lookups) {
     text += between + identifier + (isInstalled ? " (installed)" : " (not installed)");
     between = ", ";
+    breaking = breaking.empty() && breaksAnswer(identifier) ? identifier : breaking;
   }
-  return text;
+  return breaking.empty() ? text
+                          : text + "; the page is told wrongly or not at all: \"" + breaking +
+                                "\" holds a quote, a backslash or a line break";
 }
 
 void PreviewController::viewDidLoad() {

@@ -308,20 +308,21 @@ TEST_F(PreviewBridgeTest, tellsWhatThePageListsAndWhatItIsTold) {
   std::ofstream(applications / "com.example.viewer.desktop")
       << "[Desktop Entry]\nType=Application\nName=Viewer\nExec=true\n";
   const std::string script =
-      listing("' com.example.viewer ,com.example.converter,, a\\nb'") + kPost;
+      listing("' com.example.viewer ,com.example.converter,, a\\tb'") + kPost;
   EXPECT_THAT(bridgeOf(script, {"--applications", applications}),
               ElementsAre("host com.example.editor, promotes com.example.viewer (installed), "
-                          "com.example.converter (not installed), a\\nb (not installed)"));
+                          "com.example.converter (not installed), a\\tb (not installed)"));
   EXPECT_THAT(bridgeOf(script),
               ElementsAre("host com.example.editor, promotes com.example.viewer (not installed), "
-                          "com.example.converter (not installed), a\\nb (not installed)"));
+                          "com.example.converter (not installed), a\\tb (not installed)"));
 }
 
 TEST_F(PreviewBridgeTest, tellsThatAPageListsNothing) {
   for (const char* result : {"['com.example.viewer']", "undefined", "''", "noSuchName"}) {
     EXPECT_THAT(bridgeOf(listing(result) + kPost),
                 ElementsAre("host com.example.editor, promotes nothing: "
-                            "cocoa_obtain_promo_app_ids gave no text that names any"))
+                            "cocoa_obtain_promo_app_ids gave no text that names any (a list is "
+                            "none: join it with commas)"))
         << result;
   }
 }
@@ -334,6 +335,82 @@ TEST_F(PreviewBridgeTest, tellsWhyAPageDoesNotTakePart) {
   EXPECT_THAT(bridgeOf(listing("'com.example.viewer'") + "var cocoa_post_promo_app_info = 1;"),
               ElementsAre("the page does not take part: it defines no function "
                           "cocoa_post_promo_app_info"));
+}
+
+class PreviewBrokenAnswerTest : public PreviewBridgeTest {
+ protected:
+  struct Seen {
+    std::vector<std::string> bridge;  // the lines
+    std::string told;                 // where the page's link leads: what it was told
+  };
+
+  /// What is seen of a page that lists that text and whose link shows what it was told.
+  Seen seenWith(const std::string& listed, const std::string& host) const {
+    write(document({.height = "60"},
+                   std::string(kPinkPage) +
+                       "<a id='link' href='#nothing' style='display:block;height:100vh'></a>"
+                       "<script>" +
+                       listing("'" + listed + "'") +
+                       "function cocoa_post_promo_app_info(host, ids, flags) {"
+                       " link.href = '#' + encodeURIComponent(ids.join('+')); }</script>"));
+    PreviewProcess preview(arguments({"--app", host}));
+    const PixelBox ad = waitForColor(kPink, 300, 60);
+    EXPECT_TRUE(preview.waitForLine("page"));
+    clickAt(ad.x + 150, ad.y + 30);
+    const std::string decision = preview.waitForLine("decision", 2).value_or("");
+    closeWindow(preview);
+    const auto begin = decision.find('#');
+    return {preview.texts("bridge"), decision.substr(begin, decision.find(' ', begin) - begin)};
+  }
+
+  static std::string warningOf(const std::string& identifier) {
+    return "; the page is told wrongly or not at all: \"" + identifier +
+           "\" holds a quote, a backslash or a line break";
+  }
+};
+
+TEST_F(PreviewBrokenAnswerTest, tellsWhichIdentifierBreaksTheAnswer) {
+  const struct {
+    const char* listed;   // in the page's script
+    const char* printed;  // control characters are written out
+    const char* told;
+  } cases[] = {
+      {"com.obrien", nullptr, "#com.example.viewer%2Bcom.obrien"},
+      {"com.o\\'brien", "com.o'brien", "#nothing"},
+      {"com.a\\nb", "com.a\\nb", "#nothing"},
+      {"com.a\\\\tb", "com.a\\tb", "#com.example.viewer%2Bcom.a%09b"},
+  };
+  for (const auto& each : cases) {
+    const Seen seen = seenWith(std::string("com.example.viewer,") + each.listed, "com.example.a");
+    EXPECT_EQ(seen.told, each.told);
+    EXPECT_THAT(seen.bridge,
+                ElementsAre(std::string("host com.example.a, promotes com.example.viewer (not "
+                                        "installed), ") +
+                            (each.printed ? each.printed : each.listed) + " (not installed)" +
+                            (each.printed ? warningOf(each.printed) : "")));
+  }
+}
+
+TEST_F(PreviewBrokenAnswerTest, tellsThatTheHostsOwnIdentifierBreaksTheAnswer) {
+  const Seen seen = seenWith("com.example.viewer", "com.o'brien");
+  EXPECT_EQ(seen.told, "#nothing");
+  EXPECT_THAT(seen.bridge,
+              ElementsAre("host com.o'brien, promotes com.example.viewer (not installed)" +
+                          warningOf("com.o'brien")));
+}
+
+// Functions that no look at the page's text would find.
+TEST_F(PreviewBridgeTest, looksAtWhatThePagesScriptsHaveMade) {
+  EXPECT_THAT(bridgeOf("var half = 'cocoa_' + 'obtain_promo_app_ids';"
+                       "window[half] = () => ['com.example.a', 'com.example.b'].join();"
+                       "eval('window.cocoa_' + 'post_promo_app_info = function () {}');"),
+              ElementsAre("host com.example.editor, promotes com.example.a (not installed), "
+                          "com.example.b (not installed)"));
+  EXPECT_THAT(bridgeOf("// function cocoa_obtain_promo_app_ids() {}\n" + std::string(kPost)),
+              ElementsAre("the page does not take part: it defines no function "
+                          "cocoa_obtain_promo_app_ids"));
+  EXPECT_THAT(bridgeOf(listing("'com.example.viewer'") + kPost + " this is no script"),
+              ElementsAre("the page does not take part: it defines neither function"));
 }
 
 TEST_F(PreviewBridgeTest, callsThePagesFunctionsNoMoreOftenThanAHost) {
@@ -522,6 +599,31 @@ TEST_F(PreviewTest, tellsEachDecisionWithItsReasonAndWhatComesOfIt) {
     EXPECT_THAT(notifications, ::testing::Contains(expected));
   }
   EXPECT_EQ(notifications.size(), 8U);
+  closeWindow(preview);
+}
+
+TEST_F(PreviewTest, tellsOfMarksThatAScriptHasSetOrMissed) {
+  const std::string block = "style='display:block;float:left;width:100px;height:60px'";
+  write(document({.height = "60"},
+                 "<body style='margin:0;background:#ff00aa'><a id='a' " + block +
+                     " href='https://a.example/'></a><a id='b' " + block +
+                     " href='#b'></a><a id='c' " + block +
+                     " href='#c'></a><script>a.href += '?tools=12'; b.className = 'zamopenout';"
+                     "c.className = 'ZamOpenOut';</script>"));
+  PreviewProcess preview(arguments());
+  const PixelBox ad = waitForColor(kPink, 300, 60);
+  ASSERT_EQ(ad.width, 300);
+  ASSERT_TRUE(preview.waitForLine("page"));
+  for (int i = 0; i < 3; ++i) {
+    clickAt(ad.x + 100 * i + 50, ad.y + 30);
+    ASSERT_TRUE(preview.waitForLine("decision", i + 2)) << i;
+  }
+  const auto decisions = preview.texts("decision");
+  EXPECT_THAT(decisions[1], HasSubstr("opens the App Store: the query holds ls=1 (in tools=12)"));
+  EXPECT_THAT(decisions[2], HasSubstr("opens the browser: the clicked element's class holds "
+                                      "zamopenout"));
+  EXPECT_THAT(decisions[3], AllOf(HasSubstr("followed inside the ad: no mark was found"),
+                                  HasSubstr("marks in a class are in small letters")));
   closeWindow(preview);
 }
 
