@@ -11,7 +11,7 @@ Options parseOptions(int argc, char** argv) {
   Options options;
   CommandLine line("qorix-adcheck",
                    "Reads an ad configuration document as a host would and reports what that host "
-                   "gets.");
+                   "gets.\nThe scripts of pages are not run: qorix-preview does that.");
   line.add_option("FILE", options.file, "The document; - is standard input")
       ->required()
       ->type_name("");

@@ -11,8 +11,6 @@ using testing::EndsWith;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
-const std::string kAnswer = "function cocoa_post_promo_app_info(host, ids, flags) {}";
-
 class PageFindingsTest : public AdcheckTest {
  protected:
   static std::string documentOf(const std::string& page) {
@@ -35,9 +33,6 @@ class PageFindingsTest : public AdcheckTest {
     return "<a href=\"" + address + "\">x</a>";
   }
   static std::string script(const std::string& code) { return "<script>" + code + "</script>"; }
-  static std::string listFunction(const std::string& body) {
-    return script("function cocoa_obtain_promo_app_ids() {" + body + "}\n" + kAnswer);
-  }
 };
 
 TEST_F(PageFindingsTest, aGoodPageHasNone) {
@@ -172,75 +167,42 @@ TEST_F(PageFindingsTest, aCloseControlThatDoesNotClose) {
   }
 }
 
-TEST_F(PageFindingsTest, aBridgeOfWhichHalfIsMissing) {
-  expectWarning(script("function cocoa_obtain_promo_app_ids() { return \"a\"; }"),
-                "cocoa_obtain_promo_app_ids",
-                "defines cocoa_obtain_promo_app_ids, but not cocoa_post_promo_app_info");
-  expectWarning(script("window.cocoa_post_promo_app_info = (a, b, c) => {};"),
-                "cocoa_post_promo_app_info",
-                "defines cocoa_post_promo_app_info, but not cocoa_obtain_promo_app_ids");
-  expectWarning(script("// function cocoa_\n") + "<SCRIPT>" + kAnswer + "</SCRIPT>",
-                "cocoa_post_promo_app_info", "but not cocoa_obtain_promo_app_ids");
-  // The other half may come from elsewhere.
-  expectNone(script(kAnswer) + "<script src=\"list.js\"></script>");
-  expectNone(script(kAnswer + "\nwindow['cocoa_obtain_promo_app_ids'] = list;"));
-  expectNone(script("var x = typeof cocoa_obtain_promo_app_ids;"));
-  expectNone(script("const cocoa_obtain_promo_app_ids = () => 'a';\n" + kAnswer));
+TEST_F(PageFindingsTest, elementsAreNestedAsABrowserNestsThem) {
+  const std::string noLink = "lies in no link (a with href): clicks on it do nothing";
+  // A link ends where the next one begins, a paragraph where a block does, and a cell with its
+  // table.
+  expectWarning("<a href=\"/\">x<a name=\"y\"><b class=\"zamopenout\">z</b></a>", "zamopenout",
+                noLink);
+  expectWarning("<p><a href=\"/\">x</a><div class=\"zamopenout\">y</div>", "zamopenout", noLink);
+  // A link that is open where a paragraph begins goes on inside of it.
+  expectNone("<a href=\"/\">x<p><b class=\"zamopenout\">y</b></p></a>");
+  expectNone("<a href=\"/\">x<p>y</a> z<b><p></b><img></p>");
+  // What is found in both parts of such a link is told once.
+  expectWarning("<a href=\"/?tools=12\">x<p>y</a>z</p>", "/?tools", "is also found in");
+  expectWarning("<a class=\"zamopenout\" href=\"/\"><p><img></a></p>", "zamopenout",
+                "a click on an element inside this one");
 }
 
-TEST_F(PageFindingsTest, aListThatIsNoText) {
-  for (const auto* body :
-       {"return [\"a\", \"b\"];", "return [\n'a',\n'b'\n]\n", "return ['a'];",
-        "if (x) { return ['a']; } return '';", "const ids = ['a', 'b']; return ids;",
-        "var f = x => x; return ['a'];"}) {
-    EXPECT_THAT(warnings(documentOf(listFunction(body))),
-                ElementsAre(HasSubstr("cocoa_obtain_promo_app_ids returns a list")))
-        << body;
-  }
-  expectWarning(script("let cocoa_obtain_promo_app_ids = () => ['a'];\n" + kAnswer), "['a']",
-                "returns a list");
-  expectWarning(script("cocoa_obtain_promo_app_ids = function () { return ['a'] };\n" + kAnswer),
-                "['a']", "returns a list");
-  for (const auto* body :
-       {"return ['a', 'b'].join(',');", "return ['a', 'b']\n  .join(',');", "return 'a,b';",
-        "return ids.map(function (x) { return [x]; }).join();", "return [1, 2] + '';",
-        "return ids.map(x => { return [x]; }).join();", "return String(['a']);", "return;", "",
-        "let ids = ['a']; ids = ids.join(); return ids;", "return ids;", "return (\n'a')"}) {
-    expectNone(listFunction(body));
-  }
+TEST_F(PageFindingsTest, onlyTheFirstAttributeOfANameCounts) {
+  expectNone("<a href=\"/\" href=\"/?tools=12\">x</a>");
+  expectWarning("<a href=\"/?tools=12\" HREF=\"/\">x</a>", "/?tools", "is also found in");
 }
 
-TEST_F(PageFindingsTest, aPromotedIdentifierThatBreaksTheAnswer) {
-  expectWarning(listFunction("return \"com.o'brien.app\";"), "com.o'brien",
-                "the promoted identifier \"com.o'brien.app\" holds a quote");
-  expectWarning(listFunction("return 'com.o\\'brien';"), "com.o\\'brien", "holds a quote");
-  expectWarning(listFunction("return ['a', \"b'c\"].join(',');"), "b'c", "holds a quote");
-  expectWarning(listFunction("var ids = ['a\\\\b']; return ids.join(',');"), "a\\\\b",
-                "a backslash or a line break");
-  expectWarning(listFunction("return [ // the first\n'a', \"b\\n\" ].join();"), "b\\n",
-                "a line break");
-  for (const auto* body :
-       {"log(\"it's\"); return 'com.a,com.b';",
-        "return document.querySelector(\"[data-x='1']\").textContent",
-        "const all = [{id: 'a', name: \"Bob's\"}]; return all.map(i => i.id).join(',');",
-        "const all = [{id: 'a', name: \"Bob's\"}]; return all.join(',');",
-        "return ['a', b(\"it's\")].join(',');", "return [\"it's\"][0];",
-        "return [\"it's\"].join(',').replace(/'/g, '');",
-        "var ids = ['com.a']; return ids.join(',').replace(/'/g, '');",
-        "const l = \"it's\"; return l === \"it's\" ? 'a.b' : 'c.d';",
-        "return `com.${x ? 'a' : 'b'}`;", "return \"it's\" in all ? 'a' : 'b';"}) {
-    expectNone(listFunction(body));
-  }
+TEST_F(PageFindingsTest, whatIsHiddenWhereScriptsRunIsNoPartOfThePage) {
+  expectNone("<noscript><a class=\"ZAMOPENOUT\" href=\"?tools=12\">x</a></NOSCRIPT>");
+  expectNone("<head><noscript><img class=ZAMOPENOUT></noscript></head><body>x");
+  expectNone("<noscript><a class=\"ZAMOPENOUT\" href=\"?tools=12\">");
+  expectWarning("<noscript><b></b></noscript><img class=ZAMOPENOUT>", "ZAMOPENOUT", "letter case");
 }
 
-TEST_F(PageFindingsTest, regularExpressionsAreNoStrings) {
-  for (const auto* body :
-       {"var r = /[/'\"]/g, s = ok(/\\/'/);", "if (!/'/.test(x)) { /\"/.exec(x) }",
-        "return /'/.source;", "var x = 4 / 2, y = 'b / c', z = x / y;"}) {
-    expectWarning(listFunction(std::string(body) + " return [\"it's\"].join();"), "it's",
-                  "holds a quote");
-  }
-  expectNone(script("var r = /['/]function cocoa_obtain_promo_app_ids() {}/;"));
+TEST_F(PageFindingsTest, scriptsAreLeftToThePreview) {
+  const auto scriptLine = HasSubstr("\n  scripts        not run here: qorix-preview ");
+  const std::string half = script("function cocoa_obtain_promo_app_ids() { return ['it\\'s']; }");
+  expectNone(half);
+  EXPECT_THAT(report(documentOf(half)).output, scriptLine);
+  EXPECT_THAT(report(documentOf("<p><SCRIPT src='x.js'></SCRIPT>")).output, scriptLine);
+  EXPECT_THAT(report(documentOf("<p><!-- <script></script> --><template><script></script>")).output,
+              testing::Not(scriptLine));
 }
 
 TEST_F(PageFindingsTest, everyPageOfEveryAdvertisementIsLookedAt) {
@@ -272,17 +234,16 @@ TEST_F(PageFindingsTest, brokenPagesDoNoHarm) {
                                  "<!--",
                                  "<script>",
                                  "<script>'",
-                                 "<script>function cocoa_obtain_promo_app_ids",
-                                 "<script>cocoa_obtain_promo_app_ids =",
-                                 "<script>cocoa_obtain_promo_app_ids = (",
-                                 "<script>function cocoa_obtain_promo_app_ids() { return",
                                  "<a = = >",
                                  "<a id=cocoa_close_web",
-                                 "<script>function cocoa_obtain_promo_app_ids() { return [",
                                  "<script>\\",
                                  "<script>'\\",
-                                 "<script>cocoa_obtain_promo_app_ids = () =>",
-                                 "<script>cocoa_obtain_promo_app_ids = )("}) {
+                                 "<noscript>",
+                                 "<template><template>",
+                                 "</a></p></br>",
+                                 "<table><a href='?tools=2'><tr>",
+                                 "<frameset>",
+                                 "<svg><foreignObject><a href=x></svg>"}) {
     const auto result = report(documentOf(page + " "));
     EXPECT_EQ(result.status, 0) << page;
     EXPECT_EQ(report(documentOf(page)).status, 0) << page;

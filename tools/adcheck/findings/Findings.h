@@ -63,7 +63,7 @@ void findInCustomisation(XmlElement ad, XmlElement advance, bool isFirstAd, cons
 /// The languages of a `title` or `html_contents` element.
 void findInLanguages(XmlElement dictionary, Findings& findings);
 
-/// The HTML page of one language: its link marks, its close control and its script bridge.
+/// The HTML page of one language: its link marks and its close control. Scripts are not read.
 void findInPage(XmlElement page, Findings& findings);
 
 /// Markup in an element that holds a text: of it only the text counts.

@@ -2,6 +2,7 @@
 #include <array>
 #include <cstddef>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -10,8 +11,7 @@
 #include "platform/AsciiCase.h"
 #include "platform/Url.h"
 #include "tools/adcheck/findings/Findings.h"
-#include "tools/adcheck/scan/PageScan.h"
-#include "tools/adcheck/scan/ScriptScan.h"
+#include "tools/adcheck/scan/HtmlPage.h"
 #include "tools/common/Wording.h"
 #include "webview/LinkMarks.h"
 #include "webview/PageScripts.h"
@@ -19,9 +19,6 @@
 namespace qorix::tools::adcheck {
 
 namespace {
-
-constexpr std::string_view kListFunction = "cocoa_obtain_promo_app_ids";
-constexpr std::string_view kAnswerFunction = "cocoa_post_promo_app_info";
 
 /// The marks that a class may hold, too.
 constexpr std::array kMarks = {kBrowserMark, kPurchaseMark};
@@ -63,88 +60,67 @@ bool hasClass(std::string_view classes, std::string_view name) {
   return false;
 }
 
-/// Whether an element is seen, so that it takes clicks.
-bool isClicked(const Tag& tag) {
-  static constexpr std::array<std::string_view, 6> kUnseen = {"br",    "wbr",      "script",
-                                                              "style", "template", "noscript"};
-  return std::ranges::find(kUnseen, tag.name) == kUnseen.end();
+bool classHolds(const HtmlElement& element, std::string_view mark) {
+  const auto classes = element.attribute("class");
+  return classes && classes->value.find(mark) != std::string_view::npos;
 }
 
 /// Looks through one page.
 class PageReader {
  public:
-  PageReader(XmlElement page, Findings& findings)
-      : page_(page), html_(page.text()), scan_(scanPage(html_)), findings_(findings) {}
+  PageReader(XmlElement page, Findings& findings) : page_(page), findings_(findings) {}
 
   void read();
 
  private:
-  void add(std::size_t offset, std::string words) {
-    findings_.addInText(page_, offset, std::move(words));
-  }
-
-  void readLink(const Tag& tag);
-  void readMissedMark(const Attribute& link, const std::string& address, std::string_view mark);
-  void readMisspelledMark(const Attribute& link, const std::string& address, const LinkMark& mark);
-  void readClass(std::size_t index);
-  bool holdsUnmarkedElement(std::size_t index, std::string_view mark) const;
-  void readTarget(const Tag& tag);
-  void readId(std::size_t index);
-  bool holdsOnlyText(std::size_t index) const;
-  void readBridge();
-  void readList(std::size_t offset, const ScriptScan& script, std::string_view text);
+  void add(std::size_t offset, const std::string& words);
+  void readLink(const HtmlElement& element);
+  void readMissedMark(const HtmlAttribute& link, std::string_view mark);
+  void readMisspelledMark(const HtmlAttribute& link, const LinkMark& mark);
+  void readClass(const HtmlElement& element, const std::optional<HtmlElement>& link);
+  void readTarget(const HtmlElement& element);
+  void readId(const HtmlElement& element, bool isInLink);
 
   XmlElement page_;
-  std::string_view html_;
-  PageScan scan_;
-  std::vector<std::optional<std::size_t>> firstChild_;  // of each tag's element, if any
   Findings& findings_;
+  std::set<std::pair<std::size_t, std::string>> added_;
 };
 
+/// The tree holds an element more than once if elements are not closed in their order.
+void PageReader::add(std::size_t offset, const std::string& words) {
+  if (added_.emplace(offset, words).second) {
+    findings_.addInText(page_, offset, words);
+  }
+}
+
 void PageReader::read() {
-  firstChild_.resize(scan_.tags.size());
-  for (std::size_t index = scan_.tags.size(); index-- > 0;) {
-    if (const auto parent = scan_.tags[index].parent; parent && isClicked(scan_.tags[index])) {
-      firstChild_[*parent] = index;
-    }
-  }
-  for (std::size_t index = 0; index < scan_.tags.size(); ++index) {
-    const Tag& tag = scan_.tags[index];
-    if (!tag.isEnd) {
-      readLink(tag);
-      readClass(index);
-      readTarget(tag);
-      readId(index);
-    }
-  }
-  readBridge();
+  HtmlPage(page_.text())
+      .visit([this](const HtmlElement& element, const std::optional<HtmlElement>& link) {
+        readLink(element);
+        readClass(element, link);
+        readTarget(element);
+        readId(element, link.has_value());
+      });
 }
 
-bool classHolds(const Tag& tag, std::string_view mark) {
-  const Attribute* value = tag.attribute("class");
-  return value != nullptr && value->value.find(mark) != std::string::npos;
-}
-
-void PageReader::readLink(const Tag& tag) {
-  if (!isLink(tag)) {
+void PageReader::readLink(const HtmlElement& element) {
+  if (!element.isLink()) {
     return;
   }
-  const Attribute* link = tag.attribute("href");
-  const std::string& address = link->value;
-  readMissedMark(*link, address, kAppStoreMark.inQuery);
+  const auto link = element.attribute("href").value();
+  readMissedMark(link, kAppStoreMark.inQuery);
   for (const LinkMark& mark : kMarks) {
-    if (!classHolds(tag, mark.inClass)) {
-      readMissedMark(*link, address, mark.inQuery);
-      readMisspelledMark(*link, address, mark);
+    if (!classHolds(element, mark.inClass)) {
+      readMissedMark(link, mark.inQuery);
+      readMisspelledMark(link, mark);
     }
   }
 }
 
 /// A mark that stands where it is not looked for, or that is found in something else.
-void PageReader::readMissedMark(const Attribute& link, const std::string& address,
-                                std::string_view mark) {
-  const Url url = Url::fromWebEngine(address);
-  const std::string lower = asciiLower(address);
+void PageReader::readMissedMark(const HtmlAttribute& link, std::string_view mark) {
+  const Url url = Url::fromWebEngine(std::string(link.value));
+  const std::string lower = asciiLower(link.value);
   if (!queryHoldsMark(url, mark)) {
     if (holdsAsParameter(lower, mark)) {
       const bool isInFragment = lower.find('#') < lower.find(mark);
@@ -166,12 +142,12 @@ void PageReader::readMissedMark(const Attribute& link, const std::string& addres
 }
 
 /// "zamopenout = 1", "zamopenout=yes".
-void PageReader::readMisspelledMark(const Attribute& link, const std::string& address,
-                                    const LinkMark& mark) {
-  const std::string lower = asciiLower(address);
+void PageReader::readMisspelledMark(const HtmlAttribute& link, const LinkMark& mark) {
+  const std::string lower = asciiLower(link.value);
   const auto query = std::min(lower.find_first_of("?#"), lower.size());
   const auto at = lower.find(mark.inClass, query);
-  if (at == lower.npos || queryHoldsMark(Url::fromWebEngine(address), mark.inQuery) ||
+  if (at == lower.npos ||
+      queryHoldsMark(Url::fromWebEngine(std::string(link.value)), mark.inQuery) ||
       holdsAsParameter(lower, mark.inQuery)) {
     return;
   }
@@ -188,56 +164,51 @@ void PageReader::readMisspelledMark(const Attribute& link, const std::string& ad
                        (isSpaced ? ", without blanks" : ""));
 }
 
-void PageReader::readClass(std::size_t index) {
-  const Tag& tag = scan_.tags[index];
-  const Attribute* value = tag.attribute("class");
-  if (value == nullptr) {
+void PageReader::readClass(const HtmlElement& element, const std::optional<HtmlElement>& link) {
+  const auto classes = element.attribute("class");
+  if (!classes) {
     return;
   }
-  const auto* link = tag.link ? scan_.tags[*tag.link].attribute("href") : nullptr;
   for (const LinkMark& mark : kMarks) {
+    const std::string name(mark.inClass);
     const bool isMarkedAnyway =
-        link != nullptr && queryHoldsMark(Url::fromWebEngine(link->value), mark.inQuery);
-    if (isMarkedAnyway || asciiLower(value->value).find(mark.inClass) == std::string::npos) {
+        link && queryHoldsMark(Url::fromWebEngine(std::string(link->attribute("href")->value)),
+                               mark.inQuery);
+    if (isMarkedAnyway || asciiLower(classes->value).find(name) == std::string::npos) {
       continue;
     }
-    if (!classHolds(tag, mark.inClass)) {
-      add(value->offset,
-          "this class cannot match: letter case counts in \"" + std::string(mark.inClass) + "\"");
-    } else if (!hasClass(value->value, mark.inClass)) {
+    if (!classHolds(element, name)) {
+      add(classes->offset, "this class cannot match: letter case counts in \"" + name + "\"");
+    } else if (!hasClass(classes->value, name)) {
       continue;  // a longer name, perhaps for a style sheet only
-    } else if (link == nullptr) {
-      add(value->offset, "this \"" + std::string(mark.inClass) +
-                             "\" lies in no link (a with href): clicks on it do nothing");
-    } else if (holdsUnmarkedElement(index, mark.inClass)) {
-      add(value->offset, "a click on an element inside this one does not find its class \"" +
-                             std::string(mark.inClass) + "\": write \"" +
-                             std::string(mark.inQuery) + "\" into the link's query");
+    } else if (!link) {
+      add(classes->offset,
+          "this \"" + name + "\" lies in no link (a with href): clicks on it do nothing");
+    } else if (element.anyVisibleChild(
+                   [&](const HtmlElement& child) { return !classHolds(child, name); })) {
+      add(classes->offset, "a click on an element inside this one does not find its class \"" +
+                               name + "\": write \"" + std::string(mark.inQuery) +
+                               "\" into the link's query");
     }
   }
-}
-
-/// Whether a click may fall on a child whose class does not hold the mark.
-bool PageReader::holdsUnmarkedElement(std::size_t index, std::string_view mark) const {
-  const auto child = firstChild_[index];
-  return child && !classHolds(scan_.tags[*child], mark);
 }
 
 /// Where marks are never looked for.
-void PageReader::readTarget(const Tag& tag) {
-  const bool isForm = tag.name == "form";
-  const Attribute* address = isForm        ? tag.attribute("action")
-                             : isLink(tag) ? tag.attribute("href")
-                                           : nullptr;
-  const Attribute* target = tag.attribute("target");
-  const bool isForNewWindow = target != nullptr && asciiLower(target->value) == "_blank";
-  if (address == nullptr || (!isForm && !isForNewWindow)) {
+void PageReader::readTarget(const HtmlElement& element) {
+  const bool isForm = element.is(GUMBO_TAG_FORM);
+  const auto address = isForm             ? element.attribute("action")
+                       : element.isLink() ? element.attribute("href")
+                                          : std::nullopt;
+  const auto target = element.attribute("target");
+  const bool isForNewWindow = target && asciiLower(target->value) == "_blank";
+  if (!address || (!isForm && !isForNewWindow)) {
     return;
   }
-  const auto parameters = parametersOf(Url::fromWebEngine(address->value).query().value_or(""));
+  const auto parameters =
+      parametersOf(Url::fromWebEngine(std::string(address->value)).query().value_or(""));
   const auto isMarked = [&](const LinkMark& mark) {
     return std::ranges::find(parameters, mark.inQuery) != parameters.end() ||
-           (!isForm && !mark.inClass.empty() && classHolds(tag, mark.inClass));
+           (!isForm && !mark.inClass.empty() && classHolds(element, mark.inClass));
   };
   if (std::ranges::any_of(kMarks, isMarked) || isMarked(kAppStoreMark)) {
     add(isForm ? address->offset : target->offset,
@@ -246,75 +217,23 @@ void PageReader::readTarget(const Tag& tag) {
   }
 }
 
-void PageReader::readId(std::size_t index) {
-  const Tag& tag = scan_.tags[index];
-  const Attribute* id = tag.attribute("id");
-  if (id == nullptr || asciiLower(trimmed(id->value)) != kCloseControlId) {
+void PageReader::readId(const HtmlElement& element, bool isInLink) {
+  const auto id = element.attribute("id");
+  if (!id || asciiLower(trimmed(id->value)) != kCloseControlId) {
     return;
   }
   if (id->value != kCloseControlId) {
     add(id->offset,
         "this id cannot match: it is \"" + std::string(kCloseControlId) + "\", letter by letter");
-  } else if (!tag.link) {
+  } else if (!isInLink) {
     add(id->offset, "this close control lies in no link (a with href): clicks on it do nothing");
-  } else if (holdsOnlyText(index)) {
-    add(id->offset,
-        "a click on this close control's text does not close: give the id to an image, say");
-  } else if (firstChild_[index]) {
+  } else if (element.anyVisibleChild([](const HtmlElement& /*child*/) { return true; })) {
     add(id->offset,
         "a click on an element inside this close control does not close: give the id to the "
         "innermost one, an image, say");
-  }
-}
-
-/// Whether the element that begins with that tag holds a text and no element.
-bool PageReader::holdsOnlyText(std::size_t index) const {
-  if (index + 1 == scan_.tags.size()) {
-    return false;
-  }
-  const Tag& tag = scan_.tags[index];
-  const Tag& next = scan_.tags[index + 1];
-  const auto contents = html_.substr(tag.end, next.begin - tag.end);
-  return next.isEnd && next.name == tag.name && !trimmed(contents).empty() &&
-         contents.find("<!--") == contents.npos;
-}
-
-void PageReader::readBridge() {
-  bool definesList = false;
-  bool definesAnswer = false;
-  for (const Part part : scan_.scripts) {
-    const auto text = html_.substr(part.begin, part.end - part.begin);
-    const ScriptScan script(text);
-    definesList |= script.defines(kListFunction);
-    definesAnswer |= script.defines(kAnswerFunction);
-    readList(part.begin, script, text);
-  }
-  const bool hasOtherScripts = std::ranges::any_of(scan_.tags, [](const Tag& tag) {
-    return tag.name == "script" && tag.attribute("src") != nullptr;
-  });
-  const auto present = definesList ? kListFunction : kAnswerFunction;
-  const auto missing = definesList ? kAnswerFunction : kListFunction;
-  // A name that is mentioned at all may be defined in a way that is not seen here.
-  if (definesList != definesAnswer && !hasOtherScripts && html_.find(missing) == html_.npos) {
-    add(html_.find(present), "the page defines " + std::string(present) + ", but not " +
-                                 std::string(missing) + ": it is told nothing");
-  }
-}
-
-void PageReader::readList(std::size_t offset, const ScriptScan& script, std::string_view text) {
-  if (const auto list = script.listReturnedBy(kListFunction)) {
-    add(offset + *list, std::string(kListFunction) +
-                            " returns a list, which counts as none: return a text, joined with "
-                            "commas");
-  }
-  for (const Part part : script.textsReturnedBy(kListFunction)) {
-    const auto literal = text.substr(part.begin, part.end - part.begin);
-    if (literal.find_first_of("'\n") != literal.npos || literal.find("\\'") != literal.npos ||
-        literal.find("\\\\") != literal.npos || literal.find("\\n") != literal.npos) {
-      add(offset + part.begin, "the promoted identifier " + inQuotes(literal) +
-                                   " holds a quote, a backslash or a line break, which breaks the "
-                                   "script that answers the page");
-    }
+  } else if (element.holdsText()) {
+    add(id->offset,
+        "a click on this close control's text does not close: give the id to an image, say");
   }
 }
 

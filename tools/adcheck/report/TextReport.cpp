@@ -1,5 +1,6 @@
 #include "tools/adcheck/report/TextReport.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -15,6 +16,7 @@
 #include "tools/adcheck/HostRun.h"
 #include "tools/adcheck/findings/Findings.h"
 #include "tools/adcheck/report/Describe.h"
+#include "tools/adcheck/scan/HtmlPage.h"
 #include "tools/common/Placement.h"
 #include "tools/common/Refusal.h"
 #include "tools/common/Wording.h"
@@ -205,6 +207,10 @@ void Writer::writeLanguages() {
   const MyPushAdInfo& info = *run_.record;
   line("titles", languagesOf(info.titleDict()));
   line("pages", languagesOf(info.htmlContentsDict()));
+  const auto holdsScript = [](XmlElement page) { return HtmlPage(page.text()).holdsScript(); };
+  if (std::ranges::any_of(host_.reading.pages, holdsScript)) {
+    line("scripts", "not run here: qorix-preview runs them and reports what they do");
+  }
   const bool hasPreference = !options_.languages.empty();
   const std::string language = hasPreference ? options_.languages.front() : "en";
   std::string user = hasPreference ? "prefers " : "has no preference, which means ";

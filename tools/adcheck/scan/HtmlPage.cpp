@@ -1,0 +1,123 @@
+#include "tools/adcheck/scan/HtmlPage.h"
+
+#include <algorithm>
+#include <array>
+#include <ranges>
+#include <span>
+#include <utility>
+#include <vector>
+
+#include "platform/AsciiCase.h"
+#include "tools/common/Wording.h"
+
+namespace qorix::tools::adcheck {
+
+namespace {
+
+bool isElement(const GumboNode& node) {
+  return node.type == GUMBO_NODE_ELEMENT || node.type == GUMBO_NODE_TEMPLATE;
+}
+
+std::span<void* const> childrenOf(const GumboNode& node) {
+  const GumboVector& children = node.v.element.children;
+  return {children.data, children.length};
+}
+
+const GumboNode& asNode(const void* child) { return *static_cast<const GumboNode*>(child); }
+
+bool isOneOf(const GumboNode& node, std::span<const GumboTag> tags) {
+  return std::ranges::find(tags, node.v.element.tag) != tags.end();
+}
+
+/// Where the contents of the noscript element end whose tag that is. Where scripts run they are a
+/// text; the parser, which does not know that, ends the element too early in a head.
+const char* endOfNoscript(GumboStringPiece tag, std::string_view page) {
+  constexpr std::string_view kEnd = "</noscript";
+  return std::search(tag.data, page.data() + page.size(), kEnd.begin(), kEnd.end(),
+                     [](char a, char b) { return asciiLower(a) == b; });
+}
+
+constexpr std::array kInvisible = {GUMBO_TAG_BR,    GUMBO_TAG_WBR,      GUMBO_TAG_SCRIPT,
+                                   GUMBO_TAG_STYLE, GUMBO_TAG_TEMPLATE, GUMBO_TAG_NOSCRIPT};
+
+}  // namespace
+
+bool HtmlElement::isLink() const {
+  return (is(GUMBO_TAG_A) || is(GUMBO_TAG_AREA)) && attribute("href").has_value();
+}
+
+std::optional<HtmlAttribute> HtmlElement::attribute(const char* name) const {
+  const auto* found = gumbo_get_attribute(&node_->v.element.attributes, name);
+  if (found == nullptr) {
+    return std::nullopt;
+  }
+  const std::string_view written(found->original_value.data, found->original_value.length);
+  const char* place =
+      written.empty() ? found->original_name.data + found->original_name.length : written.data();
+  const bool isQuoted = written.starts_with('"') || written.starts_with('\'');
+  return HtmlAttribute{found->value,
+                       static_cast<std::size_t>(place - page_.data()) + (isQuoted ? 1 : 0)};
+}
+
+bool HtmlElement::anyVisibleChild(const std::function<bool(const HtmlElement&)>& condition) const {
+  return std::ranges::any_of(childrenOf(*node_), [&](const void* child) {
+    const GumboNode& node = asNode(child);
+    return isElement(node) && !isOneOf(node, kInvisible) && condition(HtmlElement(page_, node));
+  });
+}
+
+bool HtmlElement::holdsText() const {
+  return std::ranges::any_of(childrenOf(*node_), [](const void* child) {
+    const GumboNode& node = asNode(child);
+    return node.type == GUMBO_NODE_TEXT && !trimmed(node.v.text.text).empty();
+  });
+}
+
+HtmlPage::HtmlPage(std::string_view page) : page_(page) {
+  GumboOptions options = kGumboDefaultOptions;
+  options.userdata = &memory_;
+  options.allocator = [](void* memory, std::size_t size) {
+    return static_cast<std::pmr::memory_resource*>(memory)->allocate(size);
+  };
+  options.deallocator = [](void* /*memory*/, void* /*piece*/) {};  // all at once
+  options.max_errors = 0;  // each would hold the names of all open elements
+  root_ = gumbo_parse_with_options(&options, page.data(), page.size())->root;
+}
+
+void HtmlPage::visit(const Visitor& visitor) const {
+  std::vector<std::pair<const GumboNode*, std::optional<HtmlElement>>> waiting = {
+      {root_, std::nullopt}};
+  const char* hiddenUntil = page_.data();
+  while (!waiting.empty()) {
+    auto [node, link] = waiting.back();
+    waiting.pop_back();
+    const GumboStringPiece tag = node->v.element.original_tag;
+    const bool isHidden = tag.length > 0 && tag.data < hiddenUntil;
+    if (isHidden || node->type == GUMBO_NODE_TEMPLATE) {
+      continue;
+    }
+    const HtmlElement element(page_, *node);
+    if (element.is(GUMBO_TAG_NOSCRIPT)) {
+      hiddenUntil = endOfNoscript(tag, page_);
+    }
+    if (element.isLink()) {
+      link = element;
+    }
+    visitor(element, link);
+    for (const void* child : childrenOf(*node) | std::views::reverse) {
+      if (isElement(asNode(child))) {
+        waiting.emplace_back(&asNode(child), link);
+      }
+    }
+  }
+}
+
+bool HtmlPage::holdsScript() const {
+  bool isFound = false;
+  visit([&](const HtmlElement& element, const auto& /*link*/) {
+    isFound |= element.is(GUMBO_TAG_SCRIPT);
+  });
+  return isFound;
+}
+
+}  // namespace qorix::tools::adcheck
