@@ -1,5 +1,7 @@
 #include "tools/adcheck/HostRun.h"
 
+#include <array>
+#include <cstddef>
 #include <utility>
 #include <vector>
 
@@ -77,25 +79,10 @@ DecisionReason reasonOf(ShowReason reason, const MyPushAdInfo& info) {
 }  // namespace
 
 std::string_view nameOf(DecisionReason reason) {
-  switch (reason) {
-    case DecisionReason::disabled:
-      return "disabled";
-    case DecisionReason::usedUp:
-      return "used-up";
-    case DecisionReason::parked:
-      return "parked";
-    case DecisionReason::nothingToShow:
-      return "nothing-to-show";
-    case DecisionReason::dueFirst:
-      return "due-first";
-    case DecisionReason::dueNewVersion:
-      return "due-new-version";
-    case DecisionReason::dueCounted:
-      return "due-counted";
-    case DecisionReason::dueUncounted:
-      break;
-  }
-  return "due-uncounted";
+  static constexpr std::array<std::string_view, 8> kNames = {
+      "disabled",  "used-up",         "parked",      "nothing-to-show",
+      "due-first", "due-new-version", "due-counted", "due-uncounted"};
+  return kNames.at(static_cast<std::size_t>(reason));
 }
 
 Decision decide(const MyPushAdInfo& info) {

@@ -14,7 +14,8 @@
 
 namespace qorix::tools::adcheck {
 
-/// Why a record is shown or not; what is seen of a showing counts, too.
+/// Why a record is shown or not; what is seen of a showing counts, too. In the order of their
+/// names.
 enum class DecisionReason {
   disabled,
   usedUp,

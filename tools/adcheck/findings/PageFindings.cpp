@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <iterator>
 #include <optional>
 #include <set>
 #include <string>
@@ -23,14 +24,23 @@ namespace {
 /// The marks that a class may hold, too.
 constexpr std::array kMarks = {kBrowserMark, kPurchaseMark};
 
-/// The pieces of a query, in lower case.
-std::vector<std::string> parametersOf(std::string_view query) {
-  std::vector<std::string> parameters;
-  while (!query.empty()) {
-    const auto end = std::min(query.find_first_of("&;"), query.size());
-    parameters.push_back(asciiLower(query.substr(0, end)));
-    query.remove_prefix(std::min(end + 1, query.size()));
+/// What stands between any of those characters.
+std::vector<std::string_view> piecesOf(std::string_view text, std::string_view separators) {
+  std::vector<std::string_view> pieces;
+  while (!text.empty()) {
+    const auto end = std::min(text.find_first_of(separators), text.size());
+    pieces.push_back(text.substr(0, end));
+    text.remove_prefix(std::min(end + 1, text.size()));
   }
+  return pieces;
+}
+
+/// The parameters of the address's query, in lower case.
+std::vector<std::string> parametersOf(const Url& url) {
+  std::vector<std::string> parameters;
+  const std::string query(url.query().value_or(""));
+  std::ranges::transform(piecesOf(query, "&;"), std::back_inserter(parameters),
+                         [](std::string_view each) { return asciiLower(each); });
   return parameters;
 }
 
@@ -48,17 +58,8 @@ bool holdsAsParameter(std::string_view text, std::string_view mark) {
   return false;
 }
 
-/// Whether one of the names in a class attribute is `name`.
-bool hasClass(std::string_view classes, std::string_view name) {
-  while (!classes.empty()) {
-    const auto end = std::min(classes.find_first_of(" \t\r\n\f"), classes.size());
-    if (classes.substr(0, end) == name) {
-      return true;
-    }
-    classes.remove_prefix(std::min(end + 1, classes.size()));
-  }
-  return false;
-}
+/// The address of a link or a form.
+Url urlIn(const HtmlAttribute& address) { return Url::fromWebEngine(std::string(address.value)); }
 
 bool classHolds(const HtmlElement& element, std::string_view mark) {
   const auto classes = element.attribute("class");
@@ -119,7 +120,7 @@ void PageReader::readLink(const HtmlElement& element) {
 
 /// A mark that stands where it is not looked for, or that is found in something else.
 void PageReader::readMissedMark(const HtmlAttribute& link, std::string_view mark) {
-  const Url url = Url::fromWebEngine(std::string(link.value));
+  const Url url = urlIn(link);
   const std::string lower = asciiLower(link.value);
   if (!queryHoldsMark(url, mark)) {
     if (holdsAsParameter(lower, mark)) {
@@ -130,7 +131,7 @@ void PageReader::readMissedMark(const HtmlAttribute& link, std::string_view mark
     }
     return;
   }
-  const auto parameters = parametersOf(url.query().value_or(""));
+  const auto parameters = parametersOf(url);
   const auto isMark = [&](const std::string& each) { return trimmed(each) == mark; };
   const auto holdsMark = [&](const std::string& each) { return each.find(mark) != each.npos; };
   const auto other = std::ranges::find_if(parameters, holdsMark);
@@ -146,8 +147,7 @@ void PageReader::readMisspelledMark(const HtmlAttribute& link, const LinkMark& m
   const std::string lower = asciiLower(link.value);
   const auto query = std::min(lower.find_first_of("?#"), lower.size());
   const auto at = lower.find(mark.inClass, query);
-  if (at == lower.npos ||
-      queryHoldsMark(Url::fromWebEngine(std::string(link.value)), mark.inQuery) ||
+  if (at == lower.npos || queryHoldsMark(urlIn(link), mark.inQuery) ||
       holdsAsParameter(lower, mark.inQuery)) {
     return;
   }
@@ -169,17 +169,17 @@ void PageReader::readClass(const HtmlElement& element, const std::optional<HtmlE
   if (!classes) {
     return;
   }
+  const auto names = piecesOf(classes->value, " \t\r\n\f");
   for (const LinkMark& mark : kMarks) {
     const std::string name(mark.inClass);
     const bool isMarkedAnyway =
-        link && queryHoldsMark(Url::fromWebEngine(std::string(link->attribute("href")->value)),
-                               mark.inQuery);
+        link && queryHoldsMark(urlIn(*link->attribute("href")), mark.inQuery);
     if (isMarkedAnyway || asciiLower(classes->value).find(name) == std::string::npos) {
       continue;
     }
     if (!classHolds(element, name)) {
       add(classes->offset, "this class cannot match: letter case counts in \"" + name + "\"");
-    } else if (!hasClass(classes->value, name)) {
+    } else if (std::ranges::find(names, name) == names.end()) {
       continue;  // a longer name, perhaps for a style sheet only
     } else if (!link) {
       add(classes->offset,
@@ -204,8 +204,7 @@ void PageReader::readTarget(const HtmlElement& element) {
   if (!address || (!isForm && !isForNewWindow)) {
     return;
   }
-  const auto parameters =
-      parametersOf(Url::fromWebEngine(std::string(address->value)).query().value_or(""));
+  const auto parameters = parametersOf(urlIn(*address));
   const auto isMarked = [&](const LinkMark& mark) {
     return std::ranges::find(parameters, mark.inQuery) != parameters.end() ||
            (!isForm && !mark.inClass.empty() && classHolds(element, mark.inClass));

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <ranges>
 #include <span>
 #include <utility>
 #include <vector>
@@ -104,9 +103,10 @@ void HtmlPage::visit(const Visitor& visitor) const {
       link = element;
     }
     visitor(element, link);
-    for (const void* child : childrenOf(*node) | std::views::reverse) {
-      if (isElement(asNode(child))) {
-        waiting.emplace_back(&asNode(child), link);
+    const auto children = childrenOf(*node);
+    for (auto child = children.rbegin(); child != children.rend(); ++child) {
+      if (isElement(asNode(*child))) {
+        waiting.emplace_back(&asNode(*child), link);
       }
     }
   }
