@@ -15,7 +15,7 @@ namespace qorix::tools::adcheck {
 
 namespace {
 
-/// Hands on what is logged until it is silenced.
+/// Passes log lines on until it is silenced.
 class SinkLog : public Log {
  public:
   explicit SinkLog(LogSink sink) : sink_(std::move(sink)) {}
@@ -113,11 +113,11 @@ HostRun runHost(const std::string& document, const std::optional<std::string>& a
     info.doCheck();
   }
   if (!run.decision.isDue || info.delay() < 0) {
-    log->silence();  // a host does not come to look the texts up
+    log->silence();  // a host does not read the texts then
   }
   run.title = info.localizedTitle();
   run.page = info.localizedHtmlString();
-  log->silence();  // whatever is asked of the library after this run is not the host's doing
+  log->silence();  // later calls are not the host's
   return run;
 }
 

@@ -14,8 +14,7 @@
 
 namespace qorix::tools::adcheck {
 
-/// Why a record is shown or not; what is seen of a showing counts, too. In the order of their
-/// names.
+/// Why a record is shown or not, and whether anything is seen. `nameOf` relies on the order.
 enum class DecisionReason {
   disabled,
   usedUp,
@@ -32,7 +31,7 @@ std::string_view nameOf(DecisionReason reason);
 
 /// What becomes of a record on a machine with that state.
 struct Decision {
-  /// Whether a showing is spent, also when nothing is seen of it.
+  /// Whether a showing is counted, even if nothing is seen of it.
   bool isDue = false;
   DecisionReason reason = DecisionReason::disabled;
   std::optional<std::string> storedVersion;
@@ -47,7 +46,8 @@ struct HostRun {
   Decision decision;
 };
 
-/// Decides as a presenter would, with the settings in force, and spends the showing there.
+/// Decides as a presenter does, with the installed platform's settings, and counts the showing
+/// there.
 Decision decide(const MyPushAdInfo& info);
 
 /// Takes the lines that a host logs, without line breaks at their end.

@@ -28,7 +28,7 @@ int fail(const std::string& why) {
 
 int failWithError(const std::string& what) { return fail(what + ": " + std::strerror(errno)); }
 
-/// Writes the whole output; `status` unless that fails.
+/// Writes the whole output. Returns `status` if that succeeds.
 int print(std::string_view text, int status) {
   return writeOutput(text) ? status : failWithError("the output cannot be written");
 }

@@ -8,7 +8,7 @@
 
 namespace qorix::tools {
 
-/// A folder that is there and holds nothing: no application is installed.
+/// A folder that exists and is empty: no application is installed.
 class EmptyApplicationsFolder : public ApplicationsFolder {
  public:
   std::vector<std::string> directories() override { return {"/"}; }

@@ -10,7 +10,7 @@
 
 namespace qorix::tools {
 
-/// A document that knows where its parts stand in its text, which must outlive it.
+/// A document and the places of its parts in its text, which must outlive it.
 class SourceDocument {
  public:
   explicit SourceDocument(std::string_view text)

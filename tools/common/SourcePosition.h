@@ -6,7 +6,7 @@
 
 namespace qorix::tools {
 
-/// A place as editors name it: both count from 1, the column in characters.
+/// A place as editors show it. Both numbers start at 1; columns count characters.
 struct SourcePosition {
   std::size_t line = 1;
   std::size_t column = 1;
@@ -19,7 +19,7 @@ class SourceLines {
  public:
   explicit SourceLines(std::string_view text);
 
-  /// Where the byte `offset` stands; beyond the text, its end.
+  /// The place of the byte `offset`; the end of the text if it is beyond that.
   SourcePosition positionOf(std::size_t offset) const;
 
  private:
@@ -27,7 +27,7 @@ class SourceLines {
 
   std::string_view text_;
   std::vector<std::size_t> starts_;  // of the lines, in bytes
-  // The characters before each piece of the text: long lines are not counted afresh each time.
+  // The number of characters before each piece of the text, so that a long line is counted once.
   std::vector<std::size_t> counts_;
 };
 

@@ -20,7 +20,7 @@ std::string printable(std::string_view text) {
     ++end;  // whole characters
   }
   std::string shown;
-  // The second byte of C2 80 to C2 9F would be a control character to a terminal, too.
+  // For a terminal, C2 80 to C2 9F are control characters, too.
   for (std::size_t index = 0; index < end; ++index) {
     const bool isLongControl = text[index] == '\xC2' && index + 1 < end &&
                                static_cast<unsigned char>(text[index + 1]) < 0xA0U;

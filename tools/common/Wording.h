@@ -6,13 +6,13 @@
 
 namespace qorix::tools {
 
-/// A text of the document for people: in quotes, without control characters, long ones cut.
+/// A text of the document for people: in quotes, without control characters, cut if it is long.
 std::string inQuotes(std::string_view text);
 
 /// The same without quotes.
 std::string printable(std::string_view text);
 
-/// The characters of a UTF-8 text.
+/// The number of characters of a UTF-8 text.
 std::size_t lengthOf(std::string_view text);
 
 /// Without white space at its ends.

@@ -59,7 +59,7 @@ bool classHoldsMarkInOtherCase(const DomHtmlElement& element) {
          names.find(kPurchaseMark.inClass) != std::string::npos;
 }
 
-/// What an author who expected something else may want to know.
+/// A hint for an author who expected something else.
 std::string hintForUnmarked(const Dictionary& actionInformation) {
   const auto element = clickedElement(actionInformation);
   if (element == nullptr) {

@@ -11,10 +11,9 @@ namespace qorix::tools::preview {
 /// What made the page ask for the navigation: "link click", "form submission", ...
 std::string navigationKind(const Dictionary& actionInformation);
 
-/// Why `controller` has answered the question for that navigation with `use` (or with `ignore`),
-/// and what comes of it, in plain words. `isOwnWebView`: whether the controller's own web view
-/// asked. Asks the controller's own tests in its own order, and claims nothing that does not fit
-/// the answer.
+/// Why `controller` has decided on `use` (or `ignore`) for that navigation, and what comes of it.
+/// `isOwnWebView`: whether the controller's own web view asks. Calls the controller's tests in its
+/// own order; if they do not explain the decision, says so.
 std::string decisionReason(MyPushAdViewController& controller, bool isOwnWebView, const Url& url,
                            const Dictionary& actionInformation, bool use);
 

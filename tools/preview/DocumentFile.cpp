@@ -27,7 +27,7 @@ std::optional<std::string> readDocument(const std::string& file, std::string& wh
 DocumentWatch::DocumentWatch(std::string file, std::string known, Handlers handlers)
     : file_(std::move(file)), known_(std::move(known)), handlers_(std::move(handlers)) {
   watch(file_);
-  // Behind a link, the file itself changes somewhere else.
+  // If it is a link, the file itself changes somewhere else.
   std::error_code error;
   const auto real = std::filesystem::canonical(file_, error);
   if (!error && real != std::filesystem::absolute(file_, error)) {

@@ -9,7 +9,8 @@
 
 namespace qorix::tools::preview {
 
-/// The file's contents. Nothing, with the system's words for it in `why`, when it cannot be read.
+/// Returns the file's contents. If it cannot be read, returns nullopt and the system's message in
+/// `why`.
 std::optional<std::string> readDocument(const std::string& file, std::string& why);
 
 /// Watches a file for as long as it lives, whether it is written in place or replaced. Needs the
@@ -21,8 +22,8 @@ class DocumentWatch {
     std::function<void(const std::string& why)> unreadable;
   };
 
-  /// `known` is what is already known of the file: a handler is called when it holds something
-  /// else, now or later. Each change is told once, when the file has been left alone for a moment.
+  /// `known` is the text that was read before. A handler is called if the file holds another one,
+  /// now or later: once per change, after a moment without a further one.
   DocumentWatch(std::string file, std::string known, Handlers handlers);
   ~DocumentWatch();
   DocumentWatch(const DocumentWatch&) = delete;
@@ -34,7 +35,7 @@ class DocumentWatch {
   void look();
 
   std::string file_;
-  std::optional<std::string> known_;  // nothing: it could not be read
+  std::optional<std::string> known_;  // nullopt: it could not be read
   Handlers handlers_;
   std::vector<GFileMonitor*> monitors_;
   guint timer_ = 0;

@@ -17,7 +17,7 @@ namespace {
 
 constexpr const char* kVariable = "QORIX_PREVIEW_HANDOVER";
 
-// The engine's processes of the run before end by themselves; somebody has to take notice.
+// The engine's processes of the run before end by themselves; their exit status must be read.
 void awaitInheritedChildren() {
   std::ifstream children("/proc/thread-self/children");
   for (GPid child = 0; children >> child;) {

@@ -6,7 +6,7 @@
 
 namespace qorix::tools::preview {
 
-/// What a run of the program leaves to the one that takes its place.
+/// What a run of the program passes to the next one.
 struct Handover {
   std::string text;  // the document to show
   // The window: its place on the screen and its size.
@@ -17,12 +17,12 @@ struct Handover {
   std::int64_t quitAt = 0;  // on the monotonic clock, microseconds; 0: stay
 };
 
-/// Starts the program anew in this process, with the same command line: the library's singletons
-/// and its pop-up window last as long as a program runs, so that only a new run shows another
-/// document as a host would. Answers only when that fails, with the system's error number.
+/// Starts the program again in this process, with the same command line. The library's singletons
+/// and its pop-up window last as long as a program, so only a new run shows another document as a
+/// host would. Returns only if that fails, with the system's error number.
 int startAnew(char** argv, const Handover& handover);
 
-/// What the run before this one has left; nothing when this is the first.
+/// What the run before this one has passed on; nullopt in the first run.
 std::optional<Handover> takeHandover();
 
 }  // namespace qorix::tools::preview

@@ -14,7 +14,7 @@ struct Options {
   std::string file;
   std::string app = kAnyHost;
   std::vector<std::string> languages;       // empty: the user's own
-  std::optional<std::string> applications;  // nothing: none is installed
+  std::optional<std::string> applications;  // nullopt: none is installed
   int viewWidth = 800;
   int viewHeight = 600;
   bool anyway = false;

@@ -66,8 +66,8 @@ bool showsPage(cairo_surface_t* shown, cairo_surface_t* page) {
   return different <= painted / 50;
 }
 
-/// Compares what the window shows with what the engine says that the page looks like, until both
-/// are the same. The engine does not tell when it has handed a frame to the window.
+/// Compares the window with the engine's picture of the page until both are the same. The engine
+/// sends no signal when a frame reaches the window.
 class PaintingWatch {
  public:
   PaintingWatch(GtkWidget* webView, std::function<void()> done)

@@ -13,12 +13,12 @@ namespace qorix::tools::preview {
 /// The widget of one of the GTK platform's views; null once it is gone.
 GtkWidget* widgetOf(const View& view);
 
-/// Calls `done` when the page's window shows what the page looks like by now, or when it has not
-/// for some seconds, as with a page that moves; never when the page goes away before.
+/// Calls `done` when the window shows the page as it is now, or after some seconds if the page
+/// keeps changing. Never calls it if the page goes away first.
 void whenPainted(const WebView& webView, std::function<void()> done);
 
-/// Saves what the window that holds `view` shows as a PNG. What covers the window is not in it.
-/// Nothing, or why that failed.
+/// Saves a picture of the window that holds `view` as a PNG, without what covers the window.
+/// Returns why that failed; empty if it did not.
 std::string savePicture(const View& view, const std::string& file);
 
 }  // namespace qorix::tools::preview

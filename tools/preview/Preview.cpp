@@ -172,7 +172,7 @@ void Preview::show(const std::string& text) {
   showAd(info);
 }
 
-// The library says so only by switching the advertisement off.
+// The library reports this only by switching the advertisement off.
 bool Preview::areAllPromotedInstalled(const std::string& text) const {
   const auto document = XmlDocument::parse(text);
   if (!document) {
@@ -189,7 +189,7 @@ void Preview::showAd(const std::shared_ptr<MyPushAdInfo>& info) {
   if (info->enable() && info->delay() > 0) {
     printLine("waiting", "the advertisement comes after " + std::to_string(info->delay()) + " s");
   }
-  // Pages are told the host that the manager knows.
+  // Pages receive the manager's host identifier.
   MyPushAdManager::sharedPushAdManager()->configureWithAppBundle(platform().mainBundle);
   presenter_ = MyPushAdOperator::createInstanceWithHostView<PreviewOperator>(host_.view);
   presenter_->setRegistry(services_.registry);
@@ -265,7 +265,7 @@ void Preview::startAnewWith(const std::string& text) {
 void Preview::timeIsOver() {
   isTimeOver_ = true;
   if (!hasBegun_) {
-    return;  // nobody has looked at the document yet
+    return;  // the document has not been read yet
   }
   if (!options_.screenshot) {
     quit(isRefused_ ? 1 : 0);

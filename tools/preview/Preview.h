@@ -21,11 +21,11 @@ namespace qorix::tools::preview {
 /// the document's file.
 class Preview {
  public:
-  /// Shows `text`; `past` is what an earlier run has left. `argv` is the command line, for a new
-  /// run.
+  /// Shows `text`. `past` comes from the run before this one, if any. `argv` is the command line
+  /// for the next one.
   Preview(Options options, std::string text, std::optional<Handover> past, char** argv);
 
-  /// Runs the main loop until the window is closed or the time is over. Answers the exit status.
+  /// Runs the main loop until the window is closed or the time is over. Returns the exit status.
   int run();
 
  private:

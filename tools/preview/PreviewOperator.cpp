@@ -19,31 +19,31 @@ void printDecision(const std::string& answer, const std::string& kind, const std
   printLine("decision", answer + " (" + kind + ") " + address + " - " + reason);
 }
 
-/// Passes the answer on, after a line about it: what comes of it is told behind it.
-class TellingListener : public WebPolicyDecisionListener {
+/// Passes the decision on after it is printed, so that its effects are printed later.
+class ReportingListener : public WebPolicyDecisionListener {
  public:
-  TellingListener(WebPolicyDecisionListener& next, std::function<void(bool use)> tell)
-      : next_(next), tell_(std::move(tell)) {}
+  ReportingListener(WebPolicyDecisionListener& next, std::function<void(bool use)> report)
+      : next_(next), report_(std::move(report)) {}
 
   void use() override {
-    tell_(true);
+    report_(true);
     next_.use();
   }
   void ignore() override {
-    tell_(false);
+    report_(false);
     next_.ignore();
   }
 
  private:
   WebPolicyDecisionListener& next_;
-  std::function<void(bool use)> tell_;
+  std::function<void(bool use)> report_;
 };
 
 // The functions that a page defines to take part in the exchange about installed applications.
 constexpr const char* kListFunction = "cocoa_obtain_promo_app_ids";
 constexpr const char* kPostFunction = "cocoa_post_promo_app_info";
 
-/// Why the page takes no part. Asks it once more, but calls nothing of it.
+/// Why the page takes no part. Evaluates one more script, which calls none of the page's functions.
 std::string missingFunctions(WebView& webView) {
   const auto isMissing = [&webView](const std::string& name) {
     return webView.stringByEvaluatingJavaScriptFromString("typeof(" + name + ") !== 'function'") ==
@@ -60,7 +60,7 @@ std::string missingFunctions(WebView& webView) {
   return std::string("it defines no function ") + (isListMissing ? kListFunction : kPostFunction);
 }
 
-/// Whether the script that answers the page cannot hold that identifier: nothing in it is escaped.
+/// Whether the identifier breaks the script that reports to the page: nothing in it is escaped.
 bool breaksAnswer(std::string_view identifier) {
   return identifier.find_first_of("'\\\r\n") != identifier.npos;
 }
@@ -78,12 +78,12 @@ GtkWidget* newWindowIsAskedFor(WebKitWebView* /*webView*/, WebKitNavigationActio
 void PreviewController::webViewDecidePolicyForNavigationAction(
     const std::shared_ptr<WebView>& webView, const Dictionary& actionInformation, const Url& url,
     const WebFrame& frame, WebPolicyDecisionListener& listener) {
-  TellingListener telling(listener, [&](bool use) {
+  ReportingListener reporting(listener, [&](bool use) {
     printDecision(use ? "use" : "ignore", navigationKind(actionInformation), url.absoluteString(),
                   decisionReason(*this, webView == legacyWebView(), url, actionInformation, use));
   });
   MyPushAdViewController::webViewDecidePolicyForNavigationAction(webView, actionInformation, url,
-                                                                 frame, telling);
+                                                                 frame, reporting);
 }
 
 void PreviewController::webViewDidFinishLoadForFrame(const std::shared_ptr<WebView>& webView,
@@ -125,7 +125,7 @@ std::string PreviewController::describeBridge(WebView& webView) {
     breaking = breaking.empty() && breaksAnswer(identifier) ? identifier : breaking;
   }
   return breaking.empty() ? text
-                          : text + "; the page is told wrongly or not at all: \"" + breaking +
+                          : text + "; the page receives a wrong list or none: \"" + breaking +
                                 "\" holds a quote, a backslash or a line break";
 }
 

@@ -12,8 +12,8 @@
 
 namespace qorix::tools::preview {
 
-/// The library's controller; tells every decision about a navigation, with its reason, on a line,
-/// and every exchange with the page's script.
+/// The library's controller. Prints each decision about a navigation, with its reason, and each
+/// exchange with the page's script.
 class PreviewController : public MyPushAdViewController {
  public:
   void webViewDecidePolicyForNavigationAction(const std::shared_ptr<WebView>& webView,
@@ -29,7 +29,7 @@ class PreviewController : public MyPushAdViewController {
     registry_ = std::move(registry);
   }
 
-  /// Called whenever the page has loaded and been told what the library tells it.
+  /// Called whenever the page has loaded and has received what the library sends it.
   void setPageDidLoad(std::function<void()> pageDidLoad) { pageDidLoad_ = std::move(pageDidLoad); }
 
  protected:

@@ -20,13 +20,13 @@ class NoApplicationRegistry : public ApplicationRegistry {
   }
 };
 
-// Says what is opened, and hands it on when there is a desktop to hand it to.
-class TellingWorkspace : public Workspace {
+// Prints what is opened, and passes it on if there is a desktop to pass it to.
+class PrintingWorkspace : public Workspace {
  public:
-  explicit TellingWorkspace(std::shared_ptr<Workspace> desktop) : desktop_(std::move(desktop)) {}
+  explicit PrintingWorkspace(std::shared_ptr<Workspace> desktop) : desktop_(std::move(desktop)) {}
 
   void openUrl(const Url& url) override {
-    printLine("open", url.absoluteString() + (desktop_ ? "" : " (only told: no --open)"));
+    printLine("open", url.absoluteString() + (desktop_ ? "" : " (only printed: no --open)"));
     if (desktop_) {
       desktop_->openUrl(url);
     }
@@ -93,7 +93,7 @@ Services installServices(const Options& options) {
   auto log = std::make_shared<RememberingLog>(services.log);
   services.log = log;
   services.workspace =
-      std::make_shared<TellingWorkspace>(options.open ? services.workspace : nullptr);
+      std::make_shared<PrintingWorkspace>(options.open ? services.workspace : nullptr);
   if (!options.applications) {
     services.applicationsFolder = std::make_shared<EmptyApplicationsFolder>();
     services.applicationRegistry = std::make_shared<NoApplicationRegistry>();

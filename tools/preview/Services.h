@@ -11,8 +11,7 @@
 
 namespace qorix::tools::preview {
 
-/// Passes the library's lines on and remembers them, so that it can be told why a document is
-/// refused.
+/// Passes the library's log lines on and keeps them, to report why a document is refused.
 class RememberingLog : public Log {
  public:
   explicit RememberingLog(std::shared_ptr<Log> next);
@@ -32,8 +31,8 @@ class RememberingLog : public Log {
   std::vector<std::string> lines_;
 };
 
-/// Passes the library's questions on and remembers them with their answers, so that it can be told
-/// what a page was told. Main thread only.
+/// Passes the library's look-ups on and keeps their results, to report what a page receives. Main
+/// thread only.
 class RememberingRegistry : public ApplicationRegistry {
  public:
   struct Lookup {
@@ -53,15 +52,14 @@ class RememberingRegistry : public ApplicationRegistry {
   std::vector<Lookup> lookups_;
 };
 
-/// The services that tell what the library does with them.
+/// The services that report what the library does with them.
 struct Services {
   std::shared_ptr<RememberingLog> log;
   std::shared_ptr<RememberingRegistry> registry;
 };
 
-/// Puts the services of a host in force that has never shown an advertisement, forgets everything
-/// when it ends, and runs for the user and on the machine that `options` describe. Call it once,
-/// after gtk_init.
+/// Installs the services of a host that has never shown an advertisement and stores nothing, for
+/// the user and the machine that `options` describe. Call it once, after gtk_init.
 Services installServices(const Options& options);
 
 }  // namespace qorix::tools::preview

@@ -97,15 +97,16 @@ TEST_F(FindingsTest, aLineMayNameNoAdvertisement) {
 
 TEST_F(FindingsTest, aHostsIdentifierMustBePlain) {
   for (const std::string identifier : {"com.example.o'brien", "com.example\\x"}) {
-    const std::string words = "the identifier \"" + identifier +
-                              "\" holds a quote or a backslash, which breaks the script that tells "
-                              "the page about it";
+    const std::string words =
+        "the identifier \"" + identifier +
+        "\" holds a quote or a backslash, which breaks the script that reports "
+        "it to the page";
     expectWarning(with(&AdDocument::table, tableLine(identifier, "11")), "<appid>", words);
   }
   expectWarning(with(&AdDocument::advance, "<advance>{\"com.o'brien\": {}}</advance>"),
                 "\"com.o'brien\"",
                 "the identifier \"com.o'brien\" holds a quote or a backslash, which breaks the "
-                "script that tells the page about it");
+                "script that reports it to the page");
   expectNone(with(&AdDocument::table, tableLine("com.example-x_y.Z9", "11")));
 }
 
@@ -135,7 +136,7 @@ TEST_F(FindingsTest, advertisementsThatSpoilOrHideOthers) {
   const std::string text = document.text();
   EXPECT_THAT(warnings(text),
               ElementsAre(placeOf("<push_ad>\n\n", text) +
-                          ": this push_ad has no adid: hosts that get an advertisement behind it "
+                          ": this push_ad has no adid: hosts that get an advertisement after it "
                           "refuse the document"));
   document = AdDocument();
   document.behind = with(&AdDocument::adid, "<adid >11</adid>").advertisement();
@@ -256,15 +257,15 @@ TEST_F(FindingsTest, versionsOfWhichNotAllIsCompared) {
                 "version is \"2.1a3a9\": what follows the second \"a\" is not compared, only what "
                 "precedes the first and the number between them");
   expectWarning(with(&AdDocument::version, "<version>1.0final2</version>"), "<version>",
-                "version is \"1.0final2\": behind an \"a\" only a number is compared, and there is "
+                "version is \"1.0final2\": after an \"a\" only a number is compared, and there is "
                 "none: all such versions are one");
   expectWarning(with(&AdDocument::version, "<version>1.0a3.1</version>"), "<version>",
-                "version is \"1.0a3.1\": what follows the number behind the \"a\" is not "
+                "version is \"1.0a3.1\": what follows the number after the \"a\" is not "
                 "compared");
   for (const std::string number : {"202611211200", "2147483648", "-2147483649"}) {
     expectWarning(with(&AdDocument::version, "<version>1a" + number + "</version>"), "<version>",
                   "version is \"1a" + number +
-                      "\": the number behind the \"a\" is larger than 32 bits hold, and all such "
+                      "\": the number after the \"a\" is larger than 32 bits hold, and all such "
                       "numbers are one");
   }
   for (const std::string text :

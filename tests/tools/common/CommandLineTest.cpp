@@ -89,7 +89,7 @@ TEST(CommandLineTest, numbersAreReadTheSameInEveryLocale) {
   EXPECT_EQ(parse({"--seconds", "1.5", "file"}).seconds, 1.5);
 }
 
-TEST(CommandLineDeathTest, refusesValuesThatMakeNoSense) {
+TEST(CommandLineTest, refusesValuesThatMakeNoSense) {
   const auto expectRefused = [](const std::string& option, const std::string& value) {
     EXPECT_EXIT(parse({option, value, "file"}), ExitedWithCode(2),
                 "^the-program: " + option + ": cannot be '" + value + "'.*\nTry --help.\n$");
@@ -105,7 +105,7 @@ TEST(CommandLineDeathTest, refusesValuesThatMakeNoSense) {
   }
 }
 
-TEST(CommandLineDeathTest, refusesCommandLinesThatMakeNoSense) {
+TEST(CommandLineTest, refusesCommandLinesThatMakeNoSense) {
   EXPECT_EXIT(parse({}), ExitedWithCode(2), "^the-program: FILE is required\nTry --help.\n$");
   EXPECT_EXIT(parse({"a", "b"}), ExitedWithCode(2), "not expected: b\n");
   EXPECT_EXIT(parse({"a", "--frob"}), ExitedWithCode(2), "not expected: --frob\n");
@@ -113,7 +113,7 @@ TEST(CommandLineDeathTest, refusesCommandLinesThatMakeNoSense) {
   EXPECT_EXIT(parse({"a", "--on=no"}), ExitedWithCode(2), "on was given a disallowed flag");
 }
 
-TEST(CommandLineDeathTest, helpNeedsNothingElse) {
+TEST(CommandLineTest, helpNeedsNothingElse) {
   EXPECT_EXIT(parse({"--help"}), ExitedWithCode(0), "^$");
 }
 

@@ -1,5 +1,3 @@
-#include <gmock/gmock.h>
-
 #include <algorithm>
 #include <chrono>
 #include <csignal>
@@ -7,15 +5,9 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <functional>
 #include <iterator>
-#include <memory>
-#include <set>
 
-#include "support/Documents.h"
-#include "support/Screen.h"
-#include "support/TemporaryFolder.h"
-#include "tools/preview/PreviewProcess.h"
+#include "tools/preview/PreviewFixture.h"
 
 namespace qorix::test {
 namespace {
@@ -23,132 +15,9 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
-using ::testing::Not;
 using ::testing::StartsWith;
 
-constexpr Pixel kPink{255, 0, 170};  // of no desktop and no editor, like the others
-constexpr Pixel kBlue{0, 170, 255};
-constexpr const char* kPinkPage = "<body style='margin:0;background:#ff00aa'>";
-constexpr const char* kBluePage = "<body style='margin:0;background:#00aaff'>";
-
-std::string entry(const std::string& language, const std::string& page) {
-  return "<" + language + "><![CDATA[<!DOCTYPE html>" + page + "]]></" + language + ">";
-}
-
-std::string document(DocumentOf values, const std::string& page = kPinkPage) {
-  values.html = entry("default", page);
-  return makeDocument(values);
-}
-
-std::string outputOf(const std::string& command) {
-  std::string output;
-  FILE* stream = popen((command + " 2>/dev/null").c_str(), "r");
-  for (int c = 0; (c = std::fgetc(stream)) != EOF;) {
-    output += static_cast<char>(c);
-  }
-  pclose(stream);
-  return output;
-}
-
-/// Polls until the condition holds; its last answer when the time is over.
-bool eventually(const std::function<bool()>& condition) {
-  const auto deadline = std::chrono::steady_clock::now() + std::chrono::duration<double>(kPatience);
-  while (!condition()) {
-    if (std::chrono::steady_clock::now() > deadline) {
-      return condition();
-    }
-  }
-  return true;
-}
-
-/// Where the contents of the window are whose title begins so; without size when there is none.
-PixelBox windowBox(const std::string& title) {
-  PixelBox box;
-  const std::string id = outputOf("xdotool search --onlyvisible --name '^" + title + "'");
-  const std::string info = outputOf("xwininfo -id " + id.substr(0, id.find('\n')));
-  const auto value = [&](const std::string& label, int& number) {
-    const auto found = info.find(label);
-    return found != std::string::npos &&
-           std::sscanf(info.c_str() + found + label.size(), "%d", &number) == 1;
-  };
-  const bool isKnown = value("Absolute upper-left X:", box.x) &&
-                       value("Absolute upper-left Y:", box.y) && value("Width:", box.width) &&
-                       value("Height:", box.height);
-  return isKnown ? box : PixelBox();
-}
-
-/// Where the screen shows that colour now.
-PixelBox boxNow(const Pixel& color) { return takePicture(std::getenv("DISPLAY"))->boxOf(color); }
-
-std::string text(const PixelBox& box) {
-  return std::to_string(box.width) + "x" + std::to_string(box.height) + "+" +
-         std::to_string(box.x) + "+" + std::to_string(box.y);
-}
-
-bool run(const std::string& command) { return std::system(command.c_str()) == 0; }
-
-std::vector<int> childrenOf(int process) {
-  const std::string name = std::to_string(process);
-  std::ifstream children("/proc/" + name + "/task/" + name + "/children");
-  return {std::istream_iterator<int>(children), {}};
-}
-
-std::string nameOf(int process) {
-  std::string name;
-  std::getline(std::ifstream("/proc/" + std::to_string(process) + "/comm"), name);
-  return name;
-}
-
-/// Also when nobody has taken notice of it.
-bool hasEnded(int process) {
-  std::string status;
-  std::getline(std::ifstream("/proc/" + std::to_string(process) + "/stat"), status);
-  return status.empty() || status.find(") Z") != std::string::npos;
-}
-
-std::set<std::string> filesBelow(const std::filesystem::path& folder) {
-  std::set<std::string> files;
-  for (const auto& each : std::filesystem::recursive_directory_iterator(folder)) {
-    if (each.is_regular_file()) {
-      files.insert(each.path().string());
-    }
-  }
-  return files;
-}
-
-class PreviewTest : public ::testing::Test {
- protected:
-  /// Writes the file in place.
-  void write(const std::string& text) const { std::ofstream(file_, std::ios::binary) << text; }
-
-  /// Puts another file in its place, as most editors do.
-  void replace(const std::string& text) const {
-    std::ofstream(folder_ / "new", std::ios::binary) << text;
-    std::filesystem::rename(folder_ / "new", file_);
-  }
-
-  std::vector<std::string> arguments(std::vector<std::string> more = {}) const {
-    more.push_back(file_);
-    return more;
-  }
-
-  static void expectPainted(const Pixel& color, int width, int height) {
-    const PixelBox box = waitForColor(color, width, height);
-    EXPECT_EQ(std::pair(box.width, box.height), std::pair(width, height));
-  }
-
-  /// The user closes the window; no other lines than the known ones are printed.
-  static void closeWindow(PreviewProcess& preview) {
-    ASSERT_TRUE(run("wmctrl -c 'Preview of'"));
-    EXPECT_EQ(preview.exitStatus(), 0);
-    EXPECT_EQ(preview.lines().back().kind, "quit");
-    EXPECT_THAT(preview.texts("no such form"), IsEmpty());
-    EXPECT_EQ(preview.countLog("-WARNING **") + preview.countLog("-CRITICAL **"), 0);
-  }
-
-  TemporaryFolder folder_;
-  const std::string file_ = folder_ / "ad.xml";
-};
+class PreviewTest : public PreviewFixture {};
 
 // The window.
 
@@ -277,156 +146,6 @@ TEST_F(PreviewTest, spendsNoCountAndWritesNothing) {
         << file;
   }
   EXPECT_EQ(filesBelow(folder_.path()), beside);
-}
-
-// The bridge.
-
-class PreviewBridgeTest : public PreviewTest {
- protected:
-  static constexpr const char* kPost = "function cocoa_post_promo_app_info(host, ids, flags) {}";
-
-  static std::string listing(const std::string& result) {
-    return "function cocoa_obtain_promo_app_ids() { return " + result + "; }";
-  }
-
-  /// What a preview tells about a page with that script.
-  std::vector<std::string> bridgeOf(const std::string& script,
-                                    std::vector<std::string> options = {}) const {
-    write(document({.height = "60"},
-                   "<body style='margin:0;background:#777'><script>" + script + "</script>"));
-    options.insert(options.end(), {"--app", "com.example.editor"});
-    PreviewProcess preview(arguments(options));
-    EXPECT_TRUE(preview.waitForLine("page"));
-    closeWindow(preview);
-    return preview.texts("bridge");
-  }
-};
-
-TEST_F(PreviewBridgeTest, tellsWhatThePageListsAndWhatItIsTold) {
-  const auto applications = std::filesystem::path(std::getenv("XDG_DATA_HOME")) / "applications";
-  std::filesystem::create_directories(applications);
-  std::ofstream(applications / "com.example.viewer.desktop")
-      << "[Desktop Entry]\nType=Application\nName=Viewer\nExec=true\n";
-  const std::string script =
-      listing("' com.example.viewer ,com.example.converter,, a\\tb'") + kPost;
-  EXPECT_THAT(bridgeOf(script, {"--applications", applications}),
-              ElementsAre("host com.example.editor, promotes com.example.viewer (installed), "
-                          "com.example.converter (not installed), a\\tb (not installed)"));
-  EXPECT_THAT(bridgeOf(script),
-              ElementsAre("host com.example.editor, promotes com.example.viewer (not installed), "
-                          "com.example.converter (not installed), a\\tb (not installed)"));
-}
-
-TEST_F(PreviewBridgeTest, tellsThatAPageListsNothing) {
-  for (const char* result : {"['com.example.viewer']", "undefined", "''", "noSuchName"}) {
-    EXPECT_THAT(bridgeOf(listing(result) + kPost),
-                ElementsAre("host com.example.editor, promotes nothing: "
-                            "cocoa_obtain_promo_app_ids gave no text that names any (a list is "
-                            "none: join it with commas)"))
-        << result;
-  }
-}
-
-TEST_F(PreviewBridgeTest, tellsWhyAPageDoesNotTakePart) {
-  EXPECT_THAT(bridgeOf(""),
-              ElementsAre("the page does not take part: it defines neither function"));
-  EXPECT_THAT(bridgeOf(kPost), ElementsAre("the page does not take part: it defines no function "
-                                           "cocoa_obtain_promo_app_ids"));
-  EXPECT_THAT(bridgeOf(listing("'com.example.viewer'") + "var cocoa_post_promo_app_info = 1;"),
-              ElementsAre("the page does not take part: it defines no function "
-                          "cocoa_post_promo_app_info"));
-}
-
-class PreviewBrokenAnswerTest : public PreviewBridgeTest {
- protected:
-  struct Seen {
-    std::vector<std::string> bridge;  // the lines
-    std::string told;                 // where the page's link leads: what it was told
-  };
-
-  /// What is seen of a page that lists that text and whose link shows what it was told.
-  Seen seenWith(const std::string& listed, const std::string& host) const {
-    write(document({.height = "60"},
-                   std::string(kPinkPage) +
-                       "<a id='link' href='#nothing' style='display:block;height:100vh'></a>"
-                       "<script>" +
-                       listing("'" + listed + "'") +
-                       "function cocoa_post_promo_app_info(host, ids, flags) {"
-                       " link.href = '#' + encodeURIComponent(ids.join('+')); }</script>"));
-    PreviewProcess preview(arguments({"--app", host}));
-    const PixelBox ad = waitForColor(kPink, 300, 60);
-    EXPECT_TRUE(preview.waitForLine("page"));
-    clickAt(ad.x + 150, ad.y + 30);
-    const std::string decision = preview.waitForLine("decision", 2).value_or("");
-    closeWindow(preview);
-    const auto begin = decision.find('#');
-    return {preview.texts("bridge"), decision.substr(begin, decision.find(' ', begin) - begin)};
-  }
-
-  static std::string warningOf(const std::string& identifier) {
-    return "; the page is told wrongly or not at all: \"" + identifier +
-           "\" holds a quote, a backslash or a line break";
-  }
-};
-
-TEST_F(PreviewBrokenAnswerTest, tellsWhichIdentifierBreaksTheAnswer) {
-  const struct {
-    const char* listed;   // in the page's script
-    const char* printed;  // control characters are written out
-    const char* told;
-  } cases[] = {
-      {"com.obrien", nullptr, "#com.example.viewer%2Bcom.obrien"},
-      {"com.o\\'brien", "com.o'brien", "#nothing"},
-      {"com.a\\nb", "com.a\\nb", "#nothing"},
-      {"com.a\\\\tb", "com.a\\tb", "#com.example.viewer%2Bcom.a%09b"},
-  };
-  for (const auto& each : cases) {
-    const Seen seen = seenWith(std::string("com.example.viewer,") + each.listed, "com.example.a");
-    EXPECT_EQ(seen.told, each.told);
-    EXPECT_THAT(seen.bridge,
-                ElementsAre(std::string("host com.example.a, promotes com.example.viewer (not "
-                                        "installed), ") +
-                            (each.printed ? each.printed : each.listed) + " (not installed)" +
-                            (each.printed ? warningOf(each.printed) : "")));
-  }
-}
-
-TEST_F(PreviewBrokenAnswerTest, tellsThatTheHostsOwnIdentifierBreaksTheAnswer) {
-  const Seen seen = seenWith("com.example.viewer", "com.o'brien");
-  EXPECT_EQ(seen.told, "#nothing");
-  EXPECT_THAT(seen.bridge,
-              ElementsAre("host com.o'brien, promotes com.example.viewer (not installed)" +
-                          warningOf("com.o'brien")));
-}
-
-// Functions that no look at the page's text would find.
-TEST_F(PreviewBridgeTest, looksAtWhatThePagesScriptsHaveMade) {
-  EXPECT_THAT(bridgeOf("var half = 'cocoa_' + 'obtain_promo_app_ids';"
-                       "window[half] = () => ['com.example.a', 'com.example.b'].join();"
-                       "eval('window.cocoa_' + 'post_promo_app_info = function () {}');"),
-              ElementsAre("host com.example.editor, promotes com.example.a (not installed), "
-                          "com.example.b (not installed)"));
-  EXPECT_THAT(bridgeOf("// function cocoa_obtain_promo_app_ids() {}\n" + std::string(kPost)),
-              ElementsAre("the page does not take part: it defines no function "
-                          "cocoa_obtain_promo_app_ids"));
-  EXPECT_THAT(bridgeOf(listing("'com.example.viewer'") + kPost + " this is no script"),
-              ElementsAre("the page does not take part: it defines neither function"));
-}
-
-TEST_F(PreviewBridgeTest, callsThePagesFunctionsNoMoreOftenThanAHost) {
-  write(document({.height = "60"},
-                 "<body style='margin:0'><iframe hidden srcdoc='inner'></iframe><script>"
-                 "let lists = 0, posts = 0;"
-                 "function cocoa_obtain_promo_app_ids() { return 'com.example.a' + ++lists; }"
-                 "function cocoa_post_promo_app_info() {"
-                 " if (++posts === 2) document.body.style.background = '#ff00aa'; }</script>"));
-  PreviewProcess preview(arguments());
-  expectPainted(kPink, 300, 60);
-  EXPECT_TRUE(preview.waitForLine("page"));
-  EXPECT_THAT(preview.texts("bridge"),
-              ElementsAre("host qorix.preview, promotes com.example.a1 (not installed)",
-                          "host qorix.preview, promotes com.example.a2 (not installed)"));
-  closeWindow(preview);
 }
 
 // What is not shown.
@@ -584,8 +303,8 @@ TEST_F(PreviewTest, tellsEachDecisionWithItsReasonAndWhatComesOfIt) {
             "ignore (link click) https://a.example/close - closes the banner: the clicked element "
             "has the id cocoa_close_web");
   EXPECT_THAT(preview.texts("open"),
-              ElementsAre("macappstore://a.example/?ls=1 (only told: no --open)",
-                          "https://a.example/more (only told: no --open)"));
+              ElementsAre("macappstore://a.example/?ls=1 (only printed: no --open)",
+                          "https://a.example/more (only printed: no --open)"));
   const auto notifications = preview.texts("notification");
   constexpr const char* kPurchase =
       "ZAMPushAdOpenIAPNotification: banner, ad 12, 300x60 at 500,540, address "
@@ -745,144 +464,6 @@ TEST_F(PreviewTest, theTimeToQuitStaysTheSameWhenTheFileChanges) {
   const auto took = std::chrono::steady_clock::now() - begin;
   EXPECT_GE(took, std::chrono::seconds(6));
   EXPECT_LT(took, std::chrono::seconds(12)) << "twice the time: it began again";
-}
-
-// Pictures.
-
-class PreviewPictureTest : public PreviewTest {
- protected:
-  std::unique_ptr<Picture> pictureOf(const std::string& text, std::vector<std::string> options,
-                                     const std::vector<std::string>& environment) {
-    write(text);
-    const std::string file = folder_ / "picture.png";
-    std::filesystem::remove(file);
-    options.insert(options.end(), {"--screenshot", file});
-    PreviewProcess preview(arguments(options), environment);
-    EXPECT_EQ(preview.exitStatus(), 0);
-    EXPECT_THAT(preview.texts("screenshot"), ElementsAre(file));
-    auto picture = readPicture(file);
-    EXPECT_NE(picture, nullptr);
-    return picture == nullptr ? std::make_unique<Picture>() : std::move(picture);
-  }
-
-  const std::vector<std::string> noDisplay_{"-u", "DISPLAY", "-u", "WAYLAND_DISPLAY"};
-};
-
-TEST_F(PreviewPictureTest, showsTheBannerInItsWindowWithAndWithoutADisplay) {
-  const std::string banner = document({.height = "60"});
-  for (const auto& environment : {std::vector<std::string>(), noDisplay_}) {
-    for (const auto& options :
-         {std::vector<std::string>(), std::vector<std::string>{"--quit-after", "1"}}) {
-      const auto picture = pictureOf(banner, options, environment);
-      EXPECT_EQ(picture->width(), 800);
-      const PixelBox ad = picture->boxOf(kPink);
-      EXPECT_EQ(text(ad), "300x60+500+" + std::to_string(picture->height() - 600));
-    }
-  }
-}
-
-TEST_F(PreviewPictureTest, showsThePopupAlone) {
-  const auto picture = pictureOf(document({.embed = "0", .width = "400", .height = "300"}),
-                                 {"--quit-after", "0"}, noDisplay_);
-  EXPECT_EQ(text(picture->boxOf(kPink)), "400x300+0+0");
-  EXPECT_EQ(picture->width(), 400);
-}
-
-TEST_F(PreviewPictureTest, waitsForThePageToBePainted) {
-  // Ready only some time after the time to quit.
-  const auto picture =
-      pictureOf(document({.height = "60", .delay = "2"},
-                         "<body style='margin:0'><script>const until = Date.now() + 1500;"
-                         "while (Date.now() < until) {} document.body.style.background = '#ff00aa';"
-                         "</script>"),
-                {"--quit-after", "0"}, {});
-  EXPECT_EQ(picture->boxOf(kPink).width, 300);
-}
-
-TEST_F(PreviewPictureTest, failsWhenThereIsNothingToShow) {
-  for (const auto& bad : {std::string("<rootcfg>"), document({.enable = "0"}),
-                          document({.embed = "-1"}), document({.height = "0"})}) {
-    write(bad);
-    const std::string file = folder_ / "picture.png";
-    PreviewProcess preview(arguments({"--quit-after", "0", "--screenshot", file}), noDisplay_);
-    EXPECT_EQ(preview.exitStatus(), 1);
-    EXPECT_THAT(preview.texts("screenshot"), ElementsAre("none: nothing is shown"));
-    EXPECT_FALSE(std::filesystem::exists(file));
-  }
-}
-
-TEST_F(PreviewPictureTest, failsWhenItCannotBeSaved) {
-  write(document({.height = "60"}));
-  PreviewProcess preview(arguments({"--screenshot", folder_ / "no/such/folder.png"}));
-  EXPECT_EQ(preview.exitStatus(), 1);
-  ASSERT_EQ(preview.texts("screenshot").size(), 1U);
-  EXPECT_THAT(preview.texts("screenshot")[0], StartsWith("none: "));
-}
-
-TEST_F(PreviewPictureTest, leavesNoDisplayBehind) {
-  write(document({.height = "60"}));
-  PreviewProcess preview(arguments({"--quit-after", "600", "--screenshot", folder_ / "a.png"}),
-                         noDisplay_);
-  EXPECT_TRUE(preview.waitForLine("page"));
-  replace(document({.height = "60"}, kBluePage));  // the display is inherited
-  EXPECT_TRUE(preview.waitForLine("page", 2));
-  const auto children = childrenOf(preview.process());
-  const auto server = std::ranges::find(children, "Xvfb", nameOf);
-  ASSERT_NE(server, children.end());
-  preview.sendSignal(SIGKILL);
-  EXPECT_TRUE(preview.waitForEnd());
-  EXPECT_TRUE(eventually([&] { return hasEnded(*server); }));
-}
-
-// The command line.
-
-class PreviewUsageTest : public PreviewTest {
- protected:
-  static void expectRefused(const std::vector<std::string>& arguments, const std::string& because) {
-    PreviewProcess preview(arguments);
-    EXPECT_EQ(preview.exitStatus(), 2);
-    EXPECT_THAT(preview.lines(), IsEmpty());
-    EXPECT_GE(preview.countLog(because), 1) << because;
-    ASSERT_THAT(preview.log(), Not(IsEmpty()));
-    EXPECT_THAT(preview.log().front(), HasSubstr("qorix-preview: "));
-  }
-};
-
-TEST_F(PreviewUsageTest, refusesWhatItDoesNotUnderstand) {
-  write(document({}));
-  expectRefused({}, "FILE is required");
-  expectRefused({file_, "second.xml"}, "not expected: second.xml");
-  expectRefused({""}, "FILE: cannot be empty");
-  expectRefused({"--colour", file_}, "--colour");
-  expectRefused({"--app", "", file_}, "--app: cannot be empty");
-  expectRefused({file_, "--app"}, "--app");
-  expectRefused({"--languages", ",", file_}, "--languages: needs a language");
-  expectRefused({"--view-size", "800", file_}, "800x600");
-  expectRefused({"--view-size", "0x600", file_}, "'0x600'");
-  expectRefused({"--quit-after", "nan", file_}, "'nan'");
-  expectRefused({"--quit-after", "-1", file_}, "'-1'");
-}
-
-TEST_F(PreviewUsageTest, aFileThatCannotBeReadIsRefused) {
-  expectRefused({folder_ / "nowhere.xml"}, "No such file");
-  expectRefused({folder_.path().string()}, "directory");
-}
-
-TEST_F(PreviewUsageTest, sayingThatThereIsNoDisplay) {
-  write(document({}));
-  PreviewProcess preview(arguments(), {"-u", "DISPLAY", "-u", "WAYLAND_DISPLAY"});
-  EXPECT_EQ(preview.exitStatus(), 1);
-  EXPECT_EQ(preview.countLog("there is no display"), 1);
-}
-
-TEST_F(PreviewUsageTest, explainsItself) {
-  const std::string program = QORIX_PREVIEW;
-  const std::string help = outputOf(program + " --help");
-  for (const char* option : {"--app", "--languages", "--applications", "--view-size", "--anyway",
-                             "--open", "--screenshot", "--quit-after", "--help", "--version"}) {
-    EXPECT_THAT(help, HasSubstr(std::string("\n  ") + option));
-  }
-  EXPECT_THAT(outputOf(program + " --version"), StartsWith("qorix-preview (QORIX) "));
 }
 
 }  // namespace

@@ -44,7 +44,7 @@ class CustomisationReader {
     findings_.addInText(advance_, offset, std::move(words));
   }
 
-  /// Says of each member but the last of its name that it does not count, and answers the others.
+  /// Returns the members that count: the last of each name. Reports the others.
   std::vector<JsonMember> membersThatCount(std::size_t object);
   void readHostName(const JsonMember& member);
   void readHost(const JsonMember& member, const Value& value);

@@ -53,18 +53,18 @@ std::optional<std::string> oddVersion(std::string_view version) {
   const auto end = std::min(number.find_first_not_of("0123456789"), number.size());
   if (end == 0) {
     return start +
-           "behind an \"a\" only a number is compared, and there is none: all such versions are "
+           "after an \"a\" only a number is compared, and there is none: all such versions are "
            "one";
   }
   if (end < number.size()) {
-    return start + "what follows the number behind the \"a\" is not compared";
+    return start + "what follows the number after the \"a\" is not compared";
   }
   const auto value = leadingInteger<std::int64_t>(version.substr(first + 1));
   using Limits = std::numeric_limits<std::int32_t>;
   return value >= Limits::min() && value <= Limits::max()
              ? std::nullopt
              : std::optional(start +
-                             "the number behind the \"a\" is larger than 32 bits hold, and all "
+                             "the number after the \"a\" is larger than 32 bits hold, and all "
                              "such numbers are one");
 }
 
@@ -73,7 +73,7 @@ std::optional<std::string> oddIdentifier(std::string_view identifier) {
     return std::nullopt;
   }
   return "the identifier " + inQuotes(identifier) +
-         " holds a quote or a backslash, which breaks the script that tells the page about it";
+         " holds a quote or a backslash, which breaks the script that reports it to the page";
 }
 
 }  // namespace qorix::tools::adcheck

@@ -7,7 +7,7 @@
 
 namespace qorix::tools::adcheck {
 
-// What is odd about a value of the record, wherever it comes from; nothing when it is not.
+// What is odd about a value of the record, or nullopt.
 
 /// A number under that name: embed, width, height, count, delay or adid.
 std::optional<std::string> oddNumber(std::string_view name, std::int64_t value);

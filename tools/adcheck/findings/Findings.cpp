@@ -11,7 +11,7 @@ namespace qorix::tools::adcheck {
 
 namespace {
 
-/// What makes hosts refuse it, but for a missing adid, which concerns other hosts, too.
+/// Why hosts refuse it. A missing adid is reported with the table, as it concerns other hosts, too.
 void findDefect(const AdReading& reading, Findings& findings) {
   const bool hasAdid = !reading.fields.empty();
   if (hasAdid && reading.defect) {

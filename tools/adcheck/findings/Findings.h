@@ -13,7 +13,7 @@
 
 namespace qorix::tools::adcheck {
 
-/// Something legal and surely unwanted, and the byte of the source where it stands.
+/// Something allowed but hardly meant, and its byte in the source.
 struct Finding {
   std::size_t offset = 0;
   std::string words;

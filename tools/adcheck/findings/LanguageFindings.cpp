@@ -42,7 +42,7 @@ void findInCode(XmlElement language, Findings& findings) {
   }
 }
 
-/// Codes behind a shorter one that they begin with, which serves all their users.
+/// Codes after a shorter one that they begin with, which serves all their users.
 void findPrefixes(const std::vector<XmlElement>& languages, Findings& findings) {
   std::map<std::string_view, std::size_t, std::less<>> places;
   for (std::size_t index = 0; index < languages.size(); ++index) {

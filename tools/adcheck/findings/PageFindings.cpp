@@ -87,7 +87,7 @@ class PageReader {
   std::set<std::pair<std::size_t, std::string>> added_;
 };
 
-/// The tree holds an element more than once if elements are not closed in their order.
+/// If elements are not closed in order, the tree holds some of them twice.
 void PageReader::add(std::size_t offset, const std::string& words) {
   if (added_.emplace(offset, words).second) {
     findings_.addInText(page_, offset, words);

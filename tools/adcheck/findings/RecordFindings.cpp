@@ -60,7 +60,7 @@ void findInPromotedName(XmlElement name, Findings& findings) {
   }
 }
 
-/// Of elements that count once, the first does.
+/// If an element may occur once, the first one counts.
 void findRepetitions(XmlElement ad, Findings& findings) {
   const auto find = [&](std::string_view name) {
     bool isFirst = true;

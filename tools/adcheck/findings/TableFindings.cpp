@@ -29,7 +29,7 @@ Ads advertisementsIn(XmlElement root, Findings& findings) {
     const auto adid = ad.firstChildNamed("adid");
     if (!adid || adid->text().empty()) {
       findings.add(adid.value_or(ad),
-                   "this push_ad has no adid: hosts that get an advertisement behind it refuse the "
+                   "this push_ad has no adid: hosts that get an advertisement after it refuse the "
                    "document");
     } else if (!ads.try_emplace(adid->text(), ad).second) {
       findings.add(*adid, "an earlier push_ad has the same adid: no host gets this one");
@@ -78,7 +78,7 @@ void TableReader::readLine(XmlElement line) {
   }
 }
 
-/// The first one spoils the document for everybody behind it, so further ones change nothing.
+/// After the first one no later line counts, so only the first is reported.
 void TableReader::readBrokenLine(XmlElement line, bool hasAppid) {
   if (std::exchange(table_.isBroken, true)) {
     return;

@@ -31,7 +31,7 @@ struct AllHostsReport {
   bool isAnyRefused = false;
 };
 
-/// A table for people, one row a host.
+/// A table for people, one row per host.
 AllHostsReport allHostsText(const std::string& document, const Options& options);
 
 /// The same as a JSON array. `log` gets what the hosts log, one after the other.

@@ -238,7 +238,7 @@ void Writer::writeLog() {
 void Writer::writeFindings() {
   std::size_t warnings = 0;
   for (const auto& [offset, words] : findingsIn(source_)) {
-    // What makes this host refuse the document has been told.
+    // The reason for this host's refusal is already printed.
     if (!host_.refusal || host_.refusal->offset != offset) {
       message(offset, kYellow, "warning", words);
       ++warnings;

@@ -28,8 +28,8 @@ bool isOneOf(const GumboNode& node, std::span<const GumboTag> tags) {
   return std::ranges::find(tags, node.v.element.tag) != tags.end();
 }
 
-/// Where the contents of the noscript element end whose tag that is. Where scripts run they are a
-/// text; the parser, which does not know that, ends the element too early in a head.
+/// Where the contents of a noscript element end. Browsers that run scripts read them as text; the
+/// parser reads elements, and in a head it ends the noscript before its end tag.
 const char* endOfNoscript(GumboStringPiece tag, std::string_view page) {
   constexpr std::string_view kEnd = "</noscript";
   return std::search(tag.data, page.data() + page.size(), kEnd.begin(), kEnd.end(),

@@ -31,7 +31,7 @@ class HtmlElement {
   /// Whether the condition holds for a child element that is on the screen and so takes clicks.
   bool anyVisibleChild(const std::function<bool(const HtmlElement&)>& condition) const;
 
-  /// Whether a text other than blanks stands directly in it.
+  /// Whether one of its own texts is more than blanks.
   bool holdsText() const;
 
  private:
@@ -55,7 +55,7 @@ class HtmlPage {
   bool holdsScript() const;
 
  private:
-  // The parser's own way to free a tree calls itself once per level of nesting.
+  // Freed at once: the parser's own function recurses once per level of nesting.
   std::pmr::monotonic_buffer_resource memory_;
   std::string_view page_;
   const GumboNode* root_;

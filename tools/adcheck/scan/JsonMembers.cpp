@@ -9,7 +9,7 @@ namespace qorix::tools::adcheck {
 
 namespace {
 
-/// Walks over a text that has been read before: nothing is checked again.
+/// Walks over a text that parseJson has accepted, so it checks nothing.
 class Walk {
  public:
   Walk(std::string_view json, std::size_t offset) : json_(json), offset_(offset) {}
@@ -32,7 +32,7 @@ class Walk {
     return json_.substr(begin, offset_ - begin);
   }
 
-  /// Behind the value that begins here.
+  /// Goes to the end of the value that begins here.
   void skipValue() {
     std::size_t depth = 0;
     do {
@@ -54,7 +54,7 @@ class Walk {
   std::size_t offset_;
 };
 
-/// What a string literal says.
+/// The value of a string literal.
 std::string contentsOf(std::string_view literal) {
   const auto list = parseJson('[' + std::string(literal) + ']');
   const auto* elements = list ? list->as<Array>() : nullptr;

@@ -21,7 +21,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 constexpr auto kStartTimeLimit = std::chrono::seconds(30);
-constexpr int kPauseBetweenLooks = 50;  // milliseconds: nobody tells that the window manager ended
+constexpr int kPauseBetweenLooks = 50;  // milliseconds: the window manager's end sends no event
 
 int millisecondsUntil(Clock::time_point deadline) {
   const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now());
@@ -58,7 +58,8 @@ pid_t startProgram(const std::vector<std::string>& command,
   _exit(127);
 }
 
-// The line that the other end of the pipe writes, without its end; empty when none comes in time.
+// Returns the line that the other end of the pipe writes, without its end; empty if none comes in
+// time.
 std::string readLine(int pipe, Clock::time_point deadline) {
   std::string line;
   pollfd readable = {pipe, POLLIN, 0};
@@ -87,7 +88,7 @@ bool isManaged(Display* display) {
   return count == 1;
 }
 
-// Whether `child` has ended; if not, it is not touched.
+// Whether `child` has ended. Leaves its exit status for waitpid.
 bool hasEnded(pid_t child) {
   siginfo_t info{};
   return waitid(P_PID, static_cast<id_t>(child), &info, WEXITED | WNOHANG | WNOWAIT) != 0 ||

@@ -12,8 +12,8 @@ namespace qorix::tools {
 /// object, and at the latest with the thread that started them.
 class PrivateDisplay {
  public:
-  /// A new one of that size in pixels, without a window manager. Null when there is no Xvfb or it
-  /// does not start.
+  /// Starts one of that size in pixels, without a window manager. Returns null if there is no Xvfb
+  /// or it does not start.
   static std::unique_ptr<PrivateDisplay> start(int width, int height);
   ~PrivateDisplay();
   PrivateDisplay(const PrivateDisplay&) = delete;
@@ -22,13 +22,13 @@ class PrivateDisplay {
   /// The display's name, ":7".
   const std::string& name() const { return name_; }
 
-  /// Returns when windows are managed on it; false when there is no window manager or it does not
-  /// start. `home` is its home folder; the default cannot hold anything, so that nothing of the
-  /// user's changes how it behaves.
+  /// Starts the window manager and waits until it manages windows. Returns false if there is none
+  /// or it does not start. `home` is its home folder; by default one that cannot hold files, so
+  /// that the user's settings change nothing.
   bool startWindowManager(const std::string& home = "/dev/null");
 
-  /// Makes this process, and those that it starts from now on, use the display and nothing else of
-  /// a desktop.
+  /// From now on, this process and those that it starts use the display, and nothing else of a
+  /// desktop.
   void useInThisProcess() const;
 
  private:

@@ -6,8 +6,8 @@
 
 namespace qorix::tools {
 
-/// A connection to an X display, closed with it; null when there is none. For sources only: Xlib
-/// defines macros with common names.
+/// A connection to an X display, or null. Include it in sources only: Xlib defines macros with
+/// common names.
 struct CloseXConnection {
   void operator()(Display* display) const { XCloseDisplay(display); }
 };
