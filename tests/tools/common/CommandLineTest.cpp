@@ -38,6 +38,7 @@ Values parse(std::vector<std::string> arguments) {
   line.addSwitch("--on", values.isOn, "A switch");
   arguments.insert(arguments.begin(), "the-program");
   std::vector<char*> pointers;
+  pointers.reserve(arguments.size());
   for (std::string& argument : arguments) {
     pointers.push_back(argument.data());
   }

@@ -103,12 +103,13 @@ void HtmlPage::visit(const Visitor& visitor) const {
       link = element;
     }
     visitor(element, link);
-    const auto children = childrenOf(*node);
-    for (auto child = children.rbegin(); child != children.rend(); ++child) {
-      if (isElement(asNode(*child))) {
-        waiting.emplace_back(&asNode(*child), link);
+    const auto known = static_cast<std::ptrdiff_t>(waiting.size());
+    for (const void* child : childrenOf(*node)) {
+      if (isElement(asNode(child))) {
+        waiting.emplace_back(&asNode(child), link);
       }
     }
+    std::reverse(waiting.begin() + known, waiting.end());  // the first child comes next
   }
 }
 
