@@ -5,10 +5,11 @@
 #include <utility>
 #include <vector>
 
-#include "platform/MemoryUserDefaults.h"
+#include <qorix/MyPushAdUtil.h>
+#include <qorix/platform/MemoryUserDefaults.h>
+
 #include "platform/linux/LinuxApplicationsFolder.h"
 #include "presentation/StoredShownState.h"
-#include "qorix/MyPushAdUtil.h"
 #include "tools/common/EmptyApplicationsFolder.h"
 
 namespace qorix::tools::adcheck {

@@ -2,7 +2,8 @@
 
 #include <limits>
 
-#include "qorix/QORIXInfo.h"
+#include <qorix/QORIXInfo.h>
+
 #include "tools/common/CommandLine.h"
 
 namespace qorix::tools::adcheck {

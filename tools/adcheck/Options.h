@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/Geometry.h"
+#include <qorix/platform/Geometry.h>
 
 namespace qorix::tools::adcheck {
 

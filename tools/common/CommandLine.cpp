@@ -1,13 +1,12 @@
 #include "tools/common/CommandLine.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
+#include "text/TextLists.h"
 #include "tools/common/Streams.h"
-#include "tools/common/Wording.h"
 
 namespace qorix::tools {
 
@@ -40,17 +39,8 @@ CLI::Option* CommandLine::addValue(const std::string& name, const std::string& v
 
 CLI::Option* CommandLine::addLanguages(std::vector<std::string>& target,
                                        const std::string& description) {
-  return addValue("--languages", "LIST", description, [&target](std::string_view value) {
-    target.clear();
-    for (std::size_t begin = 0; begin <= value.size();) {
-      const std::size_t end = std::min(value.find(',', begin), value.size());
-      const auto language = trimmed(value.substr(begin, end - begin));
-      if (!language.empty()) {
-        target.emplace_back(language);
-      }
-      begin = end + 1;
-    }
-  });
+  return addValue("--languages", "LIST", description,
+                  [&target](const std::string& value) { target = splitAtCommas(value); });
 }
 
 CommandLine::WholeSize CommandLine::sizeIn(const std::string& value, int largest) {

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "qorix/MyPushAdInfo.h"
+#include <qorix/MyPushAdInfo.h>
 
 namespace qorix::tools {
 

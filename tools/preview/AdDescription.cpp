@@ -25,6 +25,23 @@ std::string describeAd(const MyPushAdInfo& info) {
          std::to_string(info.count()) + " times";
 }
 
+std::string describeEvent(const MyPushAdEvent& event) {
+  if (event.kind == MyPushAdEvent::Kind::triggeringNavigation) {
+    return event.name + ": element " + event.element.value_or("unknown");
+  }
+  std::string text = event.name + (event.isPopup ? ": pop-up" : ": banner");
+  if (event.info != nullptr) {
+    text += ", ad " + std::to_string(event.info->adId());
+  }
+  if (event.frame) {
+    const auto whole = [](double each) { return static_cast<std::int64_t>(each); };
+    const auto& [origin, size] = *event.frame;
+    text += ", " + pair(whole(size.width), "x", whole(size.height)) + " at " +
+            pair(whole(origin.x), ",", whole(origin.y));
+  }
+  return event.url ? text + ", address " + event.url->absoluteString() : text;
+}
+
 std::vector<std::string> reasonsOfHost(const MyPushAdInfo& info, bool allAppsInstalled) {
   std::vector<std::string> reasons;
   if (allAppsInstalled) {

@@ -3,12 +3,16 @@
 #include <string>
 #include <vector>
 
-#include "qorix/MyPushAdInfo.h"
+#include <qorix/MyPushAdEvent.h>
+#include <qorix/MyPushAdInfo.h>
 
 namespace qorix::tools::preview {
 
 /// The advertisement in one line: what it is, where it goes and how large it is.
 std::string describeAd(const MyPushAdInfo& info);
+
+/// What a host can read from the notification, in one line.
+std::string describeEvent(const MyPushAdEvent& event);
 
 /// Why a host never shows it although it could, for instance switched off. Empty if there is no
 /// reason.

@@ -2,9 +2,9 @@
 
 #include <string>
 
-#include "platform/Url.h"
-#include "platform/Value.h"
-#include "qorix/MyPushAdViewController.h"
+#include <qorix/MyPushAdViewController.h>
+#include <qorix/platform/Url.h>
+#include <qorix/platform/Value.h>
 
 namespace qorix::tools::preview {
 

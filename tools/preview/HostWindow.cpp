@@ -1,6 +1,6 @@
 #include "tools/preview/HostWindow.h"
 
-#include "platform/gtk/Install.h"
+#include <qorix/gtk3.h>
 
 namespace qorix::tools::preview {
 

@@ -5,7 +5,7 @@
 #include <memory>
 #include <string>
 
-#include "platform/View.h"
+#include <qorix/platform/View.h>
 
 namespace qorix::tools::preview {
 

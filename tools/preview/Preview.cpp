@@ -7,16 +7,15 @@
 #include <cstring>
 #include <utility>
 
+#include <qorix/MyPushAdManager.h>
+#include <qorix/MyPushAdUtil.h>
+#include <qorix/platform/Platform.h>
+
 #include "definition/AdReader.h"
 #include "definition/XmlDocument.h"
-#include "platform/Platform.h"
-#include "qorix/MyPushAdManager.h"
-#include "qorix/MyPushAdNotifications.h"
-#include "qorix/MyPushAdUtil.h"
 #include "tools/common/Refusal.h"
 #include "tools/preview/AdDescription.h"
 #include "tools/preview/Lines.h"
-#include "tools/preview/Notifications.h"
 #include "tools/preview/Painting.h"
 
 namespace qorix::tools::preview {
@@ -122,7 +121,7 @@ void Preview::begin() {
   printLine("ready", "host " + options_.app + ", languages " +
                          (languages ? join(*languages, ", ") : "unknown (en)") + ", applications " +
                          options_.applications.value_or("none"));
-  observeNotifications([this](const Notification& each) { printNotification(each); });
+  observations_ = MyPushAdEvent::observe([this](const MyPushAdEvent& event) { printEvent(event); });
   show(text_);
   watch_ = std::make_unique<DocumentWatch>(
       options_.file, text_,
@@ -185,7 +184,7 @@ bool Preview::areAllPromotedInstalled(const std::string& text) const {
   return areAll;
 }
 
-void Preview::showAd(const std::shared_ptr<MyPushAdInfo>& info) {
+void Preview::showAd(const std::shared_ptr<const MyPushAdInfo>& info) {
   if (info->enable() && info->delay() > 0) {
     printLine("waiting", "the advertisement comes after " + std::to_string(info->delay()) + " s");
   }
@@ -197,11 +196,11 @@ void Preview::showAd(const std::shared_ptr<MyPushAdInfo>& info) {
   presenter_->processShowAdIfNeededWithPushAdInfo(info);
 }
 
-void Preview::printNotification(const Notification& notification) {
-  printLine("notification", describeNotification(notification));
-  if (notification.name() == kPushAdWillShowNotification && stage_ == Stage::coming) {
+void Preview::printEvent(const MyPushAdEvent& event) {
+  printLine("notification", describeEvent(event));
+  if (event.kind == MyPushAdEvent::Kind::willShow && stage_ == Stage::coming) {
     stage_ = Stage::loading;
-  } else if (notification.name() == kPushAdDidCloseNotification) {
+  } else if (event.kind == MyPushAdEvent::Kind::didClose) {
     stage_ = Stage::nothing;
     takeDuePicture();
   }

@@ -7,7 +7,9 @@
 #include <string>
 #include <vector>
 
-#include "qorix/MyPushAdInfo.h"
+#include <qorix/MyPushAdEvent.h>
+#include <qorix/MyPushAdInfo.h>
+
 #include "tools/preview/DocumentFile.h"
 #include "tools/preview/Handover.h"
 #include "tools/preview/HostWindow.h"
@@ -42,12 +44,12 @@ class Preview {
   std::shared_ptr<MyPushAdInfo> parse(const std::string& text);
   void show(const std::string& text);
   bool areAllPromotedInstalled(const std::string& text) const;
-  void showAd(const std::shared_ptr<MyPushAdInfo>& info);
+  void showAd(const std::shared_ptr<const MyPushAdInfo>& info);
   void documentChanged(const std::string& text);
   void startAnewWith(const std::string& text);
   void printRefusal(const std::string& text, const std::vector<std::string>& logLines,
                     const std::string& whatFollows) const;
-  void printNotification(const Notification& notification);
+  void printEvent(const MyPushAdEvent& event);
   void pageDidLoad();
 
   void timeIsOver();
@@ -67,6 +69,7 @@ class Preview {
   char** argv_;
   Services services_;
   HostWindow host_;
+  std::vector<NotificationObservation> observations_;
   std::shared_ptr<PreviewOperator> presenter_;
   std::unique_ptr<DocumentWatch> watch_;
   Stage stage_ = Stage::nothing;

@@ -6,8 +6,9 @@
 #include <string>
 #include <utility>
 
-#include "qorix/MyPushAdOperator.h"
-#include "qorix/MyPushAdViewController.h"
+#include <qorix/MyPushAdOperator.h>
+#include <qorix/MyPushAdViewController.h>
+
 #include "tools/preview/Services.h"
 
 namespace qorix::tools::preview {

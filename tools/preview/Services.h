@@ -5,8 +5,9 @@
 #include <string>
 #include <vector>
 
-#include "platform/ApplicationRegistry.h"
-#include "platform/Log.h"
+#include <qorix/platform/ApplicationRegistry.h>
+#include <qorix/platform/Log.h>
+
 #include "tools/preview/Options.h"
 
 namespace qorix::tools::preview {

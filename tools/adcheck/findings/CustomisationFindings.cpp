@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "definition/Json.h"
-#include "platform/AsciiCase.h"
+#include "text/AsciiCase.h"
 #include "tools/adcheck/findings/FieldValues.h"
 #include "tools/adcheck/findings/Findings.h"
 #include "tools/adcheck/scan/JsonMembers.h"

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <limits>
 
-#include "definition/LeadingInteger.h"
+#include "text/LeadingInteger.h"
 #include "tools/common/Wording.h"
 
 namespace qorix::tools::adcheck {

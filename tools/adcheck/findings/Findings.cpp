@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "platform/AsciiCase.h"
+#include "text/AsciiCase.h"
 #include "tools/common/Refusal.h"
 #include "tools/common/Wording.h"
 

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "definition/LanguageChoice.h"
-#include "platform/AsciiCase.h"
+#include "text/AsciiCase.h"
 #include "tools/adcheck/findings/Findings.h"
 #include "tools/common/Wording.h"
 

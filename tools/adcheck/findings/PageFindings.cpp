@@ -9,8 +9,9 @@
 #include <utility>
 #include <vector>
 
-#include "platform/AsciiCase.h"
-#include "platform/Url.h"
+#include <qorix/platform/Url.h>
+
+#include "text/AsciiCase.h"
 #include "tools/adcheck/findings/Findings.h"
 #include "tools/adcheck/scan/HtmlPage.h"
 #include "tools/common/Wording.h"

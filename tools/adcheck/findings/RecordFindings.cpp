@@ -6,8 +6,8 @@
 #include <string_view>
 
 #include "definition/AdReader.h"
-#include "definition/LeadingInteger.h"
-#include "platform/AsciiCase.h"
+#include "text/AsciiCase.h"
+#include "text/LeadingInteger.h"
 #include "tools/adcheck/findings/FieldValues.h"
 #include "tools/adcheck/findings/Findings.h"
 #include "tools/common/Wording.h"

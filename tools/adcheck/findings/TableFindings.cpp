@@ -6,7 +6,7 @@
 #include <string_view>
 #include <utility>
 
-#include "platform/AsciiCase.h"
+#include "text/AsciiCase.h"
 #include "tools/adcheck/findings/FieldValues.h"
 #include "tools/adcheck/findings/Findings.h"
 #include "tools/common/Wording.h"

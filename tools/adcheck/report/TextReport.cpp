@@ -10,9 +10,10 @@
 #include <utility>
 #include <vector>
 
+#include <qorix/MyPushAdUtil.h>
+
 #include "definition/Json.h"
 #include "definition/LanguageChoice.h"
-#include "qorix/MyPushAdUtil.h"
 #include "tools/adcheck/HostRun.h"
 #include "tools/adcheck/findings/Findings.h"
 #include "tools/adcheck/report/Describe.h"

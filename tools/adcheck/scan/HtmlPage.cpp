@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-#include "platform/AsciiCase.h"
+#include "text/AsciiCase.h"
 #include "tools/common/Wording.h"
 
 namespace qorix::tools::adcheck {
