@@ -1,9 +1,9 @@
 #include <set>
 #include <string>
 
-#include "definition/DefinitionTest.h"
 #include "qorix/MyPushAdUtil.h"
 #include "support/CheckLines.h"
+#include "support/DefinitionTest.h"
 
 namespace qorix {
 namespace {

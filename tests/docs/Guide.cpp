@@ -16,7 +16,7 @@ std::string_view trimmed(std::string_view text) {
                             : text.substr(begin, text.find_last_not_of(' ') - begin + 1);
 }
 
-/// The heading on that line; empty when it bears none.
+/// The heading on that line; empty if there is none.
 std::string_view headingOf(std::string_view line) {
   const auto begin = line.find_first_not_of('#');
   return line.starts_with('#') && begin != line.npos ? trimmed(line.substr(begin))
@@ -72,7 +72,7 @@ std::vector<Row> Guide::table(std::string_view heading, std::size_t number) cons
     return {};
   }
   const auto& rows = tables[number];
-  return {rows.begin() + 2, rows.end()};  // behind the head and the line below it
+  return {rows.begin() + 2, rows.end()};  // without the head and the line below it
 }
 
 std::vector<std::string> Guide::blocks(std::string_view word) const {

@@ -8,10 +8,13 @@
 
 #include "docs/Guide.h"
 #include "docs/GuideTest.h"
+#include "fakes/FakeControllerDelegate.h"
 #include "fakes/FakePlatform.h"
-#include "platform/DomNode.h"
+#include "fakes/FakePolicyListener.h"
+#include "fakes/FakeWorkspace.h"
 #include "platform/WebView.h"
 #include "qorix/MyPushAdViewController.h"
+#include "support/Clicks.h"
 #include "webview/OpeningLimit.h"
 #include "webview/PageScripts.h"
 
@@ -81,52 +84,29 @@ class GuidePageTest : public testing::Test {
 
   /// What the library does.
   std::string actOf(const Click& click) {
-    struct Listener : WebPolicyDecisionListener {
-      void use() override { isUsed = true; }
-      void ignore() override {}
-      bool isUsed = false;
-    } listener;
+    FakePolicyListener listener;
     workspace_->opened.clear();
     delegate_->reports.clear();
-    const auto element = std::make_shared<DomHtmlElement>(click.id, click.className);
-    const Dictionary information = {
-        {kWebActionNavigationTypeKey, 0},
-        {kWebActionElementKey,
-         Dictionary{{kWebElementDomNodeKey, std::shared_ptr<DomNode>(element)}}}};
     const std::string query = click.query.empty() ? "" : "?" + click.query;
     controller_->webViewDecidePolicyForNavigationAction(
-        controller_->legacyWebView(), information, *Url::parse("https://example.com/a" + query), {},
-        listener);
-    if (listener.isUsed) {
+        controller_->legacyWebView(), qorix::click(htmlElement(click.id, click.className)),
+        *Url::parse("https://example.com/a" + query), {}, listener);
+    if (listener.decisions.front() == "use") {
       return "followed";
     }
     if (!workspace_->opened.empty()) {
       return workspace_->opened.front().starts_with("macappstore:") ? "App Store" : "browser";
     }
-    return delegate_->reports.empty() ? "nothing" : delegate_->reports.front();
+    if (delegate_->reports.empty()) {
+      return "nothing";
+    }
+    return delegate_->reports.front() == "close" ? "closes" : "purchase";
   }
-
-  struct RecordingWorkspace : Workspace {
-    void openUrl(const Url& url) override { opened.push_back(url.absoluteString()); }
-    std::vector<std::string> opened;
-  };
-  struct Delegate : MyPushAdViewControllerDelegate {
-    void pushAdViewControllerCloseButtonDidClick(
-        const std::shared_ptr<MyPushAdViewController>& /*controller*/) override {
-      reports.emplace_back("closes");
-    }
-    void pushAdViewControllerOpenIAPButtonDidClickWithURL(
-        const std::shared_ptr<MyPushAdViewController>& /*controller*/,
-        const std::optional<Url>& /*url*/) override {
-      reports.emplace_back("purchase");
-    }
-    std::vector<std::string> reports;
-  };
 
   const Guide guide_;
   FakePlatform fakes_;
-  std::shared_ptr<RecordingWorkspace> workspace_ = std::make_shared<RecordingWorkspace>();
-  std::shared_ptr<Delegate> delegate_ = std::make_shared<Delegate>();
+  std::shared_ptr<FakeWorkspace> workspace_ = std::make_shared<FakeWorkspace>();
+  std::shared_ptr<FakeControllerDelegate> delegate_ = std::make_shared<FakeControllerDelegate>();
   std::shared_ptr<MyPushAdViewController> controller_ =
       MyPushAdViewController::createInstanceWithPushAdMode(MyPushAdModeBanner);
 };

@@ -9,9 +9,11 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
+class MyPushAdOperatorTest : public OperatorTest {};
+
 // Creation.
 
-TEST_F(OperatorTest, turnsOnTheHostViewsFrameNotifications) {
+TEST_F(MyPushAdOperatorTest, turnsOnTheHostViewsFrameNotifications) {
   EXPECT_FALSE(hostView_->postsFrameChanges());
   const auto presenter = makeOperator();
   EXPECT_TRUE(hostView_->postsFrameChanges());
@@ -22,12 +24,12 @@ TEST_F(OperatorTest, turnsOnTheHostViewsFrameNotifications) {
   EXPECT_EQ(presenter->myPushAdInfo(), nullptr);
 }
 
-TEST_F(OperatorTest, isMadeForNoViewToo) {
+TEST_F(MyPushAdOperatorTest, isMadeForNoViewToo) {
   const auto presenter = MyPushAdOperator::createInstanceWithHostView(nullptr);
   EXPECT_EQ(presenter->hostView(), nullptr);
 }
 
-TEST_F(OperatorTest, allocatesTheReceivingClass) {
+TEST_F(MyPushAdOperatorTest, allocatesTheReceivingClass) {
   struct Special : MyPushAdOperator {
     using MyPushAdOperator::MyPushAdOperator;
   };
@@ -36,13 +38,13 @@ TEST_F(OperatorTest, allocatesTheReceivingClass) {
   EXPECT_EQ(presenter->hostView(), hostView_);
 }
 
-TEST_F(OperatorTest, holdsItsHostViewWeakly) {
+TEST_F(MyPushAdOperatorTest, holdsItsHostViewWeakly) {
   const auto presenter = makeOperator();
   hostView_.reset();
   EXPECT_EQ(presenter->hostView(), nullptr);
 }
 
-TEST_F(OperatorTest, aNewOperatorTakesTheExistingPopupWindow) {
+TEST_F(MyPushAdOperatorTest, aNewOperatorTakesTheExistingPopupWindow) {
   const auto first = makeOperator();
   first->processShowAdIfNeededWithPushAdInfo(makeRecord({.embed = 0}));
   EXPECT_NE(first->popupAdWindow(), nullptr);
@@ -51,7 +53,7 @@ TEST_F(OperatorTest, aNewOperatorTakesTheExistingPopupWindow) {
 
 // The decision.
 
-TEST_F(OperatorTest, countZeroIsShownOnceOnAFreshMachineAndNeverAgain) {
+TEST_F(MyPushAdOperatorTest, countZeroIsShownOnceOnAFreshMachineAndNeverAgain) {
   const auto record = makeRecord({.version = "3", .count = 0});
   EXPECT_TRUE(isShownInOneLaunch(record));
   EXPECT_EQ(storedVersion(), "3");
@@ -60,7 +62,7 @@ TEST_F(OperatorTest, countZeroIsShownOnceOnAFreshMachineAndNeverAgain) {
   EXPECT_EQ(storedCount(), 1);
 }
 
-TEST_F(OperatorTest, theSameVersionIsShownUntilItsCountIsSpent) {
+TEST_F(MyPushAdOperatorTest, theSameVersionIsShownUntilItsCountIsSpent) {
   store("3", 0);
   const auto record = makeRecord({.version = "3", .count = 2});
   EXPECT_TRUE(isShownInOneLaunch(record));
@@ -71,14 +73,14 @@ TEST_F(OperatorTest, theSameVersionIsShownUntilItsCountIsSpent) {
   EXPECT_EQ(storedCount(), 2);
 }
 
-TEST_F(OperatorTest, anOlderVersionStartsCountingAgain) {
+TEST_F(MyPushAdOperatorTest, anOlderVersionStartsCountingAgain) {
   store("3", 7);
   EXPECT_TRUE(isShownInOneLaunch(makeRecord({.version = "2", .count = 1})));
   EXPECT_EQ(storedVersion(), "2");
   EXPECT_EQ(storedCount(), 1);
 }
 
-TEST_F(OperatorTest, anEmptyVersionIsAlwaysShownAndLeavesTheSettingsUntouched) {
+TEST_F(MyPushAdOperatorTest, anEmptyVersionIsAlwaysShownAndLeavesTheSettingsUntouched) {
   store("3", 7);
   const auto record = makeRecord({.version = "", .count = 0});
   EXPECT_TRUE(isShownInOneLaunch(record));
@@ -86,7 +88,7 @@ TEST_F(OperatorTest, anEmptyVersionIsAlwaysShownAndLeavesTheSettingsUntouched) {
   EXPECT_THAT(defaults_->calls, IsEmpty());
 }
 
-TEST_F(OperatorTest, twoHostViewsSpendTheSameCount) {
+TEST_F(MyPushAdOperatorTest, twoHostViewsSpendTheSameCount) {
   const auto otherHostView = std::make_shared<FakeView>();
   const auto record = makeRecord({.count = 1});
   const auto first = makeOperator();
@@ -100,7 +102,7 @@ TEST_F(OperatorTest, twoHostViewsSpendTheSameCount) {
   EXPECT_EQ(storedCount(), 1);
 }
 
-TEST_F(OperatorTest, onlyTheFirstRequestIsDecided) {
+TEST_F(MyPushAdOperatorTest, onlyTheFirstRequestIsDecided) {
   const auto presenter = makeOperator();
   const auto held = makeRecord({.adId = 1});
   presenter->processShowAdIfNeededWithPushAdInfo(held);
@@ -112,7 +114,7 @@ TEST_F(OperatorTest, onlyTheFirstRequestIsDecided) {
   EXPECT_THAT(fakes_.log->lines(), IsEmpty());
 }
 
-TEST_F(OperatorTest, aNullRecordIsLoggedAndLeavesTheDecisionOpen) {
+TEST_F(MyPushAdOperatorTest, aNullRecordIsLoggedAndLeavesTheDecisionOpen) {
   const auto presenter = makeOperator();
   presenter->processShowAdIfNeededWithPushAdInfo(nullptr);
   EXPECT_THAT(
@@ -124,7 +126,7 @@ TEST_F(OperatorTest, aNullRecordIsLoggedAndLeavesTheDecisionOpen) {
   EXPECT_THAT(fakes_.log->lines(), IsEmpty());
 }
 
-TEST_F(OperatorTest, aRecordAlreadyHeldIsLoggedAndReplaced) {
+TEST_F(MyPushAdOperatorTest, aRecordAlreadyHeldIsLoggedAndReplaced) {
   const auto presenter = makeOperator();
   presenter->setMyPushAdInfo(makeRecord({.adId = 1}));
   const auto fresh = makeRecord({.adId = 2});
@@ -134,7 +136,7 @@ TEST_F(OperatorTest, aRecordAlreadyHeldIsLoggedAndReplaced) {
   EXPECT_EQ(presenter->myPushAdInfo(), fresh);
 }
 
-TEST_F(OperatorTest, aHeldRecordReplacedByNullLogsBoth) {
+TEST_F(MyPushAdOperatorTest, aHeldRecordReplacedByNullLogsBoth) {
   const auto presenter = makeOperator();
   presenter->setMyPushAdInfo(makeRecord());
   presenter->processShowAdIfNeededWithPushAdInfo(nullptr);
@@ -145,7 +147,7 @@ TEST_F(OperatorTest, aHeldRecordReplacedByNullLogsBoth) {
   EXPECT_EQ(presenter->myPushAdInfo(), nullptr);
 }
 
-TEST_F(OperatorTest, aDisabledRecordIsLoggedDecidedAndNotCounted) {
+TEST_F(MyPushAdOperatorTest, aDisabledRecordIsLoggedDecidedAndNotCounted) {
   const auto presenter = makeOperator();
   presenter->processShowAdIfNeededWithPushAdInfo(makeRecord({.enable = false}));
   EXPECT_THAT(fakes_.log->lines(), ElementsAre("ZAM Disabled."));
@@ -154,7 +156,7 @@ TEST_F(OperatorTest, aDisabledRecordIsLoggedDecidedAndNotCounted) {
   EXPECT_THAT(defaults_->calls, IsEmpty());
 }
 
-TEST_F(OperatorTest, aUsedUpRecordIsDecidedSilently) {
+TEST_F(MyPushAdOperatorTest, aUsedUpRecordIsDecidedSilently) {
   store("1a4", 3);
   const auto presenter = makeOperator();
   presenter->processShowAdIfNeededWithPushAdInfo(makeRecord());
@@ -164,13 +166,13 @@ TEST_F(OperatorTest, aUsedUpRecordIsDecidedSilently) {
   EXPECT_EQ(storedCount(), 3);
 }
 
-TEST_F(OperatorTest, theFirstShowingIsMadeDurableWithOneFlush) {
+TEST_F(MyPushAdOperatorTest, theFirstShowingIsMadeDurableWithOneFlush) {
   makeOperator()->processShowAdIfNeededWithPushAdInfo(makeRecord({.version = "3"}));
   EXPECT_THAT(defaults_->calls, ElementsAre("read ZAMMyPushAdVersionKey", "ZAMMyPushAdVersionKey=3",
                                             "ZAMMyPushAdCountKey=1", "synchronize"));
 }
 
-TEST_F(OperatorTest, anotherVersionIsMadeDurableWithTwoFlushes) {
+TEST_F(MyPushAdOperatorTest, anotherVersionIsMadeDurableWithTwoFlushes) {
   store("3", 7);
   makeOperator()->processShowAdIfNeededWithPushAdInfo(makeRecord({.version = "4"}));
   EXPECT_THAT(defaults_->calls,
@@ -179,7 +181,7 @@ TEST_F(OperatorTest, anotherVersionIsMadeDurableWithTwoFlushes) {
                           "ZAMMyPushAdCountKey=1", "synchronize"));
 }
 
-TEST_F(OperatorTest, theSameVersionIsMadeDurableWithOneFlushOfTheCount) {
+TEST_F(MyPushAdOperatorTest, theSameVersionIsMadeDurableWithOneFlushOfTheCount) {
   store("1a4", 1);
   makeOperator()->processShowAdIfNeededWithPushAdInfo(makeRecord());
   EXPECT_THAT(defaults_->calls,
@@ -189,7 +191,7 @@ TEST_F(OperatorTest, theSameVersionIsMadeDurableWithOneFlushOfTheCount) {
 
 // Preparing.
 
-TEST_F(OperatorTest, preparingWithoutARecordIsLogged) {
+TEST_F(MyPushAdOperatorTest, preparingWithoutARecordIsLogged) {
   const auto presenter = makeOperator();
   presenter->prepareToShowAd();
   EXPECT_THAT(fakes_.log->lines(),
@@ -198,13 +200,13 @@ TEST_F(OperatorTest, preparingWithoutARecordIsLogged) {
   EXPECT_THAT(fakes_.runLoop->pendingDelays(), IsEmpty());
 }
 
-TEST_F(OperatorTest, preparingChecksTheRecord) {
+TEST_F(MyPushAdOperatorTest, preparingChecksTheRecord) {
   makeOperator()->processShowAdIfNeededWithPushAdInfo(makeRecord({.adId = 0}));
   EXPECT_THAT(fakes_.log->lines(),
               ElementsAre("-[MyPushAdInfo doCheck] 97: ZAM <=> ZAM Verify failed!"));
 }
 
-TEST_F(OperatorTest, preparingAgainKeepsTheControllerAndLogs) {
+TEST_F(MyPushAdOperatorTest, preparingAgainKeepsTheControllerAndLogs) {
   const auto presenter = makeOperator();
   presenter->processShowAdIfNeededWithPushAdInfo(makeRecord());
   const auto controller = presenter->pushAdViewController();
@@ -214,7 +216,7 @@ TEST_F(OperatorTest, preparingAgainKeepsTheControllerAndLogs) {
   EXPECT_EQ(presenter->pushAdViewController(), controller);
 }
 
-TEST_F(OperatorTest, withoutAControllerItLogsAndGoesOn) {
+TEST_F(MyPushAdOperatorTest, withoutAControllerItLogsAndGoesOn) {
   struct WithoutController : MyPushAdOperator {
     using MyPushAdOperator::MyPushAdOperator;
     std::shared_ptr<MyPushAdViewController> createPushAdViewController(
@@ -231,7 +233,7 @@ TEST_F(OperatorTest, withoutAControllerItLogsAndGoesOn) {
   EXPECT_THAT(events_, IsEmpty());
 }
 
-TEST_F(OperatorTest, embedAboveZeroWithAHostViewIsABanner) {
+TEST_F(MyPushAdOperatorTest, embedAboveZeroWithAHostViewIsABanner) {
   const auto presenter = makeOperator();
   presenter->processShowAdIfNeededWithPushAdInfo(makeRecord({.embed = 3}));
   EXPECT_EQ(presenter->pushAdViewController()->pushAdMode(), MyPushAdModeBanner);
@@ -240,7 +242,7 @@ TEST_F(OperatorTest, embedAboveZeroWithAHostViewIsABanner) {
   EXPECT_THAT(fakes_.windows->windows, IsEmpty());
 }
 
-TEST_F(OperatorTest, theControllerIsSizedOnlyWhenWidthAndHeightAreAboveZero) {
+TEST_F(MyPushAdOperatorTest, theControllerIsSizedOnlyWhenWidthAndHeightAreAboveZero) {
   struct Case {
     std::int64_t width;
     std::int64_t height;
@@ -255,7 +257,7 @@ TEST_F(OperatorTest, theControllerIsSizedOnlyWhenWidthAndHeightAreAboveZero) {
   }
 }
 
-TEST_F(OperatorTest, theBannerFrameTakesAnySizeOfTheRecord) {
+TEST_F(MyPushAdOperatorTest, theBannerFrameTakesAnySizeOfTheRecord) {
   const auto presenter = makeOperator();
   presenter->processShowAdIfNeededWithPushAdInfo(
       makeRecord({.embed = 3, .width = 0, .height = -5}));
@@ -263,7 +265,7 @@ TEST_F(OperatorTest, theBannerFrameTakesAnySizeOfTheRecord) {
   EXPECT_EQ(presenter->pushAdViewController()->view()->frame(), (Rect{{500, 0}, {0, -5}}));
 }
 
-TEST_F(OperatorTest, withoutAHostViewItIsAPopupThatIsShownOnlyForEmbedZero) {
+TEST_F(MyPushAdOperatorTest, withoutAHostViewItIsAPopupThatIsShownOnlyForEmbedZero) {
   const auto presenter = MyPushAdOperator::createInstanceWithHostView(nullptr);
   presenter->processShowAdIfNeededWithPushAdInfo(makeRecord({.embed = 3}));
   EXPECT_EQ(presenter->pushAdViewController()->pushAdMode(), MyPushAdModePopup);
@@ -273,7 +275,7 @@ TEST_F(OperatorTest, withoutAHostViewItIsAPopupThatIsShownOnlyForEmbedZero) {
   EXPECT_FALSE(popupWindow().visible);
 }
 
-TEST_F(OperatorTest, embedBelowZeroPreparesAPopupAndShowsNothing) {
+TEST_F(MyPushAdOperatorTest, embedBelowZeroPreparesAPopupAndShowsNothing) {
   const auto presenter = makeOperator();
   presenter->processShowAdIfNeededWithPushAdInfo(makeRecord({.embed = -1}));
   EXPECT_EQ(presenter->pushAdViewController()->pushAdMode(), MyPushAdModePopup);
@@ -284,7 +286,7 @@ TEST_F(OperatorTest, embedBelowZeroPreparesAPopupAndShowsNothing) {
   EXPECT_THAT(events_, IsEmpty());
 }
 
-TEST_F(OperatorTest, thePopupWindowFloatsAndShowsItsFirstControllerForGood) {
+TEST_F(MyPushAdOperatorTest, thePopupWindowFloatsAndShowsItsFirstControllerForGood) {
   const auto first = makeOperator();
   first->processShowAdIfNeededWithPushAdInfo(makeRecord({.embed = 0}));
   const auto second = makeOperator();
@@ -296,7 +298,7 @@ TEST_F(OperatorTest, thePopupWindowFloatsAndShowsItsFirstControllerForGood) {
   EXPECT_NE(second->pushAdViewController()->view(), popupWindow().contentView());
 }
 
-TEST_F(OperatorTest, aNegativeDelayCountsButNeverShows) {
+TEST_F(MyPushAdOperatorTest, aNegativeDelayCountsButNeverShows) {
   const auto presenter = makeOperator();
   presenter->processShowAdIfNeededWithPushAdInfo(makeRecord({.delay = -1}));
   EXPECT_EQ(storedCount(), 1);
@@ -306,7 +308,7 @@ TEST_F(OperatorTest, aNegativeDelayCountsButNeverShows) {
   EXPECT_THAT(hostView_->children, IsEmpty());
 }
 
-TEST_F(OperatorTest, aDelayOfZeroStillShowsOnALaterPass) {
+TEST_F(MyPushAdOperatorTest, aDelayOfZeroStillShowsOnALaterPass) {
   const auto presenter = makeOperator();
   presenter->processShowAdIfNeededWithPushAdInfo(makeRecord({.delay = 0}));
   EXPECT_THAT(hostView_->children, IsEmpty());
@@ -315,7 +317,7 @@ TEST_F(OperatorTest, aDelayOfZeroStillShowsOnALaterPass) {
   EXPECT_EQ(hostView_->children.size(), 1U);
 }
 
-TEST_F(OperatorTest, isShownAfterTheRecordsDelayAndNotWhileAMenuIsTracked) {
+TEST_F(MyPushAdOperatorTest, isShownAfterTheRecordsDelayAndNotWhileAMenuIsTracked) {
   makeOperator()->processShowAdIfNeededWithPushAdInfo(makeRecord({.delay = 5}));
   fakes_.runLoop->advance(4.9);
   EXPECT_THAT(hostView_->children, IsEmpty());
@@ -327,7 +329,7 @@ TEST_F(OperatorTest, isShownAfterTheRecordsDelayAndNotWhileAMenuIsTracked) {
   EXPECT_EQ(hostView_->children.size(), 1U);
 }
 
-TEST_F(OperatorTest, aScheduledShowingKeepsTheOperatorAlive) {
+TEST_F(MyPushAdOperatorTest, aScheduledShowingKeepsTheOperatorAlive) {
   auto presenter = makeOperator();
   presenter->processShowAdIfNeededWithPushAdInfo(makeRecord({.delay = 5}));
   const std::weak_ptr<MyPushAdOperator> watch = presenter;
@@ -341,7 +343,7 @@ TEST_F(OperatorTest, aScheduledShowingKeepsTheOperatorAlive) {
 
 // Showing.
 
-TEST_F(OperatorTest, theBannerIsAddedPlacedAndLoaded) {
+TEST_F(MyPushAdOperatorTest, theBannerIsAddedPlacedAndLoaded) {
   const auto presenter = makeOperator();
   presenter->processShowAdIfNeededWithPushAdInfo(makeRecord({.embed = 1}));
   fakes_.runLoop->runUntilIdle();
@@ -355,7 +357,7 @@ TEST_F(OperatorTest, theBannerIsAddedPlacedAndLoaded) {
   EXPECT_EQ(notifications_[0]->object(), ad);
 }
 
-TEST_F(OperatorTest, aBannerAlreadyInItsHostIsNotAnnouncedAgain) {
+TEST_F(MyPushAdOperatorTest, aBannerAlreadyInItsHostIsNotAnnouncedAgain) {
   const auto presenter = makeOperator();
   presenter->processShowAdIfNeededWithPushAdInfo(makeRecord());
   fakes_.runLoop->runUntilIdle();
@@ -365,7 +367,7 @@ TEST_F(OperatorTest, aBannerAlreadyInItsHostIsNotAnnouncedAgain) {
   EXPECT_EQ(webView()->loads.size(), 2U);
 }
 
-TEST_F(OperatorTest, aBannerWhoseHostIsGoneShowsNothing) {
+TEST_F(MyPushAdOperatorTest, aBannerWhoseHostIsGoneShowsNothing) {
   const auto presenter = makeOperator();
   presenter->processShowAdIfNeededWithPushAdInfo(makeRecord({.delay = 5}));
   hostView_.reset();
@@ -374,7 +376,7 @@ TEST_F(OperatorTest, aBannerWhoseHostIsGoneShowsNothing) {
   EXPECT_THAT(webView()->loads, IsEmpty());
 }
 
-TEST_F(OperatorTest, aHostThatIsDestroyedIsNoHostThoughItsViewIsKept) {
+TEST_F(MyPushAdOperatorTest, aHostThatIsDestroyedIsNoHostThoughItsViewIsKept) {
   const auto presenter = makeOperator();
   presenter->processShowAdIfNeededWithPushAdInfo(makeRecord({.delay = 5}));
   hostView_->gone = true;
@@ -386,7 +388,7 @@ TEST_F(OperatorTest, aHostThatIsDestroyedIsNoHostThoughItsViewIsKept) {
   EXPECT_THAT(webView()->loads, IsEmpty());
 }
 
-TEST_F(OperatorTest, thePopupIsOrderedFrontPlacedAndLoaded) {
+TEST_F(MyPushAdOperatorTest, thePopupIsOrderedFrontPlacedAndLoaded) {
   const auto presenter = makeOperator();
   presenter->processShowAdIfNeededWithPushAdInfo(
       makeRecord({.embed = 0, .width = 400, .height = 300}));
@@ -400,7 +402,7 @@ TEST_F(OperatorTest, thePopupIsOrderedFrontPlacedAndLoaded) {
   EXPECT_TRUE(MyPushAdUtil::isPopupWindowForNotification(notifications_[0].get()));
 }
 
-TEST_F(OperatorTest, aSecondPopupWhileTheWindowIsVisibleIsOnlyAnnounced) {
+TEST_F(MyPushAdOperatorTest, aSecondPopupWhileTheWindowIsVisibleIsOnlyAnnounced) {
   const auto first = makeOperator();
   first->processShowAdIfNeededWithPushAdInfo(makeRecord({.embed = 0}));
   fakes_.runLoop->runUntilIdle();
@@ -414,7 +416,7 @@ TEST_F(OperatorTest, aSecondPopupWhileTheWindowIsVisibleIsOnlyAnnounced) {
   EXPECT_THAT(webView(1)->loads, IsEmpty());
 }
 
-TEST_F(OperatorTest, aLaterPopupOperatorShowsTheClosedWindowAgain) {
+TEST_F(MyPushAdOperatorTest, aLaterPopupOperatorShowsTheClosedWindowAgain) {
   const auto first = makeOperator();
   first->processShowAdIfNeededWithPushAdInfo(makeRecord({.embed = 0}));
   fakes_.runLoop->runUntilIdle();
@@ -426,7 +428,7 @@ TEST_F(OperatorTest, aLaterPopupOperatorShowsTheClosedWindowAgain) {
   EXPECT_EQ(webView(1)->loads.size(), 1U);
 }
 
-TEST_F(OperatorTest, aRecordTakenAwayMeanwhileIsAnnouncedAsAnEmptyPopup) {
+TEST_F(MyPushAdOperatorTest, aRecordTakenAwayMeanwhileIsAnnouncedAsAnEmptyPopup) {
   const auto presenter = makeOperator();
   presenter->processShowAdIfNeededWithPushAdInfo(makeRecord({.embed = 1}));
   presenter->setMyPushAdInfo(nullptr);
@@ -439,7 +441,7 @@ TEST_F(OperatorTest, aRecordTakenAwayMeanwhileIsAnnouncedAsAnEmptyPopup) {
 
 // What the user does.
 
-TEST_F(OperatorTest, aCloseClickRemovesTheBannerAndIsReported) {
+TEST_F(MyPushAdOperatorTest, aCloseClickRemovesTheBannerAndIsReported) {
   const auto presenter = makeOperator();
   presenter->processShowAdIfNeededWithPushAdInfo(makeRecord());
   fakes_.runLoop->runUntilIdle();
@@ -453,7 +455,7 @@ TEST_F(OperatorTest, aCloseClickRemovesTheBannerAndIsReported) {
   EXPECT_TRUE(presenter->isAdShownAsBanner()) << "a closed banner still counts as one";
 }
 
-TEST_F(OperatorTest, aCloseClickInThePopupHasNoEffect) {
+TEST_F(MyPushAdOperatorTest, aCloseClickInThePopupHasNoEffect) {
   const auto presenter = makeOperator();
   presenter->processShowAdIfNeededWithPushAdInfo(makeRecord({.embed = 0}));
   fakes_.runLoop->runUntilIdle();
@@ -463,7 +465,7 @@ TEST_F(OperatorTest, aCloseClickInThePopupHasNoEffect) {
   EXPECT_TRUE(popupWindow().visible);
 }
 
-TEST_F(OperatorTest, aCloseClickForABannerThatIsElsewhereIsLoggedAndRemovesIt) {
+TEST_F(MyPushAdOperatorTest, aCloseClickForABannerThatIsElsewhereIsLoggedAndRemovesIt) {
   const auto presenter = makeOperator();
   presenter->processShowAdIfNeededWithPushAdInfo(makeRecord());
   fakes_.runLoop->runUntilIdle();
@@ -476,7 +478,7 @@ TEST_F(OperatorTest, aCloseClickForABannerThatIsElsewhereIsLoggedAndRemovesIt) {
                                         kVerifyFailedMessage)));
 }
 
-TEST_F(OperatorTest, aCloseClickOfAForeignControllerIsLoggedAndHandled) {
+TEST_F(MyPushAdOperatorTest, aCloseClickOfAForeignControllerIsLoggedAndHandled) {
   const auto presenter = makeOperator();
   presenter->processShowAdIfNeededWithPushAdInfo(makeRecord());
   fakes_.runLoop->runUntilIdle();
@@ -488,7 +490,7 @@ TEST_F(OperatorTest, aCloseClickOfAForeignControllerIsLoggedAndHandled) {
   EXPECT_THAT(hostView_->children, IsEmpty());
 }
 
-TEST_F(OperatorTest, aClosedBannersPageIsEnded) {
+TEST_F(MyPushAdOperatorTest, aClosedBannersPageIsEnded) {
   const auto presenter = makeOperator();
   presenter->processShowAdIfNeededWithPushAdInfo(makeRecord());
   fakes_.runLoop->runUntilIdle();
@@ -499,7 +501,7 @@ TEST_F(OperatorTest, aClosedBannersPageIsEnded) {
   EXPECT_EQ(page->endedPages, 1);
 }
 
-TEST_F(OperatorTest, aPopupsPageIsNotEndedByItsCloseControl) {
+TEST_F(MyPushAdOperatorTest, aPopupsPageIsNotEndedByItsCloseControl) {
   const auto presenter = MyPushAdOperator::createInstanceWithHostView(nullptr);
   presenter->processShowAdIfNeededWithPushAdInfo(makeRecord());
   fakes_.runLoop->runUntilIdle();
@@ -507,7 +509,7 @@ TEST_F(OperatorTest, aPopupsPageIsNotEndedByItsCloseControl) {
   EXPECT_EQ(fakes_.interfaceLoader->webViews.at(0).lock()->endedPages, 0);
 }
 
-TEST_F(OperatorTest, aPurchaseClickIsReportedAndChangesNothing) {
+TEST_F(MyPushAdOperatorTest, aPurchaseClickIsReportedAndChangesNothing) {
   const auto presenter = makeOperator();
   presenter->processShowAdIfNeededWithPushAdInfo(makeRecord());
   fakes_.runLoop->runUntilIdle();
@@ -520,7 +522,7 @@ TEST_F(OperatorTest, aPurchaseClickIsReportedAndChangesNothing) {
   EXPECT_THAT(fakes_.log->lines(), IsEmpty());
 }
 
-TEST_F(OperatorTest, aPurchaseClickOfAForeignControllerIsLoggedAndReported) {
+TEST_F(MyPushAdOperatorTest, aPurchaseClickOfAForeignControllerIsLoggedAndReported) {
   const auto presenter = makeOperator();
   presenter->processShowAdIfNeededWithPushAdInfo(makeRecord());
   presenter->pushAdViewControllerOpenIAPButtonDidClickWithURL(nullptr, std::nullopt);
@@ -533,7 +535,7 @@ TEST_F(OperatorTest, aPurchaseClickOfAForeignControllerIsLoggedAndReported) {
 
 // Placing.
 
-TEST_F(OperatorTest, theBannerFollowsItsHostsSize) {
+TEST_F(MyPushAdOperatorTest, theBannerFollowsItsHostsSize) {
   const auto presenter = makeOperator();
   presenter->processShowAdIfNeededWithPushAdInfo(makeRecord({.embed = 1}));
   fakes_.runLoop->runUntilIdle();
@@ -541,7 +543,7 @@ TEST_F(OperatorTest, theBannerFollowsItsHostsSize) {
   EXPECT_EQ(presenter->pushAdViewController()->view()->frame(), (Rect{{500, 550}, {300, 50}}));
 }
 
-TEST_F(OperatorTest, aClosedBannerIsStillLaidOut) {
+TEST_F(MyPushAdOperatorTest, aClosedBannerIsStillLaidOut) {
   const auto presenter = makeOperator();
   presenter->processShowAdIfNeededWithPushAdInfo(makeRecord({.embed = 1}));
   fakes_.runLoop->runUntilIdle();
@@ -550,7 +552,7 @@ TEST_F(OperatorTest, aClosedBannerIsStillLaidOut) {
   EXPECT_EQ(presenter->pushAdViewController()->view()->frame(), (Rect{{500, 550}, {300, 50}}));
 }
 
-TEST_F(OperatorTest, theHostsOwnOriginPlaysNoPart) {
+TEST_F(MyPushAdOperatorTest, theHostsOwnOriginPlaysNoPart) {
   hostView_->setFrame({{70, 80}, {500, 300}});
   const auto presenter = makeOperator();
   presenter->processShowAdIfNeededWithPushAdInfo(makeRecord({.embed = 5, .offsetx = 3}));
@@ -558,7 +560,7 @@ TEST_F(OperatorTest, theHostsOwnOriginPlaysNoPart) {
   EXPECT_EQ(presenter->pushAdViewController()->view()->frame(), (Rect{{3, 0}, {300, 50}}));
 }
 
-TEST_F(OperatorTest, anotherHostsFrameMovesNothing) {
+TEST_F(MyPushAdOperatorTest, anotherHostsFrameMovesNothing) {
   const auto presenter = makeOperator();
   presenter->processShowAdIfNeededWithPushAdInfo(makeRecord({.embed = 1}));
   fakes_.runLoop->runUntilIdle();
@@ -571,7 +573,7 @@ TEST_F(OperatorTest, anotherHostsFrameMovesNothing) {
   EXPECT_EQ(ad->frame(), (Rect{{1, 2}, {3, 4}}));
 }
 
-TEST_F(OperatorTest, amongTenThousandHostsOneFrameChangeLaysOutOneBanner) {
+TEST_F(MyPushAdOperatorTest, amongTenThousandHostsOneFrameChangeLaysOutOneBanner) {
   constexpr std::size_t kHosts = 10000;
   const auto record = makeRecord({.version = "", .embed = 1});
   std::vector<std::shared_ptr<FakeView>> hostViews;
@@ -598,7 +600,7 @@ TEST_F(OperatorTest, amongTenThousandHostsOneFrameChangeLaysOutOneBanner) {
   }
 }
 
-TEST_F(OperatorTest, aPopupWithoutSizeTakesTheWindowsOuterSizeAsItsContent) {
+TEST_F(MyPushAdOperatorTest, aPopupWithoutSizeTakesTheWindowsOuterSizeAsItsContent) {
   const auto presenter = makeOperator();
   presenter->processShowAdIfNeededWithPushAdInfo(makeRecord({.embed = 0, .width = 0}));
   popupWindow().setFrame({{10, 10}, {320, 240}});
@@ -608,7 +610,7 @@ TEST_F(OperatorTest, aPopupWithoutSizeTakesTheWindowsOuterSizeAsItsContent) {
   EXPECT_EQ(content.origin, (Point{560, 341.5}));
 }
 
-TEST_F(OperatorTest, aPopupOnNoScreenCentresItselfAndLogs) {
+TEST_F(MyPushAdOperatorTest, aPopupOnNoScreenCentresItselfAndLogs) {
   fakes_.windows->screen = nullptr;
   const auto presenter = makeOperator();
   presenter->processShowAdIfNeededWithPushAdInfo(
@@ -621,7 +623,7 @@ TEST_F(OperatorTest, aPopupOnNoScreenCentresItselfAndLogs) {
                                                              "***Error***: ZAM FATAL ERROR GOT!")));
 }
 
-TEST_F(OperatorTest, nothingMovesWithoutRecordWindowOrWithAnotherEmbed) {
+TEST_F(MyPushAdOperatorTest, nothingMovesWithoutRecordWindowOrWithAnotherEmbed) {
   const auto presenter = makeOperator();
   presenter->relayoutPushAdFrame();
   presenter->processShowAdIfNeededWithPushAdInfo(makeRecord({.embed = -1}));
@@ -632,7 +634,7 @@ TEST_F(OperatorTest, nothingMovesWithoutRecordWindowOrWithAnotherEmbed) {
   EXPECT_THAT(popupWindow().setFrames, IsEmpty());
 }
 
-TEST_F(OperatorTest, thePopupIsLaidOutOnceOnly) {
+TEST_F(MyPushAdOperatorTest, thePopupIsLaidOutOnceOnly) {
   const auto presenter = makeOperator();
   presenter->processShowAdIfNeededWithPushAdInfo(makeRecord({.embed = 0}));
   fakes_.runLoop->runUntilIdle();
@@ -640,7 +642,7 @@ TEST_F(OperatorTest, thePopupIsLaidOutOnceOnly) {
   EXPECT_EQ(popupWindow().setFrames.size(), 1U);
 }
 
-TEST_F(OperatorTest, everyOperatorOfAClosingPopupReportsOnce) {
+TEST_F(MyPushAdOperatorTest, everyOperatorOfAClosingPopupReportsOnce) {
   const auto first = makeOperator();
   const auto second = makeOperator();
   const auto banner = makeOperator();
@@ -664,7 +666,7 @@ TEST_F(OperatorTest, everyOperatorOfAClosingPopupReportsOnce) {
   EXPECT_THAT(events_, IsEmpty()) << "a window that is not visible cannot be closed";
 }
 
-TEST_F(OperatorTest, anotherWindowsClosingIsIgnored) {
+TEST_F(MyPushAdOperatorTest, anotherWindowsClosingIsIgnored) {
   const auto presenter = makeOperator();
   presenter->processShowAdIfNeededWithPushAdInfo(makeRecord({.embed = 0}));
   fakes_.runLoop->runUntilIdle();
@@ -676,7 +678,7 @@ TEST_F(OperatorTest, anotherWindowsClosingIsIgnored) {
   EXPECT_THAT(events_, ElementsAre(kPushAdWillShowNotification));
 }
 
-TEST_F(OperatorTest, anOperatorThatIsGoneHearsNothing) {
+TEST_F(MyPushAdOperatorTest, anOperatorThatIsGoneHearsNothing) {
   const std::size_t before = fakes_.notificationCenter->countObservers();
   auto presenter = makeOperator();
   EXPECT_EQ(fakes_.notificationCenter->countObservers(), before + 2);
@@ -684,9 +686,9 @@ TEST_F(OperatorTest, anOperatorThatIsGoneHearsNothing) {
   EXPECT_EQ(fakes_.notificationCenter->countObservers(), before);
 }
 
-// What is told.
+// Reports.
 
-TEST_F(OperatorTest, withoutRecordThereIsNoUserInfo) {
+TEST_F(MyPushAdOperatorTest, withoutRecordThereIsNoUserInfo) {
   const auto presenter = makeOperator();
   EXPECT_EQ(presenter->composeNotificationUserInfo(), std::nullopt);
   presenter->postPushAdOpenIAPNotificationWithURL(Url::parse("https://example.com/buy"));
@@ -695,7 +697,7 @@ TEST_F(OperatorTest, withoutRecordThereIsNoUserInfo) {
   EXPECT_EQ(notifications_[0]->userInfo(), std::nullopt);
 }
 
-TEST_F(OperatorTest, postingWithoutAnAdViewIsLoggedAndGoesOutWithoutObject) {
+TEST_F(MyPushAdOperatorTest, postingWithoutAnAdViewIsLoggedAndGoesOutWithoutObject) {
   const auto presenter = makeOperator();
   presenter->postPushAdWillShowNotification();
   presenter->postPushAdDidCloseNotification();
@@ -712,7 +714,7 @@ TEST_F(OperatorTest, postingWithoutAnAdViewIsLoggedAndGoesOutWithoutObject) {
   EXPECT_EQ(notifications_[0]->object(), nullptr);
 }
 
-TEST_F(OperatorTest, theUserInfoNamesRecordModeHostAndPopup) {
+TEST_F(MyPushAdOperatorTest, theUserInfoNamesRecordModeHostAndPopup) {
   const auto popup = makeOperator();
   popup->processShowAdIfNeededWithPushAdInfo(makeRecord({.embed = 0}));
   const auto banner = makeOperator();
@@ -728,7 +730,7 @@ TEST_F(OperatorTest, theUserInfoNamesRecordModeHostAndPopup) {
       << "a banner's operator made after a pop-up carries its window, too";
 }
 
-TEST_F(OperatorTest, theHostViewIsLeftOutOnceItIsGone) {
+TEST_F(MyPushAdOperatorTest, theHostViewIsLeftOutOnceItIsGone) {
   const auto presenter = makeOperator();
   presenter->setMyPushAdInfo(makeRecord());
   hostView_.reset();
@@ -738,7 +740,7 @@ TEST_F(OperatorTest, theHostViewIsLeftOutOnceItIsGone) {
   EXPECT_EQ(userInfo->at(kPushAdIsPopupWindowKey).booleanValue(), true);
 }
 
-TEST_F(OperatorTest, aPurchaseReportWithoutUrlHasNoUrlKey) {
+TEST_F(MyPushAdOperatorTest, aPurchaseReportWithoutUrlHasNoUrlKey) {
   const auto presenter = makeOperator();
   presenter->setMyPushAdInfo(makeRecord());
   presenter->postPushAdOpenIAPNotificationWithURL(std::nullopt);
@@ -747,7 +749,7 @@ TEST_F(OperatorTest, aPurchaseReportWithoutUrlHasNoUrlKey) {
   EXPECT_EQ(notifications_[0]->userInfo()->count(kPushAdActionURLKey), 0U);
 }
 
-TEST_F(OperatorTest, twoPostsArriveInOrderAfterTheSequence) {
+TEST_F(MyPushAdOperatorTest, twoPostsArriveInOrderAfterTheSequence) {
   const auto presenter = makeOperator();
   presenter->setMyPushAdInfo(makeRecord());
   presenter->postPushAdWillShowNotification();
