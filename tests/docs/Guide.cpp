@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <fstream>
 #include <sstream>
@@ -73,6 +74,14 @@ std::vector<Row> Guide::table(std::string_view heading, std::size_t number) cons
   }
   const auto& rows = tables[number];
   return {rows.begin() + 2, rows.end()};  // without the head and the line below it
+}
+
+std::string Guide::prose() const {
+  std::string text;
+  for (const auto& line : lines_) {
+    text += line.substr(std::min(line.find_first_not_of(' '), line.size())) + " ";
+  }
+  return text;
 }
 
 std::vector<std::string> Guide::blocks(std::string_view word) const {

@@ -240,7 +240,7 @@ TEST_F(GuideFactsTest, versionsAreComparedAsTheGuideSays) {
 
 TEST_F(GuideFactsTest, theLimitsOfAVersionsNumberAreThoseOfTheLibrary) {
   std::smatch limits;
-  const std::string text = textOfFile(QORIX_GUIDE);
+  const std::string text = guide_.prose();
   ASSERT_TRUE(std::regex_search(
       text, limits, std::regex(R"(above (\d+) count as \1, those below (-\d+) as that)")));
   const auto isSame = [](std::int64_t one, std::int64_t other) {

@@ -188,7 +188,7 @@ TEST_F(GuidePageTest, theCloseControlAndTheFunctionsAreThoseOfTheLibrary) {
 }
 
 TEST_F(GuidePageTest, theLimitsOfThePagesListAreThoseOfTheLibrary) {
-  const std::string text = textOfFile(QORIX_GUIDE);
+  const std::string text = guide_.prose();
   std::smatch bytes;
   std::smatch seconds;
   ASSERT_TRUE(std::regex_search(text, bytes, std::regex("longer than (\\d+) bytes")));
@@ -211,11 +211,11 @@ TEST_F(GuidePageTest, theLimitsOfThePagesListAreThoseOfTheLibrary) {
 }
 
 TEST_F(GuidePageTest, theLimitsOfWhatAPageOpensAreThoseOfTheLibrary) {
-  const std::string text = textOfFile(QORIX_GUIDE);
+  const std::string text = guide_.prose();
   std::smatch limits;
   ASSERT_TRUE(std::regex_search(
       text, limits,
-      std::regex("no more than (\\d+) addresses are opened\\s+within a second, and (\\d+) in")));
+      std::regex("no more than (\\d+) addresses are opened within a second, and (\\d+) in")));
   EXPECT_EQ(std::stoul(limits[1]), OpeningLimit::kPerSecond);
   EXPECT_EQ(std::stoul(limits[2]), OpeningLimit::kPerPage);
   std::smatch schemes;
