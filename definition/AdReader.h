@@ -9,8 +9,9 @@
 #include <string_view>
 #include <vector>
 
+#include <qorix/MyPushAdInfo.h>
+
 #include "definition/XmlDocument.h"
-#include "qorix/MyPushAdInfo.h"
 
 namespace qorix {
 

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/View.h"
+#include <qorix/platform/View.h>
 
 /// The window of a small editor: a menu bar, and texts below each other.
 struct EditorWindow {

@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-#include "platform/UserDefaults.h"
+#include <qorix/platform/UserDefaults.h>
 
 /// The host's settings, but with other languages for the user. These are not stored.
 class LanguagesOfThisRun : public qorix::UserDefaults {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/Url.h"
+#include <qorix/platform/Url.h>
 
 using WebKitUserContentManager = struct _WebKitUserContentManager;
 using WebKitWebContext = struct _WebKitWebContext;

@@ -9,7 +9,7 @@
 #include <new>
 #include <utility>
 
-#include "platform/AsciiCase.h"
+#include "text/AsciiCase.h"
 
 namespace qorix {
 

@@ -1,5 +1,6 @@
+#include <qorix/MyPushAdInfo.h>
+
 #include "definition/LanguageChoice.h"
-#include "qorix/MyPushAdInfo.h"
 #include "support/CheckLines.h"
 #include "support/DefinitionTest.h"
 

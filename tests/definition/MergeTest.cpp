@@ -1,7 +1,8 @@
 #include <cstdint>
 #include <limits>
 
-#include "qorix/MyPushAdInfo.h"
+#include <qorix/MyPushAdInfo.h>
+
 #include "support/CheckLines.h"
 #include "support/DefinitionTest.h"
 

@@ -1,8 +1,8 @@
 #include <cstdint>
 #include <limits>
 
-#include "definition/LanguageChoice.h"
-#include "qorix/MyPushAdInfo.h"
+#include <qorix/MyPushAdInfo.h>
+
 #include "support/CheckLines.h"
 #include "support/DefinitionTest.h"
 

@@ -3,7 +3,8 @@
 #include <string>
 #include <vector>
 
-#include "qorix/MyPushAdUtil.h"
+#include <qorix/MyPushAdUtil.h>
+
 #include "support/CheckLines.h"
 #include "support/DefinitionTest.h"
 #include "support/Documents.h"
@@ -23,11 +24,11 @@ Lines parserLine(int line) {
 
 class ParsingTest : public DefinitionTest {
  protected:
-  static std::shared_ptr<MyPushAdInfo> parse(const std::string& document) {
+  static std::shared_ptr<const MyPushAdInfo> parse(const std::string& document) {
     return MyPushAdUtil::parseXMLWithString(document);
   }
 
-  static std::shared_ptr<MyPushAdInfo> parseAd(const AdElements& ad) {
+  static std::shared_ptr<const MyPushAdInfo> parseAd(const AdElements& ad) {
     return parse(documentText("", ad.text()));
   }
 

@@ -1,7 +1,8 @@
 #include <set>
 #include <string>
 
-#include "qorix/MyPushAdUtil.h"
+#include <qorix/MyPushAdUtil.h>
+
 #include "support/CheckLines.h"
 #include "support/DefinitionTest.h"
 

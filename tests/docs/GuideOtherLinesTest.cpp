@@ -1,12 +1,13 @@
 #include <regex>
 #include <string>
 
+#include <qorix/MyPushAdManager.h>
+#include <qorix/MyPushAdViewController.h>
+#include <qorix/platform/Error.h>
+
 #include "docs/GuideTest.h"
 #include "fakes/FakePlatform.h"
 #include "fakes/FakePolicyListener.h"
-#include "platform/Error.h"
-#include "qorix/MyPushAdManager.h"
-#include "qorix/MyPushAdViewController.h"
 
 namespace qorix::test {
 namespace {

@@ -6,14 +6,16 @@
 #include <string_view>
 #include <vector>
 
+#include <qorix/MyPushAdViewController.h>
+#include <qorix/platform/DomNode.h>
+#include <qorix/platform/WebView.h>
+
 #include "docs/Guide.h"
 #include "docs/GuideTest.h"
 #include "fakes/FakeControllerDelegate.h"
 #include "fakes/FakePlatform.h"
 #include "fakes/FakePolicyListener.h"
 #include "fakes/FakeWorkspace.h"
-#include "platform/WebView.h"
-#include "qorix/MyPushAdViewController.h"
 #include "support/Clicks.h"
 #include "webview/OpeningLimit.h"
 #include "webview/PageScripts.h"

@@ -6,9 +6,10 @@
 #include <regex>
 #include <string>
 
+#include <qorix/MyPushAdInfo.h>
+#include <qorix/MyPushAdUtil.h>
+
 #include "docs/Guide.h"
-#include "qorix/MyPushAdInfo.h"
-#include "qorix/MyPushAdUtil.h"
 #include "support/DefinitionTest.h"
 #include "support/Documents.h"
 

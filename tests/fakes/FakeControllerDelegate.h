@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "qorix/MyPushAdViewController.h"
+#include <qorix/MyPushAdViewController.h>
 
 namespace qorix {
 

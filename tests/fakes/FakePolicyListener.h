@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/WebView.h"
+#include <qorix/platform/WebView.h>
 
 namespace qorix {
 

@@ -3,8 +3,8 @@
 #include <string>
 #include <vector>
 
-#include "platform/Url.h"
-#include "platform/Workspace.h"
+#include <qorix/platform/Url.h>
+#include <qorix/platform/Workspace.h>
 
 namespace qorix {
 

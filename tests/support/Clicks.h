@@ -4,8 +4,8 @@
 #include <string>
 #include <utility>
 
-#include "platform/DomNode.h"
-#include "platform/WebView.h"
+#include <qorix/platform/DomNode.h>
+#include <qorix/platform/WebView.h>
 
 namespace qorix {
 

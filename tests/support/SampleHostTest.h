@@ -10,8 +10,9 @@
 #include <string>
 #include <vector>
 
+#include <qorix/platform/Platform.h>
+
 #include "fakes/RecordingLog.h"
-#include "platform/Platform.h"
 #include "platform/linux/SqliteUserDefaults.h"
 #include "support/Documents.h"
 #include "support/HostProcess.h"

@@ -1,9 +1,10 @@
 #include <gmock/gmock.h>
 
+#include <qorix/MyPushAdBoxView.h>
+#include <qorix/MyPushAdViewController.h>
+
 #include "fakes/FakePlatform.h"
 #include "fakes/FakePolicyListener.h"
-#include "qorix/MyPushAdBoxView.h"
-#include "qorix/MyPushAdViewController.h"
 
 namespace qorix {
 namespace {

@@ -5,8 +5,9 @@
 #include <utility>
 #include <vector>
 
+#include <qorix/MyPushAdViewController.h>
+
 #include "fakes/FakePlatform.h"
-#include "qorix/MyPushAdViewController.h"
 #include "support/Clicks.h"
 
 namespace qorix {

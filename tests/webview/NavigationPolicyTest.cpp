@@ -1,11 +1,12 @@
 #include <gmock/gmock.h>
 
+#include <qorix/MyPushAdNotifications.h>
+#include <qorix/MyPushAdViewController.h>
+
 #include "fakes/FakeControllerDelegate.h"
 #include "fakes/FakePlatform.h"
 #include "fakes/FakePolicyListener.h"
 #include "fakes/FakeWorkspace.h"
-#include "qorix/MyPushAdNotifications.h"
-#include "qorix/MyPushAdViewController.h"
 #include "support/Clicks.h"
 #include "webview/LinkMarks.h"
 #include "webview/OpeningLimit.h"
@@ -28,11 +29,13 @@ class NavigationPolicyTest : public ::testing::Test {
     auto services = fakes_.services();
     services.workspace = workspace_;
     installPlatform(std::move(services));
-    fakes_.notificationCenter->addObserver(kPushAdIsTriggeringNavigationNotification,
-                                           [this](const Notification& each) {
-                                             announced_.push_back(*each.userInfo());
-                                             EXPECT_EQ(each.object(), sender_.lock());
-                                           });
+    fakes_.notificationCenter
+        ->addObserver(kPushAdIsTriggeringNavigationNotification,
+                      [this](const Notification& each) {
+                        announced_.push_back(*each.userInfo());
+                        EXPECT_EQ(each.object(), sender_.lock());
+                      })
+        .keep();
     controller_ = MyPushAdViewController::createInstanceWithPushAdMode(MyPushAdModeBanner);
     sender_ = controller_;
     controller_->setDelegate(delegate_);
@@ -225,9 +228,10 @@ TEST_F(NavigationPolicyTest, anAnnouncementReadsTheElementWhenItIsMade) {
 
 TEST_F(NavigationPolicyTest, anAnnouncementIsPostedThroughTheMainQueue) {
   std::vector<std::string> order;
-  fakes_.notificationCenter->addObserver(
-      kPushAdIsTriggeringNavigationNotification,
-      [&order](const Notification&) { order.emplace_back("announced"); });
+  fakes_.notificationCenter
+      ->addObserver(kPushAdIsTriggeringNavigationNotification,
+                    [&order](const Notification&) { order.emplace_back("announced"); })
+      .keep();
   fakes_.runLoop->setTracksMenu(true);  // delayed performs wait, the queue does not
   fakes_.runLoop->dispatchAsync([&order] { order.emplace_back("before"); });
   controller_->handleUserIsTriggeringNavigation(htmlElement("a", ""));

@@ -4,7 +4,8 @@
 
 #include <string>
 
-#include "qorix/MyPushAdManager.h"
+#include <qorix/MyPushAdManager.h>
+
 #include "tools/preview/DecisionReason.h"
 #include "tools/preview/Lines.h"
 #include "tools/preview/Painting.h"

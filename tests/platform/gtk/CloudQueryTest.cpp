@@ -7,8 +7,9 @@
 #include <future>
 #include <thread>
 
-#include "platform/Platform.h"
-#include "platform/gtk/Install.h"
+#include <qorix/gtk3.h>
+#include <qorix/platform/Platform.h>
+
 #include "support/CloudServer.h"
 #include "support/gtk/GtkTest.h"
 

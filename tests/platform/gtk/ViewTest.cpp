@@ -9,9 +9,12 @@ namespace {
 class ViewTest : public GtkTest {
  protected:
   ViewTest() {
-    platform().notificationCenter->addObserver(
-        kViewFrameDidChangeNotification,
-        [this](const Notification& notification) { posted.push_back(notification.object()); });
+    platform()
+        .notificationCenter
+        ->addObserver(
+            kViewFrameDidChangeNotification,
+            [this](const Notification& notification) { posted.push_back(notification.object()); })
+        .keep();
   }
 
   std::vector<std::shared_ptr<Object>> posted;
@@ -107,11 +110,14 @@ TEST_F(ViewTest, frameFollowsItsHostWithoutALag) {
   const auto hostView = host.view();
   const auto banner = page.interface->view;
   hostView->setPostsFrameChangedNotifications(true);
-  platform().notificationCenter->addObserver(
-      kViewFrameDidChangeNotification, [&](const Notification&) {
-        const Size size = hostView->frame().size;
-        banner->setFrame({{size.width - 300, size.height - 50}, {300, 50}});
-      });
+  platform()
+      .notificationCenter
+      ->addObserver(kViewFrameDidChangeNotification,
+                    [&](const Notification&) {
+                      const Size size = hostView->frame().size;
+                      banner->setFrame({{size.width - 300, size.height - 50}, {300, 50}});
+                    })
+      .keep();
   page.showIn(host, {{200, 250}, {300, 50}});
   page.loadAndWait(kRedPage);
   ASSERT_TRUE(waitFor([&] { return isRedExactlyAt(host, {{200, 250}, {300, 50}}); }));
@@ -212,10 +218,13 @@ TEST_F(ViewTest, bannerFollowsAHostThatIsReparentedWhileShown) {
   const auto hostView = host.view();
   const auto banner = page.interface->view;
   hostView->setPostsFrameChangedNotifications(true);
-  platform().notificationCenter->addObserver(
-      kViewFrameDidChangeNotification, [&](const Notification&) {
-        banner->setFrame({{hostView->frame().size.width - 100, 0}, {100, 60}});
-      });
+  platform()
+      .notificationCenter
+      ->addObserver(kViewFrameDidChangeNotification,
+                    [&](const Notification&) {
+                      banner->setFrame({{hostView->frame().size.width - 100, 0}, {100, 60}});
+                    })
+      .keep();
   GtkWidget* overlay = GTK_WIDGET(host.overlay());
   GtkWidget* other = gtk_window_new(GTK_WINDOW_TOPLEVEL);
   GtkWidget* frame = gtk_frame_new(nullptr);
@@ -336,9 +345,11 @@ TEST_F(ViewTest, whatAnObserverThrowsPassesNoFrameOfTheToolkit) {
   HostWindow to(200, 100);
   const auto target = to.view();
   target->setPostsFrameChangedNotifications(true);
-  platform().notificationCenter->addObserver(
-      kViewFrameDidChangeNotification,
-      [](const Notification&) { throw std::runtime_error("of the host"); });
+  platform()
+      .notificationCenter
+      ->addObserver(kViewFrameDidChangeNotification,
+                    [](const Notification&) { throw std::runtime_error("of the host"); })
+      .keep();
   to.show();
   EXPECT_EQ(target->frame().size, (Size{200, 100}));
   EXPECT_EQ(log->lines().at(0), "ZAM An exception was stopped: of the host");

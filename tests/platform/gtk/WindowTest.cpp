@@ -8,10 +8,13 @@ namespace {
 class WindowTest : public GtkTest {
  protected:
   WindowTest() {
-    platform().notificationCenter->addObserver(
-        kWindowWillCloseNotification, [this](const Notification& notification) {
-          closings.push_back({notification.object(), window->isVisible()});
-        });
+    platform()
+        .notificationCenter
+        ->addObserver(kWindowWillCloseNotification,
+                      [this](const Notification& notification) {
+                        closings.push_back({notification.object(), window->isVisible()});
+                      })
+        .keep();
   }
 
   void makeWindow(const Size& size) {
@@ -123,8 +126,10 @@ TEST_F(WindowTest, closingByTheUserIsToldOnceAndTheWindowCanBeShownAgain) {
 
 TEST_F(WindowTest, windowClosedByItsOwnClosingIsToldOnce) {
   makeWindow({200, 150});
-  platform().notificationCenter->addObserver(kWindowWillCloseNotification,
-                                             [this](const Notification&) { window->close(); });
+  platform()
+      .notificationCenter
+      ->addObserver(kWindowWillCloseNotification, [this](const Notification&) { window->close(); })
+      .keep();
   window->makeKeyAndOrderFront();
   window->close();
   EXPECT_FALSE(window->isVisible());
@@ -243,10 +248,15 @@ TEST_F(WindowTest, destroyedByTheObserverOfItsClosingItIsVisibleToTheOthersStill
   makeWindow({300, 200});
   window->makeKeyAndOrderFront();
   bool wasVisible = false;
-  platform().notificationCenter->addObserver(kWindowWillCloseNotification,
-                                             [this](const Notification&) { destroyNative(); });
-  platform().notificationCenter->addObserver(
-      kWindowWillCloseNotification, [&](const Notification&) { wasVisible = window->isVisible(); });
+  platform()
+      .notificationCenter
+      ->addObserver(kWindowWillCloseNotification, [this](const Notification&) { destroyNative(); })
+      .keep();
+  platform()
+      .notificationCenter
+      ->addObserver(kWindowWillCloseNotification,
+                    [&](const Notification&) { wasVisible = window->isVisible(); })
+      .keep();
   window->close();
   EXPECT_TRUE(wasVisible);
   EXPECT_FALSE(window->isVisible());

@@ -1,7 +1,8 @@
 // A host may destroy its view or its window in every state of an advertisement.
 
-#include "qorix/MyPushAdManager.h"
-#include "qorix/MyPushAdNotifications.h"
+#include <qorix/MyPushAdManager.h>
+#include <qorix/MyPushAdNotifications.h>
+
 #include "support/LoopbackServer.h"
 #include "support/Records.h"
 #include "support/gtk/GtkTest.h"
@@ -17,8 +18,11 @@ class HostLifeTest : public GtkTest, public testing::WithParamInterface<End> {
  protected:
   HostLifeTest() {
     host_.show();
-    platform().notificationCenter->addObserver(
-        kPushAdWillShowNotification, [this](const Notification& /*each*/) { ++showings_; });
+    platform()
+        .notificationCenter
+        ->addObserver(kPushAdWillShowNotification,
+                      [this](const Notification& /*each*/) { ++showings_; })
+        .keep();
   }
 
   /// Asks the manager for an advertisement that is due every time.

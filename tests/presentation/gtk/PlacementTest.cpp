@@ -5,10 +5,11 @@
 #include <algorithm>
 #include <array>
 
+#include <qorix/MyPushAdNotifications.h>
+#include <qorix/MyPushAdOperator.h>
+
 #include "platform/gtk/WidgetView.h"
 #include "presentation/AdFrameLayout.h"
-#include "qorix/MyPushAdNotifications.h"
-#include "qorix/MyPushAdOperator.h"
 #include "support/Records.h"
 #include "support/gtk/GtkTest.h"
 
@@ -27,8 +28,10 @@ class PlacementTest : public GtkTest {
  protected:
   PlacementTest() {
     for (const char* name : {kPushAdWillShowNotification, kPushAdDidCloseNotification}) {
-      platform().notificationCenter->addObserver(
-          name, [this](const Notification& each) { events.push_back(each.name()); });
+      platform()
+          .notificationCenter
+          ->addObserver(name, [this](const Notification& each) { events.push_back(each.name()); })
+          .keep();
     }
   }
 

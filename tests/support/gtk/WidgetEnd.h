@@ -7,7 +7,8 @@
 #include <memory>
 #include <utility>
 
-#include "platform/View.h"
+#include <qorix/platform/View.h>
+
 #include "platform/gtk/WidgetView.h"
 
 namespace qorix::test {

@@ -6,11 +6,12 @@
 #include <string>
 #include <vector>
 
+#include <qorix/MyPushAdNotifications.h>
+#include <qorix/MyPushAdUtil.h>
+#include <qorix/MyPushAdViewController.h>
+
 #include "fakes/FakeControllerDelegate.h"
 #include "fakes/FakeWorkspace.h"
-#include "qorix/MyPushAdNotifications.h"
-#include "qorix/MyPushAdUtil.h"
-#include "qorix/MyPushAdViewController.h"
 #include "support/LoopbackServer.h"
 #include "support/gtk/GtkTest.h"
 
