@@ -40,7 +40,7 @@ class OperatorReportsTest : public OperatorTest {
     return texts;
   }
 
-  std::string nameOf(const std::shared_ptr<Object>& object) {
+  std::string nameOf(const std::shared_ptr<const Object>& object) {
     return object == record_     ? "record"
            : object == hostView_ ? "host view"
            : !fakes_.windows->windows.empty() && object == fakes_.windows->windows[0]

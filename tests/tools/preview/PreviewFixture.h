@@ -3,7 +3,6 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
-#include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -17,6 +16,7 @@
 #include "support/Documents.h"
 #include "support/Screen.h"
 #include "support/TemporaryFolder.h"
+#include "support/Wait.h"
 #include "tools/preview/PreviewProcess.h"
 
 namespace qorix::test {
@@ -45,15 +45,9 @@ inline std::string outputOf(const std::string& command) {
   return output;
 }
 
-/// Polls until the condition holds; its last answer when the time is over.
+/// Whether the condition holds in time.
 inline bool eventually(const std::function<bool()>& condition) {
-  const auto deadline = std::chrono::steady_clock::now() + std::chrono::duration<double>(kPatience);
-  while (!condition()) {
-    if (std::chrono::steady_clock::now() > deadline) {
-      return condition();
-    }
-  }
-  return true;
+  return waitUntil(condition, kPatience);
 }
 
 /// Where the contents of the window are whose title begins so; without size when there is none.
