@@ -4,7 +4,6 @@
 
 #include "platform/AsciiCase.h"
 #include "platform/WebView.h"
-#include "webview/PageScripts.h"
 
 namespace qorix {
 

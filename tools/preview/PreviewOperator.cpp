@@ -3,15 +3,19 @@
 #include <webkit2/webkit2.h>
 
 #include <string>
+#include <string_view>
 
 #include "qorix/MyPushAdManager.h"
 #include "tools/preview/DecisionReason.h"
 #include "tools/preview/Lines.h"
 #include "tools/preview/Painting.h"
+#include "webview/PageContract.h"
 
 namespace {
 
 using qorix::Dictionary;
+using qorix::kObtainPromoAppIds;
+using qorix::kPostPromoAppInfo;
 using qorix::Url;
 
 void printDecision(const std::string& answer, const std::string& kind, const std::string& address,
@@ -39,25 +43,22 @@ class TellingListener : public qorix::WebPolicyDecisionListener {
   std::function<void(bool use)> tell_;
 };
 
-// The functions that a page defines to take part in the exchange about installed applications.
-constexpr const char* kListFunction = "cocoa_obtain_promo_app_ids";
-constexpr const char* kPostFunction = "cocoa_post_promo_app_info";
-
 /// Why the page takes no part. Asks it once more, but calls nothing of it.
 std::string missingFunctions(qorix::WebView& webView) {
-  const auto isMissing = [&webView](const std::string& name) {
-    return webView.stringByEvaluatingJavaScriptFromString("typeof(" + name + ") !== 'function'") ==
-           "true";
+  const auto isMissing = [&webView](std::string_view name) {
+    return webView.stringByEvaluatingJavaScriptFromString("typeof(" + std::string(name) +
+                                                          ") !== 'function'") == "true";
   };
-  const bool isListMissing = isMissing(kListFunction);
-  const bool isPostMissing = isMissing(kPostFunction);
+  const bool isListMissing = isMissing(kObtainPromoAppIds);
+  const bool isPostMissing = isMissing(kPostPromoAppInfo);
   if (isListMissing && isPostMissing) {
     return "it defines neither function";
   }
   if (!isListMissing && !isPostMissing) {
     return "it gives no answer";
   }
-  return std::string("it defines no function ") + (isListMissing ? kListFunction : kPostFunction);
+  return "it defines no function " +
+         std::string(isListMissing ? kObtainPromoAppIds : kPostPromoAppInfo);
 }
 
 // The library is not asked about new windows; the web view makes none.
@@ -108,7 +109,7 @@ std::string PreviewController::describeBridge(qorix::WebView& webView) {
   std::string text = "host " + manager->appBundleIdentifier().value_or("") + ", promotes ";
   const auto lookups = registry_->takeLookups();
   if (lookups.empty()) {
-    return text + "nothing: " + kListFunction + " gave no text that names any";
+    return text + "nothing: " + std::string(kObtainPromoAppIds) + " gave no text that names any";
   }
   const char* between = "";
   for (const auto& [identifier, isInstalled] : lookups) {
