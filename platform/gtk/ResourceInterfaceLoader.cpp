@@ -4,6 +4,7 @@
 #include <webkit2/webkit2.h>
 
 #include "platform/Platform.h"
+#include "platform/gtk/AdWebContext.h"
 #include "platform/gtk/Unref.h"
 #include "platform/gtk/WebKitView.h"
 #include "platform/gtk/WidgetView.h"
