@@ -6,6 +6,7 @@ namespace qorix::gtk {
 
 namespace {
 
+// The engine is asked for all of the view. What is needed is taken from that.
 gboolean drawAll(GtkWidget* widget, cairo_t* cairo) {
   const GdkRectangle all = {0, 0, gtk_widget_get_allocated_width(widget),
                             gtk_widget_get_allocated_height(widget)};
@@ -26,6 +27,7 @@ gboolean drawAll(GtkWidget* widget, cairo_t* cairo) {
   return TRUE;
 }
 
+// A background colour that differs, and then does not, makes the engine paint.
 void paintAnew(GtkWidget* widget, gpointer) {
   WebKitWebView* webView = WEBKIT_WEB_VIEW(widget);
   GdkRGBA color;
