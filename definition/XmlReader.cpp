@@ -9,7 +9,6 @@
 #include <exception>
 #include <memory>
 #include <new>
-#include <string>
 #include <type_traits>
 #include <utility>
 #include <vector>

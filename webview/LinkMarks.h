@@ -24,9 +24,6 @@ bool isLinkClick(const Dictionary& actionInformation);
 /// Whether the user caused the navigation; also true if that is not known.
 bool isUserAct(const Dictionary& actionInformation);
 
-/// The innermost node under the click; null if there was none.
-std::shared_ptr<DomNode> clickedNode(const Dictionary& actionInformation);
-
 /// The clicked node if it is an HTML element, or the one that the clicked text is directly in; null
 /// otherwise.
 std::shared_ptr<DomHtmlElement> clickedElement(const Dictionary& actionInformation);

@@ -7,7 +7,7 @@
 #include <initializer_list>
 #include <limits>
 #include <new>
-#include <utility>
+#include <string>
 
 #include "platform/AsciiCase.h"
 

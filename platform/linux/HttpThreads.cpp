@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdlib>
+#include <thread>
 #include <utility>
 
 #include "platform/linux/HttpEngine.h"
