@@ -15,7 +15,7 @@ void noteMenuItem(GtkWidget* widget, gpointer found) {
   }
 }
 
-// A menu made from a model may be shown by a plain popover, which can be told by its items.
+// A menu made from a model may be shown by a plain popover, which its items give away.
 bool isMenu(GtkWidget* widget) {
   if (GTK_IS_MENU_SHELL(widget) || GTK_IS_POPOVER_MENU(widget)) {
     return true;

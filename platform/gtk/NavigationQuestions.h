@@ -12,8 +12,8 @@ using WebKitPolicyDecision = struct _WebKitPolicyDecision;
 
 namespace qorix::gtk {
 
-/// Asks one web view's delegate whether the page may be left for another address, and tells it
-/// which click is behind that. Main thread only.
+/// Asks one web view's delegate whether the page may go to another address, and passes on which
+/// click led there. Main thread only.
 class NavigationQuestions {
  public:
   /// `widget` is the web view's; see `stop`.
@@ -21,17 +21,17 @@ class NavigationQuestions {
   NavigationQuestions(const NavigationQuestions&) = delete;
   NavigationQuestions& operator=(const NavigationQuestions&) = delete;
 
-  /// Has the engine's question `decision` answered, which `asker` asks, at once or later. False if
-  /// there is no delegate: the question is then left to the engine.
+  /// Asks the delegate about the engine's question `decision`, in the name of the web view `asker`,
+  /// at once or later. Returns false if there is no delegate: the engine then decides.
   bool answer(WebKitPolicyDecision* decision, const std::shared_ptr<WebView>& asker);
 
   /// Takes a report of the page's watcher about a click.
   void takeClick(JSCValue* report) { clicks_.take(report); }
 
-  /// The page is gone: what waits for a click's end is answered now.
+  /// The page is gone: questions that wait for the end of a click are asked now.
   void endPage() { clicks_.endAll(); }
 
-  /// Listens to `widget` no more. To be called before either is destroyed.
+  /// Stops listening to `widget`. To be called before it or this object is destroyed.
   void stop(GtkWidget* widget) { userActs_.stop(widget); }
 
  private:

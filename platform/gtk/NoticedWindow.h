@@ -18,7 +18,7 @@ class NoticedWindowOwner {
 /// GTK's own signal comes too late for that: the window is hidden by then.
 GtkWindow* newNoticedWindow(NoticedWindowOwner* owner);
 
-/// From now on nobody is told.
+/// From now on the window reports nothing.
 void forgetOwnerOf(GtkWindow* window);
 
 }  // namespace qorix::gtk

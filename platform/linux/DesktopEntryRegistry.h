@@ -14,7 +14,7 @@ namespace qorix {
 class DesktopEntryRegistry : public ApplicationRegistry {
  public:
   /// Looks below XDG_DATA_HOME, XDG_DATA_DIRS and where Flatpak exports entries, as they are at
-  /// this moment. Returns the file URL of the entry, or nothing.
+  /// this moment. Returns the file URL of the entry, if there is one.
   std::vector<Url> applicationUrlsForBundleIdentifier(const std::string& identifier) override;
 };
 

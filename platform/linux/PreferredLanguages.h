@@ -24,7 +24,7 @@ std::optional<std::string> languageTag(std::string_view localeName);
 /// others ask for the C locale. Absent if no language remains.
 ///
 /// GLib's g_get_language_names reads the same variables. It puts shorter forms after each language,
-/// "zh" after "zh_TW", which would be a language of its own here, and lets LANGUAGE count in the C
+/// "zh" after "zh_TW", which would count as another language here, and lets LANGUAGE count in the C
 /// locale.
 std::optional<std::vector<std::string>> preferredLanguages(const LocaleVariables& variables);
 

@@ -48,7 +48,7 @@ bool PrivateFile::append(std::string_view bytes) {
 }
 
 Url PrivateFile::url() const {
-  // Whoever opens it reads from the beginning, at a position of their own.
+  // Each opening starts at the beginning and has a position of its own.
   return Url::fileUrl("/proc/self/fd/" + std::to_string(descriptor_));
 }
 

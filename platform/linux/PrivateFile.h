@@ -7,7 +7,7 @@
 
 namespace qorix {
 
-/// A file without a name, that nobody else can find. Its bytes are gone with the object, however
+/// A file without a name that nobody else can find. Its bytes are gone with the object, however
 /// the process ends. For one thread at a time.
 ///
 /// GLib's g_file_open_tmp would make it, but leaves the file open in programs that the host starts,

@@ -114,7 +114,7 @@ SettingsFile::Result SettingsFile::write(const SettingChanges& changes) {
   return resultOf(code);
 }
 
-/// Whoever reads keeps what was read: one copy is enough. And damage shows at the next read.
+/// The caller keeps what was read, so one copy is enough. Also, damage then shows at the next read.
 void SettingsFile::forgetPages() { sqlite3_db_release_memory(database_.get()); }
 
 void SettingsFile::leaveAsIs() {

@@ -94,7 +94,7 @@ void SqliteUserDefaults::set(Setting setting, const std::string& key) {
   pending_.insert_or_assign(key, std::move(setting));
 }
 
-// Whoever removes a value expects it to be there: the file need not be read first.
+// A removal assumes nothing about what the file holds, so the file need not be read first.
 void SqliteUserDefaults::removeObjectForKey(const std::string& key) {
   blind_.erase(key);
   pending_.insert_or_assign(key, std::nullopt);
