@@ -6,7 +6,8 @@ namespace qorix::gtk {
 
 namespace {
 
-// The engine is asked for all of the view. What is needed is taken from that.
+// Asked to draw a part of its view, the engine draws the part as far from the other end, top for
+// bottom. So it is asked for all of the view, and what is needed is taken from that.
 gboolean drawAll(GtkWidget* widget, cairo_t* cairo) {
   const GdkRectangle all = {0, 0, gtk_widget_get_allocated_width(widget),
                             gtk_widget_get_allocated_height(widget)};
@@ -27,7 +28,9 @@ gboolean drawAll(GtkWidget* widget, cairo_t* cairo) {
   return TRUE;
 }
 
-// A background colour that differs, and then does not, makes the engine paint.
+// When the host moves a view to another window, it loses its picture together with its native
+// window, and a page that does not change is not painted again. A background colour that differs,
+// and then does not, makes the engine paint.
 void paintAnew(GtkWidget* widget, gpointer) {
   WebKitWebView* webView = WEBKIT_WEB_VIEW(widget);
   GdkRGBA color;

@@ -72,7 +72,7 @@ ScriptEvaluation::ScriptEvaluation(std::shared_ptr<MainContextRunLoop> runLoop)
     : runLoop_(std::move(runLoop)) {}
 
 std::string ScriptEvaluation::evaluate(WebKitWebView* webView, const std::string& script) {
-  // A web view without a process would start one with an empty page (see EngineFaults.h).
+  // Asked for its page, a web view without a process would start one with an empty page.
   if (!hasPage_) {
     return {};
   }
