@@ -2,11 +2,13 @@
 
 #include <errno.h>
 #include <fcntl.h>
+#include <glib.h>
 #include <sqlite3.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstring>
+#include <filesystem>
 #include <utility>
 
 #include "platform/linux/SettingColumns.h"
@@ -34,14 +36,6 @@ SettingsFile::Result resultOf(int code) {
       return SettingsFile::Result::damaged;
     default:
       return SettingsFile::Result::unusable;
-  }
-}
-
-/// Creates the folders above `path` that do not exist yet.
-void createParents(const std::string& path) {
-  for (auto slash = path.find('/', 1); slash != std::string::npos;
-       slash = path.find('/', slash + 1)) {
-    ::mkdir(path.substr(0, slash).c_str(), 0700);
   }
 }
 
@@ -122,7 +116,7 @@ void SettingsFile::leaveAsIs() {
 }
 
 int SettingsFile::create(const std::string& path) {
-  createParents(path);
+  g_mkdir_with_parents(std::filesystem::path(path).parent_path().c_str(), 0700);
   // Only a new file is opened here: closing any descriptor of a file drops all locks that this
   // process has on it.
   const int descriptor = ::open(path.c_str(), O_CREAT | O_EXCL | O_WRONLY | O_CLOEXEC, 0600);
