@@ -12,8 +12,8 @@
 #include <string>
 #include <vector>
 
-#include "platform/Platform.h"
-#include "qorix/MyPushAdUtil.h"
+#include <qorix/MyPushAdUtil.h>
+#include <qorix/platform/Platform.h>
 
 namespace {
 

@@ -13,9 +13,10 @@
 #include <string>
 #include <vector>
 
+#include <qorix/MyPushAdOperator.h>
+
 #include "fakes/FakePlatform.h"
 #include "platform/linux/SqliteUserDefaults.h"
-#include "qorix/MyPushAdOperator.h"
 #include "support/Records.h"
 
 namespace qorix {

@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <map>
 
-#include "definition/LeadingInteger.h"
+#include "text/LeadingInteger.h"
 
 namespace qorix {
 

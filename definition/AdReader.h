@@ -7,9 +7,10 @@
 #include <string_view>
 #include <vector>
 
+#include <qorix/MyPushAdInfo.h>
+
 #include "definition/AdFormat.h"
 #include "definition/XmlDocument.h"
-#include "qorix/MyPushAdInfo.h"
 
 namespace qorix {
 

@@ -12,8 +12,8 @@
 #include <utility>
 #include <vector>
 
-#include "definition/LeadingInteger.h"
-#include "platform/PlainNumbers.h"
+#include "text/LeadingInteger.h"
+#include "text/PlainNumbers.h"
 
 namespace qorix {
 

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "platform/Platform.h"
+#include <qorix/platform/Platform.h>
 
 namespace qorix {
 

@@ -4,7 +4,7 @@
 #include <string_view>
 #include <utility>
 
-#include "qorix/MyPushAdInfo.h"
+#include <qorix/MyPushAdInfo.h>
 
 namespace qorix {
 

@@ -1,11 +1,11 @@
-#include "qorix/MyPushAdInfo.h"
-
 #include <utf8.h>
+
+#include <qorix/MyPushAdInfo.h>
+#include <qorix/platform/Log.h>
+#include <qorix/platform/Platform.h>
 
 #include "definition/Json.h"
 #include "definition/LanguageChoice.h"
-#include "platform/Log.h"
-#include "platform/Platform.h"
 
 namespace qorix {
 

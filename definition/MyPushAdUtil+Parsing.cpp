@@ -1,8 +1,9 @@
+#include <qorix/MyPushAdUtil.h>
+#include <qorix/platform/Log.h>
+#include <qorix/platform/Platform.h>
+
 #include "definition/AdReader.h"
 #include "definition/XmlDocument.h"
-#include "platform/Log.h"
-#include "platform/Platform.h"
-#include "qorix/MyPushAdUtil.h"
 
 namespace qorix {
 

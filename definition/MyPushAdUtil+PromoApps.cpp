@@ -1,9 +1,9 @@
 #include <algorithm>
 #include <utility>
 
-#include "platform/Log.h"
-#include "platform/Platform.h"
-#include "qorix/MyPushAdUtil.h"
+#include <qorix/MyPushAdUtil.h>
+#include <qorix/platform/Log.h>
+#include <qorix/platform/Platform.h>
 
 namespace qorix {
 

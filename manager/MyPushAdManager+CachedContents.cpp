@@ -1,7 +1,7 @@
-#include "platform/Log.h"
-#include "platform/Platform.h"
-#include "qorix/MyPushAdManager.h"
-#include "qorix/MyPushAdUtil.h"
+#include <qorix/MyPushAdManager.h>
+#include <qorix/MyPushAdUtil.h>
+#include <qorix/platform/Log.h>
+#include <qorix/platform/Platform.h>
 
 namespace qorix {
 
@@ -22,7 +22,7 @@ void MyPushAdManager::saveAsCachedPushAdWith(const std::optional<std::string>& t
 }
 
 // Parsed anew each time, so that a newer parser's rules hold for an older text, too.
-std::shared_ptr<MyPushAdInfo> MyPushAdManager::fetchCachedPushAdInfo() {
+std::shared_ptr<const MyPushAdInfo> MyPushAdManager::fetchCachedPushAdInfo() {
   const auto text = platform().standardUserDefaults->stringForKey(kCachedAdContentsKey);
   if (!text || text->empty()) {
     return nullptr;

@@ -1,12 +1,13 @@
-#include "qorix/MyPushAdManager.h"
+#include <qorix/MyPushAdCloudManager.h>
+#include <qorix/MyPushAdManager.h>
+#include <qorix/MyPushAdUtil.h>
+#include <qorix/MyPushAdWebServerManager.h>
+#include <qorix/platform/Bundle.h>
+#include <qorix/platform/Log.h>
+#include <qorix/platform/Platform.h>
 
-#include "manager/Excerpt.h"
-#include "platform/Bundle.h"
-#include "platform/Log.h"
-#include "platform/Platform.h"
-#include "qorix/MyPushAdCloudManager.h"
-#include "qorix/MyPushAdUtil.h"
-#include "qorix/MyPushAdWebServerManager.h"
+#include "text/Excerpt.h"
+#include "webview/HostIdentifier.h"
 
 namespace qorix {
 
@@ -24,7 +25,26 @@ std::recursive_mutex& classLock() {
   return lock;
 }
 
+/// The address that the host has installed under `name`; absent, after a log line, when it has
+/// none.
+std::optional<std::string> installedAddress(const std::string& address, const char* name) {
+  if (address.empty()) {
+    logLine(std::string("ZAM No address of the ad document: the platform has no ") + name);
+    return std::nullopt;
+  }
+  return address;
+}
+
 bool alreadyAllocatedOneInstanceOfMyPushAdManager = false;
+
+// What pages are told of the host is asked for below this room.
+[[maybe_unused]] const bool hostIdentifierHasItsSource = [] {
+  HostIdentifier::setSource([] {
+    const auto manager = MyPushAdManager::sharedPushAdManager();
+    return manager == nullptr ? std::nullopt : manager->appBundleIdentifier();
+  });
+  return true;
+}();
 
 }  // namespace
 
@@ -79,13 +99,14 @@ void MyPushAdManager::setAppBundleIdentifier(std::optional<std::string> value) {
 void MyPushAdManager::prepareAndShowAdByUsingDefaultCloudKitContainerWithHostView(
     const std::shared_ptr<View>& hostView) {
   prepareAndShowAdWithHostView(hostView, MyPushAdFileHostModeCloudKit,
-                               platform().defaultCloudContainerIdentifier);
+                               installedAddress(platform().defaultCloudContainerIdentifier,
+                                                "defaultCloudContainerIdentifier"));
 }
 
 void MyPushAdManager::prepareAndShowAdByUsingMyAppWebServerURLWithHostView(
     const std::shared_ptr<View>& hostView) {
   prepareAndShowAdWithHostView(hostView, MyPushAdFileHostModeWebServer,
-                               platform().defaultAdFileUrl);
+                               installedAddress(platform().defaultAdFileUrl, "defaultAdFileUrl"));
 }
 
 void MyPushAdManager::prepareAndShowAdWithHostView(const std::shared_ptr<View>& hostView,

@@ -1,4 +1,4 @@
-#include "qorix/QORIXCommonUtil.h"
+#include <qorix/QORIXCommonUtil.h>
 
 #include "manager/BuildStamp.h"
 

@@ -1,6 +1,5 @@
-#include "qorix/QORIXInfo.h"
-
-#include "qorix/QORIXCommonUtil.h"
+#include <qorix/QORIXCommonUtil.h>
+#include <qorix/QORIXInfo.h>
 
 namespace qorix {
 

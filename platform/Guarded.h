@@ -1,12 +1,31 @@
 #pragma once
 
+#include <exception>
+#include <string>
 #include <type_traits>
+
+#include <qorix/platform/Log.h>
 
 namespace qorix {
 
 /// Logs the exception that is being handled, one line. Call it in a `catch (...)` only. Never
 /// throws, not even when there is no memory left for the line. Any thread.
-void logStoppedException() noexcept;
+inline void logStoppedException() noexcept {
+  const auto log = [](const char* reason) {
+    logLine(std::string("ZAM An exception was stopped: ") + reason);
+  };
+  try {
+    try {
+      throw;
+    } catch (const std::exception& exception) {
+      log(exception.what());
+    } catch (...) {
+      log("of an unknown kind");
+    }
+  } catch (...) {  // there is no memory for the line
+    return;
+  }
+}
 
 namespace detail {
 

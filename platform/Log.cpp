@@ -1,6 +1,5 @@
-#include "platform/Log.h"
-
-#include "platform/Platform.h"
+#include <qorix/platform/Log.h>
+#include <qorix/platform/Platform.h>
 
 namespace qorix {
 

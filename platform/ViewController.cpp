@@ -1,6 +1,5 @@
-#include "platform/ViewController.h"
-
-#include "platform/Platform.h"
+#include <qorix/platform/Platform.h>
+#include <qorix/platform/ViewController.h>
 
 namespace qorix {
 

@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "platform/Geometry.h"
+#include <qorix/platform/Geometry.h>
 
 namespace qorix {
 

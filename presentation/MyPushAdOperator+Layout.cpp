@@ -1,7 +1,8 @@
-#include "platform/Log.h"
-#include "platform/Platform.h"
+#include <qorix/MyPushAdOperator.h>
+#include <qorix/platform/Log.h>
+#include <qorix/platform/Platform.h>
+
 #include "presentation/AdFrameLayout.h"
-#include "qorix/MyPushAdOperator.h"
 
 namespace qorix {
 
@@ -24,9 +25,8 @@ void MyPushAdOperator::startObservingNotifications() {
 }
 
 void MyPushAdOperator::stopObservingNotifications() {
-  NotificationCenter& center = *platform().notificationCenter;
-  center.removeObserver(kViewFrameDidChangeNotification, frameObservation_);
-  center.removeObserver(kWindowWillCloseNotification, closeObservation_);
+  frameObservation_.end();
+  closeObservation_.end();
 }
 
 // Every operator hears of every view and window of the process: the identity test comes first.

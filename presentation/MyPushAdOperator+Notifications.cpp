@@ -1,9 +1,9 @@
 #include <string>
 
-#include "platform/Log.h"
-#include "qorix/MyPushAdNotifications.h"
-#include "qorix/MyPushAdOperator.h"
-#include "qorix/MyPushAdUtil.h"
+#include <qorix/MyPushAdNotifications.h>
+#include <qorix/MyPushAdOperator.h>
+#include <qorix/MyPushAdUtil.h>
+#include <qorix/platform/Log.h>
 
 namespace qorix {
 

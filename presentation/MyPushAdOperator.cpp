@@ -1,7 +1,7 @@
-#include "qorix/MyPushAdOperator.h"
+#include <qorix/MyPushAdOperator.h>
+#include <qorix/platform/Log.h>
+#include <qorix/platform/Platform.h>
 
-#include "platform/Log.h"
-#include "platform/Platform.h"
 #include "presentation/StoredShownState.h"
 
 namespace qorix {
@@ -31,7 +31,7 @@ std::shared_ptr<View> MyPushAdOperator::hostView() const {
 // The decision.
 
 void MyPushAdOperator::processShowAdIfNeededWithPushAdInfo(
-    const std::shared_ptr<MyPushAdInfo>& info) {
+    const std::shared_ptr<const MyPushAdInfo>& info) {
   constexpr const char* kMethod = "-[MyPushAdOperator processShowAdIfNeededWithPushAdInfo:]";
   if (isProcessShowAdRequested_) {
     return;

@@ -1,7 +1,7 @@
 #include "presentation/StoredShownState.h"
 
-#include "platform/Log.h"
-#include "platform/Platform.h"
+#include <qorix/platform/Log.h>
+#include <qorix/platform/Platform.h>
 
 namespace qorix {
 

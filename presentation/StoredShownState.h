@@ -4,9 +4,10 @@
 #include <optional>
 #include <string>
 
-#include "platform/UserDefaults.h"
+#include <qorix/MyPushAdInfo.h>
+#include <qorix/platform/UserDefaults.h>
+
 #include "presentation/ShowDecision.h"
-#include "qorix/MyPushAdInfo.h"
 
 namespace qorix {
 

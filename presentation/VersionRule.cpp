@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "definition/LeadingInteger.h"
+#include "text/LeadingInteger.h"
 
 namespace qorix {
 

@@ -1,12 +1,11 @@
-#include "qorix/MyPushAdCloudManager.h"
-
 #include <utf8.h>
 
 #include <array>
 #include <fstream>
 
-#include "platform/Log.h"
-#include "platform/Platform.h"
+#include <qorix/MyPushAdCloudManager.h>
+#include <qorix/platform/Log.h>
+#include <qorix/platform/Platform.h>
 
 namespace qorix {
 

@@ -1,10 +1,9 @@
-#include "qorix/MyPushAdWebServerManager.h"
-
 #include <utf8.h>
 
 #include <utility>
 
-#include "platform/Platform.h"
+#include <qorix/MyPushAdWebServerManager.h>
+#include <qorix/platform/Platform.h>
 
 namespace qorix {
 

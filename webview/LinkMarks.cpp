@@ -2,8 +2,9 @@
 
 #include <string>
 
-#include "platform/AsciiCase.h"
-#include "platform/WebView.h"
+#include <qorix/platform/WebView.h>
+
+#include "text/AsciiCase.h"
 
 namespace qorix {
 

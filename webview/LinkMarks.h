@@ -4,9 +4,10 @@
 #include <optional>
 #include <string_view>
 
-#include "platform/DomNode.h"
-#include "platform/Url.h"
-#include "platform/Value.h"
+#include <qorix/platform/DomNode.h>
+#include <qorix/platform/Url.h>
+#include <qorix/platform/Value.h>
+
 #include "webview/PageContract.h"
 
 namespace qorix {

@@ -2,21 +2,17 @@
 #include <cstddef>
 #include <string>
 
-#include "platform/Log.h"
-#include "platform/Platform.h"
-#include "qorix/MyPushAdManager.h"
-#include "qorix/MyPushAdViewController.h"
+#include <qorix/MyPushAdViewController.h>
+#include <qorix/platform/Log.h>
+#include <qorix/platform/Platform.h>
+
+#include "text/TextLists.h"
+#include "webview/HostIdentifier.h"
 #include "webview/PageScripts.h"
-#include "webview/TextLists.h"
 
 namespace qorix {
 
 namespace {
-
-std::string hostIdentifier() {
-  const auto manager = MyPushAdManager::sharedPushAdManager();
-  return manager == nullptr ? std::string() : manager->appBundleIdentifier().value_or("");
-}
 
 /// The page's list; empty if it is longer than any page needs, since the host waits while each
 /// entry is looked up. There is room for 264 of the longest identifiers that a file system can
@@ -60,7 +56,7 @@ void MyPushAdViewController::processAdFilterFeatureIfNeeded(
     logLine("ZAM No valid webview...");
     return;
   }
-  const std::string host = hostIdentifier();
+  const std::string host = HostIdentifier::current();
   const Array appIds = parseArrayWithJSString(listOfPage(*webView));
   const Array installFlags = findAppInstallFlagsWithAppIds(appIds);
   webView->stringByEvaluatingJavaScriptFromString(
@@ -78,7 +74,11 @@ bool MyPushAdViewController::putOffAdFilterFeature(const WebView& webView) {
 
 Array MyPushAdViewController::parseArrayWithJSString(const Value& value) {
   const auto* text = value.as<std::string>();
-  return text == nullptr ? Array() : splitAtCommas(*text);
+  if (text == nullptr) {
+    return {};
+  }
+  const auto items = splitAtCommas(*text);
+  return {items.begin(), items.end()};
 }
 
 Array MyPushAdViewController::findAppInstallFlagsWithAppIds(const std::optional<Array>& appIds) {

@@ -1,11 +1,12 @@
 #include <chrono>
 #include <string>
 
-#include "platform/Log.h"
-#include "platform/Platform.h"
-#include "qorix/MyPushAdNotifications.h"
-#include "qorix/MyPushAdUtil.h"
-#include "qorix/MyPushAdViewController.h"
+#include <qorix/MyPushAdNotifications.h>
+#include <qorix/MyPushAdUtil.h>
+#include <qorix/MyPushAdViewController.h>
+#include <qorix/platform/Log.h>
+#include <qorix/platform/Platform.h>
+
 #include "webview/LinkMarks.h"
 #include "webview/OpeningLimit.h"
 

@@ -1,6 +1,6 @@
-#include "qorix/MyPushAdViewController.h"
+#include <qorix/MyPushAdViewController.h>
+#include <qorix/platform/Platform.h>
 
-#include "platform/Platform.h"
 #include "webview/PageScripts.h"
 
 namespace qorix {

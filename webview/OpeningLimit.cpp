@@ -4,7 +4,7 @@
 #include <array>
 #include <utility>
 
-#include "platform/AsciiCase.h"
+#include "text/AsciiCase.h"
 
 namespace qorix {
 

@@ -13,9 +13,10 @@
 #include <string>
 #include <vector>
 
-#include "platform/Platform.h"
-#include "platform/gtk/Install.h"
-#include "qorix/MyPushAdManager.h"
+#include <qorix/MyPushAdManager.h>
+#include <qorix/gtk3.h>
+#include <qorix/platform/Platform.h>
+
 #include "support/Documents.h"
 #include "support/VirtualDisplay.h"
 

@@ -1,6 +1,6 @@
 #include "EditorWindow.h"
 
-#include "platform/gtk/Install.h"
+#include <qorix/gtk3.h>
 
 namespace {
 

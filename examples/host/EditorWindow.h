@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/View.h"
+#include <qorix/platform/View.h>
 
 /// The window of a small editor, with a menu bar and texts one below the other.
 struct EditorWindow {

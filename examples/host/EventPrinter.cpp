@@ -1,5 +1,6 @@
 #include "EventPrinter.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
@@ -8,14 +9,12 @@
 #include <string>
 #include <utility>
 
-#include "NotificationFacts.h"
-#include "qorix/MyPushAdUtil.h"
+#include <qorix/qorix.h>
 
 namespace {
 
 using Json = nlohmann::ordered_json;
-using qorix::MyPushAdUtil;
-using qorix::Notification;
+using qorix::MyPushAdEvent;
 
 void print(const Json& event) {
   // Texts come from pages: what is no UTF-8 must not end the host.
@@ -28,14 +27,10 @@ Json number(double value) {
   return value == std::floor(value) ? Json(static_cast<std::int64_t>(value)) : Json(value);
 }
 
-Json hostViewIndex(const Notification& notification,
-                   const std::vector<std::shared_ptr<qorix::View>>& hostViews) {
-  for (std::size_t i = 0; i < hostViews.size(); ++i) {
-    if (MyPushAdUtil::checkEqualsWithHostView(hostViews[i].get(), &notification)) {
-      return i;
-    }
-  }
-  return nullptr;
+Json indexOf(const std::shared_ptr<qorix::View>& view,
+             const std::vector<std::shared_ptr<qorix::View>>& hostViews) {
+  const auto found = std::ranges::find(hostViews, view);
+  return found == hostViews.end() ? Json(nullptr) : Json(found - hostViews.begin());
 }
 
 Json adFrame(const std::optional<qorix::Rect>& frame) {
@@ -46,24 +41,19 @@ Json adFrame(const std::optional<qorix::Rect>& frame) {
           number(frame->size.height)};
 }
 
-template <class T>
-Json orNull(const std::optional<T>& value) {
-  return value ? Json(*value) : Json(nullptr);
-}
-
 }  // namespace
 
 void printEvent(const char* name) { print({{"event", name}}); }
 
-void printNotifications(std::vector<std::shared_ptr<qorix::View>> hostViews) {
-  observeNotifications([hostViews = std::move(hostViews)](const Notification& notification) {
-    const NotificationFacts facts = readNotification(notification);
-    print({{"event", notification.name()},
-           {"hostView", hostViewIndex(notification, hostViews)},
-           {"popup", facts.isPopup},
-           {"adId", orNull(facts.adId)},
-           {"frame", adFrame(facts.frame)},
-           {"url", orNull(facts.url)},
-           {"element", orNull(facts.element)}});
+std::vector<qorix::NotificationObservation> printAdEvents(
+    std::vector<std::shared_ptr<qorix::View>> hostViews) {
+  return MyPushAdEvent::observe([hostViews = std::move(hostViews)](const MyPushAdEvent& event) {
+    print({{"event", event.name},
+           {"hostView", indexOf(event.hostView, hostViews)},
+           {"popup", event.isPopup},
+           {"adId", event.info == nullptr ? Json(nullptr) : Json(event.info->adId())},
+           {"frame", adFrame(event.frame)},
+           {"url", event.url ? Json(event.url->absoluteString()) : Json(nullptr)},
+           {"element", event.element ? Json(*event.element) : Json(nullptr)}});
   });
 }

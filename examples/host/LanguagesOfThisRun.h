@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-#include "platform/UserDefaults.h"
+#include <qorix/platform/UserDefaults.h>
 
 /// The host's settings with other languages for the user, which are never stored.
 class LanguagesOfThisRun : public qorix::UserDefaults {

@@ -2,9 +2,9 @@
 
 #include <memory>
 
-#include "platform/Platform.h"
-#include "qorix/MyPushAdNotifications.h"
-#include "qorix/MyPushAdUtil.h"
+#include <qorix/MyPushAdNotifications.h>
+#include <qorix/MyPushAdUtil.h>
+#include <qorix/platform/Platform.h>
 
 namespace {
 
@@ -49,6 +49,6 @@ void observeNotifications(const std::function<void(const Notification&)>& handle
   for (const char* name :
        {qorix::kPushAdWillShowNotification, qorix::kPushAdDidCloseNotification,
         qorix::kPushAdOpenIAPNotification, qorix::kPushAdIsTriggeringNavigationNotification}) {
-    qorix::platform().notificationCenter->addObserver(name, handler);
+    qorix::platform().notificationCenter->addObserver(name, handler).keep();
   }
 }

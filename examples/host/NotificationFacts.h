@@ -5,8 +5,8 @@
 #include <optional>
 #include <string>
 
-#include "platform/Geometry.h"
-#include "platform/Notification.h"
+#include <qorix/platform/Geometry.h>
+#include <qorix/platform/Notification.h>
 
 /// What a host can learn from one of the library's notifications.
 struct NotificationFacts {

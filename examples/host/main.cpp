@@ -12,18 +12,23 @@
 #include <utility>
 #include <vector>
 
+#include <qorix/gtk3.h>
+#include <qorix/platform/Platform.h>
+#include <qorix/qorix.h>
+
 #include "EditorWindow.h"
 #include "EventPrinter.h"
 #include "LanguagesOfThisRun.h"
 #include "Options.h"
-#include "platform/Platform.h"
-#include "platform/gtk/Install.h"
-#include "qorix/MyPushAdManager.h"
 
 namespace {
 
+// Where the maker of the sample's applications would publish the document.
+constexpr const char* kMakersAdFile = "https://www.example.com/mac/ads/commonad.xml";
+
 struct Host {
   Options options;
+  std::shared_ptr<qorix::MyPushAdManager> manager;
   std::vector<std::shared_ptr<qorix::View>> views;
   bool isUp = false;
 };
@@ -33,6 +38,7 @@ qorix::gtk::InstallOptions installOptions(const Options& options) {
   install.bundleIdentifier = options.bundleId;
   install.settingsPath = options.defaults;
   install.applicationsDirectory = options.applications;
+  install.defaultAdFileUrl = kMakersAdFile;
   install.cloudServiceAddress = options.cloudBase.value_or("");
   install.cloudEnvironment = options.cloudEnvironment.value_or("");
   install.cloudApiToken = options.cloudToken.value_or("");
@@ -48,21 +54,19 @@ void overrideLanguages(const std::vector<std::string>& languages) {
 
 // Offers each view, or none, to the library. It fetches the document and does the rest.
 void showAdvertisements(const Host& host) {
-  const auto manager = qorix::MyPushAdManager::sharedPushAdManager();
-  manager->configureWithAppBundle(qorix::platform().mainBundle);
   auto views = host.views;
   if (views.empty()) {
     views.push_back(nullptr);
   }
   for (const auto& view : views) {
     if (host.options.cloudContainer) {
-      manager->prepareAndShowAdWithHostView(view, qorix::MyPushAdFileHostModeCloudKit,
-                                            host.options.cloudContainer);
+      host.manager->prepareAndShowAdWithHostView(view, qorix::MyPushAdFileHostModeCloudKit,
+                                                 host.options.cloudContainer);
     } else if (host.options.url) {
-      manager->prepareAndShowAdWithHostView(view, qorix::MyPushAdFileHostModeWebServer,
-                                            host.options.url);
+      host.manager->prepareAndShowAdWithHostView(view, qorix::MyPushAdFileHostModeWebServer,
+                                                 host.options.url);
     } else {
-      manager->prepareAndShowAdByUsingMyAppWebServerURLWithHostView(view);
+      host.manager->prepareAndShowAdByUsingMyAppWebServerURLWithHostView(view);
     }
   }
 }
@@ -113,7 +117,7 @@ int main(int argc, char** argv) {
     std::fputs("qorix-sample-host: there is no display\n", stderr);
     return 1;
   }
-  qorix::gtk::install(installOptions(host.options));
+  host.manager = qorix::gtk::start(installOptions(host.options));
   if (!host.options.languages.empty()) {
     overrideLanguages(host.options.languages);
   }
@@ -123,7 +127,7 @@ int main(int argc, char** argv) {
                          host.options.viewWidth, host.options.viewHeight);
   GtkWidget* window = editor.window;
   host.views = std::move(editor.views);
-  printNotifications(host.views);
+  const auto observations = printAdEvents(host.views);
   g_signal_connect(window, "map-event", G_CALLBACK(windowIsUp), &host);
   g_signal_connect(window, "delete-event", G_CALLBACK(windowIsClosing), nullptr);
   g_unix_signal_add(SIGTERM, quit, nullptr);

@@ -1,14 +1,17 @@
 #pragma once
 
+// Machinery: public for those who extend it.
+
 #include <cstdint>
 
-#include "platform/View.h"
+#include <qorix/Export.h>
+#include <qorix/platform/View.h>
 
 namespace qorix {
 
 /// The kind of view that the library's interface file has at its root, so that it can be found in a
 /// hierarchy by its tag. Each platform's views provide the rest.
-class MyPushAdBoxView : public View {
+class QORIX_EXPORT MyPushAdBoxView : public View {
  public:
   static constexpr std::int64_t kTag = 27921;
 

@@ -1,13 +1,16 @@
 #pragma once
 
+// Machinery: public for those who extend it.
+
 #include <memory>
 #include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
-#include "platform/CloudContainer.h"
-#include "qorix/MyPushAdSource.h"
+#include <qorix/Export.h>
+#include <qorix/MyPushAdSource.h>
+#include <qorix/platform/CloudContainer.h>
 
 namespace qorix {
 
@@ -15,8 +18,9 @@ namespace qorix {
 /// last record of type "macadfiles" whose "filename" is "commonad", the text in the asset
 /// "filecontents". Without a database it stays silent for good. Lives in a std::shared_ptr, as it
 /// must outlive what it has begun.
-class MyPushAdCloudManager : public MyPushAdSource,
-                             public std::enable_shared_from_this<MyPushAdCloudManager> {
+class QORIX_EXPORT MyPushAdCloudManager
+    : public MyPushAdSource,
+      public std::enable_shared_from_this<MyPushAdCloudManager> {
  public:
   /// A new source for that container, allocated as a `Self`. Nothing is asked of the platform yet.
   template <class Self = MyPushAdCloudManager>

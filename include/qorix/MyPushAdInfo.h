@@ -1,5 +1,7 @@
 #pragma once
 
+// Machinery: public for those who extend it.
+
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -7,8 +9,9 @@
 #include <utility>
 #include <vector>
 
-#include "platform/Object.h"
-#include "platform/Value.h"
+#include <qorix/Export.h>
+#include <qorix/platform/Object.h>
+#include <qorix/platform/Value.h>
 
 namespace qorix {
 
@@ -22,7 +25,7 @@ using LocalizedTexts = std::vector<std::pair<std::string, std::string>>;
 ///
 /// A new record has 0 for every number, `enable` false, empty `version`, `advance`, `notes` and
 /// `advanceDict`, and no dictionaries of texts.
-class MyPushAdInfo : public Object {
+class QORIX_EXPORT MyPushAdInfo : public Object {
  public:
   /// A new record, allocated as a `Self`.
   template <class Self = MyPushAdInfo>

@@ -1,5 +1,7 @@
 #pragma once
 
+// For hosts.
+
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -9,13 +11,14 @@
 #include <utility>
 #include <vector>
 
-#include "platform/Object.h"
-#include "platform/View.h"
-#include "platform/Window.h"
-#include "qorix/FactoryKey.h"
-#include "qorix/MyPushAdInfo.h"
-#include "qorix/MyPushAdOperator.h"
-#include "qorix/MyPushAdSource.h"
+#include <qorix/Export.h>
+#include <qorix/FactoryKey.h>
+#include <qorix/MyPushAdInfo.h>
+#include <qorix/MyPushAdOperator.h>
+#include <qorix/MyPushAdSource.h>
+#include <qorix/platform/Object.h>
+#include <qorix/platform/View.h>
+#include <qorix/platform/Window.h>
 
 namespace qorix {
 
@@ -29,9 +32,9 @@ enum MyPushAdFileHostMode : std::int64_t {
 /// asks once for each view in which an advertisement may appear; the rest happens by itself.
 /// Reports no errors: faults are logged, and downloads are tried again every 60 seconds until one
 /// succeeds. Main thread only, but for `sharedPushAdManager` and `appBundleIdentifier`.
-class MyPushAdManager : public Object,
-                        public MyPushAdDownloadDelegate,
-                        public std::enable_shared_from_this<MyPushAdManager> {
+class QORIX_EXPORT MyPushAdManager : public Object,
+                                     public MyPushAdDownloadDelegate,
+                                     public std::enable_shared_from_this<MyPushAdManager> {
  public:
   /// The shared manager, made by the first call as a `Self`; it lives until the process ends. Null
   /// when the host has allocated a manager of its own before. Any thread.
@@ -84,7 +87,7 @@ class MyPushAdManager : public Object,
   /// Forgets it. What is loaded in this run stays in force.
   void clearCachedAdContents();
   /// Parses it anew; null when there is none or it does not parse any more.
-  std::shared_ptr<MyPushAdInfo> fetchCachedPushAdInfo();
+  std::shared_ptr<const MyPushAdInfo> fetchCachedPushAdInfo();
   /// Keeps `text` durably; an absent or empty text is ignored.
   void saveAsCachedPushAdWith(const std::optional<std::string>& text);
 
@@ -103,8 +106,10 @@ class MyPushAdManager : public Object,
   }
 
   /// The definition that all host views share; null until there is one.
-  const std::shared_ptr<MyPushAdInfo>& lonePushAdInfo() const { return lonePushAdInfo_; }
-  void setLonePushAdInfo(std::shared_ptr<MyPushAdInfo> info) { lonePushAdInfo_ = std::move(info); }
+  const std::shared_ptr<const MyPushAdInfo>& lonePushAdInfo() const { return lonePushAdInfo_; }
+  void setLonePushAdInfo(std::shared_ptr<const MyPushAdInfo> info) {
+    lonePushAdInfo_ = std::move(info);
+  }
 
   /// Every presenter ever made, in order; nothing only if somebody set it so.
   using Operators = std::vector<std::shared_ptr<MyPushAdOperator>>;
@@ -137,7 +142,7 @@ class MyPushAdManager : public Object,
   mutable std::mutex appBundleIdentifierMutex_;
   std::optional<std::string> appBundleIdentifier_;
   std::shared_ptr<MyPushAdSource> pushAdSource_;
-  std::shared_ptr<MyPushAdInfo> lonePushAdInfo_;
+  std::shared_ptr<const MyPushAdInfo> lonePushAdInfo_;
   std::optional<Operators> pushAdOperators_ = Operators();
   std::shared_ptr<Window> stubMemoryHostWindow_;
 };

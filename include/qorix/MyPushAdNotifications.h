@@ -1,5 +1,7 @@
 #pragma once
 
+// For hosts.
+
 namespace qorix {
 
 // Names. All are posted to the platform's notification center on the main thread, after the code

@@ -1,23 +1,26 @@
 #pragma once
 
+// Machinery: public for those who extend it.
+
 #include <memory>
 #include <optional>
 #include <utility>
 
-#include "platform/NotificationCenter.h"
-#include "platform/Value.h"
-#include "platform/View.h"
-#include "platform/Window.h"
-#include "qorix/FactoryKey.h"
-#include "qorix/MyPushAdInfo.h"
-#include "qorix/MyPushAdViewController.h"
+#include <qorix/Export.h>
+#include <qorix/FactoryKey.h>
+#include <qorix/MyPushAdInfo.h>
+#include <qorix/MyPushAdViewController.h>
+#include <qorix/platform/NotificationCenter.h>
+#include <qorix/platform/Value.h>
+#include <qorix/platform/View.h>
+#include <qorix/platform/Window.h>
 
 namespace qorix {
 
 /// Presents the advertisement for one host view: decides once whether it is due, shows it, places
 /// it and reports what becomes of it. Main thread only.
-class MyPushAdOperator : public MyPushAdViewControllerDelegate,
-                         public std::enable_shared_from_this<MyPushAdOperator> {
+class QORIX_EXPORT MyPushAdOperator : public MyPushAdViewControllerDelegate,
+                                      public std::enable_shared_from_this<MyPushAdOperator> {
  public:
   /// A new presenter for that view (null allowed), allocated as a `Self`. Turns on the view's
   /// frame-change notifications.
@@ -39,7 +42,7 @@ class MyPushAdOperator : public MyPushAdViewControllerDelegate,
 
   /// Decides whether `info` is due, counts the showing and prepares it. Only the first record is
   /// decided; later calls have no effect. Null logs and leaves the decision open.
-  void processShowAdIfNeededWithPushAdInfo(const std::shared_ptr<MyPushAdInfo>& info);
+  void processShowAdIfNeededWithPushAdInfo(const std::shared_ptr<const MyPushAdInfo>& info);
 
   /// Makes the view controller and the pop-up window as needed and schedules `showAd`.
   void prepareToShowAd();
@@ -93,8 +96,10 @@ class MyPushAdOperator : public MyPushAdViewControllerDelegate,
   void setPopupAdWindow(std::shared_ptr<Window> window) { popupAdWindow_ = std::move(window); }
 
   /// The record of the last request before a decision; null before any, and after one with null.
-  const std::shared_ptr<MyPushAdInfo>& myPushAdInfo() const { return myPushAdInfo_; }
-  void setMyPushAdInfo(std::shared_ptr<MyPushAdInfo> info) { myPushAdInfo_ = std::move(info); }
+  const std::shared_ptr<const MyPushAdInfo>& myPushAdInfo() const { return myPushAdInfo_; }
+  void setMyPushAdInfo(std::shared_ptr<const MyPushAdInfo> info) {
+    myPushAdInfo_ = std::move(info);
+  }
 
  protected:
   /// Makes the controller; null when a subclass cannot.
@@ -114,9 +119,9 @@ class MyPushAdOperator : public MyPushAdViewControllerDelegate,
   std::weak_ptr<View> hostView_;
   std::shared_ptr<MyPushAdViewController> pushAdViewController_;
   std::shared_ptr<Window> popupAdWindow_;
-  std::shared_ptr<MyPushAdInfo> myPushAdInfo_;
-  NotificationCenter::Observation frameObservation_ = 0;
-  NotificationCenter::Observation closeObservation_ = 0;
+  std::shared_ptr<const MyPushAdInfo> myPushAdInfo_;
+  NotificationObservation frameObservation_;
+  NotificationObservation closeObservation_;
 };
 
 }  // namespace qorix

@@ -1,16 +1,19 @@
 #pragma once
 
+// Machinery: public for those who extend it.
+
 #include <memory>
 #include <string>
 
-#include "platform/Error.h"
-#include "platform/Object.h"
+#include <qorix/Export.h>
+#include <qorix/platform/Error.h>
+#include <qorix/platform/Object.h>
 
 namespace qorix {
 
 /// Hears how a fetch ended: one call at most for each, on the main thread. Every method may be left
 /// out.
-class MyPushAdDownloadDelegate {
+class QORIX_EXPORT MyPushAdDownloadDelegate {
  public:
   virtual ~MyPushAdDownloadDelegate() = default;
 
@@ -21,7 +24,7 @@ class MyPushAdDownloadDelegate {
 };
 
 /// Where the ad configuration document comes from. Never tries again by itself. Main thread only.
-class MyPushAdSource : public Object {
+class QORIX_EXPORT MyPushAdSource : public Object {
  public:
   /// Starts one fetch and returns at once; the delegate hears the outcome later.
   virtual void downloadAdFileAsync() = 0;

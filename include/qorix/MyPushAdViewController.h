@@ -1,13 +1,16 @@
 #pragma once
 
+// Machinery: public for those who extend it.
+
 #include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
 
-#include "platform/Bundle.h"
-#include "platform/ViewController.h"
-#include "platform/WebView.h"
+#include <qorix/Export.h>
+#include <qorix/platform/Bundle.h>
+#include <qorix/platform/ViewController.h>
+#include <qorix/platform/WebView.h>
 
 namespace qorix {
 
@@ -21,7 +24,7 @@ enum MyPushAdMode : std::int64_t {
 };
 
 /// Hears what the user does in the page. Main thread. Every method may be left out.
-class MyPushAdViewControllerDelegate {
+class QORIX_EXPORT MyPushAdViewControllerDelegate {
  public:
   virtual ~MyPushAdViewControllerDelegate() = default;
 
@@ -42,9 +45,10 @@ class MyPushAdViewControllerDelegate {
 /// One that is made without its factory and not initialised works all the same, without
 /// `customInit`. One that nobody shares names no sender to its delegate and hears nothing of its
 /// web view.
-class MyPushAdViewController : public ViewController,
-                               public WebViewDelegate,
-                               public std::enable_shared_from_this<MyPushAdViewController> {
+class QORIX_EXPORT MyPushAdViewController
+    : public ViewController,
+      public WebViewDelegate,
+      public std::enable_shared_from_this<MyPushAdViewController> {
  public:
   /// A new controller, allocated as a `Self`, whose view will come from the library's interface
   /// file "MyPushAdViewController". Any mode is stored as given; only MyPushAdModePopup is special.

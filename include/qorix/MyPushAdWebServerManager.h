@@ -1,12 +1,15 @@
 #pragma once
 
+// Machinery: public for those who extend it.
+
 #include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
 
-#include "platform/UrlSession.h"
-#include "qorix/MyPushAdSource.h"
+#include <qorix/Export.h>
+#include <qorix/MyPushAdSource.h>
+#include <qorix/platform/UrlSession.h>
 
 namespace qorix {
 
@@ -16,9 +19,10 @@ namespace qorix {
 ///
 /// Lives in a std::shared_ptr, as it must outlive what it has begun. One that was not made by
 /// `createInstanceWithFileURLString` has no session: its attempts end silently.
-class MyPushAdWebServerManager : public MyPushAdSource,
-                                 public UrlSessionDelegate,
-                                 public std::enable_shared_from_this<MyPushAdWebServerManager> {
+class QORIX_EXPORT MyPushAdWebServerManager
+    : public MyPushAdSource,
+      public UrlSessionDelegate,
+      public std::enable_shared_from_this<MyPushAdWebServerManager> {
  public:
   /// A new source for that address, allocated as a `Self`, with a session of its own.
   template <class Self = MyPushAdWebServerManager>

@@ -1,11 +1,15 @@
 #pragma once
 
+// For hosts.
+
 #include <string>
+
+#include <qorix/Export.h>
 
 namespace qorix {
 
 /// Never instantiated.
-class QORIXCommonUtil {
+class QORIX_EXPORT QORIXCommonUtil {
  public:
   QORIXCommonUtil() = delete;
 

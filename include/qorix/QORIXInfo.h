@@ -1,11 +1,15 @@
 #pragma once
 
+// For hosts.
+
 #include <string>
+
+#include <qorix/Export.h>
 
 namespace qorix {
 
 /// What the library says of itself, for people. Never instantiated.
-class QORIXInfo {
+class QORIX_EXPORT QORIXInfo {
  public:
   QORIXInfo() = delete;
 

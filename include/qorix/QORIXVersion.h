@@ -1,5 +1,9 @@
 #pragma once
 
+// For hosts.
+
+#include <qorix/Export.h>
+
 // The exported version data, under names of C, so that tools find it in the library's file: what(1)
 // and strings(1) by the mark "@(#)", other languages by dlsym.
 
@@ -7,8 +11,8 @@ extern "C" {
 
 /// "@(#)PROGRAM:QORIX  PROJECT:QORIX-2", a newline and the terminating NUL. Read-only, there from
 /// the library's loading to its unloading; any thread.
-extern const char QORIXVersionString[];
+QORIX_EXPORT extern const char QORIXVersionString[];
 
 /// 2.0, the project's version. Read-only; any thread.
-extern const double QORIXVersionNumber;
+QORIX_EXPORT extern const double QORIXVersionNumber;
 }

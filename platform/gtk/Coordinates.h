@@ -4,7 +4,7 @@
 
 #include <vector>
 
-#include "platform/Geometry.h"
+#include <qorix/platform/Geometry.h>
 
 namespace qorix::gtk {
 

@@ -3,8 +3,8 @@
 #include <memory>
 #include <optional>
 
-#include "platform/Geometry.h"
-#include "platform/Screen.h"
+#include <qorix/platform/Geometry.h>
+#include <qorix/platform/Screen.h>
 
 using GdkWindow = struct _GdkWindow;
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/Workspace.h"
+#include <qorix/platform/Workspace.h>
 
 namespace qorix::gtk {
 

@@ -7,9 +7,10 @@
 #include <string_view>
 #include <utility>
 
+#include <qorix/platform/Log.h>
+#include <qorix/platform/Platform.h>
+
 #include "platform/Guarded.h"
-#include "platform/Log.h"
-#include "platform/Platform.h"
 #include "platform/gtk/Unref.h"
 
 namespace qorix::gtk {

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/Url.h"
+#include <qorix/platform/Url.h>
 
 using WebKitUserContentFilter = struct _WebKitUserContentFilter;
 

@@ -1,10 +1,10 @@
-#include "platform/gtk/Install.h"
-
 #include <gtk/gtk.h>
 
 #include <utility>
 
-#include "platform/Platform.h"
+#include <qorix/gtk3.h>
+#include <qorix/platform/Platform.h>
+
 #include "platform/gtk/DesktopWorkspace.h"
 #include "platform/gtk/MainContextRunLoop.h"
 #include "platform/gtk/ResourceInterfaceLoader.h"
@@ -72,12 +72,8 @@ void install(const InstallOptions& options) {
   services.workspace = std::make_shared<DesktopWorkspace>();
   services.windows = std::make_shared<ToplevelWindowFactory>();
   services.interfaceLoader = std::make_shared<ResourceInterfaceLoader>(runLoop);
-  if (!options.defaultAdFileUrl.empty()) {
-    services.defaultAdFileUrl = options.defaultAdFileUrl;
-  }
-  if (!options.defaultCloudContainerIdentifier.empty()) {
-    services.defaultCloudContainerIdentifier = options.defaultCloudContainerIdentifier;
-  }
+  services.defaultAdFileUrl = options.defaultAdFileUrl;
+  services.defaultCloudContainerIdentifier = options.defaultCloudContainerIdentifier;
   installPlatform(std::move(services));
 }
 

@@ -4,7 +4,7 @@
 #include <string>
 #include <utility>
 
-#include "platform/Log.h"
+#include <qorix/platform/Log.h>
 
 namespace qorix::gtk {
 

@@ -5,8 +5,8 @@
 #include <functional>
 #include <memory>
 
-#include "platform/RunLoop.h"
-#include "platform/WebView.h"
+#include <qorix/platform/RunLoop.h>
+#include <qorix/platform/WebView.h>
 
 namespace qorix::gtk {
 

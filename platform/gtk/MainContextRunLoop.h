@@ -7,7 +7,7 @@
 #include <mutex>
 #include <thread>
 
-#include "platform/RunLoop.h"
+#include <qorix/platform/RunLoop.h>
 
 using GMainContext = struct _GMainContext;
 using GSource = struct _GSource;

@@ -2,7 +2,8 @@
 
 #include <memory>
 
-#include "platform/WebView.h"
+#include <qorix/platform/WebView.h>
+
 #include "platform/gtk/PageClicks.h"
 #include "platform/gtk/UserActs.h"
 

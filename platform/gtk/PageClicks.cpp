@@ -5,7 +5,8 @@
 #include <algorithm>
 #include <utility>
 
-#include "platform/WebView.h"
+#include <qorix/platform/WebView.h>
+
 #include "platform/gtk/ScriptObject.h"
 
 namespace qorix::gtk {

@@ -5,7 +5,7 @@
 #include <memory>
 #include <string>
 
-#include "platform/DomNode.h"
+#include <qorix/platform/DomNode.h>
 
 using JSCValue = struct _JSCValue;
 

@@ -4,7 +4,8 @@
 
 #include <memory>
 
-#include "platform/Log.h"
+#include <qorix/platform/Log.h>
+
 #include "platform/gtk/Unref.h"
 
 namespace qorix::gtk {

@@ -3,12 +3,13 @@
 #include <gtk/gtk.h>
 #include <webkit2/webkit2.h>
 
-#include "platform/Platform.h"
+#include <qorix/MyPushAdBoxView.h>
+#include <qorix/platform/Platform.h>
+
 #include "platform/gtk/AdWebContext.h"
 #include "platform/gtk/Unref.h"
 #include "platform/gtk/WebKitView.h"
 #include "platform/gtk/WidgetView.h"
-#include "qorix/MyPushAdBoxView.h"
 
 // Made by glib-compile-resources. Named here so that a static library keeps the resources.
 extern "C" GResource* qorix_gtk3_get_resource();

@@ -4,7 +4,8 @@
 #include <optional>
 #include <string>
 
-#include "platform/InterfaceLoader.h"
+#include <qorix/platform/InterfaceLoader.h>
+
 #include "platform/gtk/MainContextRunLoop.h"
 
 namespace qorix::gtk {

@@ -6,8 +6,9 @@
 #include <optional>
 #include <utility>
 
-#include "platform/Log.h"
-#include "platform/WebView.h"
+#include <qorix/platform/Log.h>
+#include <qorix/platform/WebView.h>
+
 #include "platform/gtk/Unref.h"
 #include "platform/gtk/WebProcessModule.h"
 #include "platform/gtk/webprocess/Messages.h"

@@ -5,8 +5,9 @@
 
 #include <utility>
 
+#include <qorix/platform/Platform.h>
+
 #include "platform/Guarded.h"
-#include "platform/Platform.h"
 #include "platform/gtk/Coordinates.h"
 #include "platform/gtk/WidgetView.h"
 

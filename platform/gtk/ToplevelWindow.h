@@ -4,7 +4,8 @@
 #include <optional>
 #include <string>
 
-#include "platform/Window.h"
+#include <qorix/platform/Window.h>
+
 #include "platform/gtk/Desktop.h"
 #include "platform/gtk/NoticedWindow.h"
 

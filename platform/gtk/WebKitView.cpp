@@ -5,8 +5,9 @@
 
 #include <utility>
 
+#include <qorix/platform/Log.h>
+
 #include "platform/Guarded.h"
-#include "platform/Log.h"
 #include "platform/gtk/EngineFaults.h"
 #include "platform/gtk/FileFilter.h"
 #include "platform/gtk/PageIsolation.h"

@@ -5,7 +5,8 @@
 #include <optional>
 #include <string>
 
-#include "platform/WebView.h"
+#include <qorix/platform/WebView.h>
+
 #include "platform/gtk/LoadReports.h"
 #include "platform/gtk/MainContextRunLoop.h"
 #include "platform/gtk/NavigationQuestions.h"

@@ -2,8 +2,9 @@
 
 #include <gtk/gtk.h>
 
+#include <qorix/platform/Platform.h>
+
 #include "platform/Guarded.h"
-#include "platform/Platform.h"
 #include "platform/gtk/Coordinates.h"
 
 namespace qorix::gtk {

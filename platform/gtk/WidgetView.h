@@ -3,7 +3,7 @@
 #include <memory>
 #include <utility>
 
-#include "platform/View.h"
+#include <qorix/platform/View.h>
 
 using GtkWidget = struct _GtkWidget;
 using GtkOverlay = struct _GtkOverlay;

@@ -6,7 +6,8 @@
 #include <optional>
 #include <utility>
 
-#include "platform/Log.h"
+#include <qorix/platform/Log.h>
+
 #include "platform/linux/CloudKitQuery.h"
 
 namespace qorix {

@@ -2,7 +2,8 @@
 
 #include <string>
 
-#include "platform/CloudContainer.h"
+#include <qorix/platform/CloudContainer.h>
+
 #include "platform/linux/HttpQueue.h"
 
 namespace qorix {

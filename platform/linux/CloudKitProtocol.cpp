@@ -5,8 +5,8 @@
 #include <nlohmann/json.hpp>
 #include <utility>
 
-#include "platform/AsciiCase.h"
-#include "platform/PlainNumbers.h"
+#include "text/AsciiCase.h"
+#include "text/PlainNumbers.h"
 
 namespace qorix::cloudkit {
 

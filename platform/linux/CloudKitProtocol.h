@@ -8,9 +8,9 @@
 #include <variant>
 #include <vector>
 
-#include "platform/CloudContainer.h"
-#include "platform/Error.h"
-#include "platform/Value.h"
+#include <qorix/platform/CloudContainer.h>
+#include <qorix/platform/Error.h>
+#include <qorix/platform/Value.h>
 
 namespace qorix::cloudkit {
 

@@ -7,7 +7,8 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/CloudContainer.h"
+#include <qorix/platform/CloudContainer.h>
+
 #include "platform/linux/CloudKitProtocol.h"
 #include "platform/linux/HttpQueue.h"
 

@@ -9,7 +9,7 @@
 #include <new>
 #include <string>
 
-#include "platform/AsciiCase.h"
+#include "text/AsciiCase.h"
 
 namespace qorix {
 

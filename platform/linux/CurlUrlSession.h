@@ -2,7 +2,8 @@
 
 #include <memory>
 
-#include "platform/UrlSession.h"
+#include <qorix/platform/UrlSession.h>
+
 #include "platform/linux/HttpQueue.h"
 
 namespace qorix {

@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/ApplicationRegistry.h"
+#include <qorix/platform/ApplicationRegistry.h>
 
 namespace qorix {
 

@@ -6,7 +6,8 @@
 #include <mutex>
 #include <utility>
 
-#include "platform/Platform.h"
+#include <qorix/platform/Platform.h>
+
 #include "platform/linux/HttpChannel.h"
 #include "platform/linux/HttpThreads.h"
 #include "platform/linux/HttpTransfer.h"

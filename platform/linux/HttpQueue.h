@@ -8,8 +8,8 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/Error.h"
-#include "platform/Url.h"
+#include <qorix/platform/Error.h>
+#include <qorix/platform/Url.h>
 
 namespace qorix {
 

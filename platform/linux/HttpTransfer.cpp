@@ -4,8 +4,9 @@
 #include <optional>
 #include <utility>
 
-#include "platform/AsciiCase.h"
-#include "platform/Log.h"
+#include <qorix/platform/Log.h>
+
+#include "text/AsciiCase.h"
 
 namespace qorix {
 

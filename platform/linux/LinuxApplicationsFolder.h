@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "platform/ApplicationsFolder.h"
+#include <qorix/platform/ApplicationsFolder.h>
 
 namespace qorix {
 

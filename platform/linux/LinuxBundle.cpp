@@ -6,6 +6,8 @@
 #include <filesystem>
 #include <utility>
 
+#include <qorix/platform/Platform.h>
+
 namespace qorix {
 
 namespace {
@@ -18,7 +20,7 @@ std::string programPath() {
 
 std::string libraryPath() {
   Dl_info info{};
-  if (::dladdr(reinterpret_cast<const void*>(&libraryBundle), &info) == 0 ||
+  if (::dladdr(reinterpret_cast<const void*>(&installPlatform), &info) == 0 ||
       info.dli_fname == nullptr) {
     return programPath();
   }

@@ -4,7 +4,7 @@
 #include <optional>
 #include <string>
 
-#include "platform/Bundle.h"
+#include <qorix/platform/Bundle.h>
 
 namespace qorix {
 

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstdlib>
 
-#include "platform/AsciiCase.h"
+#include "text/AsciiCase.h"
 
 namespace qorix {
 

@@ -3,7 +3,7 @@
 #include <optional>
 #include <string_view>
 
-#include "platform/Url.h"
+#include <qorix/platform/Url.h>
 
 namespace qorix {
 

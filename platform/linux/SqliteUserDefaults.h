@@ -7,8 +7,9 @@
 #include <string>
 #include <vector>
 
-#include "platform/Log.h"
-#include "platform/UserDefaults.h"
+#include <qorix/platform/Log.h>
+#include <qorix/platform/UserDefaults.h>
+
 #include "platform/linux/SettingsFile.h"
 
 namespace qorix {

@@ -3,7 +3,7 @@
 #include <mutex>
 #include <string>
 
-#include "platform/Log.h"
+#include <qorix/platform/Log.h>
 
 namespace qorix {
 

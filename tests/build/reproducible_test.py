@@ -54,7 +54,7 @@ def renewal_faults(cmake, source, folder):
 
     if would_stamp():
         yield "the stamp is renewed though nothing has changed"
-    for name in ("manager/Excerpt.cpp", "manager/Excerpt.h", "include/qorix/MyPushAdInfo.h"):
+    for name in ("text/Excerpt.cpp", "text/Excerpt.h", "include/qorix/MyPushAdInfo.h"):
         before = (source / name).stat()
         os.utime(source / name)
         if not would_stamp():

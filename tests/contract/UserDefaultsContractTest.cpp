@@ -6,7 +6,8 @@
 #include <memory>
 #include <ostream>
 
-#include "platform/MemoryUserDefaults.h"
+#include <qorix/platform/MemoryUserDefaults.h>
+
 #include "platform/linux/SqliteUserDefaults.h"
 #include "support/TemporaryFolder.h"
 

@@ -29,9 +29,12 @@ std::shared_ptr<View> makeGtkView() {
 class ViewContract : public GtkTest, public testing::WithParamInterface<ViewImplementation> {
  protected:
   ViewContract() {
-    platform().notificationCenter->addObserver(
-        kViewFrameDidChangeNotification,
-        [this](const Notification& notification) { posted.push_back(notification.object()); });
+    platform()
+        .notificationCenter
+        ->addObserver(
+            kViewFrameDidChangeNotification,
+            [this](const Notification& notification) { posted.push_back(notification.object()); })
+        .keep();
   }
 
   const std::shared_ptr<View> view = GetParam().makeView();

@@ -27,12 +27,15 @@ class WindowContract : public GtkTest, public testing::WithParamInterface<Window
   WindowContract() {
     view->setFrame({{10, 20}, {300, 200}});
     window = factory->createWindowWithContentView(view);
-    platform().notificationCenter->addObserver(kWindowWillCloseNotification,
-                                               [this](const Notification& notification) {
-                                                 EXPECT_EQ(notification.object(), window);
-                                                 EXPECT_TRUE(window->isVisible());
-                                                 ++closings;
-                                               });
+    platform()
+        .notificationCenter
+        ->addObserver(kWindowWillCloseNotification,
+                      [this](const Notification& notification) {
+                        EXPECT_EQ(notification.object(), window);
+                        EXPECT_TRUE(window->isVisible());
+                        ++closings;
+                      })
+        .keep();
   }
 
   const std::shared_ptr<WindowFactory> factory = GetParam().makeFactory();

@@ -7,10 +7,11 @@
 #include <string>
 #include <vector>
 
+#include <qorix/platform/MemoryUserDefaults.h>
+#include <qorix/platform/Platform.h>
+
 #include "fakes/FakeApplicationsFolder.h"
 #include "fakes/RecordingLog.h"
-#include "platform/MemoryUserDefaults.h"
-#include "platform/Platform.h"
 
 namespace qorix {
 

@@ -4,7 +4,7 @@
 #include <limits>
 #include <string_view>
 
-#include "definition/LeadingInteger.h"
+#include "text/LeadingInteger.h"
 
 namespace qorix {
 namespace {

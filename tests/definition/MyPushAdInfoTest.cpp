@@ -1,9 +1,10 @@
 #include <cstdint>
 #include <limits>
 
+#include <qorix/MyPushAdInfo.h>
+
 #include "definition/DefinitionTest.h"
 #include "definition/LanguageChoice.h"
-#include "qorix/MyPushAdInfo.h"
 #include "support/CheckLines.h"
 
 namespace qorix {

@@ -3,8 +3,9 @@
 #include <string>
 #include <vector>
 
+#include <qorix/MyPushAdUtil.h>
+
 #include "definition/DefinitionTest.h"
-#include "qorix/MyPushAdUtil.h"
 #include "support/CheckLines.h"
 #include "support/Locale.h"
 
@@ -58,11 +59,11 @@ std::string adText(const std::string& adid) {
 
 class ParsingTest : public DefinitionTest {
  protected:
-  static std::shared_ptr<MyPushAdInfo> parse(const std::string& document) {
+  static std::shared_ptr<const MyPushAdInfo> parse(const std::string& document) {
     return MyPushAdUtil::parseXMLWithString(document);
   }
 
-  static std::shared_ptr<MyPushAdInfo> parseAd(const Ad& ad) {
+  static std::shared_ptr<const MyPushAdInfo> parseAd(const Ad& ad) {
     return parse(documentText("", ad.text()));
   }
 

@@ -1,8 +1,9 @@
 #include <set>
 #include <string>
 
+#include <qorix/MyPushAdUtil.h>
+
 #include "definition/DefinitionTest.h"
-#include "qorix/MyPushAdUtil.h"
 #include "support/CheckLines.h"
 
 namespace qorix {

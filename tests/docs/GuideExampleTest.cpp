@@ -14,8 +14,8 @@ using testing::StartsWith;
 /// The guide's complete example, as its hosts read it.
 class GuideExampleTest : public GuideTest {
  protected:
-  std::shared_ptr<MyPushAdInfo> read(const std::string& host,
-                                     const std::vector<std::string>& languages = {}) {
+  std::shared_ptr<const MyPushAdInfo> read(const std::string& host,
+                                           const std::vector<std::string>& languages = {}) {
     installHost(host);
     userDefaults_->setStringArray(languages, kAppleLanguagesKey);
     return parse(guide_.block("example"));

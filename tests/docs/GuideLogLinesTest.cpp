@@ -4,12 +4,13 @@
 #include <string>
 #include <vector>
 
+#include <qorix/MyPushAdManager.h>
+#include <qorix/MyPushAdViewController.h>
+#include <qorix/platform/Error.h>
+
 #include "definition/AdReader.h"
 #include "docs/GuideTest.h"
 #include "fakes/FakePlatform.h"
-#include "platform/Error.h"
-#include "qorix/MyPushAdManager.h"
-#include "qorix/MyPushAdViewController.h"
 
 namespace qorix::test {
 namespace {

@@ -6,12 +6,13 @@
 #include <string_view>
 #include <vector>
 
+#include <qorix/MyPushAdViewController.h>
+#include <qorix/platform/DomNode.h>
+#include <qorix/platform/WebView.h>
+
 #include "docs/Guide.h"
 #include "docs/GuideTest.h"
 #include "fakes/FakePlatform.h"
-#include "platform/DomNode.h"
-#include "platform/WebView.h"
-#include "qorix/MyPushAdViewController.h"
 #include "webview/OpeningLimit.h"
 #include "webview/PageScripts.h"
 

@@ -6,10 +6,11 @@
 #include <regex>
 #include <string>
 
+#include <qorix/MyPushAdInfo.h>
+#include <qorix/MyPushAdUtil.h>
+
 #include "definition/DefinitionTest.h"
 #include "docs/Guide.h"
-#include "qorix/MyPushAdInfo.h"
-#include "qorix/MyPushAdUtil.h"
 
 namespace qorix::test {
 

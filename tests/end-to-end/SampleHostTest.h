@@ -10,9 +10,10 @@
 #include <string>
 #include <vector>
 
+#include <qorix/platform/Platform.h>
+
 #include "end-to-end/HostProcess.h"
 #include "fakes/RecordingLog.h"
-#include "platform/Platform.h"
 #include "platform/linux/SqliteUserDefaults.h"
 #include "support/Documents.h"
 #include "support/LoopbackServer.h"

@@ -5,8 +5,9 @@
 #include <utility>
 #include <vector>
 
+#include <qorix/platform/InterfaceLoader.h>
+
 #include "fakes/FakeView.h"
-#include "platform/InterfaceLoader.h"
 
 namespace qorix {
 

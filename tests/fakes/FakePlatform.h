@@ -3,14 +3,15 @@
 #include <memory>
 #include <string>
 
+#include <qorix/platform/MemoryUserDefaults.h>
+#include <qorix/platform/Platform.h>
+
 #include "fakes/FakeApplicationsFolder.h"
 #include "fakes/FakeInterfaceLoader.h"
 #include "fakes/FakeRunLoop.h"
 #include "fakes/FakeUrlSession.h"
 #include "fakes/FakeWindow.h"
 #include "fakes/RecordingLog.h"
-#include "platform/MemoryUserDefaults.h"
-#include "platform/Platform.h"
 
 namespace qorix {
 
@@ -41,6 +42,8 @@ struct FakePlatform {
     platform.applicationsFolder = applicationsFolder;
     platform.windows = windows;
     platform.interfaceLoader = interfaceLoader;
+    platform.defaultAdFileUrl = "https://www.example.com/mac/ads/commonad.xml";
+    platform.defaultCloudContainerIdentifier = "iCloud.com.example.ads";
     return platform;
   }
 };

@@ -8,7 +8,7 @@
 #include <thread>
 #include <vector>
 
-#include "platform/RunLoop.h"
+#include <qorix/platform/RunLoop.h>
 
 namespace qorix {
 

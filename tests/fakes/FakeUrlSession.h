@@ -5,7 +5,7 @@
 #include <utility>
 #include <vector>
 
-#include "platform/UrlSession.h"
+#include <qorix/platform/UrlSession.h>
 
 namespace qorix {
 

@@ -5,10 +5,10 @@
 #include <utility>
 #include <vector>
 
-#include "platform/Platform.h"
-#include "platform/View.h"
-#include "platform/WebView.h"
-#include "qorix/MyPushAdBoxView.h"
+#include <qorix/MyPushAdBoxView.h>
+#include <qorix/platform/Platform.h>
+#include <qorix/platform/View.h>
+#include <qorix/platform/WebView.h>
 
 namespace qorix {
 

@@ -5,8 +5,9 @@
 #include <utility>
 #include <vector>
 
+#include <qorix/platform/Window.h>
+
 #include "fakes/FakeView.h"
-#include "platform/Window.h"
 
 namespace qorix {
 

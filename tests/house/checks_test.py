@@ -6,6 +6,7 @@ import tempfile
 import unittest
 from pathlib import Path
 
+import architecture
 import every_test_is_built
 import layering
 import locale_free
@@ -26,29 +27,55 @@ class Tree(unittest.TestCase):
         path.write_text(text)
 
 
-class Layering(Tree):
+class House(Tree):
+    """A tree with rooms."""
+
     def setUp(self):
         super().setUp()
+        self.write("rooms.txt", """# lowest first
+text
+platform: text
+definition: platform
+sources: platform
+webview: definition
+manager: webview sources
+platform/linux: platform
+platform/gtk: platform/linux
+""")
+
+
+class Layering(House):
+    def setUp(self):
+        super().setUp()
+        self.write("include/qorix/Export.h")
+        self.write("include/qorix/MyPushAdManager.h", "// For hosts.\n")
+        self.write("include/qorix/MyPushAdInfo.h", "// Machinery: public for those who extend it.\n")
+        self.write("include/qorix/platform/View.h", "// Platform: values and ports.\n")
         for name in (
-            "include/qorix/MyPushAdInfo.h",
-            "platform/View.h",
+            "text/Case.h",
+            "platform/Guarded.h",
             "platform/linux/HttpSession.h",
-            "platform/gtk/Install.h",
+            "platform/gtk/Views.h",
             "definition/XmlTree.h",
+            "definition/MyPushAdInfo+Reading.cpp",
             "sources/Body.h",
             "webview/Marks.h",
-            "presentation/Layout.h",
             "manager/Cache.h",
+            "manager/MyPushAdManager.cpp",
             "tests/fakes/Clock.h",
         ):
             self.write(name)
 
     def assert_refused(self, name, include):
-        self.write(name, f"#pragma once\n  #  include {include}\n")
-        self.assertEqual([f.split(":")[:2] for f in layering.faults(self.root)], [[name, "2"]])
+        before = (self.root / name).read_text() if (self.root / name).is_file() else ""
+        self.write(name, f"{before}\n  #  include {include}\n")
+        line = str(before.count("\n") + 2)
+        self.assertEqual([f.split(":")[:2] for f in layering.faults(self.root)], [[name, line]])
+        self.write(name, before)
 
     def assert_allowed(self, name, include):
-        self.write(name, f"#include {include}\n")
+        before = (self.root / name).read_text() if (self.root / name).is_file() else ""
+        self.write(name, f"{before}\n#include {include}\n")
         self.assertEqual(list(layering.faults(self.root)), [])
 
     def test_an_empty_house_has_no_fault(self):
@@ -58,7 +85,7 @@ class Layering(Tree):
         self.assert_refused("webview/Marks.cpp", "<gtk/gtk.h>")
 
     def test_toolkit_in_quotes(self):
-        self.assert_refused("presentation/Layout.cpp", '"gdk/gdk.h"')
+        self.assert_refused("manager/Cache.cpp", '"gdk/gdk.h"')
 
     def test_web_engine_in_the_core(self):
         self.assert_refused("webview/Marks.cpp", "<webkit2/webkit2.h>")
@@ -67,56 +94,109 @@ class Layering(Tree):
         self.assert_refused("platform/linux/Log.cpp", "<gtk/gtk.h>")
 
     def test_toolkit_in_a_test_of_the_core(self):
-        self.assert_refused("tests/presentation/LayoutTest.cpp", "<gtk/gtk.h>")
+        self.assert_refused("tests/manager/CacheTest.cpp", "<gtk/gtk.h>")
 
     def test_toolkit_in_a_tool_that_needs_no_display(self):
         self.assert_refused("tools/adcheck/main.cpp", "<gtk/gtk.h>")
+
+    def test_toolkit_in_a_public_header(self):
+        self.assert_refused("include/qorix/MyPushAdManager.h", "<gtk/gtk.h>")
 
     def test_glib_in_the_core(self):
         self.assert_refused("definition/XmlTree.cpp", "<glib.h>")
 
     def test_third_party_header_in_a_public_header(self):
-        self.assert_refused("include/qorix/MyPushAdUtil.h", "<nlohmann/json.hpp>")
+        self.assert_refused("include/qorix/MyPushAdInfo.h", "<nlohmann/json.hpp>")
+        self.assert_refused("include/qorix/platform/View.h", "<expat.h>")
 
-    def test_third_party_header_in_a_port(self):
-        self.assert_refused("platform/Log.h", "<expat.h>")
+    def test_private_header_in_a_public_header(self):
+        self.assert_refused("include/qorix/MyPushAdInfo.h", '"definition/XmlTree.h"')
 
-    def test_port_that_knows_the_public_interface(self):
-        self.assert_refused("platform/Log.h", '"qorix/MyPushAdInfo.h"')
+    def test_port_that_knows_the_machinery(self):
+        self.assert_refused("include/qorix/platform/View.h", "<qorix/MyPushAdInfo.h>")
+
+    def test_machinery_that_knows_the_hosts_part(self):
+        self.assert_refused("include/qorix/MyPushAdInfo.h", "<qorix/MyPushAdManager.h>")
+
+    def test_public_header_that_does_not_say_for_whom_it_is(self):
+        self.write("include/qorix/MyPushAdInfo.h", "#pragma once\n")
+        self.assertEqual(len(list(layering.faults(self.root))), 1)
+
+    def test_public_header_that_is_not_written_as_one(self):
+        self.assert_refused("manager/Cache.cpp", '"qorix/MyPushAdInfo.h"')
+
+    def test_public_header_of_a_room_above(self):
+        self.assert_refused("webview/Marks.cpp", "<qorix/MyPushAdManager.h>")
+        self.assert_refused("sources/Body.cpp", "<qorix/MyPushAdInfo.h>")
+
+    def test_public_header_that_does_not_exist(self):
+        self.assert_refused("webview/Marks.cpp", "<qorix/MyPushAdMarks.h>")
 
     def test_definition_that_knows_sources(self):
         self.assert_refused("definition/XmlTree.cpp", '"sources/Body.h"')
 
     def test_every_arrow_upwards(self):
+        self.assert_refused("text/Case.cpp", '"platform/Guarded.h"')
         self.assert_refused("definition/XmlTree.cpp", '"webview/Marks.h"')
         self.assert_refused("definition/XmlTree.cpp", '"manager/Cache.h"')
-        self.write("definition/XmlTree.cpp")
-        self.assert_refused("webview/Marks.cpp", '"presentation/Layout.h"')
-        self.write("webview/Marks.cpp")
-        self.assert_refused("presentation/Layout.cpp", '"manager/Cache.h"')
+        self.assert_refused("webview/Marks.cpp", '"manager/Cache.h"')
 
     def test_core_that_knows_a_platform(self):
-        self.assert_refused("manager/Manager.cpp", '"platform/gtk/Install.h"')
-        self.assert_refused("manager/Manager.cpp", '"platform/linux/HttpSession.h"')
+        self.assert_refused("manager/Cache.cpp", '"platform/gtk/Views.h"')
+        self.assert_refused("manager/Cache.cpp", '"platform/linux/HttpSession.h"')
 
     def test_relative_include(self):
-        self.assert_refused("manager/Manager.cpp", '"../presentation/Layout.h"')
+        self.assert_refused("manager/Cache.cpp", '"../webview/Marks.h"')
 
     def test_what_is_allowed(self):
         self.assert_allowed("platform/gtk/Views.cpp", "<gtk/gtk.h>")
         self.assert_allowed("platform/linux/Apps.cpp", "<gio/gio.h>")
-        self.assert_allowed("platform/Log.h", "<string_view>")
+        self.assert_allowed("include/qorix/platform/View.h", "<string_view>")
+        self.assert_allowed("include/qorix/MyPushAdInfo.h", "<qorix/platform/View.h>")
+        self.assert_allowed("include/qorix/MyPushAdManager.h", "<qorix/MyPushAdInfo.h>")
         self.assert_allowed("definition/XmlTree.cpp", "<expat.h>")
-        self.assert_allowed("definition/XmlTree.cpp", '"qorix/MyPushAdInfo.h"')
-        self.assert_allowed("presentation/Layout.cpp", '"webview/Marks.h"')
-        self.assert_allowed("manager/Manager.cpp", '"presentation/Layout.h"')
-        self.assert_allowed("examples/host/main.cpp", '"platform/gtk/Install.h"')
+        self.assert_allowed("webview/Marks.cpp", "<qorix/MyPushAdInfo.h>")
+        self.assert_allowed("manager/Cache.cpp", '"text/Case.h"')
+        self.assert_allowed("manager/Cache.cpp", '"webview/Marks.h"')
         self.assert_allowed("tools/preview/main.cpp", "<gtk/gtk.h>")
         self.assert_allowed("tests/gtk/ViewsTest.cpp", "<gtk/gtk.h>")
         self.assert_allowed("tests/manager/CacheTest.cpp", '"fakes/Clock.h"')
 
 
-class EveryTestIsBuilt(Tree):
+class Architecture(House):
+    ROWS = [
+        "| `platform/gtk/` | `platform/linux/` | windows |",
+        "| `platform/linux/` | `platform/` | files |",
+        "| `manager/` | `webview/`, `sources/` | requests |",
+        "| `webview/` | `definition/` | pages |",
+        "| `sources/` | `platform/` | downloads |",
+        "| `definition/` | `platform/` | documents |",
+        "| `platform/` | `text/` | services |",
+        "| `text/` | | letters |",
+    ]
+
+    def found(self, rows):
+        self.write("docs/architecture.md", "# Rooms\n\n" + "\n".join(rows) + "\n")
+        return list(architecture.faults(self.root))
+
+    def test_a_true_table(self):
+        self.assertEqual(self.found(self.ROWS), [])
+
+    def test_a_missing_room(self):
+        self.assertEqual(len(self.found(self.ROWS[1:])), 1)
+
+    def test_a_room_that_is_none(self):
+        self.assertEqual(len(self.found(["| `cellar/` | | wine |", *self.ROWS])), 1)
+
+    def test_a_room_that_knows_another(self):
+        rows = [row.replace("`definition/` | pages", "`sources/` | pages") for row in self.ROWS]
+        self.assertEqual(len(self.found(rows)), 1)
+
+    def test_another_order(self):
+        self.assertEqual(len(self.found([*self.ROWS[1:], self.ROWS[0]])), 1)
+
+
+class EveryTestIsBuilt(House):
     def build(self, *names):
         commands = [{"directory": str(self.root), "file": name} for name in names]
         self.write("build/compile_commands.json", json.dumps(commands))
@@ -176,7 +256,7 @@ class Words(Tree):
         self.assertEqual(list(words.faults(self.root)), [])
 
 
-class LocaleFree(Tree):
+class LocaleFree(House):
     def found(self, line, name="webview/Marks.cpp"):
         self.write(name, f"#include <string>\n{line}\n")
         return list(locale_free.faults(self.root))

@@ -11,24 +11,23 @@ import os
 import sys
 from pathlib import Path
 
-ROOMS = (
-    "definition sources webview presentation manager platform examples tests bench fuzz tools"
-).split()
-ON_DEMAND = ("bench", "fuzz")
+from rooms import Rooms
+
+ON_DEMAND = ("bench",)
 
 
 def faults(root, build):
     commands = json.loads((build / "compile_commands.json").read_text())
     built = {os.path.realpath(os.path.join(c["directory"], c["file"])) for c in commands}
-    for room in ROOMS:
-        for path in sorted((root / room).rglob("*.cpp")):
-            if os.path.realpath(path) in built:
-                continue
-            lists = root / room / "CMakeLists.txt"
-            name = str(path.relative_to(root / room))
-            if room in ON_DEMAND and lists.is_file() and name in lists.read_text():
-                continue
-            yield f"{path.relative_to(root)}: no target builds it"
+    for path in Rooms(root).sources((".cpp",)):
+        if os.path.realpath(root / path) in built:
+            continue
+        top = path.parts[0]
+        lists = root / top / "CMakeLists.txt"
+        name = str(path.relative_to(top))
+        if top in ON_DEMAND and lists.is_file() and name in lists.read_text():
+            continue
+        yield f"{path}: no target builds it"
 
 
 if __name__ == "__main__":

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Checks that no code follows the user's locale where it must not. usage: locale_free.py ROOT
 
-Letter case and kinds of characters come from platform/AsciiCase.h and numbers from <charconv>: the C
+Letter case and kinds of characters come from text/AsciiCase.h and numbers from <charconv>: the C
 library's functions answer differently in another country. Prints one line for each use of one and
 exits 1 if there is any.
 """
@@ -10,8 +10,7 @@ import re
 import sys
 from pathlib import Path
 
-ROOMS = ("include", "definition", "sources", "webview", "presentation", "manager", "platform",
-         "examples", "tools")
+from rooms import Rooms
 
 CALL = re.compile(
     r"\b(isw?(alnum|alpha|blank|cntrl|digit|graph|lower|print|punct|space|upper|xdigit)|"
@@ -22,13 +21,12 @@ HEADER = re.compile(r"#\s*include\s*<(cctype|ctype\.h|cwctype|wctype\.h|strings\
 
 
 def faults(root):
-    for room in ROOMS:
-        for path in sorted((root / room).rglob("*")):
-            if path.suffix not in (".h", ".cpp") or not path.is_file():
-                continue
-            for number, line in enumerate(path.read_text().splitlines(), 1):
-                if HEADER.search(line) or CALL.search(line.split("//")[0]):
-                    yield f"{path.relative_to(root)}:{number}: {line.strip()}: follows the locale"
+    for path in Rooms(root).sources():
+        if path.parts[0] in ("tests", "bench"):
+            continue
+        for number, line in enumerate((root / path).read_text().splitlines(), 1):
+            if HEADER.search(line) or CALL.search(line.split("//")[0]):
+                yield f"{path}:{number}: {line.strip()}: follows the locale"
 
 
 if __name__ == "__main__":

@@ -1,8 +1,9 @@
 #include <functional>
 #include <utility>
 
+#include <qorix/platform/Log.h>
+
 #include "manager/ManagerTest.h"
-#include "platform/Log.h"
 #include "support/Documents.h"
 
 namespace qorix {
@@ -170,7 +171,7 @@ TEST_F(ManagerTest, aRequestFromInsideTheWalkJoinsInAndDoesNotDisturbIt) {
   const auto third = std::make_shared<FakeView>();
   show(hostView_);
   show(second);
-  std::shared_ptr<MyPushAdInfo> downloaded;
+  std::shared_ptr<const MyPushAdInfo> downloaded;
   defaults->onFirstCount = [&] {
     downloaded = manager().lonePushAdInfo();
     show(third);

@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
-#include "manager/Excerpt.h"
 #include "support/Repeated.h"
+#include "text/Excerpt.h"
 
 namespace qorix {
 namespace {

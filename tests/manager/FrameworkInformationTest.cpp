@@ -6,9 +6,9 @@
 #include <regex>
 #include <string>
 
-#include "qorix/QORIXCommonUtil.h"
-#include "qorix/QORIXInfo.h"
-#include "qorix/QORIXVersion.h"
+#include <qorix/QORIXCommonUtil.h>
+#include <qorix/QORIXInfo.h>
+#include <qorix/QORIXVersion.h>
 
 namespace qorix {
 namespace {

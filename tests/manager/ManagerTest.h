@@ -6,8 +6,9 @@
 #include <optional>
 #include <string>
 
+#include <qorix/MyPushAdManager.h>
+
 #include "fakes/FakePlatform.h"
-#include "qorix/MyPushAdManager.h"
 #include "support/CheckLines.h"
 
 namespace qorix {

@@ -1,6 +1,7 @@
+#include <qorix/MyPushAdCloudManager.h>
+#include <qorix/MyPushAdWebServerManager.h>
+
 #include "manager/ManagerTest.h"
-#include "qorix/MyPushAdCloudManager.h"
-#include "qorix/MyPushAdWebServerManager.h"
 #include "support/Documents.h"
 
 namespace qorix {
@@ -185,18 +186,41 @@ TEST_F(ManagerTest, withAnUnknownModeASourceThatIsThereIsStartedWithoutADelegate
 TEST_F(ManagerTest, theDefaultAddressesAreTheDeployments) {
   manager().prepareAndShowAdByUsingMyAppWebServerURLWithHostView(hostView_);
   ASSERT_EQ(session().startedUrls.size(), 1U);
-  EXPECT_EQ(session().startedUrls[0], platform().defaultAdFileUrl);
-  EXPECT_TRUE(session().startedUrls[0].starts_with("https://"));
-  EXPECT_TRUE(session().startedUrls[0].ends_with("/mac/ads/commonad.xml"));
+  EXPECT_EQ(session().startedUrls[0], "https://www.example.com/mac/ads/commonad.xml");
 }
 
 TEST_F(ManagerTest, theDefaultContainerIsTheDeployments) {
   manager().prepareAndShowAdByUsingDefaultCloudKitContainerWithHostView(hostView_);
   const auto source = std::dynamic_pointer_cast<MyPushAdCloudManager>(manager().pushAdSource());
   ASSERT_NE(source, nullptr);
-  EXPECT_EQ(source->cloudContainerIdentifier(), platform().defaultCloudContainerIdentifier);
-  EXPECT_TRUE(platform().defaultCloudContainerIdentifier.starts_with("iCloud."));
+  EXPECT_EQ(source->cloudContainerIdentifier(), "iCloud.com.example.ads");
   EXPECT_EQ(source->delegate(), MyPushAdManager::sharedPushAdManager());
+}
+
+TEST_F(ManagerTest, aRequestForTheDefaultAddressLogsWhenThereIsNone) {
+  Platform services = platform();
+  services.defaultAdFileUrl.clear();
+  installPlatform(services);
+  manager().prepareAndShowAdByUsingMyAppWebServerURLWithHostView(hostView_);
+  EXPECT_THAT(
+      fakes_.log->lines(),
+      ElementsAre("ZAM No address of the ad document: the platform has no defaultAdFileUrl"));
+  EXPECT_TRUE(session().startedUrls.empty());
+  EXPECT_TRUE(manager().isDownloadFileRequested());
+}
+
+TEST_F(ManagerTest, aRequestForTheDefaultContainerLogsWhenThereIsNone) {
+  Platform services = platform();
+  services.defaultCloudContainerIdentifier.clear();
+  installPlatform(services);
+  manager().prepareAndShowAdByUsingDefaultCloudKitContainerWithHostView(hostView_);
+  ASSERT_FALSE(fakes_.log->lines().empty());
+  EXPECT_EQ(
+      fakes_.log->lines()[0],
+      "ZAM No address of the ad document: the platform has no defaultCloudContainerIdentifier");
+  const auto source = std::dynamic_pointer_cast<MyPushAdCloudManager>(manager().pushAdSource());
+  ASSERT_NE(source, nullptr);
+  EXPECT_EQ(source->cloudContainerIdentifier(), std::nullopt);
 }
 
 }  // namespace

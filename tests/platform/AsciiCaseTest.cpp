@@ -1,8 +1,9 @@
 #include <gtest/gtest.h>
 
-#include "platform/AsciiCase.h"
-#include "platform/Url.h"
+#include <qorix/platform/Url.h>
+
 #include "support/Locale.h"
+#include "text/AsciiCase.h"
 #include "webview/LinkMarks.h"
 
 namespace qorix {

@@ -3,8 +3,9 @@
 #include <stdexcept>
 #include <utility>
 
+#include <qorix/platform/Platform.h>
+
 #include "fakes/RecordingLog.h"
-#include "platform/Platform.h"
 
 namespace qorix {
 namespace {
@@ -14,7 +15,11 @@ using ::testing::IsEmpty;
 
 class NotificationCenterTest : public ::testing::Test {
  protected:
-  NotificationCenter::Observation observe(const std::string& name, const std::string& mark) {
+  void observe(const std::string& name, const std::string& mark) {
+    observeForAWhile(name, mark).keep();
+  }
+
+  NotificationObservation observeForAWhile(const std::string& name, const std::string& mark) {
     return center_.addObserver(
         name, [this, mark](const Notification& /*each*/) { heard_.push_back(mark); });
   }
@@ -36,25 +41,85 @@ TEST_F(NotificationCenterTest, callsTheHandlersOfTheNameInOrder) {
 }
 
 TEST_F(NotificationCenterTest, aRemovedHandlerIsNotCalled) {
-  const auto first = observe("a", "first");
+  auto first = observeForAWhile("a", "first");
   observe("a", "second");
-  center_.removeObserver("a", first);
-  center_.removeObserver("a", first);
-  center_.removeObserver("a", 99);
-  center_.removeObserver("unheard of", 1);
+  first.end();
+  first.end();
+  NotificationObservation().end();
   post("a");
   EXPECT_THAT(heard_, ElementsAre("second"));
 }
 
+TEST_F(NotificationCenterTest, anObservationEndsWithItsOwner) {
+  {
+    const auto first = observeForAWhile("a", "first");
+    post("a");
+  }
+  post("a");
+  EXPECT_THAT(heard_, ElementsAre("first"));
+  EXPECT_EQ(center_.countObservers(), 0U);
+}
+
+TEST_F(NotificationCenterTest, anObservationMayBeMoved) {
+  auto first = observeForAWhile("a", "first");
+  NotificationObservation owner = std::move(first);
+  post("a");
+  owner = observeForAWhile("a", "second");
+  post("a");
+  EXPECT_THAT(heard_, ElementsAre("first", "second"));
+}
+
+TEST_F(NotificationCenterTest, aKeptObservationOutlivesItsOwner) {
+  {
+    auto first = observeForAWhile("a", "first");
+    first.keep();
+  }
+  post("a");
+  EXPECT_THAT(heard_, ElementsAre("first"));
+}
+
+TEST_F(NotificationCenterTest, anObservationMayOutliveItsCenter) {
+  NotificationObservation observation;
+  {
+    NotificationCenter center;
+    observation = center.addObserver("a", [](const Notification& /*each*/) {});
+  }
+  observation.end();
+}
+
+TEST_F(NotificationCenterTest, aHandlerMayEndTheCenter) {
+  auto center = std::make_unique<NotificationCenter>();
+  center->addObserver("a", [&](const Notification& /*each*/) { center = nullptr; }).keep();
+  center->addObserver("a", [&](const Notification& /*each*/) { heard_.emplace_back("second"); })
+      .keep();
+  center->post(Notification("a", nullptr));
+  EXPECT_EQ(center, nullptr);
+  EXPECT_THAT(heard_, ElementsAre("second"));
+}
+
+TEST_F(NotificationCenterTest, aHandlerMayOwnOtherObservations) {
+  NotificationObservation first;
+  auto others = std::make_shared<std::vector<NotificationObservation>>();
+  first = center_.addObserver("a", [&first, others](const Notification& /*each*/) { first.end(); });
+  for (int i = 0; i < 3; ++i) {
+    others->push_back(observeForAWhile("a", "other"));
+  }
+  const std::weak_ptr owned = others;
+  others = nullptr;
+  post("a");
+  EXPECT_TRUE(owned.expired());
+  EXPECT_EQ(center_.countObservers(), 0U);
+}
+
 TEST_F(NotificationCenterTest, aHandlerMayRemoveItselfAndLaterOnes) {
-  NotificationCenter::Observation self = 0;
-  NotificationCenter::Observation later = 0;
+  NotificationObservation self;
+  NotificationObservation later;
   self = center_.addObserver("a", [&](const Notification& /*each*/) {
     heard_.emplace_back("once");
-    center_.removeObserver("a", self);
-    center_.removeObserver("a", later);
+    self.end();
+    later.end();
   });
-  later = observe("a", "removed");
+  later = observeForAWhile("a", "removed");
   observe("a", "kept");
   post("a");
   post("a");
@@ -62,20 +127,26 @@ TEST_F(NotificationCenterTest, aHandlerMayRemoveItselfAndLaterOnes) {
 }
 
 TEST_F(NotificationCenterTest, aHandlerAddedMeanwhileHearsTheNextOne) {
-  center_.addObserver("a", [&](const Notification& /*each*/) {
-    for (int i = 0; i < 100; ++i) {
-      observe("a", "new");
-    }
-  });
+  center_
+      .addObserver("a",
+                   [&](const Notification& /*each*/) {
+                     for (int i = 0; i < 100; ++i) {
+                       observe("a", "new");
+                     }
+                   })
+      .keep();
   post("a");
   EXPECT_THAT(heard_, IsEmpty());
 }
 
 TEST_F(NotificationCenterTest, aHandlerMayPost) {
-  center_.addObserver("a", [&](const Notification& /*each*/) {
-    heard_.emplace_back("a");
-    post("b");
-  });
+  center_
+      .addObserver("a",
+                   [&](const Notification& /*each*/) {
+                     heard_.emplace_back("a");
+                     post("b");
+                   })
+      .keep();
   observe("b", "b");
   observe("a", "a again");
   post("a");
@@ -83,15 +154,18 @@ TEST_F(NotificationCenterTest, aHandlerMayPost) {
 }
 
 TEST_F(NotificationCenterTest, anObserverRemovedInANestedPostDisplacesNoneOfTheOuterOne) {
-  const auto earlier = observe("a", "earlier");
+  auto earlier = observeForAWhile("a", "earlier");
   bool isNested = false;
-  center_.addObserver("a", [&](const Notification& /*each*/) {
-    if (!std::exchange(isNested, true)) {
-      center_.removeObserver("a", earlier);
-      post("a");
-      heard_.emplace_back("nested post has ended");
-    }
-  });
+  center_
+      .addObserver("a",
+                   [&](const Notification& /*each*/) {
+                     if (!std::exchange(isNested, true)) {
+                       earlier.end();
+                       post("a");
+                       heard_.emplace_back("nested post has ended");
+                     }
+                   })
+      .keep();
   observe("a", "next");
   observe("a", "last");
   post("a");
@@ -105,9 +179,9 @@ TEST_F(NotificationCenterTest, whatAnObserverThrowsIsLoggedAndTheOthersHearThePo
   Platform services;
   services.log = log;
   installPlatform(services);
-  NotificationCenter::Observation self = 0;
+  NotificationObservation self;
   self = center_.addObserver("a", [&](const Notification& /*each*/) {
-    center_.removeObserver("a", self);
+    self.end();
     throw std::runtime_error("of the host");
   });
   observe("a", "second");

@@ -1,7 +1,7 @@
 #include <gmock/gmock.h>
 
-#include "platform/Platform.h"
-#include "qorix/MyPushAdManager.h"
+#include <qorix/MyPushAdManager.h>
+#include <qorix/platform/Platform.h>
 
 namespace qorix {
 namespace {

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "platform/Url.h"
+#include <qorix/platform/Url.h>
 
 namespace qorix {
 namespace {

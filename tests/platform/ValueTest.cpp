@@ -4,7 +4,7 @@
 #include <limits>
 #include <type_traits>
 
-#include "platform/Value.h"
+#include <qorix/platform/Value.h>
 
 namespace qorix {
 namespace {

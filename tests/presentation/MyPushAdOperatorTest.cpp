@@ -1,7 +1,8 @@
 #include <gmock/gmock.h>
 
+#include <qorix/MyPushAdUtil.h>
+
 #include "presentation/OperatorTest.h"
-#include "qorix/MyPushAdUtil.h"
 
 namespace qorix {
 namespace {
@@ -721,7 +722,7 @@ TEST_F(OperatorTest, theUserInfoNamesRecordModeHostAndPopup) {
   const auto userInfo = banner->composeNotificationUserInfo();
   ASSERT_TRUE(userInfo);
   EXPECT_EQ(userInfo->size(), 4U);
-  EXPECT_EQ(userInfo->at(kPushAdInfoKey).object<MyPushAdInfo>(), record);
+  EXPECT_EQ(userInfo->at(kPushAdInfoKey).object<const MyPushAdInfo>(), record);
   EXPECT_EQ(userInfo->at(kPushAdIsPopupWindowKey).booleanValue(), false);
   EXPECT_EQ(userInfo->at(kPushAdHostViewKey).object<View>(), hostView_);
   EXPECT_EQ(userInfo->at(kPushAdPopupWindowKey).object<Window>(), popup->popupAdWindow())

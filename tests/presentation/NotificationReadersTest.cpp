@@ -2,9 +2,10 @@
 
 #include <thread>
 
+#include <qorix/MyPushAdNotifications.h>
+#include <qorix/MyPushAdUtil.h>
+
 #include "fakes/FakePlatform.h"
-#include "qorix/MyPushAdNotifications.h"
-#include "qorix/MyPushAdUtil.h"
 #include "support/CheckLines.h"
 #include "support/Records.h"
 
@@ -173,11 +174,14 @@ TEST_F(NotificationReadersTest, whatIsNoNotificationIsLoggedByTheElementReader) 
 
 TEST_F(NotificationReadersTest, aPostArrivesAfterTheCallAndKeepsItsValuesAlive) {
   std::vector<std::string> names;
-  fakes_.notificationCenter->addObserver("a", [&](const Notification& each) {
-    names.push_back(each.name());
-    EXPECT_NE(each.object(), nullptr);
-    EXPECT_EQ(each.userInfo()->at("key").integerValue(), 1);
-  });
+  fakes_.notificationCenter
+      ->addObserver("a",
+                    [&](const Notification& each) {
+                      names.push_back(each.name());
+                      EXPECT_NE(each.object(), nullptr);
+                      EXPECT_EQ(each.userInfo()->at("key").integerValue(), 1);
+                    })
+      .keep();
   MyPushAdUtil::postOnMainThreadNotificationName("a", std::make_shared<FakeView>(),
                                                  Dictionary{{"key", 1}});
   EXPECT_THAT(names, IsEmpty());
@@ -187,7 +191,8 @@ TEST_F(NotificationReadersTest, aPostArrivesAfterTheCallAndKeepsItsValuesAlive) 
 
 TEST_F(NotificationReadersTest, aPostArrivesWhileTheUserTracksAMenu) {
   int deliveries = 0;
-  fakes_.notificationCenter->addObserver("a", [&](const Notification& /*each*/) { ++deliveries; });
+  fakes_.notificationCenter->addObserver("a", [&](const Notification& /*each*/) { ++deliveries; })
+      .keep();
   fakes_.runLoop->setTracksMenu(true);
   MyPushAdUtil::postOnMainThreadNotificationName("a", nullptr, std::nullopt);
   EXPECT_THAT(fakes_.runLoop->pendingDelays(), IsEmpty());
@@ -197,8 +202,10 @@ TEST_F(NotificationReadersTest, aPostArrivesWhileTheUserTracksAMenu) {
 
 TEST_F(NotificationReadersTest, aPostFromAnotherThreadArrivesOnTheMainThread) {
   std::thread::id deliveredOn;
-  fakes_.notificationCenter->addObserver(
-      "a", [&](const Notification& /*each*/) { deliveredOn = std::this_thread::get_id(); });
+  fakes_.notificationCenter
+      ->addObserver("a",
+                    [&](const Notification& /*each*/) { deliveredOn = std::this_thread::get_id(); })
+      .keep();
   std::thread([] {
     MyPushAdUtil::postOnMainThreadNotificationName("a", nullptr, std::nullopt);
   }).join();

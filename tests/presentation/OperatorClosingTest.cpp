@@ -43,7 +43,7 @@ TEST_F(OperatorTest, anOperatorWhoseCountIsUsedUpReportsTheClosingOfTheWindowTha
   fakes_.runLoop->runUntilIdle();
   ASSERT_EQ(notifications_.size(), 2U);
   EXPECT_EQ(notifications_[1]->object(), nullptr);
-  EXPECT_EQ(notifications_[1]->userInfo()->at(kPushAdInfoKey).object<MyPushAdInfo>(), record);
+  EXPECT_EQ(notifications_[1]->userInfo()->at(kPushAdInfoKey).object<const MyPushAdInfo>(), record);
   EXPECT_THAT(fakes_.log->lines(), ElementsAre(operatorCheck("postPushAdDidCloseNotification", 530,
                                                              kVerifyFailedMessage)));
 }

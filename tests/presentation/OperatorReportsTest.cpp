@@ -4,8 +4,9 @@
 
 #include <map>
 
+#include <qorix/MyPushAdUtil.h>
+
 #include "presentation/OperatorTest.h"
-#include "qorix/MyPushAdUtil.h"
 
 namespace qorix {
 namespace {
@@ -28,7 +29,7 @@ class OperatorReportsTest : public OperatorTest {
   Told told(const Notification& notification) {
     Told texts;
     for (const auto& [key, value] : notification.userInfo().value()) {
-      if (const auto object = value.object<Object>()) {
+      if (const auto object = value.object<const Object>()) {
         texts[key] = nameOf(object);
       } else if (const bool* flag = value.as<bool>()) {
         texts[key] = *flag ? "YES" : "NO";
@@ -39,7 +40,7 @@ class OperatorReportsTest : public OperatorTest {
     return texts;
   }
 
-  std::string nameOf(const std::shared_ptr<Object>& object) {
+  std::string nameOf(const std::shared_ptr<const Object>& object) {
     return object == record_     ? "record"
            : object == hostView_ ? "host view"
            : !fakes_.windows->windows.empty() && object == fakes_.windows->windows[0]

@@ -25,12 +25,14 @@ TEST_F(OperatorTest, aBannerIsAnnouncedThenAddedThenPlacedThenLoaded) {
     steps.emplace_back("announced");
   };
   ad->setPostsFrameChangedNotifications(true);
-  fakes_.notificationCenter->addObserver(kViewFrameDidChangeNotification,
-                                         [&](const Notification& /*each*/) {
-                                           EXPECT_EQ(ad->superview(), hostView_);
-                                           EXPECT_THAT(webView()->loads, IsEmpty());
-                                           steps.emplace_back("placed");
-                                         });
+  fakes_.notificationCenter
+      ->addObserver(kViewFrameDidChangeNotification,
+                    [&](const Notification& /*each*/) {
+                      EXPECT_EQ(ad->superview(), hostView_);
+                      EXPECT_THAT(webView()->loads, IsEmpty());
+                      steps.emplace_back("placed");
+                    })
+      .keep();
   fakes_.runLoop->runUntilIdle();
   EXPECT_THAT(steps, ElementsAre("announced", "placed"));
   EXPECT_EQ(webView()->loads.size(), 1U);

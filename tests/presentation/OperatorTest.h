@@ -8,9 +8,10 @@
 #include <string>
 #include <vector>
 
+#include <qorix/MyPushAdNotifications.h>
+#include <qorix/MyPushAdOperator.h>
+
 #include "fakes/FakePlatform.h"
-#include "qorix/MyPushAdNotifications.h"
-#include "qorix/MyPushAdOperator.h"
 #include "support/CheckLines.h"
 #include "support/Records.h"
 
@@ -74,11 +75,14 @@ class OperatorTest : public ::testing::Test {
     hostView_->setFrame({{0, 0}, {500, 300}});
     for (const char* name :
          {kPushAdWillShowNotification, kPushAdDidCloseNotification, kPushAdOpenIAPNotification}) {
-      fakes_.notificationCenter->addObserver(name, [this](const Notification& each) {
-        events_.push_back(each.name());
-        notifications_.push_back(
-            std::make_shared<Notification>(each.name(), each.object(), each.userInfo()));
-      });
+      fakes_.notificationCenter
+          ->addObserver(name,
+                        [this](const Notification& each) {
+                          events_.push_back(each.name());
+                          notifications_.push_back(std::make_shared<Notification>(
+                              each.name(), each.object(), each.userInfo()));
+                        })
+          .keep();
     }
   }
 

@@ -6,9 +6,10 @@
 #include <thread>
 #include <utility>
 
+#include <qorix/MyPushAdCloudManager.h>
+
 #include "fakes/FakeCloudContainer.h"
 #include "fakes/FakePlatform.h"
-#include "qorix/MyPushAdCloudManager.h"
 #include "support/CheckLines.h"
 #include "support/TemporaryFolder.h"
 

@@ -1,7 +1,8 @@
 #include <gmock/gmock.h>
 
+#include <qorix/MyPushAdWebServerManager.h>
+
 #include "fakes/FakePlatform.h"
-#include "qorix/MyPushAdWebServerManager.h"
 
 namespace qorix {
 namespace {

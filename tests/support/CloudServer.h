@@ -4,8 +4,9 @@
 #include <mutex>
 #include <string>
 
+#include <qorix/platform/CloudContainer.h>
+
 #include "examples/server/CloudRecords.h"
-#include "platform/CloudContainer.h"
 #include "support/LoopbackServer.h"
 
 namespace qorix {

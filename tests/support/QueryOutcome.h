@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-#include "platform/CloudContainer.h"
+#include <qorix/platform/CloudContainer.h>
 
 namespace qorix {
 

@@ -10,7 +10,7 @@
 #include <utility>
 #include <vector>
 
-#include "platform/UrlSession.h"
+#include <qorix/platform/UrlSession.h>
 
 namespace qorix {
 

@@ -4,7 +4,7 @@
 #include <memory>
 #include <string>
 
-#include "qorix/MyPushAdInfo.h"
+#include <qorix/MyPushAdInfo.h>
 
 namespace qorix {
 

@@ -3,9 +3,10 @@
 #include <chrono>
 #include <utility>
 
+#include <qorix/MyPushAdManager.h>
+#include <qorix/MyPushAdViewController.h>
+
 #include "fakes/FakePlatform.h"
-#include "qorix/MyPushAdManager.h"
-#include "qorix/MyPushAdViewController.h"
 
 namespace qorix {
 namespace {

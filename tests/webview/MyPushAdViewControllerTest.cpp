@@ -1,8 +1,9 @@
 #include <gmock/gmock.h>
 
+#include <qorix/MyPushAdBoxView.h>
+#include <qorix/MyPushAdViewController.h>
+
 #include "fakes/FakePlatform.h"
-#include "qorix/MyPushAdBoxView.h"
-#include "qorix/MyPushAdViewController.h"
 
 namespace qorix {
 namespace {

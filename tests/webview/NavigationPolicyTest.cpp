@@ -1,8 +1,9 @@
 #include <gmock/gmock.h>
 
+#include <qorix/MyPushAdNotifications.h>
+#include <qorix/MyPushAdViewController.h>
+
 #include "fakes/FakePlatform.h"
-#include "qorix/MyPushAdNotifications.h"
-#include "qorix/MyPushAdViewController.h"
 #include "webview/LinkMarks.h"
 #include "webview/OpeningLimit.h"
 
@@ -61,11 +62,13 @@ class NavigationPolicyTest : public ::testing::Test {
     auto services = fakes_.services();
     services.workspace = workspace_;
     installPlatform(std::move(services));
-    fakes_.notificationCenter->addObserver(kPushAdIsTriggeringNavigationNotification,
-                                           [this](const Notification& each) {
-                                             announced_.push_back(*each.userInfo());
-                                             EXPECT_EQ(each.object(), sender_.lock());
-                                           });
+    fakes_.notificationCenter
+        ->addObserver(kPushAdIsTriggeringNavigationNotification,
+                      [this](const Notification& each) {
+                        announced_.push_back(*each.userInfo());
+                        EXPECT_EQ(each.object(), sender_.lock());
+                      })
+        .keep();
     controller_ = MyPushAdViewController::createInstanceWithPushAdMode(MyPushAdModeBanner);
     sender_ = controller_;
     controller_->setDelegate(delegate_);
@@ -301,9 +304,10 @@ TEST_F(NavigationPolicyTest, anAnnouncementReadsTheElementWhenItIsMade) {
 
 TEST_F(NavigationPolicyTest, anAnnouncementIsPostedThroughTheMainQueue) {
   std::vector<std::string> order;
-  fakes_.notificationCenter->addObserver(
-      kPushAdIsTriggeringNavigationNotification,
-      [&order](const Notification&) { order.emplace_back("announced"); });
+  fakes_.notificationCenter
+      ->addObserver(kPushAdIsTriggeringNavigationNotification,
+                    [&order](const Notification&) { order.emplace_back("announced"); })
+      .keep();
   fakes_.runLoop->setTracksMenu(true);  // delayed performs wait, the queue does not
   fakes_.runLoop->dispatchAsync([&order] { order.emplace_back("before"); });
   controller_->handleUserIsTriggeringNavigation(element("a", ""));

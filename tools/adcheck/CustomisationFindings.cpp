@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "definition/Json.h"
-#include "platform/AsciiCase.h"
+#include "text/AsciiCase.h"
 #include "tools/adcheck/FieldValues.h"
 #include "tools/adcheck/Findings.h"
 #include "tools/adcheck/JsonMembers.h"

@@ -4,8 +4,9 @@
 #include <optional>
 #include <string>
 
-#include "platform/Geometry.h"
-#include "qorix/MyPushAdInfo.h"
+#include <qorix/MyPushAdInfo.h>
+#include <qorix/platform/Geometry.h>
+
 #include "tools/adcheck/HostRun.h"
 
 namespace qorix::adcheck {

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/ApplicationsFolder.h"
+#include <qorix/platform/ApplicationsFolder.h>
 
 namespace qorix::adcheck {
 

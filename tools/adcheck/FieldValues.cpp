@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <limits>
 
-#include "definition/LeadingInteger.h"
+#include "text/LeadingInteger.h"
 #include "tools/adcheck/Wording.h"
 
 namespace qorix::adcheck {

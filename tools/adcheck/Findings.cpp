@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "platform/AsciiCase.h"
+#include "text/AsciiCase.h"
 #include "tools/adcheck/Refusal.h"
 #include "tools/adcheck/Wording.h"
 

@@ -3,10 +3,11 @@
 #include <utility>
 #include <vector>
 
-#include "platform/MemoryUserDefaults.h"
+#include <qorix/MyPushAdUtil.h>
+#include <qorix/platform/MemoryUserDefaults.h>
+
 #include "platform/linux/LinuxApplicationsFolder.h"
 #include "presentation/StoredShownState.h"
-#include "qorix/MyPushAdUtil.h"
 #include "tools/adcheck/EmptyApplicationsFolder.h"
 
 namespace qorix::adcheck {

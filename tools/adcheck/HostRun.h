@@ -7,9 +7,10 @@
 #include <string>
 #include <string_view>
 
-#include "platform/Platform.h"
+#include <qorix/MyPushAdInfo.h>
+#include <qorix/platform/Platform.h>
+
 #include "presentation/ShowDecision.h"
-#include "qorix/MyPushAdInfo.h"
 #include "tools/adcheck/Options.h"
 
 namespace qorix::adcheck {
@@ -40,7 +41,7 @@ struct Decision {
 
 /// What a host makes of a document, from reading it to the page that it shows.
 struct HostRun {
-  std::shared_ptr<MyPushAdInfo> record;  // null when the document is refused
+  std::shared_ptr<const MyPushAdInfo> record;  // null when the document is refused
   std::optional<std::string> title;
   std::optional<std::string> page;
   Decision decision;

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "definition/LanguageChoice.h"
-#include "platform/AsciiCase.h"
+#include "text/AsciiCase.h"
 #include "tools/adcheck/Findings.h"
 #include "tools/adcheck/Wording.h"
 

@@ -7,7 +7,7 @@
 #include <string_view>
 #include <system_error>
 
-#include "webview/TextLists.h"
+#include "text/TextLists.h"
 
 namespace qorix::adcheck {
 
@@ -49,14 +49,6 @@ std::optional<Integer> integerIn(std::string_view text) {
   return error == std::errc() && stop == end ? std::optional(value) : std::nullopt;
 }
 
-std::vector<std::string> languagesIn(std::string_view text) {
-  std::vector<std::string> languages;
-  for (const Value& language : splitAtCommas(text)) {
-    languages.push_back(*language.as<std::string>());
-  }
-  return languages;
-}
-
 std::optional<Size> sizeIn(std::string_view text) {
   constexpr int kLargest = 100'000;
   const auto cross = text.find('x');
@@ -77,7 +69,7 @@ std::optional<std::string> take(int which, const char* value, Options& options) 
       options.app = value;
       break;
     case kLanguages:
-      options.languages = languagesIn(value);
+      options.languages = splitAtCommas(value);
       break;
     case kApplications:
       options.applications = value;

@@ -6,7 +6,7 @@
 #include <variant>
 #include <vector>
 
-#include "platform/Geometry.h"
+#include <qorix/platform/Geometry.h>
 
 namespace qorix::adcheck {
 

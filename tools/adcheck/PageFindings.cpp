@@ -7,8 +7,9 @@
 #include <utility>
 #include <vector>
 
-#include "platform/AsciiCase.h"
-#include "platform/Url.h"
+#include <qorix/platform/Url.h>
+
+#include "text/AsciiCase.h"
 #include "tools/adcheck/Findings.h"
 #include "tools/adcheck/PageScan.h"
 #include "tools/adcheck/ScriptScan.h"

@@ -8,7 +8,7 @@
 #include <system_error>
 #include <utility>
 
-#include "platform/AsciiCase.h"
+#include "text/AsciiCase.h"
 #include "tools/adcheck/Wording.h"
 
 namespace qorix::adcheck {

@@ -6,8 +6,8 @@
 #include <string_view>
 
 #include "definition/AdReader.h"
-#include "definition/LeadingInteger.h"
-#include "platform/AsciiCase.h"
+#include "text/AsciiCase.h"
+#include "text/LeadingInteger.h"
 #include "tools/adcheck/FieldValues.h"
 #include "tools/adcheck/Findings.h"
 #include "tools/adcheck/Wording.h"

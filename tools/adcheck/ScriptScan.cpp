@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "platform/AsciiCase.h"
+#include "text/AsciiCase.h"
 
 namespace qorix::adcheck {
 

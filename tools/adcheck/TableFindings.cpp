@@ -6,7 +6,7 @@
 #include <string_view>
 #include <utility>
 
-#include "platform/AsciiCase.h"
+#include "text/AsciiCase.h"
 #include "tools/adcheck/FieldValues.h"
 #include "tools/adcheck/Findings.h"
 #include "tools/adcheck/Wording.h"

@@ -9,9 +9,10 @@
 #include <utility>
 #include <vector>
 
+#include <qorix/MyPushAdUtil.h>
+
 #include "definition/Json.h"
 #include "definition/LanguageChoice.h"
-#include "qorix/MyPushAdUtil.h"
 #include "tools/adcheck/Describe.h"
 #include "tools/adcheck/Findings.h"
 #include "tools/adcheck/HostRun.h"

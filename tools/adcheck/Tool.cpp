@@ -11,7 +11,8 @@
 #include <string_view>
 #include <variant>
 
-#include "qorix/QORIXInfo.h"
+#include <qorix/QORIXInfo.h>
+
 #include "tools/adcheck/AllHosts.h"
 #include "tools/adcheck/HostRun.h"
 #include "tools/adcheck/JsonReport.h"

@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "qorix/MyPushAdInfo.h"
+#include <qorix/MyPushAdInfo.h>
 
 /// The advertisement in one line: what it is, where it goes and how large it is.
 std::string describeAd(const qorix::MyPushAdInfo& info);

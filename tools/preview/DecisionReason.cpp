@@ -5,9 +5,10 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/AsciiCase.h"
-#include "platform/DomNode.h"
-#include "platform/WebView.h"
+#include <qorix/platform/DomNode.h>
+#include <qorix/platform/WebView.h>
+
+#include "text/AsciiCase.h"
 #include "webview/LinkMarks.h"
 #include "webview/PageScripts.h"
 

@@ -2,9 +2,9 @@
 
 #include <string>
 
-#include "platform/Url.h"
-#include "platform/Value.h"
-#include "qorix/MyPushAdViewController.h"
+#include <qorix/MyPushAdViewController.h>
+#include <qorix/platform/Url.h>
+#include <qorix/platform/Value.h>
 
 /// What made the page ask for the navigation: "link click", "form submission", ...
 std::string navigationKind(const qorix::Dictionary& actionInformation);

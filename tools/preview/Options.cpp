@@ -7,7 +7,7 @@
 #include <cstdlib>
 #include <string_view>
 
-#include "webview/TextLists.h"
+#include "text/TextLists.h"
 
 namespace {
 
@@ -57,10 +57,7 @@ void parseViewSize(Options& options, std::string_view text) {
 }
 
 std::vector<std::string> parseLanguages(std::string_view text) {
-  std::vector<std::string> languages;
-  for (const qorix::Value& language : qorix::splitAtCommas(text)) {
-    languages.push_back(*language.as<std::string>());
-  }
+  auto languages = qorix::splitAtCommas(text);
   if (languages.empty()) {
     refuse("--languages needs a language, as in de-DE,en-US");
   }

@@ -3,8 +3,8 @@
 #include <functional>
 #include <string>
 
-#include "platform/View.h"
-#include "platform/WebView.h"
+#include <qorix/platform/View.h>
+#include <qorix/platform/WebView.h>
 
 using GtkWidget = struct _GtkWidget;
 

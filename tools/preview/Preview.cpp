@@ -7,13 +7,14 @@
 #include <cstring>
 #include <utility>
 
+#include <qorix/MyPushAdManager.h>
+#include <qorix/MyPushAdNotifications.h>
+#include <qorix/MyPushAdUtil.h>
+#include <qorix/platform/Platform.h>
+
 #include "definition/AdReader.h"
 #include "definition/XmlDocument.h"
 #include "examples/host/NotificationFacts.h"
-#include "platform/Platform.h"
-#include "qorix/MyPushAdManager.h"
-#include "qorix/MyPushAdNotifications.h"
-#include "qorix/MyPushAdUtil.h"
 #include "tools/adcheck/Refusal.h"
 #include "tools/preview/AdDescription.h"
 #include "tools/preview/Lines.h"
@@ -198,7 +199,7 @@ bool Preview::areAllPromotedInstalled(const std::string& text) const {
   return areAll;
 }
 
-void Preview::showAd(const std::shared_ptr<qorix::MyPushAdInfo>& info) {
+void Preview::showAd(const std::shared_ptr<const qorix::MyPushAdInfo>& info) {
   if (info->enable() && info->delay() > 0) {
     printLine("waiting", "the advertisement comes after " + std::to_string(info->delay()) + " s");
   }

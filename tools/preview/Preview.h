@@ -7,8 +7,9 @@
 #include <string>
 #include <vector>
 
+#include <qorix/MyPushAdInfo.h>
+
 #include "examples/host/EditorWindow.h"
-#include "qorix/MyPushAdInfo.h"
 #include "tools/preview/DocumentFile.h"
 #include "tools/preview/Handover.h"
 #include "tools/preview/Options.h"
@@ -40,7 +41,7 @@ class Preview {
   std::shared_ptr<qorix::MyPushAdInfo> parse(const std::string& text);
   void show(const std::string& text);
   bool areAllPromotedInstalled(const std::string& text) const;
-  void showAd(const std::shared_ptr<qorix::MyPushAdInfo>& info);
+  void showAd(const std::shared_ptr<const qorix::MyPushAdInfo>& info);
   void documentChanged(const std::string& text);
   void startAnewWith(const std::string& text);
   void printRefusal(const std::string& text, const std::vector<std::string>& logLines,

@@ -5,7 +5,8 @@
 #include <string>
 #include <string_view>
 
-#include "qorix/MyPushAdManager.h"
+#include <qorix/MyPushAdManager.h>
+
 #include "tools/preview/DecisionReason.h"
 #include "tools/preview/Lines.h"
 #include "tools/preview/Painting.h"

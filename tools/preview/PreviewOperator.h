@@ -6,8 +6,9 @@
 #include <string>
 #include <utility>
 
-#include "qorix/MyPushAdOperator.h"
-#include "qorix/MyPushAdViewController.h"
+#include <qorix/MyPushAdOperator.h>
+#include <qorix/MyPushAdViewController.h>
+
 #include "tools/preview/Services.h"
 
 /// The library's controller; tells every decision about a navigation, with its reason, on a line,

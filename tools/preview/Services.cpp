@@ -2,9 +2,10 @@
 
 #include <utility>
 
-#include "platform/MemoryUserDefaults.h"
-#include "platform/Platform.h"
-#include "platform/gtk/Install.h"
+#include <qorix/gtk3.h>
+#include <qorix/platform/MemoryUserDefaults.h>
+#include <qorix/platform/Platform.h>
+
 #include "platform/linux/PreferredLanguages.h"
 #include "tools/adcheck/EmptyApplicationsFolder.h"
 #include "tools/preview/Lines.h"

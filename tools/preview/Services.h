@@ -5,8 +5,9 @@
 #include <string>
 #include <vector>
 
-#include "platform/ApplicationRegistry.h"
-#include "platform/Log.h"
+#include <qorix/platform/ApplicationRegistry.h>
+#include <qorix/platform/Log.h>
+
 #include "tools/preview/Options.h"
 
 /// Passes the library's lines on and remembers them, so that it can be told why a document is

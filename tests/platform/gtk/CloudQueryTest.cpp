@@ -7,9 +7,10 @@
 #include <future>
 #include <thread>
 
-#include "platform/Platform.h"
+#include <qorix/gtk3.h>
+#include <qorix/platform/Platform.h>
+
 #include "platform/gtk/GtkTest.h"
-#include "platform/gtk/Install.h"
 #include "support/CloudServer.h"
 
 namespace qorix::test {

@@ -317,9 +317,11 @@ TEST_F(GtkDestruction, aHostMayTakeTheBannerThatIsMoved) {
 
 TEST_F(GtkDestruction, whatAnObserverThrowsPassesNoFrameOfTheToolkit) {
   target->setPostsFrameChangedNotifications(true);
-  platform().notificationCenter->addObserver(
-      kViewFrameDidChangeNotification,
-      [](const Notification&) { throw std::runtime_error("of the host"); });
+  platform()
+      .notificationCenter
+      ->addObserver(kViewFrameDidChangeNotification,
+                    [](const Notification&) { throw std::runtime_error("of the host"); })
+      .keep();
   to.show();
   EXPECT_EQ(target->frame().size, (Size{200, 100}));
   EXPECT_EQ(log->lines().at(0), "ZAM An exception was stopped: of the host");

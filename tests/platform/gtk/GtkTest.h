@@ -11,9 +11,10 @@
 #include <string>
 #include <vector>
 
+#include <qorix/gtk3.h>
+#include <qorix/platform/Platform.h>
+
 #include "fakes/RecordingLog.h"
-#include "platform/Platform.h"
-#include "platform/gtk/Install.h"
 #include "support/Picture.h"
 #include "support/VirtualDisplay.h"
 

@@ -2,9 +2,10 @@
 #include <stdexcept>
 #include <thread>
 
+#include <qorix/MyPushAdUtil.h>
+
 #include "platform/gtk/GtkTest.h"
 #include "platform/gtk/MenuTracking.h"
-#include "qorix/MyPushAdUtil.h"
 
 namespace qorix::test {
 
@@ -153,15 +154,22 @@ TEST_F(GtkRunLoop, observersHearOneNotificationAfterTheOtherThoughOneOfThemRunsA
   Dialog dialog(host);
   std::vector<std::string> heard;
   for (const char* name : {"first", "second"}) {
-    platform().notificationCenter->addObserver(name, [&](const Notification& each) {
-      heard.push_back("early " + each.name());
-      if (each.name() == "first") {
-        loop.performAfterDelay(0.1, [&] { dialog.end(); });
-        dialog.run();
-      }
-    });
-    platform().notificationCenter->addObserver(
-        name, [&](const Notification& each) { heard.push_back("late " + each.name()); });
+    platform()
+        .notificationCenter
+        ->addObserver(name,
+                      [&](const Notification& each) {
+                        heard.push_back("early " + each.name());
+                        if (each.name() == "first") {
+                          loop.performAfterDelay(0.1, [&] { dialog.end(); });
+                          dialog.run();
+                        }
+                      })
+        .keep();
+    platform()
+        .notificationCenter
+        ->addObserver(name,
+                      [&](const Notification& each) { heard.push_back("late " + each.name()); })
+        .keep();
     MyPushAdUtil::postOnMainThreadNotificationName(name, nullptr, std::nullopt);
   }
   ASSERT_TRUE(waitFor([&] { return heard.size() == 4; }));

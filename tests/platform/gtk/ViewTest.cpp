@@ -7,9 +7,12 @@ namespace {
 class GtkView : public GtkTest {
  protected:
   GtkView() {
-    platform().notificationCenter->addObserver(
-        kViewFrameDidChangeNotification,
-        [this](const Notification& notification) { posted.push_back(notification.object()); });
+    platform()
+        .notificationCenter
+        ->addObserver(
+            kViewFrameDidChangeNotification,
+            [this](const Notification& notification) { posted.push_back(notification.object()); })
+        .keep();
   }
 
   std::vector<std::shared_ptr<Object>> posted;
@@ -105,11 +108,14 @@ TEST_F(GtkView, frameFollowsItsHostWithoutALag) {
   const auto hostView = host.view();
   const auto banner = page.interface->view;
   hostView->setPostsFrameChangedNotifications(true);
-  platform().notificationCenter->addObserver(
-      kViewFrameDidChangeNotification, [&](const Notification&) {
-        const Size size = hostView->frame().size;
-        banner->setFrame({{size.width - 300, size.height - 50}, {300, 50}});
-      });
+  platform()
+      .notificationCenter
+      ->addObserver(kViewFrameDidChangeNotification,
+                    [&](const Notification&) {
+                      const Size size = hostView->frame().size;
+                      banner->setFrame({{size.width - 300, size.height - 50}, {300, 50}});
+                    })
+      .keep();
   page.showIn(host, {{200, 250}, {300, 50}});
   page.loadAndWait(kRedPage);
   ASSERT_TRUE(waitFor([&] { return isRedExactlyAt(host, {{200, 250}, {300, 50}}); }));
@@ -210,10 +216,13 @@ TEST_F(GtkView, bannerFollowsAHostThatIsReparentedWhileShown) {
   const auto hostView = host.view();
   const auto banner = page.interface->view;
   hostView->setPostsFrameChangedNotifications(true);
-  platform().notificationCenter->addObserver(
-      kViewFrameDidChangeNotification, [&](const Notification&) {
-        banner->setFrame({{hostView->frame().size.width - 100, 0}, {100, 60}});
-      });
+  platform()
+      .notificationCenter
+      ->addObserver(kViewFrameDidChangeNotification,
+                    [&](const Notification&) {
+                      banner->setFrame({{hostView->frame().size.width - 100, 0}, {100, 60}});
+                    })
+      .keep();
   GtkWidget* overlay = GTK_WIDGET(host.overlay());
   GtkWidget* other = gtk_window_new(GTK_WINDOW_TOPLEVEL);
   GtkWidget* frame = gtk_frame_new(nullptr);

@@ -8,10 +8,13 @@ namespace {
 class GtkWindowPort : public GtkTest {
  protected:
   GtkWindowPort() {
-    platform().notificationCenter->addObserver(
-        kWindowWillCloseNotification, [this](const Notification& notification) {
-          closings.push_back({notification.object(), window->isVisible()});
-        });
+    platform()
+        .notificationCenter
+        ->addObserver(kWindowWillCloseNotification,
+                      [this](const Notification& notification) {
+                        closings.push_back({notification.object(), window->isVisible()});
+                      })
+        .keep();
   }
 
   void makeWindow(const Size& size) {
@@ -125,8 +128,10 @@ TEST_F(GtkWindowPort, closingByTheUserIsToldOnceAndTheWindowCanBeShownAgain) {
 
 TEST_F(GtkWindowPort, windowClosedByItsOwnClosingIsToldOnce) {
   makeWindow({200, 150});
-  platform().notificationCenter->addObserver(kWindowWillCloseNotification,
-                                             [this](const Notification&) { window->close(); });
+  platform()
+      .notificationCenter
+      ->addObserver(kWindowWillCloseNotification, [this](const Notification&) { window->close(); })
+      .keep();
   window->makeKeyAndOrderFront();
   window->close();
   EXPECT_FALSE(window->isVisible());
@@ -245,10 +250,15 @@ TEST_F(GtkWindowPort, destroyedByTheObserverOfItsClosingItIsVisibleToTheOthersSt
   makeWindow({300, 200});
   window->makeKeyAndOrderFront();
   bool wasVisible = false;
-  platform().notificationCenter->addObserver(kWindowWillCloseNotification,
-                                             [this](const Notification&) { destroyNative(); });
-  platform().notificationCenter->addObserver(
-      kWindowWillCloseNotification, [&](const Notification&) { wasVisible = window->isVisible(); });
+  platform()
+      .notificationCenter
+      ->addObserver(kWindowWillCloseNotification, [this](const Notification&) { destroyNative(); })
+      .keep();
+  platform()
+      .notificationCenter
+      ->addObserver(kWindowWillCloseNotification,
+                    [&](const Notification&) { wasVisible = window->isVisible(); })
+      .keep();
   window->close();
   EXPECT_TRUE(wasVisible);
   EXPECT_FALSE(window->isVisible());

@@ -17,9 +17,10 @@
 #include <new>
 #include <nlohmann/json.hpp>
 
+#include <qorix/platform/Platform.h>
+
 #include "fakes/FakeRunLoop.h"
 #include "fakes/RecordingLog.h"
-#include "platform/Platform.h"
 #include "platform/linux/CloudKitContainers.h"
 #include "support/CloudServer.h"
 #include "support/NoThreads.h"

@@ -12,9 +12,10 @@
 #include <new>
 #include <thread>
 
+#include <qorix/platform/Platform.h>
+
 #include "fakes/FakeRunLoop.h"
 #include "fakes/RecordingLog.h"
-#include "platform/Platform.h"
 #include "platform/linux/CurlUrlSession.h"
 #include "support/LoopbackServer.h"
 #include "support/NoThreads.h"

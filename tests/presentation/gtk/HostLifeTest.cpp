@@ -1,8 +1,9 @@
 // A host may destroy its view or its window in every state of an advertisement.
 
+#include <qorix/MyPushAdManager.h>
+#include <qorix/MyPushAdNotifications.h>
+
 #include "platform/gtk/GtkTest.h"
-#include "qorix/MyPushAdManager.h"
-#include "qorix/MyPushAdNotifications.h"
 #include "support/LoopbackServer.h"
 #include "support/Records.h"
 
@@ -17,8 +18,11 @@ class HostLife : public GtkTest, public testing::WithParamInterface<End> {
  protected:
   HostLife() {
     host_.show();
-    platform().notificationCenter->addObserver(
-        kPushAdWillShowNotification, [this](const Notification& /*each*/) { ++showings_; });
+    platform()
+        .notificationCenter
+        ->addObserver(kPushAdWillShowNotification,
+                      [this](const Notification& /*each*/) { ++showings_; })
+        .keep();
   }
 
   /// Asks the manager for an advertisement that is due every time.

@@ -5,11 +5,12 @@
 #include <algorithm>
 #include <array>
 
+#include <qorix/MyPushAdNotifications.h>
+#include <qorix/MyPushAdOperator.h>
+
 #include "platform/gtk/GtkTest.h"
 #include "platform/gtk/WidgetView.h"
 #include "presentation/AdFrameLayout.h"
-#include "qorix/MyPushAdNotifications.h"
-#include "qorix/MyPushAdOperator.h"
 #include "support/Records.h"
 
 namespace qorix::test {
@@ -27,8 +28,10 @@ class Placement : public GtkTest {
  protected:
   Placement() {
     for (const char* name : {kPushAdWillShowNotification, kPushAdDidCloseNotification}) {
-      platform().notificationCenter->addObserver(
-          name, [this](const Notification& each) { events.push_back(each.name()); });
+      platform()
+          .notificationCenter
+          ->addObserver(name, [this](const Notification& each) { events.push_back(each.name()); })
+          .keep();
     }
   }
 

@@ -3,8 +3,9 @@
 #include <string>
 #include <vector>
 
-#include "platform/Platform.h"
-#include "qorix/MyPushAdInfo.h"
+#include <qorix/MyPushAdInfo.h>
+#include <qorix/platform/Platform.h>
+
 #include "support/CheckLines.h"
 #include "tools/adcheck/AdcheckTest.h"
 #include "tools/adcheck/HostRun.h"

@@ -1,7 +1,8 @@
 #include <string>
 #include <vector>
 
-#include "qorix/QORIXInfo.h"
+#include <qorix/QORIXInfo.h>
+
 #include "tools/adcheck/AdcheckTest.h"
 
 namespace qorix::test {

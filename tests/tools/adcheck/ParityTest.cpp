@@ -5,11 +5,12 @@
 #include <string>
 #include <vector>
 
+#include <qorix/MyPushAdOperator.h>
+#include <qorix/MyPushAdUtil.h>
+
 #include "fakes/FakePlatform.h"
 #include "platform/linux/LinuxApplicationsFolder.h"
 #include "presentation/StoredShownState.h"
-#include "qorix/MyPushAdOperator.h"
-#include "qorix/MyPushAdUtil.h"
 #include "support/Locale.h"
 #include "tools/adcheck/AdcheckTest.h"
 

@@ -1,7 +1,8 @@
 #include <gmock/gmock.h>
 
+#include <qorix/platform/WebView.h>
+
 #include "fakes/FakePlatform.h"
-#include "platform/WebView.h"
 #include "tools/preview/DecisionReason.h"
 
 namespace qorix {

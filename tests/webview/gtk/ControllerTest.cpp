@@ -15,11 +15,15 @@ ControllerTest::ControllerTest() {
   services.workspace = workspace;
   installPlatform(services);
   controller->setDelegate(delegate);
-  platform().notificationCenter->addObserver(
-      kPushAdIsTriggeringNavigationNotification, [this](const Notification& each) {
-        announced.push_back(
-            MyPushAdUtil::fetchHTMLElementDescriptionForNotification(&each).value_or("?"));
-      });
+  platform()
+      .notificationCenter
+      ->addObserver(
+          kPushAdIsTriggeringNavigationNotification,
+          [this](const Notification& each) {
+            announced.push_back(
+                MyPushAdUtil::fetchHTMLElementDescriptionForNotification(&each).value_or("?"));
+          })
+      .keep();
 }
 
 void ControllerTest::show(const std::string& html) {

@@ -6,10 +6,11 @@
 #include <string>
 #include <vector>
 
+#include <qorix/MyPushAdNotifications.h>
+#include <qorix/MyPushAdUtil.h>
+#include <qorix/MyPushAdViewController.h>
+
 #include "platform/gtk/GtkTest.h"
-#include "qorix/MyPushAdNotifications.h"
-#include "qorix/MyPushAdUtil.h"
-#include "qorix/MyPushAdViewController.h"
 #include "support/LoopbackServer.h"
 
 namespace qorix::test {

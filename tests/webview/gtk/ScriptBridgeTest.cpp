@@ -7,7 +7,8 @@
 #include <fstream>
 #include <utility>
 
-#include "qorix/MyPushAdManager.h"
+#include <qorix/MyPushAdManager.h>
+
 #include "support/TemporaryFolder.h"
 #include "webview/gtk/ControllerTest.h"
 
