@@ -1,13 +1,13 @@
 #!/usr/bin/env python3
-"""Shows the library at its main job. usage: demo.py BUILD [OPTION]... (./run demo calls it so)
+"""Shows what the library does. usage: demo.py BUILD [OPTION]... (./run demo runs it)
 
-Starts the sample server with the sample document and the sample host twice: as the editor, which is
-to show a banner, and as the viewer, which is to show the pop-up window. With a display both stay until
-their windows are closed. Without one it brings a display of its own, looks for each advertisement on
-it, saves BUILD/demo/banner.png and BUILD/demo/popup.png, and succeeds only if both were seen. It waits as
-long as the host lives, five minutes at most, and says what for.
+Starts the sample server with the sample document, and the sample host twice: as the editor, which
+shows a banner, and as the viewer, which shows the pop-up window. With a display, both run until their
+windows are closed. Without one, the demo starts a display of its own, looks for each advertisement on it,
+saves BUILD/demo/banner.png and BUILD/demo/popup.png, and succeeds only if it saw both. It waits while a host
+is running, for five minutes at most, and prints what it is waiting for.
 
-With --folder it keeps its files there in place of BUILD/demo. With --cloud the server is a cloud service
+With --folder it keeps its files there instead of BUILD/demo. With --cloud the server is a cloud service,
 and the hosts read the document from its record.
 """
 
@@ -26,8 +26,8 @@ import time
 from dataclasses import dataclass
 from pathlib import Path
 
-MOST_SECONDS = 300  # from the start of a program to what it is to do
-SECONDS_BETWEEN_NEWS = 10  # of what is waited for
+MOST_SECONDS = 300  # from the start of a program until it has done its work
+SECONDS_BETWEEN_NEWS = 10  # about what is awaited
 SECONDS_BETWEEN_LOOKS = 0.1
 WILL_SHOW = "ZAMPushAdWillShowNotification"
 CLOUD = ["--cloud-container", "iCloud.com.example.ads", "--cloud-environment", "development"]
@@ -36,7 +36,7 @@ CLOUD += ["--cloud-token", "0123456789abcdef"]
 
 @dataclass(frozen=True)
 class Showing:
-    """One host, and what the sample document makes it show."""
+    """One host, and what the sample document tells it to show."""
 
     name: str
     bundle_id: str
@@ -63,25 +63,25 @@ class Failure(Exception):
 
 
 class Patience:
-    """Waits `most` seconds at most, from now on, for what somebody is to do, and says so meanwhile."""
+    """Waits at most `most` seconds, counted from now, and prints what it is waiting for."""
 
     def __init__(self, name, most):
         self.name, self.most = name, most
         self.start = self.told = time.monotonic()
 
     def look_again(self, awaited):
-        """Returns when it makes sense to look again for what is `awaited`."""
+        """Returns when it is time to look again for what is `awaited`."""
         now = time.monotonic()
         if now - self.start > self.most:
-            raise Failure(f"{self.name} lives, but {self.most} s were too few for {awaited}")
+            raise Failure(f"{self.name} is running, but {awaited} did not come within {self.most} s")
         if now - self.told > SECONDS_BETWEEN_NEWS:
             self.told = now
-            tell(f"{self.name} lives; waiting for {awaited}")
+            tell(f"{self.name} is running; waiting for {awaited}")
         time.sleep(SECONDS_BETWEEN_LOOKS)
 
 
 class Host:
-    """A running sample host; what it prints is told and can be waited for."""
+    """A running sample host. Its events are printed, and can be waited for."""
 
     def __init__(self, bin_folder, folder, showing, source, *more):
         self.showing = showing
@@ -111,7 +111,7 @@ class Host:
         self.events.put(None)
 
     def wait_for_showing(self, patience):
-        """Returns once the will-show event that the document calls for has come."""
+        """Returns after the will-show event that the document asks for."""
         while True:
             try:
                 event = self.events.get_nowait()
@@ -145,7 +145,7 @@ def start_server(bin_folder, documents, cloud):
         raise Failure("the sample server did not start")
     base = f"http://127.0.0.1:{port}"
     if cloud:
-        tell(f"qorix-sample-server is the cloud service {base} with the container {CLOUD[1]}")
+        tell(f"qorix-sample-server is a cloud service at {base}, with the container {CLOUD[1]}")
         return server, ["--cloud-base", base, *CLOUD]
     tell(f"qorix-sample-server serves {base}/commonad.xml")
     return server, ["--url", f"{base}/commonad.xml"]
@@ -175,11 +175,11 @@ def start_display(folder):
         if server.poll() is not None:
             raise Failure("Xvfb ended")
         patience.look_again("openbox, the window manager")
-    tell(f"no display here: Xvfb and openbox run on :{number}")
+    tell(f"there is no display; started Xvfb and openbox on :{number}")
 
 
 def size_seen(picture, colour):
-    """The size of the smallest rectangle that holds every point of `colour`, such as 728x90."""
+    """The size, such as 728x90, of the smallest rectangle that holds all pixels of `colour`."""
     command = ["convert", picture, "-alpha", "off", "-fill", "black", "+opaque", colour]
     command += ["-format", "%@", "info:"]
     found = subprocess.run(command, capture_output=True, text=True).stdout
@@ -187,7 +187,7 @@ def size_seen(picture, colour):
 
 
 def see(bin_folder, folder, showing, source):
-    """One host from its start to its picture."""
+    """Runs one host until its advertisement is on the screen and its picture is saved."""
     picture = folder / f"{showing.name}.png"
     host = Host(bin_folder, folder, showing, source, "--screenshot", picture)
     patience = Patience(showing.bundle_id, MOST_SECONDS)
@@ -200,7 +200,7 @@ def see(bin_folder, folder, showing, source):
             break
         if host.process.poll() is not None:
             raise Failure(f"{showing.bundle_id} ended before its {showing.name} was on the screen")
-        patience.look_again(f"the {showing.name} on the screen, {showing.size} and not {seen} ({look})")
+        patience.look_again(f"the {showing.name}: {showing.size} on the screen, now {seen} ({look})")
     look.unlink()
     tell(f"{showing.bundle_id}: the {showing.name} is on the screen, {showing.size}")
     host.process.terminate()
@@ -211,7 +211,7 @@ def see(bin_folder, folder, showing, source):
 
 
 def show_to_user(bin_folder, folder, source):
-    """Both hosts side by side, until their windows are closed."""
+    """Runs both hosts until their windows are closed."""
     hosts = [Host(bin_folder, folder, showing, source) for showing in SHOWINGS]
     tell("close the windows to end the demo")
     for host in hosts:
@@ -221,7 +221,7 @@ def show_to_user(bin_folder, folder, source):
 
 
 def descendants():
-    """Every process that this one has brought about."""
+    """All processes that this one has started, directly or not."""
     children = {}
     for entry in Path("/proc").glob("[0-9]*/stat"):
         try:
@@ -238,13 +238,13 @@ def descendants():
 
 
 def adopt_orphans():
-    """Makes this process the parent of whatever its children leave behind."""
+    """Makes this process the parent of the processes that its children leave running."""
     PR_SET_CHILD_SUBREAPER = 36
     ctypes.CDLL(None).prctl(PR_SET_CHILD_SUBREAPER, 1, 0, 0, 0)
 
 
 def end_all():
-    """Ends what is still running of what was started here."""
+    """Ends all processes that were started here and still run."""
     for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
         signal.signal(number, signal.SIG_IGN)
     for number, patience in ((signal.SIGTERM, 3), (signal.SIGKILL, 3)):

@@ -8,12 +8,12 @@
 
 #include <qorix/platform/View.h>
 
-/// The window of a small editor, with a menu bar and texts one below the other.
+/// The window of a small editor: a menu bar, and texts below each other.
 struct EditorWindow {
   GtkWidget* window = nullptr;  // not yet shown
-  /// The texts' views, from top to bottom, in which a banner can lie on top of the text.
+  /// One view per text, from top to bottom. A banner lies on top of the text.
   std::vector<std::shared_ptr<qorix::View>> views;
 };
 
-/// A new one with so many views of that size. Its menu ends the main loop.
+/// Creates a window with `views` views of the given size. Its menu ends the main loop.
 EditorWindow createEditorWindow(const std::string& title, int views, int viewWidth, int viewHeight);

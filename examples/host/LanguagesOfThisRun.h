@@ -8,7 +8,7 @@
 
 #include <qorix/platform/UserDefaults.h>
 
-/// The host's settings with other languages for the user, which are never stored.
+/// The host's settings, but with other languages for the user. These are not stored.
 class LanguagesOfThisRun : public qorix::UserDefaults {
  public:
   LanguagesOfThisRun(std::shared_ptr<qorix::UserDefaults> stored,

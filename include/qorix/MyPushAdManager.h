@@ -44,8 +44,9 @@ class QORIX_EXPORT MyPushAdManager : public Object,
         [] { return std::make_shared<Self>(FactoryKey<MyPushAdManager>()); });
   }
 
-  /// The first call in a process makes a manager; every other one logs and answers null. Any
-  /// thread.
+  /// A new manager, allocated as a `Self`, that is not the shared one. A process has one manager:
+  /// when there is one already, this logs one line and returns null, and after this
+  /// `sharedPushAdManager` does. Any thread.
   template <class Self = MyPushAdManager>
   static std::shared_ptr<Self> alloc() {
     if (!claimTheOneAllocation()) {
@@ -62,18 +63,33 @@ class QORIX_EXPORT MyPushAdManager : public Object,
   /// The manager itself: there is only one. Null while a subclass's constructor runs.
   std::shared_ptr<MyPushAdManager> copy() { return weak_from_this().lock(); }
 
-  /// Tells the manager who the host is: takes the identifier of a Bundle. Anything else is ignored.
+  /// Tells the manager who the host is: the identifier of a Bundle. Null and any other object are
+  /// ignored. A later call replaces the identifier. Show requests without one log a warning.
   void configureWithAppBundle(const std::shared_ptr<const Object>& bundle);
 
-  /// Offers the advertisement to `hostView`; null stands for a view that nobody sees, for hosts
-  /// that only want the pop-up, and a view that its host has destroyed for none. The first call
-  /// starts the one download and fixes mode and address for the process. Two calls with one view
-  /// make two presenters.
+  /// Requests the advertisement for `hostView` and returns at once. Nothing appears before the
+  /// document is there and the advertisement is due: with a cached document that is decided in this
+  /// call, else when the download ends. What is due appears after the delay that the document
+  /// states, on a later pass of the loop; kPushAdWillShowNotification says so.
+  ///
+  /// hostView: where a banner may appear. Held weakly: once the host has dropped or destroyed it,
+  /// no banner appears. Null for hosts that only want the pop-up: a view in a hidden window takes
+  /// its place. A view that has been destroyed is refused with one log line, the whole request with
+  /// it.
+  ///
+  /// fileHostMode, address: where the document is. The first request of the process starts the one
+  /// download and fixes both for the process; those of later requests are ignored. An unknown mode
+  /// is logged and starts no download; only a cached document is shown then. An absent or malformed
+  /// address ends the download silently; a web address that cannot be fetched is a failed download,
+  /// which is tried again every 60 seconds.
+  ///
+  /// Each call makes a presenter, also a second call for one view. Main thread only.
   void prepareAndShowAdWithHostView(const std::shared_ptr<View>& hostView,
                                     MyPushAdFileHostMode fileHostMode,
                                     const std::optional<std::string>& address);
 
-  /// The same with the platform's default container and default URL.
+  /// The same with the container and the URL that the host has installed as its defaults. When it
+  /// has installed none, they log one line and go on with an absent address.
   void prepareAndShowAdByUsingDefaultCloudKitContainerWithHostView(
       const std::shared_ptr<View>& hostView);
   void prepareAndShowAdByUsingMyAppWebServerURLWithHostView(const std::shared_ptr<View>& hostView);
@@ -86,16 +102,17 @@ class QORIX_EXPORT MyPushAdManager : public Object,
 
   /// Forgets it. What is loaded in this run stays in force.
   void clearCachedAdContents();
-  /// Parses it anew; null when there is none or it does not parse any more.
+  /// Parses it anew. Null, after one log line for a document that no longer parses, when there is
+  /// none. Shared with nobody else.
   std::shared_ptr<const MyPushAdInfo> fetchCachedPushAdInfo();
-  /// Keeps `text` durably; an absent or empty text is ignored.
+  /// Keeps `text` durably, in place of the last one. An absent or empty text is ignored.
   void saveAsCachedPushAdWith(const std::optional<std::string>& text);
 
   /// Whether the source was chosen and started; true for the rest of the process then.
   bool isDownloadFileRequested() const { return isDownloadFileRequested_; }
   void setIsDownloadFileRequested(bool value) { isDownloadFileRequested_ = value; }
 
-  /// The host's bundle identifier; nothing until it is configured. Any thread.
+  /// The host's bundle identifier; absent until it is configured. Any thread.
   std::optional<std::string> appBundleIdentifier() const;
   void setAppBundleIdentifier(std::optional<std::string> value);
 
@@ -111,7 +128,7 @@ class QORIX_EXPORT MyPushAdManager : public Object,
     lonePushAdInfo_ = std::move(info);
   }
 
-  /// Every presenter ever made, in order; nothing only if somebody set it so.
+  /// Every presenter ever made, in order. Absent only when set so; show requests then log and end.
   using Operators = std::vector<std::shared_ptr<MyPushAdOperator>>;
   const std::optional<Operators>& pushAdOperators() const { return pushAdOperators_; }
   void setPushAdOperators(std::optional<Operators> operators) {

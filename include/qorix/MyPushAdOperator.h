@@ -71,7 +71,7 @@ class QORIX_EXPORT MyPushAdOperator : public MyPushAdViewControllerDelegate,
   void postPushAdWillShowNotification();
   void postPushAdDidCloseNotification();
   void postPushAdOpenIAPNotificationWithURL(const std::optional<Url>& url);
-  /// The user info of those notifications; nothing without a record.
+  /// The user info of those notifications. Absent without a record.
   std::optional<Dictionary> composeNotificationUserInfo() const;
 
   /// Whether a record has been decided: due, disabled or used up.

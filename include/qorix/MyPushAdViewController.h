@@ -43,8 +43,8 @@ class QORIX_EXPORT MyPushAdViewControllerDelegate {
 ///
 /// A subclass may replace any of the virtual methods; the controller calls its own through them.
 /// One that is made without its factory and not initialised works all the same, without
-/// `customInit`. One that nobody shares names no sender to its delegate and hears nothing of its
-/// web view.
+/// `customInit`. One that is not in a std::shared_ptr names no sender to its delegate and gets no
+/// events of its web view.
 class QORIX_EXPORT MyPushAdViewController
     : public ViewController,
       public WebViewDelegate,
@@ -130,9 +130,9 @@ class QORIX_EXPORT MyPushAdViewController
   virtual bool isSupportAdFilterFeature(const std::shared_ptr<WebView>& webView);
   /// Runs the exchange with the page, synchronously; logs when the page does not take part. Nothing
   /// of it happens with a page that is too busy to say whether it does: the work after the load is
-  /// then done when the page answers.
+  /// then done when the page is done with its own.
   virtual void processAdFilterFeatureIfNeeded(const std::shared_ptr<WebView>& webView);
-  /// The texts between the commas of a page's answer, trimmed, empty ones left out; an empty list
+  /// The texts between the commas of the page's list, trimmed, without empty ones. An empty list
   /// unless `value` is a text.
   static Array parseArrayWithJSString(const Value& value);
   /// "1" for each entry that is the bundle identifier of an installed application, else "0".

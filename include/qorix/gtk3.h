@@ -21,7 +21,7 @@ struct InstallOptions {
   std::string bundleIdentifier = {};
 
   /// The file of the host's settings; empty for the usual place in the user's configuration
-  /// folder, one file a bundle identifier.
+  /// folder, one file per bundle identifier.
   std::string settingsPath = {};
 
   /// The host's settings when it keeps them itself; no settings file is then touched.
@@ -48,9 +48,9 @@ struct InstallOptions {
   std::string cloudApiToken = {};
 };
 
-/// Starts the library in a GTK application: puts the desktop's services in force and tells the one
-/// manager who the host is. Call it once, on the main thread, after gtk_init and before anything
-/// else of the library.
+/// Starts the library in a GTK application: puts the desktop's services in force and tells the
+/// one manager who the host is. Call it once, on the main thread, after gtk_init and before
+/// anything else of the library.
 ///
 /// Returns the manager, which lives until the process ends. Null only when the host has allocated
 /// a manager of its own before.

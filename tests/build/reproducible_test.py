@@ -40,7 +40,7 @@ def stamp_with_the_clock(cmake, source, folder):
 
 
 def build(cmake, source, folder):
-    """Builds `source` in `folder`; answers the libraries' bytes."""
+    """Builds `source` in `folder` and returns the bytes of the libraries."""
     configure(cmake, source, folder)
     run([cmake, "--build", folder])
     return {name: (folder / "lib" / name).read_bytes() for name in LIBRARIES}

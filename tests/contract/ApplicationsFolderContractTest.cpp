@@ -47,19 +47,19 @@ FolderRig makeFakeRig(const TemporaryFolder& root) {
 }
 
 /// What every folder of applications does.
-class ApplicationsFolderContract : public ::testing::TestWithParam<FolderImplementation> {
+class ApplicationsFolderContractTest : public ::testing::TestWithParam<FolderImplementation> {
  protected:
-  ApplicationsFolderContract() : rig_(GetParam().make(root_)) {}
+  ApplicationsFolderContractTest() : rig_(GetParam().make(root_)) {}
 
   TemporaryFolder root_;
   FolderRig rig_;
 };
 
-TEST_P(ApplicationsFolderContract, namesItsFolders) {
+TEST_P(ApplicationsFolderContractTest, namesItsFolders) {
   EXPECT_THAT(rig_.folder->directories(), ElementsAre(rig_.path));
 }
 
-TEST_P(ApplicationsFolderContract, tellsPackagesFromOtherItemsOnEveryCall) {
+TEST_P(ApplicationsFolderContractTest, tellsPackagesFromOtherItemsOnEveryCall) {
   for (int round = 0; round < 2; ++round) {
     const auto items = rig_.folder->items(rig_.path);
     ASSERT_TRUE(items.has_value());
@@ -70,14 +70,14 @@ TEST_P(ApplicationsFolderContract, tellsPackagesFromOtherItemsOnEveryCall) {
   }
 }
 
-TEST_P(ApplicationsFolderContract, aFolderThatCannotBeOpenedIsNothing) {
+TEST_P(ApplicationsFolderContractTest, aFolderThatCannotBeOpenedIsNothing) {
   GetParam().takeAway(rig_);
   EXPECT_THAT(rig_.folder->directories(), SizeIs(1));
   EXPECT_FALSE(rig_.folder->items(rig_.path).has_value());
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    , ApplicationsFolderContract,
+    , ApplicationsFolderContractTest,
     ::testing::Values(
         FolderImplementation{"Linux", &makeLinuxRig,
                              [](FolderRig& rig) { std::filesystem::remove_all(rig.path); }},

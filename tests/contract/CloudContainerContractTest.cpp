@@ -90,7 +90,7 @@ struct ContainerImplementation {
 };
 
 /// What every container does.
-class CloudContainerContract : public ::testing::TestWithParam<ContainerImplementation> {
+class CloudContainerContractTest : public ::testing::TestWithParam<ContainerImplementation> {
  protected:
   std::optional<QueryOutcome> outcome() {
     PendingQuery query;
@@ -103,7 +103,7 @@ class CloudContainerContract : public ::testing::TestWithParam<ContainerImplemen
   std::unique_ptr<ContainerRig> rig_ = GetParam().make();
 };
 
-TEST_P(CloudContainerContract, anOutcomeIsEitherRecordsOrAnError) {
+TEST_P(CloudContainerContractTest, anOutcomeIsEitherRecordsOrAnError) {
   rig_->publish("text");
   const auto records = outcome();
   ASSERT_TRUE(records && records->records);
@@ -116,19 +116,19 @@ TEST_P(CloudContainerContract, anOutcomeIsEitherRecordsOrAnError) {
   EXPECT_NE(error->error->description, "");
 }
 
-TEST_P(CloudContainerContract, noMatchIsAnEmptyResult) {
+TEST_P(CloudContainerContractTest, noMatchIsAnEmptyResult) {
   const auto result = outcome();
   ASSERT_TRUE(result && result->records);
   EXPECT_TRUE(result->records->empty());
 }
 
-TEST_P(CloudContainerContract, outcomesArriveOnAnotherThread) {
+TEST_P(CloudContainerContractTest, outcomesArriveOnAnotherThread) {
   const auto result = outcome();
   ASSERT_TRUE(result);
   EXPECT_NE(result->thread, std::this_thread::get_id());
 }
 
-TEST_P(CloudContainerContract, theLastRecordHasItsFile) {
+TEST_P(CloudContainerContractTest, theLastRecordHasItsFile) {
   rig_->publish("first");
   rig_->publish("last");
   const auto result = outcome();
@@ -143,7 +143,7 @@ TEST_P(CloudContainerContract, theLastRecordHasItsFile) {
   EXPECT_TRUE(last.objectForKey("no such field").isNull());
 }
 
-TEST_P(CloudContainerContract, aQueryOutlivesItsContainer) {
+TEST_P(CloudContainerContractTest, aQueryOutlivesItsContainer) {
   rig_->publish("text");
   PendingQuery query;
   {
@@ -157,7 +157,7 @@ TEST_P(CloudContainerContract, aQueryOutlivesItsContainer) {
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    , CloudContainerContract,
+    , CloudContainerContractTest,
     ::testing::Values(
         ContainerImplementation{"CloudKit", [] { return std::make_unique<CloudKitRig>(); }},
         ContainerImplementation{"Fake", [] { return std::make_unique<FakeContainerRig>(); }}),

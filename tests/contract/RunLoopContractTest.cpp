@@ -5,8 +5,8 @@
 #include <vector>
 
 #include "fakes/FakeRunLoop.h"
-#include "platform/gtk/GtkTest.h"
 #include "platform/gtk/MainContextRunLoop.h"
+#include "support/gtk/GtkTest.h"
 
 namespace qorix::test {
 namespace {
@@ -36,7 +36,7 @@ bool serveGtkUntil(RunLoop& /*loop*/, const std::function<bool()>& condition) {
 }
 
 /// What every main loop does.
-class RunLoopContract : public testing::TestWithParam<RunLoopImplementation> {
+class RunLoopContractTest : public testing::TestWithParam<RunLoopImplementation> {
  protected:
   bool serveUntilCount(std::size_t count) {
     return GetParam().serveUntil(*loop, [this, count] { return order.size() >= count; });
@@ -50,7 +50,7 @@ class RunLoopContract : public testing::TestWithParam<RunLoopImplementation> {
 
 }  // namespace
 
-TEST_P(RunLoopContract, equalDelaysKeepTheirOrderAndShorterOnesComeFirst) {
+TEST_P(RunLoopContractTest, equalDelaysKeepTheirOrderAndShorterOnesComeFirst) {
   loop->performAfterDelay(0.1, [this] { note(3); });
   loop->performAfterDelay(0.1, [this] { note(4); });
   loop->performAfterDelay(0, [this] { note(1); });
@@ -60,7 +60,7 @@ TEST_P(RunLoopContract, equalDelaysKeepTheirOrderAndShorterOnesComeFirst) {
   EXPECT_EQ(order, (std::vector{1, 2, 3, 4}));
 }
 
-TEST_P(RunLoopContract, dispatchedTasksKeepTheirOrder) {
+TEST_P(RunLoopContractTest, dispatchedTasksKeepTheirOrder) {
   for (int i = 0; i < 5; ++i) {
     loop->dispatchAsync([this, i] { note(i); });
   }
@@ -69,7 +69,7 @@ TEST_P(RunLoopContract, dispatchedTasksKeepTheirOrder) {
   EXPECT_EQ(order, (std::vector{0, 1, 2, 3, 4}));
 }
 
-TEST_P(RunLoopContract, taskDispatchedByATaskRunsAfterTheOnesBefore) {
+TEST_P(RunLoopContractTest, taskDispatchedByATaskRunsAfterTheOnesBefore) {
   loop->dispatchAsync([this] {
     loop->dispatchAsync([this] { note(3); });
     note(1);
@@ -79,7 +79,7 @@ TEST_P(RunLoopContract, taskDispatchedByATaskRunsAfterTheOnesBefore) {
   EXPECT_EQ(order, (std::vector{1, 2, 3}));
 }
 
-TEST_P(RunLoopContract, dispatchedTaskWaitsForTheOneThatServesTheLoopAndAPerformDoesNot) {
+TEST_P(RunLoopContractTest, dispatchedTaskWaitsForTheOneThatServesTheLoopAndAPerformDoesNot) {
   loop->dispatchAsync([this] {
     note(1);
     loop->performAfterDelay(0.05, [this] { note(2); });
@@ -91,7 +91,7 @@ TEST_P(RunLoopContract, dispatchedTaskWaitsForTheOneThatServesTheLoopAndAPerform
   EXPECT_EQ(order, (std::vector{1, 2, 3, 4}));
 }
 
-TEST_P(RunLoopContract, taskDispatchedByAPerformRunsWhileThatServesTheLoop) {
+TEST_P(RunLoopContractTest, taskDispatchedByAPerformRunsWhileThatServesTheLoop) {
   loop->performAfterDelay(0, [this] {
     loop->dispatchAsync([this] { note(1); });
     loop->performAfterDelay(0, [this] { note(2); });
@@ -102,7 +102,7 @@ TEST_P(RunLoopContract, taskDispatchedByAPerformRunsWhileThatServesTheLoop) {
   EXPECT_EQ(order.back(), 3);
 }
 
-TEST_P(RunLoopContract, taskPerformedByATaskRunsLater) {
+TEST_P(RunLoopContractTest, taskPerformedByATaskRunsLater) {
   loop->performAfterDelay(0, [this] {
     loop->performAfterDelay(0, [this] { note(2); });
     note(1);
@@ -111,7 +111,7 @@ TEST_P(RunLoopContract, taskPerformedByATaskRunsLater) {
   EXPECT_EQ(order, (std::vector{1, 2}));
 }
 
-TEST_P(RunLoopContract, tasksOfOtherThreadsRunOnTheMainThread) {
+TEST_P(RunLoopContractTest, tasksOfOtherThreadsRunOnTheMainThread) {
   const auto mainThread = std::this_thread::get_id();
   std::thread::id seen;
   std::thread([&] {
@@ -124,12 +124,12 @@ TEST_P(RunLoopContract, tasksOfOtherThreadsRunOnTheMainThread) {
   EXPECT_EQ(seen, mainThread);
 }
 
-TEST_P(RunLoopContract, performAndWaitRunsAtOnceOnTheMainThread) {
+TEST_P(RunLoopContractTest, performAndWaitRunsAtOnceOnTheMainThread) {
   loop->performAndWait([this] { note(1); });
   EXPECT_EQ(order, (std::vector{1}));
 }
 
-TEST_P(RunLoopContract, performAndWaitReturnsWhenTheTaskHasRun) {
+TEST_P(RunLoopContractTest, performAndWaitReturnsWhenTheTaskHasRun) {
   bool hadRun = false;
   std::thread waiter([&] {
     bool ran = false;
@@ -145,7 +145,7 @@ TEST_P(RunLoopContract, performAndWaitReturnsWhenTheTaskHasRun) {
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    , RunLoopContract,
+    , RunLoopContractTest,
     testing::Values(RunLoopImplementation{"Fake", [] { return std::make_shared<FakeRunLoop>(); },
                                           serveFakeUntil},
                     RunLoopImplementation{

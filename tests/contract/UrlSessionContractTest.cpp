@@ -84,9 +84,9 @@ struct SessionImplementation {
 };
 
 /// What every session does.
-class UrlSessionContract : public ::testing::TestWithParam<SessionImplementation> {
+class UrlSessionContractTest : public ::testing::TestWithParam<SessionImplementation> {
  protected:
-  UrlSessionContract()
+  UrlSessionContractTest()
       : rig_(GetParam().make()), session_(rig_->factory().createEphemeralSession(delegate_)) {}
 
   std::shared_ptr<RecordingUrlSessionDelegate> delegate_ =
@@ -95,7 +95,7 @@ class UrlSessionContract : public ::testing::TestWithParam<SessionImplementation
   std::shared_ptr<UrlSession> session_;
 };
 
-TEST_P(UrlSessionContract, deliversTheBodyAndThenTheEnd) {
+TEST_P(UrlSessionContractTest, deliversTheBodyAndThenTheEnd) {
   std::string bodyAtTheEnd;
   auto* delegate = delegate_.get();
   delegate_->onCompletion = [&bodyAtTheEnd, delegate] { bodyAtTheEnd = delegate->body(); };
@@ -106,14 +106,14 @@ TEST_P(UrlSessionContract, deliversTheBodyAndThenTheEnd) {
   EXPECT_EQ(delegate_->pieces(), 1U);
 }
 
-TEST_P(UrlSessionContract, anEmptyBodyBringsTheEndAlone) {
+TEST_P(UrlSessionContractTest, anEmptyBodyBringsTheEndAlone) {
   rig_->fetch(*session_, "");
   ASSERT_TRUE(delegate_->waitForOutcomes());
   EXPECT_EQ(delegate_->pieces(), 0U);
   EXPECT_FALSE(delegate_->outcomes()[0].has_value());
 }
 
-TEST_P(UrlSessionContract, aFailureIsOneErrorAfterWhatHasArrived) {
+TEST_P(UrlSessionContractTest, aFailureIsOneErrorAfterWhatHasArrived) {
   rig_->fetchInVain(*session_, "half");
   ASSERT_TRUE(delegate_->waitForOutcomes());
   EXPECT_EQ(delegate_->body(), "half");
@@ -122,7 +122,7 @@ TEST_P(UrlSessionContract, aFailureIsOneErrorAfterWhatHasArrived) {
   EXPECT_NE(delegate_->outcomes()[0]->domain, "");
 }
 
-TEST_P(UrlSessionContract, everyTaskHasItsOwnEnd) {
+TEST_P(UrlSessionContractTest, everyTaskHasItsOwnEnd) {
   rig_->fetch(*session_, "a");
   ASSERT_TRUE(delegate_->waitForOutcomes(1));
   rig_->fetchInVain(*session_, "b");
@@ -135,7 +135,7 @@ TEST_P(UrlSessionContract, everyTaskHasItsOwnEnd) {
   EXPECT_FALSE(delegate_->outcomes()[2].has_value());
 }
 
-TEST_P(UrlSessionContract, doesNotKeepItsDelegateAlive) {
+TEST_P(UrlSessionContractTest, doesNotKeepItsDelegateAlive) {
   const std::weak_ptr<RecordingUrlSessionDelegate> watch = delegate_;
   delegate_.reset();
   EXPECT_TRUE(watch.expired());
@@ -143,7 +143,7 @@ TEST_P(UrlSessionContract, doesNotKeepItsDelegateAlive) {
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    , UrlSessionContract,
+    , UrlSessionContractTest,
     ::testing::Values(SessionImplementation{"Curl", [] { return std::make_unique<CurlRig>(); }},
                       SessionImplementation{"Fake",
                                             [] { return std::make_unique<FakeSessionRig>(); }}),

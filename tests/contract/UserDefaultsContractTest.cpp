@@ -27,21 +27,21 @@ struct StoreImplementation {
 };
 
 /// What every store of settings does.
-class UserDefaultsContract : public ::testing::TestWithParam<StoreImplementation> {
+class UserDefaultsContractTest : public ::testing::TestWithParam<StoreImplementation> {
  protected:
-  UserDefaultsContract() : store_(GetParam().make(folder_)) {}
+  UserDefaultsContractTest() : store_(GetParam().make(folder_)) {}
 
   TemporaryFolder folder_;
   std::unique_ptr<UserDefaults> store_;
 };
 
-TEST_P(UserDefaultsContract, aNewStoreIsEmpty) {
+TEST_P(UserDefaultsContractTest, aNewStoreIsEmpty) {
   EXPECT_EQ(store_->stringForKey("key"), std::nullopt);
   EXPECT_EQ(store_->stringArrayForKey("key"), std::nullopt);
   EXPECT_EQ(store_->integerForKey("key"), 0);
 }
 
-TEST_P(UserDefaultsContract, valuesAreReadBackBeforeAndAfterSynchronize) {
+TEST_P(UserDefaultsContractTest, valuesAreReadBackBeforeAndAfterSynchronize) {
   store_->setString("1a4", "version");
   store_->setInteger(3, "count");
   store_->setStringArray({"pt-BR", "en"}, "languages");
@@ -53,7 +53,7 @@ TEST_P(UserDefaultsContract, valuesAreReadBackBeforeAndAfterSynchronize) {
   }
 }
 
-TEST_P(UserDefaultsContract, theLastValueWins) {
+TEST_P(UserDefaultsContractTest, theLastValueWins) {
   store_->setString("old", "key");
   store_->synchronize();
   store_->setString("new", "key");
@@ -66,7 +66,7 @@ TEST_P(UserDefaultsContract, theLastValueWins) {
   EXPECT_EQ(store_->integerForKey("key"), 7);
 }
 
-TEST_P(UserDefaultsContract, aValueOfAnotherTypeIsNothing) {
+TEST_P(UserDefaultsContractTest, aValueOfAnotherTypeIsNothing) {
   store_->setString("12", "text");
   store_->setInteger(12, "integer");
   store_->setStringArray({"12"}, "list");
@@ -81,7 +81,7 @@ TEST_P(UserDefaultsContract, aValueOfAnotherTypeIsNothing) {
   }
 }
 
-TEST_P(UserDefaultsContract, removedValuesAreGone) {
+TEST_P(UserDefaultsContractTest, removedValuesAreGone) {
   store_->setString("text", "key");
   store_->removeObjectForKey("key");
   EXPECT_EQ(store_->stringForKey("key"), std::nullopt);
@@ -95,7 +95,7 @@ TEST_P(UserDefaultsContract, removedValuesAreGone) {
   EXPECT_TRUE(store_->synchronize());
 }
 
-TEST_P(UserDefaultsContract, emptyValuesAreValues) {
+TEST_P(UserDefaultsContractTest, emptyValuesAreValues) {
   store_->setString("", "text");
   store_->setStringArray({}, "list");
   store_->setStringArray({"", ""}, "list of nothing");
@@ -109,7 +109,7 @@ TEST_P(UserDefaultsContract, emptyValuesAreValues) {
   }
 }
 
-TEST_P(UserDefaultsContract, textsAndKeysHoldAnyBytes) {
+TEST_P(UserDefaultsContractTest, textsAndKeysHoldAnyBytes) {
   const std::string bytes("\0,3:\xFF\xC3 \n", 8);
   store_->setString(bytes, "text");
   store_->setStringArray({bytes, "3:abc,"}, "list");
@@ -123,7 +123,7 @@ TEST_P(UserDefaultsContract, textsAndKeysHoldAnyBytes) {
   }
 }
 
-TEST_P(UserDefaultsContract, integersHave64Bits) {
+TEST_P(UserDefaultsContractTest, integersHave64Bits) {
   const auto least = std::numeric_limits<std::int64_t>::min();
   const auto most = std::numeric_limits<std::int64_t>::max();
   store_->setInteger(least, "least");
@@ -133,7 +133,7 @@ TEST_P(UserDefaultsContract, integersHave64Bits) {
   EXPECT_EQ(store_->integerForKey("most"), most);
 }
 
-TEST_P(UserDefaultsContract, keysAreToldApartByCase) {
+TEST_P(UserDefaultsContractTest, keysAreToldApartByCase) {
   store_->setInteger(1, "Key");
   store_->setInteger(2, "key");
   store_->synchronize();
@@ -141,7 +141,7 @@ TEST_P(UserDefaultsContract, keysAreToldApartByCase) {
   EXPECT_EQ(store_->integerForKey("key"), 2);
 }
 
-TEST_P(UserDefaultsContract, storedLanguagesAreRead) {
+TEST_P(UserDefaultsContractTest, storedLanguagesAreRead) {
   store_->setStringArray({"sr-Latn-RS", "de"}, kAppleLanguagesKey);
   store_->synchronize();
   EXPECT_THAT(store_->stringArrayForKey(kAppleLanguagesKey),
@@ -149,7 +149,7 @@ TEST_P(UserDefaultsContract, storedLanguagesAreRead) {
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    , UserDefaultsContract,
+    , UserDefaultsContractTest,
     ::testing::Values(StoreImplementation{"Sqlite",
                                           [](const TemporaryFolder& folder) {
                                             return std::make_unique<SqliteUserDefaults>(

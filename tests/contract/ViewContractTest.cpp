@@ -4,8 +4,8 @@
 #include <vector>
 
 #include "fakes/FakeView.h"
-#include "platform/gtk/GtkTest.h"
 #include "platform/gtk/WidgetView.h"
+#include "support/gtk/GtkTest.h"
 
 namespace qorix::test {
 namespace {
@@ -26,9 +26,9 @@ std::shared_ptr<View> makeGtkView() {
 }
 
 /// What every view does that is made for the library.
-class ViewContract : public GtkTest, public testing::WithParamInterface<ViewImplementation> {
+class ViewContractTest : public GtkTest, public testing::WithParamInterface<ViewImplementation> {
  protected:
-  ViewContract() {
+  ViewContractTest() {
     platform()
         .notificationCenter
         ->addObserver(
@@ -44,7 +44,7 @@ class ViewContract : public GtkTest, public testing::WithParamInterface<ViewImpl
 
 }  // namespace
 
-TEST_P(ViewContract, frameIsKeptAsItWasSet) {
+TEST_P(ViewContractTest, frameIsKeptAsItWasSet) {
   EXPECT_EQ(view->frame(), Rect{});
   for (const Rect frame : {Rect{{-100.25, 50.5}, {300.75, 50}}, Rect{{1, 2}, {0, -7}}}) {
     view->setFrame(frame);
@@ -57,7 +57,7 @@ TEST_P(ViewContract, frameIsKeptAsItWasSet) {
   EXPECT_EQ(view->frame(), (Rect{{-3.5, 4}, {10, 20}}));
 }
 
-TEST_P(ViewContract, addingAndRemovingChangesTheSuperview) {
+TEST_P(ViewContractTest, addingAndRemovingChangesTheSuperview) {
   EXPECT_EQ(view->superview(), nullptr);
   view->removeFromSuperview();
   other->addSubview(view);
@@ -68,14 +68,14 @@ TEST_P(ViewContract, addingAndRemovingChangesTheSuperview) {
   EXPECT_EQ(view->superview(), nullptr);
 }
 
-TEST_P(ViewContract, addingTakesTheViewFromWhereItWas) {
+TEST_P(ViewContractTest, addingTakesTheViewFromWhereItWas) {
   const auto third = GetParam().makeView();
   other->addSubview(view);
   third->addSubview(view);
   EXPECT_EQ(view->superview(), third);
 }
 
-TEST_P(ViewContract, superviewKeepsItsSubviewAlive) {
+TEST_P(ViewContractTest, superviewKeepsItsSubviewAlive) {
   auto child = GetParam().makeView();
   const std::weak_ptr<View> weak = child;
   view->addSubview(child);
@@ -85,7 +85,7 @@ TEST_P(ViewContract, superviewKeepsItsSubviewAlive) {
   EXPECT_TRUE(weak.expired());
 }
 
-TEST_P(ViewContract, newSizesArePostedByAViewThatWasToldTo) {
+TEST_P(ViewContractTest, newSizesArePostedByAViewThatWasToldTo) {
   view->setFrame({{0, 0}, {10, 10}});
   EXPECT_TRUE(posted.empty());
   view->setPostsFrameChangedNotifications(true);
@@ -99,13 +99,13 @@ TEST_P(ViewContract, newSizesArePostedByAViewThatWasToldTo) {
   EXPECT_EQ(posted.size(), 1U);
 }
 
-TEST_P(ViewContract, tagTellsABoxView) {
+TEST_P(ViewContractTest, tagTellsABoxView) {
   EXPECT_EQ(view->tag(), -1);
   EXPECT_EQ(GetParam().makeBoxView()->tag(), 27921);
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    , ViewContract,
+    , ViewContractTest,
     testing::Values(ViewImplementation{"Fake", [] { return std::make_shared<FakeView>(); },
                                        [] { return std::make_shared<FakeBoxView>(); }},
                     ViewImplementation{"Gtk", makeGtkView<gtk::WidgetView<View>>,

@@ -3,7 +3,7 @@
 #include <ostream>
 
 #include "fakes/FakeInterfaceLoader.h"
-#include "platform/gtk/GtkTest.h"
+#include "support/gtk/GtkTest.h"
 
 namespace qorix::test {
 namespace {
@@ -11,7 +11,7 @@ namespace {
 struct WebViewImplementation {
   const char* name;
   std::function<std::shared_ptr<InterfaceLoader>()> makeLoader;
-  /// Makes the page define `ask()`, which answers "com.a.one", and `fail()`, which throws.
+  /// Makes the page define `ask()`, which returns "com.a.one", and `fail()`, which throws.
   std::function<void(WebView&, RecordingDelegate&)> loadPage;
 
   friend void PrintTo(const WebViewImplementation& implementation, std::ostream* stream) {
@@ -33,7 +33,8 @@ void loadGtkPage(WebView& webView, RecordingDelegate& delegate) {
 }
 
 /// What the views of the library's interface file do.
-class WebViewContract : public GtkTest, public testing::WithParamInterface<WebViewImplementation> {
+class WebViewContractTest : public GtkTest,
+                            public testing::WithParamInterface<WebViewImplementation> {
  protected:
   const std::shared_ptr<InterfaceLoader> loader = GetParam().makeLoader();
   const std::shared_ptr<RecordingDelegate> delegate = std::make_shared<RecordingDelegate>();
@@ -43,7 +44,7 @@ class WebViewContract : public GtkTest, public testing::WithParamInterface<WebVi
 
 }  // namespace
 
-TEST_P(WebViewContract, webViewLiesInTheBoxViewThatKeepsItAlive) {
+TEST_P(WebViewContractTest, webViewLiesInTheBoxViewThatKeepsItAlive) {
   ASSERT_TRUE(interface);
   EXPECT_EQ(interface->view->tag(), 27921);
   ASSERT_FALSE(interface->webView.expired());
@@ -52,14 +53,14 @@ TEST_P(WebViewContract, webViewLiesInTheBoxViewThatKeepsItAlive) {
   EXPECT_TRUE(interface->webView.expired());
 }
 
-TEST_P(WebViewContract, everyLoadMakesNewViews) {
+TEST_P(WebViewContractTest, everyLoadMakesNewViews) {
   const auto second = loader->load("MyPushAdViewController", *platform().libraryBundle, delegate);
   ASSERT_TRUE(second);
   EXPECT_NE(second->view, interface->view);
   EXPECT_NE(second->webView.lock(), interface->webView.lock());
 }
 
-TEST_P(WebViewContract, evaluationAnswersThePagesText) {
+TEST_P(WebViewContractTest, evaluationAnswersThePagesText) {
   const auto webView = interface->webView.lock();
   GetParam().loadPage(*webView, *delegate);
   EXPECT_EQ(webView->stringByEvaluatingJavaScriptFromString("ask()"), "com.a.one");
@@ -68,7 +69,7 @@ TEST_P(WebViewContract, evaluationAnswersThePagesText) {
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    , WebViewContract,
+    , WebViewContractTest,
     testing::Values(
         WebViewImplementation{"Fake", [] { return std::make_shared<FakeInterfaceLoader>(); },
                               loadFakePage},

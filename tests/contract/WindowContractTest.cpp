@@ -4,9 +4,9 @@
 #include <vector>
 
 #include "fakes/FakeWindow.h"
-#include "platform/gtk/GtkTest.h"
 #include "platform/gtk/ToplevelWindow.h"
 #include "platform/gtk/WidgetView.h"
+#include "support/gtk/GtkTest.h"
 
 namespace qorix::test {
 namespace {
@@ -22,9 +22,10 @@ struct WindowImplementation {
 };
 
 /// What every window does.
-class WindowContract : public GtkTest, public testing::WithParamInterface<WindowImplementation> {
+class WindowContractTest : public GtkTest,
+                           public testing::WithParamInterface<WindowImplementation> {
  protected:
-  WindowContract() {
+  WindowContractTest() {
     view->setFrame({{10, 20}, {300, 200}});
     window = factory->createWindowWithContentView(view);
     platform()
@@ -46,19 +47,19 @@ class WindowContract : public GtkTest, public testing::WithParamInterface<Window
 
 }  // namespace
 
-TEST_P(WindowContract, isHiddenAtFirstAndAsLargeAsItsContent) {
+TEST_P(WindowContractTest, isHiddenAtFirstAndAsLargeAsItsContent) {
   EXPECT_EQ(window->contentView(), view);
   EXPECT_FALSE(window->isVisible());
   EXPECT_EQ(window->contentRectForFrameRect(window->frame()).size, (Size{300, 200}));
 }
 
-TEST_P(WindowContract, frameIsWhatWasSet) {
+TEST_P(WindowContractTest, frameIsWhatWasSet) {
   const Rect frame = window->frameRectForContentRect({{100, 311.5}, {400, 300}});
   window->setFrame(frame);
   EXPECT_EQ(window->frame(), frame);
 }
 
-TEST_P(WindowContract, frameHasATitleBarAboveTheContent) {
+TEST_P(WindowContractTest, frameHasATitleBarAboveTheContent) {
   const Rect content = {{100, 200}, {400, 300}};
   const Rect frame = window->frameRectForContentRect(content);
   EXPECT_GT(frame.origin.y + frame.size.height, content.origin.y + content.size.height);
@@ -66,7 +67,7 @@ TEST_P(WindowContract, frameHasATitleBarAboveTheContent) {
   EXPECT_EQ(window->contentRectForFrameRect(frame), content);
 }
 
-TEST_P(WindowContract, closingIsToldOnceAndHides) {
+TEST_P(WindowContractTest, closingIsToldOnceAndHides) {
   window->close();
   EXPECT_EQ(closings, 0) << "it is not visible";
   for (int round = 1; round <= 2; ++round) {
@@ -80,7 +81,7 @@ TEST_P(WindowContract, closingIsToldOnceAndHides) {
   }
 }
 
-TEST_P(WindowContract, contentOwnerLivesWithTheWindow) {
+TEST_P(WindowContractTest, contentOwnerLivesWithTheWindow) {
   auto owner = std::make_shared<Object>();
   const std::weak_ptr<Object> weak = owner;
   window->setContentOwner(std::move(owner));
@@ -89,7 +90,7 @@ TEST_P(WindowContract, contentOwnerLivesWithTheWindow) {
   EXPECT_TRUE(weak.expired());
 }
 
-TEST_P(WindowContract, borderlessWindowIsAllContentAndHidden) {
+TEST_P(WindowContractTest, borderlessWindowIsAllContentAndHidden) {
   const Rect place = {{10000, 10000}, {100, 100}};
   const auto stub = factory->createBorderlessWindow(place);
   EXPECT_FALSE(stub->isVisible());
@@ -99,7 +100,7 @@ TEST_P(WindowContract, borderlessWindowIsAllContentAndHidden) {
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    , WindowContract,
+    , WindowContractTest,
     testing::Values(
         WindowImplementation{"Fake", [] { return std::make_shared<FakeWindowFactory>(); },
                              [] { return std::make_shared<FakeView>(); }},

@@ -2,7 +2,8 @@
 #include <vector>
 
 #include "definition/AdReader.h"
-#include "definition/DefinitionTest.h"
+#include "support/DefinitionTest.h"
+#include "support/Documents.h"
 
 namespace qorix {
 namespace {

@@ -20,7 +20,7 @@ constexpr bool kIsSanitized = __has_feature(address_sanitizer) || __has_feature(
 #else
 constexpr bool kIsSanitized = false;
 #endif
-// A sanitizer keeps books of its own, and memory that was freed.
+// A sanitizer needs memory itself, and keeps memory that was freed.
 constexpr long kMebibytes = kIsSanitized ? 512 : 64;
 // Of the processor's time, as the tests share the machine.
 constexpr double kSeconds = kIsSanitized ? 10 : 1;

@@ -231,30 +231,28 @@ TEST(JsonTest, manyHugeNumbersTakeOneMoreReadingAndNotOneEach) {
   EXPECT_FALSE(parseJson("[1e400," + repeated("1e400-", 200'000)));
 }
 
-/// The locales write fractions with a comma or with a character of two bytes.
-class JsonInLocaleTest : public testing::TestWithParam<const char*> {};
-
-INSTANTIATE_TEST_SUITE_P(Locales, JsonInLocaleTest, testing::Values("tr_TR", "de_DE", "ps_AF"),
-                         [](const auto& locale) { return std::string(locale.param); });
-
-TEST_P(JsonInLocaleTest, numbersAreReadTheSame) {
-  const LocaleInUse locale(GetParam());
-  const std::string separator = std::localeconv()->decimal_point;
-  ASSERT_NE(separator, ".");
-  const auto value =
-      parseJson("[2.7, -0.5, 1.25e2, 12345678.5, 0.001e3, 1e400, -1.5e400, 1234567]");
-  EXPECT_EQ(std::localeconv()->decimal_point, separator);  // the host keeps its own
-  ASSERT_TRUE(value);
-  const auto& array = *value->as<Array>();
-  ASSERT_EQ(array.size(), 8U);
-  EXPECT_EQ(*array[0].as<double>(), 2.7);
-  EXPECT_EQ(*array[1].as<double>(), -0.5);
-  EXPECT_EQ(*array[2].as<double>(), 125);
-  EXPECT_EQ(*array[3].as<double>(), 12345678.5);
-  EXPECT_EQ(*array[4].as<double>(), 1);
-  EXPECT_EQ(array[5].integerValue(), kMax);
-  EXPECT_EQ(array[6].integerValue(), kMin);
-  EXPECT_EQ(*array[7].as<std::int64_t>(), 1234567);
+// They write fractions with a comma or with a character of two bytes.
+TEST(JsonTest, numbersAreReadTheSameInEveryLocale) {
+  for (const auto* name : {"tr_TR", "de_DE", "ps_AF"}) {
+    SCOPED_TRACE(name);
+    const LocaleInUse locale(name);
+    const std::string separator = std::localeconv()->decimal_point;
+    ASSERT_NE(separator, ".");
+    const auto value =
+        parseJson("[2.7, -0.5, 1.25e2, 12345678.5, 0.001e3, 1e400, -1.5e400, 1234567]");
+    EXPECT_EQ(std::localeconv()->decimal_point, separator);  // the host keeps its own
+    ASSERT_TRUE(value);
+    const auto& array = *value->as<Array>();
+    ASSERT_EQ(array.size(), 8U);
+    EXPECT_EQ(*array[0].as<double>(), 2.7);
+    EXPECT_EQ(*array[1].as<double>(), -0.5);
+    EXPECT_EQ(*array[2].as<double>(), 125);
+    EXPECT_EQ(*array[3].as<double>(), 12345678.5);
+    EXPECT_EQ(*array[4].as<double>(), 1);
+    EXPECT_EQ(array[5].integerValue(), kMax);
+    EXPECT_EQ(array[6].integerValue(), kMin);
+    EXPECT_EQ(*array[7].as<std::int64_t>(), 1234567);
+  }
 }
 
 TEST(JsonTest, theGrammarIsTheSameInEveryLocale) {
@@ -316,7 +314,7 @@ TEST(JsonTest, aTextThatIsNotReadIsExplainedOnRequest) {
   expectDefect("7", 0, "neither an object nor an array");
   expectDefect(repeated("[", 513) + repeated("]", 513), 0, "nested too deeply");
   expectDefect(std::string("[\0]", 3), 1, "a zero byte");
-  // Numbers too large for a double do not move what stands behind them.
+  // Numbers too large for a double do not change the offset of what follows them.
   expectDefect("[1e400, -99999e999, 1e0000999, ,]", 31,
                "unexpected ','; expected '[', '{', or a literal");
 }

@@ -5,8 +5,9 @@
 
 #include <qorix/MyPushAdUtil.h>
 
-#include "definition/DefinitionTest.h"
 #include "support/CheckLines.h"
+#include "support/DefinitionTest.h"
+#include "support/Documents.h"
 #include "support/Locale.h"
 
 namespace qorix {
@@ -21,49 +22,13 @@ Lines parserLine(int line) {
   return {checkLine("+[MyPushAdUtil parseXMLWithString:]", line, kFatalMessage)};
 }
 
-std::string element(const std::string& name, const std::string& content) {
-  return "<" + name + ">" + content + "</" + name + ">";
-}
-
-std::string tableLine(const std::string& appid, const std::string& adid) {
-  return "<push_ad_config><appid>" + appid + "</appid><adid>" + adid + "</adid></push_ad_config>";
-}
-
-/// The elements of one advertisement, each of which a test may replace or remove.
-struct Ad {
-  std::string adid = "<adid>11</adid>";
-  std::string enable = "<enable>1</enable>";
-  std::string version = "<version>2a1</version>";
-  std::string embed = "<embed>0</embed>";
-  std::string width = "<width>600</width>";
-  std::string height = "<height>400</height>";
-  std::string count = "<count>3</count>";
-  std::string delay = "<delay>5</delay>";
-  std::string advance = "<advance>{}</advance>";
-  std::string notes = "<notes>autumn offer</notes>";
-  std::string title = "<title><en>Try</en></title>";
-  std::string htmlContents = "<html_contents><en>&lt;p></en></html_contents>";
-  std::string promoAppNames;
-
-  std::string text() const {
-    return "<push_ad>" + adid + enable + version + embed + width + height + count + delay +
-           advance + notes + title + htmlContents + promoAppNames + "</push_ad>";
-  }
-};
-
-std::string adText(const std::string& adid) {
-  Ad ad;
-  ad.adid = "<adid>" + adid + "</adid>";
-  return ad.text();
-}
-
 class ParsingTest : public DefinitionTest {
  protected:
   static std::shared_ptr<const MyPushAdInfo> parse(const std::string& document) {
     return MyPushAdUtil::parseXMLWithString(document);
   }
 
-  static std::shared_ptr<const MyPushAdInfo> parseAd(const Ad& ad) {
+  static std::shared_ptr<const MyPushAdInfo> parseAd(const AdElements& ad) {
     return parse(documentText("", ad.text()));
   }
 
@@ -80,7 +45,7 @@ class ParsingTest : public DefinitionTest {
     EXPECT_EQ(log_->takeLines(), parserLine(line)) << document;
   }
 
-  /// The same with an applications folder that cannot be opened.
+  /// The same, if the applications folder cannot be opened.
   void expectDefectBehindTheFolder(int line, const std::string& document) {
     EXPECT_EQ(parse(document), nullptr);
     EXPECT_EQ(log_->takeLines(), (Lines{kFolderLine, parserLine(line).front()})) << document;
@@ -248,7 +213,7 @@ TEST_F(ParsingTest, identifiersAreComparedExactly) {
 
 TEST_F(ParsingTest, blanksArePartOfAnIdentifier) {
   const auto ads = [](const std::string& first, const std::string& second) {
-    Ad narrow;
+    AdElements narrow;
     narrow.adid = element("adid", first);
     narrow.width = element("width", "1");
     return narrow.text() + adText(second);
@@ -322,7 +287,7 @@ TEST_F(ParsingTest, aDocumentWithoutAdvertisementsIsRefused) {
 }
 
 TEST_F(ParsingTest, anAdvertisementWithoutAdidSpoilsTheDocumentOnlyAheadOfTheChosenOne) {
-  Ad broken;
+  AdElements broken;
   broken.adid = "";
   const std::string table = tableLine(kEditor, "22");
   expectDefect(122, documentText(table, broken.text() + adText("22")));
@@ -339,7 +304,7 @@ TEST_F(ParsingTest, aTableLineThatNamesNoAdvertisementDoesNotFallBackToTheFirst)
 }
 
 TEST_F(ParsingTest, theFirstOfSeveralAdvertisementsOfOneIdentifierIsChosen) {
-  Ad second;
+  AdElements second;
   second.adid = "<adid>22</adid>";
   second.width = "<width>1</width>";
   const auto info = parse(documentText(tableLine(kEditor, "22"), adText("22") + second.text()));
@@ -348,21 +313,23 @@ TEST_F(ParsingTest, theFirstOfSeveralAdvertisementsOfOneIdentifierIsChosen) {
 }
 
 struct FieldCase {
-  std::string Ad::*member;
+  std::string AdElements::*member;
   std::string name;
   int line;
 };
 
 const std::vector<FieldCase> kFields = {
-    {&Ad::enable, "enable", 128}, {&Ad::version, "version", 129}, {&Ad::embed, "embed", 130},
-    {&Ad::width, "width", 131},   {&Ad::height, "height", 132},   {&Ad::count, "count", 133},
-    {&Ad::delay, "delay", 134},   {&Ad::advance, "advance", 135}, {&Ad::notes, "notes", 136}};
+    {&AdElements::enable, "enable", 128}, {&AdElements::version, "version", 129},
+    {&AdElements::embed, "embed", 130},   {&AdElements::width, "width", 131},
+    {&AdElements::height, "height", 132}, {&AdElements::count, "count", 133},
+    {&AdElements::delay, "delay", 134},   {&AdElements::advance, "advance", 135},
+    {&AdElements::notes, "notes", 136}};
 
 TEST_F(ParsingTest, eachFieldMustBeThereWithSomeText) {
   for (const auto& [member, name, line] : kFields) {
     for (const auto& defect : {std::string(), element(name, ""), element(name, "<!-- no text -->"),
                                element(name, "") += element(name, "1")}) {
-      Ad ad;
+      AdElements ad;
       ad.*member = defect;
       expectDefect(line, documentText("", ad.text()));
     }
@@ -372,13 +339,13 @@ TEST_F(ParsingTest, eachFieldMustBeThereWithSomeText) {
 TEST_F(ParsingTest, blanksAreATextInAField) {
   for (const auto& [member, name, line] : kFields) {
     for (const auto* blanks : {" ", "\n\t ", "<x> </x>", "<![CDATA[ ]]>"}) {
-      Ad ad;
+      AdElements ad;
       ad.*member = element(name, blanks);
       EXPECT_NE(parseAd(ad), nullptr) << name;
     }
   }
   log_->takeLines();  // a customisation of blanks is no JSON
-  Ad ad;
+  AdElements ad;
   ad.adid = element("adid", " ");
   ad.version = element("version", " ");
   ad.notes = element("notes", "\n");
@@ -392,7 +359,7 @@ TEST_F(ParsingTest, blanksAreATextInAField) {
 
 TEST_F(ParsingTest, ofSeveralDefectsTheFirstFieldsIsLogged) {
   for (std::size_t index = 0; index + 1 < kFields.size(); ++index) {
-    Ad ad;
+    AdElements ad;
     ad.*kFields[index].member = "";
     ad.*kFields[index + 1].member = "";
     ad.title = "";
@@ -401,7 +368,7 @@ TEST_F(ParsingTest, ofSeveralDefectsTheFirstFieldsIsLogged) {
 }
 
 TEST_F(ParsingTest, titleAndPageMustBeThere) {
-  Ad ad;
+  AdElements ad;
   ad.htmlContents = "";
   expectDefect(139, documentText("", ad.text()));
   ad.title = "";
@@ -409,7 +376,7 @@ TEST_F(ParsingTest, titleAndPageMustBeThere) {
 }
 
 TEST_F(ParsingTest, aTitleOrPageOfTextWithoutChildElementsIsRefused) {
-  Ad ad;
+  AdElements ad;
   ad.htmlContents = "<html_contents>a page</html_contents>";
   expectDefect(177, documentText("", ad.text()));
   ad.title = "<title>a title</title>";
@@ -419,7 +386,7 @@ TEST_F(ParsingTest, aTitleOrPageOfTextWithoutChildElementsIsRefused) {
 }
 
 TEST_F(ParsingTest, anEmptyLanguageIsLeftOutAndTheOthersCount) {
-  Ad ad;
+  AdElements ad;
   ad.title = "<title>text<en/><!-- c --><?pi x?><ja>J</ja> <default> </default></title>";
   const auto info = parseAd(ad);
   ASSERT_NE(info, nullptr);
@@ -427,7 +394,7 @@ TEST_F(ParsingTest, anEmptyLanguageIsLeftOutAndTheOthersCount) {
 }
 
 TEST_F(ParsingTest, theLastOfSeveralTextsOfOneLanguageWinsInTheFirstOnesPlace) {
-  Ad ad;
+  AdElements ad;
   ad.title = "<title><en>1</en><ja>J</ja><en>2</en><en/><EN>E</EN></title>";
   const auto info = parseAd(ad);
   ASSERT_NE(info, nullptr);
@@ -435,7 +402,7 @@ TEST_F(ParsingTest, theLastOfSeveralTextsOfOneLanguageWinsInTheFirstOnesPlace) {
 }
 
 TEST_F(ParsingTest, anEmptyTextIsNotTheFirstOfItsLanguage) {
-  Ad ad;
+  AdElements ad;
   ad.title = "<title><en/><ja>J</ja><en>2</en><de/></title>";
   const auto info = parseAd(ad);
   ASSERT_NE(info, nullptr);
@@ -443,7 +410,7 @@ TEST_F(ParsingTest, anEmptyTextIsNotTheFirstOfItsLanguage) {
 }
 
 TEST_F(ParsingTest, onlyTheFirstTitleAndPageAreRead) {
-  Ad ad;
+  AdElements ad;
   ad.title = "<title><en>1</en></title><title><en>2</en></title>";
   ad.htmlContents += "<html_contents><ja>2</ja></html_contents>";
   const auto info = parseAd(ad);
@@ -457,7 +424,7 @@ TEST_F(ParsingTest, onlyTheTextZeroDisables) {
       {"0", false}, {"1", true},  {"yes", true}, {"false", true}, {"00", true},
       {"-0", true}, {" 0", true}, {"0 ", true},  {"no", true}};
   for (const auto& [text, expected] : expectations) {
-    Ad ad;
+    AdElements ad;
     ad.enable = "<enable>" + text + "</enable>";
     const auto info = parseAd(ad);
     ASSERT_NE(info, nullptr);
@@ -466,7 +433,7 @@ TEST_F(ParsingTest, onlyTheTextZeroDisables) {
 }
 
 TEST_F(ParsingTest, integersAreTheLeadingOnesAndSaturate) {
-  Ad ad;
+  AdElements ad;
   ad.adid = "<adid> 7 </adid>";
   ad.embed = "<embed>abc</embed>";
   ad.width = "<width>12px</width>";
@@ -485,7 +452,7 @@ TEST_F(ParsingTest, integersAreTheLeadingOnesAndSaturate) {
 }
 
 TEST_F(ParsingTest, textsAreTakenAsTheyAre) {
-  Ad ad;
+  AdElements ad;
   ad.version = "<version> 2<![CDATA[a]]>&#49;\r\n</version>";
   ad.notes = "<notes><b>bold</b> <!-- c -->note</notes>";
   const auto info = parseAd(ad);
@@ -495,7 +462,7 @@ TEST_F(ParsingTest, textsAreTakenAsTheyAre) {
 }
 
 TEST_F(ParsingTest, aCustomisationThatIsNotJsonLeavesTheElementsValues) {
-  Ad ad;
+  AdElements ad;
   ad.advance = "<advance>not JSON</advance>";
   const auto info = parseAd(ad);
   ASSERT_NE(info, nullptr);
@@ -515,7 +482,7 @@ TEST_F(ParsingTest, aHostWithoutIdentifierIsLoggedByTheCustomisation) {
 
 TEST_F(ParsingTest, onceEveryPromotedApplicationIsInstalledTheAdvertisementIsOff) {
   installPackages({"Example Viewer.app", "Example Converter.app"});
-  Ad ad;
+  AdElements ad;
   ad.advance = "<advance>{\"com.example.editor\":{\"enable\":1,\"width\":9}}</advance>";
   ad.promoAppNames =
       "<promo_app_name>Example Viewer</promo_app_name><promo_app_name/>"
@@ -531,7 +498,7 @@ TEST_F(ParsingTest, onceEveryPromotedApplicationIsInstalledTheAdvertisementIsOff
 
 TEST_F(ParsingTest, theLineAboutInstalledApplicationsFollowsTheCustomisations) {
   installPackages({"Example Viewer.app"});
-  Ad ad;
+  AdElements ad;
   ad.advance = "<advance>x</advance>";
   ad.promoAppNames = "<promo_app_name>Example Viewer</promo_app_name>";
   parseAd(ad);
@@ -542,7 +509,7 @@ TEST_F(ParsingTest, theLineAboutInstalledApplicationsFollowsTheCustomisations) {
 
 TEST_F(ParsingTest, aMissingPromotedApplicationKeepsTheAdvertisementOn) {
   installPackages({"Example Viewer.app"});
-  Ad ad;
+  AdElements ad;
   ad.promoAppNames =
       "<promo_app_name>Example Viewer</promo_app_name>"
       "<promo_app_name>Example Converter</promo_app_name>";
@@ -553,7 +520,7 @@ TEST_F(ParsingTest, aMissingPromotedApplicationKeepsTheAdvertisementOn) {
 }
 
 TEST_F(ParsingTest, withoutPromotedNamesTheApplicationsFolderIsNotTouched) {
-  Ad ad;
+  AdElements ad;
   EXPECT_TRUE(parseAd(ad)->enable());
   ad.promoAppNames = "<promo_app_name/>";
   EXPECT_TRUE(parseAd(ad)->enable());
@@ -564,7 +531,7 @@ TEST_F(ParsingTest, withoutPromotedNamesTheApplicationsFolderIsNotTouched) {
 TEST_F(ParsingTest, blanksArePartOfAPromotedName) {
   installPackages({"Example Viewer.app", "Blank .app", " .app"});
   const auto isEnabledWith = [&](const std::string& name) {
-    Ad ad;
+    AdElements ad;
     ad.promoAppNames = element("promo_app_name", name);
     return parseAd(ad)->enable();
   };
@@ -578,9 +545,9 @@ TEST_F(ParsingTest, blanksArePartOfAPromotedName) {
   EXPECT_TRUE(isEnabledWith("  "));
 }
 
-/// An advertisement with a promoted application, whose customisation is at fault.
-Ad promotingAd() {
-  Ad ad;
+/// An advertisement with a promoted application and a customisation that is not JSON.
+AdElements promotingAd() {
+  AdElements ad;
   ad.advance = "<advance>not JSON</advance>";
   ad.promoAppNames = "<promo_app_name>Example Viewer</promo_app_name>";
   return ad;
@@ -588,7 +555,7 @@ Ad promotingAd() {
 
 TEST_F(ParsingTest, installedApplicationsAreReadBeforeTheLastCheck) {
   applicationsFolder_->contents.reset();
-  Ad ad = promotingAd();
+  AdElements ad = promotingAd();
   ad.htmlContents = "<html_contents/>";
   expectDefectBehindTheFolder(177, documentText("", ad.text()));
   ad.title = "<title/>";
@@ -605,11 +572,11 @@ TEST_F(ParsingTest, installedApplicationsAreReadBeforeTheCustomisation) {
 
 TEST_F(ParsingTest, installedApplicationsAreNotReadWhenAnythingBeforeThemIsAtFault) {
   for (const auto& [member, name, line] : kFields) {
-    Ad ad = promotingAd();
+    AdElements ad = promotingAd();
     ad.*member = "";
     expectDefect(line, documentText("", ad.text()));
   }
-  Ad ad = promotingAd();
+  AdElements ad = promotingAd();
   ad.htmlContents = "";
   expectDefect(139, documentText("", ad.text()));
   ad.title = "";
@@ -619,7 +586,7 @@ TEST_F(ParsingTest, installedApplicationsAreNotReadWhenAnythingBeforeThemIsAtFau
 }
 
 TEST_F(ParsingTest, onlyTheChosenAdvertisementsApplicationsAreLookedFor) {
-  Ad second;
+  AdElements second;
   second.adid = element("adid", "22");
   const auto document =
       documentText(tableLine(kEditor, "22"), promotingAd().text() + second.text());
@@ -627,39 +594,37 @@ TEST_F(ParsingTest, onlyTheChosenAdvertisementsApplicationsAreLookedFor) {
   EXPECT_EQ(applicationsFolder_->directoryRequests, 0);
 }
 
-class ParsingInLocaleTest : public ParsingTest, public testing::WithParamInterface<const char*> {};
-
-INSTANTIATE_TEST_SUITE_P(Locales, ParsingInLocaleTest, testing::Values("tr_TR", "de_DE", "ps_AF"),
-                         [](const auto& locale) { return std::string(locale.param); });
-
-TEST_P(ParsingInLocaleTest, aDocumentIsReadTheSame) {
-  const LocaleInUse locale(GetParam());
-  installPackages({"IMAGE FINDER.app"});
-  Ad ad;
-  ad.width = "<width>1234567.5</width>";
-  ad.height = "<height>1,5</height>";
-  ad.advance = R"(<advance>{"com.example.editor":{"enable":0.9,"delay":2.7,"offsetx":-1.5,)"
-               R"("offsety":1.25e2,"COUNT":1,"embed":1e400}}</advance>)";
-  ad.title = "<title><ID>I</ID><id>i</id></title>";
-  ad.promoAppNames = "<promo_app_name>image finder</promo_app_name>";
-  const auto info = parseAd(ad);
-  ASSERT_NE(info, nullptr);
-  EXPECT_FALSE(info->enable());
-  EXPECT_EQ(info->width(), 1234567);
-  EXPECT_EQ(info->height(), 1);
-  EXPECT_EQ(info->delay(), 2);
-  EXPECT_EQ(info->offsetx(), -1);
-  EXPECT_EQ(info->offsety(), 125);
-  EXPECT_EQ(info->count(), 3);
-  EXPECT_EQ(info->embed(), std::numeric_limits<std::int64_t>::max());
-  EXPECT_EQ(info->titleDict(), (LocalizedTexts{{"ID", "I"}, {"id", "i"}}));
-  EXPECT_TRUE(log_->lines().empty());
+TEST_F(ParsingTest, aDocumentIsReadTheSameInEveryLocale) {
+  for (const auto* name : {"tr_TR", "de_DE", "ps_AF"}) {
+    SCOPED_TRACE(name);
+    const LocaleInUse locale(name);
+    installPackages({"IMAGE FINDER.app"});
+    AdElements ad;
+    ad.width = "<width>1234567.5</width>";
+    ad.height = "<height>1,5</height>";
+    ad.advance = R"(<advance>{"com.example.editor":{"enable":0.9,"delay":2.7,"offsetx":-1.5,)"
+                 R"("offsety":1.25e2,"COUNT":1,"embed":1e400}}</advance>)";
+    ad.title = "<title><ID>I</ID><id>i</id></title>";
+    ad.promoAppNames = "<promo_app_name>image finder</promo_app_name>";
+    const auto info = parseAd(ad);
+    ASSERT_NE(info, nullptr);
+    EXPECT_FALSE(info->enable());
+    EXPECT_EQ(info->width(), 1234567);
+    EXPECT_EQ(info->height(), 1);
+    EXPECT_EQ(info->delay(), 2);
+    EXPECT_EQ(info->offsetx(), -1);
+    EXPECT_EQ(info->offsety(), 125);
+    EXPECT_EQ(info->count(), 3);
+    EXPECT_EQ(info->embed(), std::numeric_limits<std::int64_t>::max());
+    EXPECT_EQ(info->titleDict(), (LocalizedTexts{{"ID", "I"}, {"id", "i"}}));
+    EXPECT_TRUE(log_->lines().empty());
+  }
 }
 
 TEST_F(ParsingTest, aPageOfTwentyMegabytesIsRead) {
   std::string page;
   page.resize(20'000'000, 'x');
-  Ad ad;
+  AdElements ad;
   ad.htmlContents = "<html_contents><en><![CDATA[" + page + "]]></en></html_contents>";
   const auto info = parseAd(ad);
   ASSERT_NE(info, nullptr);
@@ -676,7 +641,7 @@ TEST_F(ParsingTest, aLargeDocumentIsReadForAHostAnywhereInItsTable) {
     ads += adText(std::to_string(index));
     titles += "<l" + std::to_string(index) + ">t</l" + std::to_string(index) + ">";
   }
-  Ad last;
+  AdElements last;
   last.adid = "<adid>last</adid>";
   last.title = "<title>" + titles + titles + "</title>";
   const auto document = documentText(table + tableLine("lasthost", "last"), ads + last.text());

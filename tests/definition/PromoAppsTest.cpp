@@ -3,8 +3,8 @@
 
 #include <qorix/MyPushAdUtil.h>
 
-#include "definition/DefinitionTest.h"
 #include "support/CheckLines.h"
+#include "support/DefinitionTest.h"
 
 namespace qorix {
 namespace {

@@ -38,7 +38,7 @@ std::string allocatingDocument() {
          repeated("<element/>&e;", 50) + repeated("<x>", 40) + repeated("</x>", 40) + "</r>";
 }
 
-template <class Parse>  // takes the map for a call and answers what it read
+template <class Parse>  // takes the map and returns what it read
 long countFailuresInEvents(Parse parse) {
   long failures = 0;
   for (long allocation = 0;; ++allocation) {

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <fstream>
 #include <sstream>
@@ -16,7 +17,7 @@ std::string_view trimmed(std::string_view text) {
                             : text.substr(begin, text.find_last_not_of(' ') - begin + 1);
 }
 
-/// The heading on that line; empty when it bears none.
+/// The heading on that line; empty if there is none.
 std::string_view headingOf(std::string_view line) {
   const auto begin = line.find_first_not_of('#');
   return line.starts_with('#') && begin != line.npos ? trimmed(line.substr(begin))
@@ -72,7 +73,15 @@ std::vector<Row> Guide::table(std::string_view heading, std::size_t number) cons
     return {};
   }
   const auto& rows = tables[number];
-  return {rows.begin() + 2, rows.end()};  // behind the head and the line below it
+  return {rows.begin() + 2, rows.end()};  // without the head and the line below it
+}
+
+std::string Guide::prose() const {
+  std::string text;
+  for (const auto& line : lines_) {
+    text += line.substr(std::min(line.find_first_not_of(' '), line.size())) + " ";
+  }
+  return text;
 }
 
 std::vector<std::string> Guide::blocks(std::string_view word) const {

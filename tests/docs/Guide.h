@@ -22,7 +22,9 @@ class Guide {
   /// count from 0.
   std::vector<Row> table(std::string_view heading, std::size_t number = 0) const;
 
-  /// What the fenced blocks hold whose opening line bears that word ("console"), in their order.
+  /// The whole text in one line, for what may be broken into two.
+  std::string prose() const;
+  /// The texts of the fenced blocks whose opening line has that word ("console"), in order.
   std::vector<std::string> blocks(std::string_view word) const;
   /// The same of the only one.
   std::string block(std::string_view word) const;

@@ -1,14 +1,13 @@
-#include <chrono>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "docs/Guide.h"
-#include "end-to-end/SampleHostTest.h"
 #include "platform/linux/UserFolders.h"
+#include "support/SampleHostTest.h"
+#include "support/Wait.h"
 
 namespace qorix::test {
 namespace {
@@ -22,19 +21,6 @@ constexpr Pixel kBrowserLink{0x8E, 0xCA, 0xE6};
 constexpr Pixel kPurchaseLink{0xA7, 0xC9, 0x57};
 constexpr Pixel kCloseControl{0xEF, 0x47, 0x6F};
 constexpr Pixel kPopup{0xED, 0xF6, 0xF9};
-
-/// Answers whether the condition came to hold in time.
-template <class Condition>
-bool waitUntil(Condition condition) {
-  const auto deadline = std::chrono::steady_clock::now() + std::chrono::duration<double>(kPatience);
-  while (!condition()) {
-    if (std::chrono::steady_clock::now() > deadline) {
-      return false;
-    }
-    std::this_thread::yield();
-  }
-  return true;
-}
 
 /// The guide's complete example, fetched and shown by the real host. What it opens is written down.
 class GuideOnScreenTest : public SampleHostTest {
@@ -74,12 +60,12 @@ class GuideOnScreenTest : public SampleHostTest {
   /// Clicks in the middle of what has that colour, once it is there.
   static void clickOn(const Pixel& color) {
     PixelBox box;
-    ASSERT_TRUE(waitUntil([&] { return (box = boxOf(color)).width > 0; }));
+    ASSERT_TRUE(waitUntil([&] { return (box = boxOf(color)).width > 0; }, kPatience));
     clickAt(box.x + box.width / 2, box.y + box.height / 2);
   }
 
   bool waitForOpened(const std::string& addresses) const {
-    return waitUntil([&] { return textOfFile(opened_.string()) == addresses; });
+    return waitUntil([&] { return textOfFile(opened_.string()) == addresses; }, kPatience);
   }
 
   const fs::path applications_ = fs::path(userDataFolder()) / "applications";

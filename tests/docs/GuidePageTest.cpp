@@ -12,7 +12,11 @@
 
 #include "docs/Guide.h"
 #include "docs/GuideTest.h"
+#include "fakes/FakeControllerDelegate.h"
 #include "fakes/FakePlatform.h"
+#include "fakes/FakePolicyListener.h"
+#include "fakes/FakeWorkspace.h"
+#include "support/Clicks.h"
 #include "webview/OpeningLimit.h"
 #include "webview/PageScripts.h"
 
@@ -82,52 +86,29 @@ class GuidePageTest : public testing::Test {
 
   /// What the library does.
   std::string actOf(const Click& click) {
-    struct Listener : WebPolicyDecisionListener {
-      void use() override { isUsed = true; }
-      void ignore() override {}
-      bool isUsed = false;
-    } listener;
+    FakePolicyListener listener;
     workspace_->opened.clear();
     delegate_->reports.clear();
-    const auto element = std::make_shared<DomHtmlElement>(click.id, click.className);
-    const Dictionary information = {
-        {kWebActionNavigationTypeKey, 0},
-        {kWebActionElementKey,
-         Dictionary{{kWebElementDomNodeKey, std::shared_ptr<DomNode>(element)}}}};
     const std::string query = click.query.empty() ? "" : "?" + click.query;
     controller_->webViewDecidePolicyForNavigationAction(
-        controller_->legacyWebView(), information, *Url::parse("https://example.com/a" + query), {},
-        listener);
-    if (listener.isUsed) {
+        controller_->legacyWebView(), qorix::click(htmlElement(click.id, click.className)),
+        *Url::parse("https://example.com/a" + query), {}, listener);
+    if (listener.decisions.front() == "use") {
       return "followed";
     }
     if (!workspace_->opened.empty()) {
       return workspace_->opened.front().starts_with("macappstore:") ? "App Store" : "browser";
     }
-    return delegate_->reports.empty() ? "nothing" : delegate_->reports.front();
+    if (delegate_->reports.empty()) {
+      return "nothing";
+    }
+    return delegate_->reports.front() == "close" ? "closes" : "purchase";
   }
-
-  struct RecordingWorkspace : Workspace {
-    void openUrl(const Url& url) override { opened.push_back(url.absoluteString()); }
-    std::vector<std::string> opened;
-  };
-  struct Delegate : MyPushAdViewControllerDelegate {
-    void pushAdViewControllerCloseButtonDidClick(
-        const std::shared_ptr<MyPushAdViewController>& /*controller*/) override {
-      reports.emplace_back("closes");
-    }
-    void pushAdViewControllerOpenIAPButtonDidClickWithURL(
-        const std::shared_ptr<MyPushAdViewController>& /*controller*/,
-        const std::optional<Url>& /*url*/) override {
-      reports.emplace_back("purchase");
-    }
-    std::vector<std::string> reports;
-  };
 
   const Guide guide_;
   FakePlatform fakes_;
-  std::shared_ptr<RecordingWorkspace> workspace_ = std::make_shared<RecordingWorkspace>();
-  std::shared_ptr<Delegate> delegate_ = std::make_shared<Delegate>();
+  std::shared_ptr<FakeWorkspace> workspace_ = std::make_shared<FakeWorkspace>();
+  std::shared_ptr<FakeControllerDelegate> delegate_ = std::make_shared<FakeControllerDelegate>();
   std::shared_ptr<MyPushAdViewController> controller_ =
       MyPushAdViewController::createInstanceWithPushAdMode(MyPushAdModeBanner);
 };
@@ -208,7 +189,7 @@ TEST_F(GuidePageTest, theCloseControlAndTheFunctionsAreThoseOfTheLibrary) {
 }
 
 TEST_F(GuidePageTest, theLimitsOfThePagesListAreThoseOfTheLibrary) {
-  const std::string text = textOfFile(QORIX_GUIDE);
+  const std::string text = guide_.prose();
   std::smatch bytes;
   std::smatch seconds;
   ASSERT_TRUE(std::regex_search(text, bytes, std::regex("longer than (\\d+) bytes")));
@@ -231,11 +212,11 @@ TEST_F(GuidePageTest, theLimitsOfThePagesListAreThoseOfTheLibrary) {
 }
 
 TEST_F(GuidePageTest, theLimitsOfWhatAPageOpensAreThoseOfTheLibrary) {
-  const std::string text = textOfFile(QORIX_GUIDE);
+  const std::string text = guide_.prose();
   std::smatch limits;
   ASSERT_TRUE(std::regex_search(
       text, limits,
-      std::regex("no more than (\\d+) addresses are opened\\s+within a second, and (\\d+) in")));
+      std::regex("no more than (\\d+) addresses are opened within a second, and (\\d+) in")));
   EXPECT_EQ(std::stoul(limits[1]), OpeningLimit::kPerSecond);
   EXPECT_EQ(std::stoul(limits[2]), OpeningLimit::kPerPage);
   std::smatch schemes;

@@ -9,8 +9,9 @@
 #include <qorix/MyPushAdInfo.h>
 #include <qorix/MyPushAdUtil.h>
 
-#include "definition/DefinitionTest.h"
 #include "docs/Guide.h"
+#include "support/DefinitionTest.h"
+#include "support/Documents.h"
 
 namespace qorix::test {
 
@@ -24,13 +25,13 @@ class GuideTest : public DefinitionTest {
   /// `document` with the first element of that name replaced by `text`.
   static std::string with(const std::string& document, const std::string& name,
                           const std::string& text) {
-    const std::regex element("<" + name + ">[\\s\\S]*?</" + name + ">");
-    EXPECT_TRUE(std::regex_search(document, element)) << name;
+    const std::regex whole("<" + name + ">[\\s\\S]*?</" + name + ">");
+    EXPECT_TRUE(std::regex_search(document, whole)) << name;
     std::string format;
     for (const char c : text) {
       format += c == '$' ? "$$" : std::string(1, c);
     }
-    return std::regex_replace(document, element, format, std::regex_constants::format_first_only);
+    return std::regex_replace(document, whole, format, std::regex_constants::format_first_only);
   }
   /// The guide's smallest document, changed so.
   std::string minimalWith(const std::string& name, const std::string& text) const {
@@ -38,16 +39,13 @@ class GuideTest : public DefinitionTest {
   }
   /// The same with another text in the element.
   std::string minimalHolding(const std::string& name, const std::string& text) const {
-    return minimalWith(name, elementOf(name, text));
+    return minimalWith(name, element(name, text));
   }
   /// The smallest document with something more in that element, in front.
   std::string minimalPlus(const std::string& name, const std::string& text) const {
     std::string document = minimal_;
     const std::string tag = "<" + name + ">";
     return document.replace(document.find(tag), tag.size(), tag + text);
-  }
-  static std::string elementOf(const std::string& name, const std::string& text) {
-    return "<" + name + ">" + text + "</" + name + ">";
   }
 
   const Guide guide_;

@@ -1,8 +1,8 @@
 #include <chrono>
 
-#include "end-to-end/SampleHostTest.h"
 #include "support/CheckLines.h"
 #include "support/CloudServer.h"
+#include "support/SampleHostTest.h"
 
 namespace qorix::test {
 namespace {

@@ -1,4 +1,4 @@
-#include "end-to-end/SampleHostTest.h"
+#include "support/SampleHostTest.h"
 
 #include <chrono>
 #include <fstream>
@@ -146,8 +146,7 @@ TEST_F(SampleHostTest, thePageIsInTheUsersLanguage) {
 }
 
 TEST_F(SampleHostTest, aHostIsKnownByItsBundleIdentifier) {
-  serve({.table = "<push_ad_config><appid>com.example.viewer</appid><adid>99</adid>"
-                  "</push_ad_config>"});
+  serve({.table = tableLine("com.example.viewer", "99")});
   HostProcess other(arguments({"--bundle-id", "com.example.viewer"}));
   EXPECT_TRUE(other.waitForLog("ZAM OK. but rty")) << "its line names no advertisement";
   expectProperQuit(other);
@@ -235,7 +234,7 @@ TEST_F(SampleHostTest, quitsWhileThePageIsLoading) {
 }
 
 TEST_F(SampleHostTest, quitsWhileAScriptOfThePageRuns) {
-  // The page tells the server that it has been asked, and then does not come to an end.
+  // The page reports to the server that it was called, and then never returns.
   serve({}, std::string(kPlainPage) +
                 "<script>function cocoa_obtain_promo_app_ids() {"
                 " var request = new XMLHttpRequest(); request.open('GET', '" +

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
-"""The demo is patient with a host that lives. usage: demo_test.py DEMO
+"""The demo waits for a host that is still running. usage: demo_test.py DEMO
 
-DEMO is the demo's folder. The host is a program of this test that says what the test tells it to.
+DEMO is the demo's folder. The host is a small program that prints what the test gives it.
 """
 
 import json
@@ -41,7 +41,7 @@ class Demo(unittest.TestCase):
         self.addCleanup(patched.stop)
 
     def start_host(self):
-        """A host that lives, and the way to make it speak: it ends when that is closed."""
+        """A running host, and the file whose text it prints. It ends when the file is closed."""
         host = demo.Host(self.folder, self.folder, demo.SHOWINGS[0], [])
         speech = open(self.folder / "qorix-sample-host.says", "w")
         self.addCleanup(host.process.stdout.close)
@@ -50,7 +50,7 @@ class Demo(unittest.TestCase):
         return host, speech
 
     def speak_after_news(self, count, speech, text):
-        """Makes the host speak once `count` news have been told."""
+        """Makes the host print `text` after the demo has printed `count` lines."""
 
         def tell(what):
             self.news.append(what)
@@ -60,17 +60,17 @@ class Demo(unittest.TestCase):
 
         return mock.patch.object(demo, "tell", tell)
 
-    def test_a_showing_has_minutes(self):
+    def test_a_host_has_some_minutes(self):
         self.assertGreaterEqual(demo.MOST_SECONDS, 180)
         self.assertLessEqual(demo.MOST_SECONDS, 600)
 
-    def test_waits_for_a_late_host_and_says_what_for(self):
+    def test_waits_for_a_late_host_and_prints_what_for(self):
         host, speech = self.start_host()
         with self.speak_after_news(5, speech, WILL_SHOW + "\n"):
             host.wait_for_showing(demo.Patience("it", demo.MOST_SECONDS))
-        self.assertEqual(self.news[:5], [f"it lives; waiting for the event {demo.WILL_SHOW}"] * 5)
+        self.assertEqual(self.news[:5], [f"it is running; waiting for the event {demo.WILL_SHOW}"] * 5)
 
-    def test_a_clock_far_beyond_half_a_minute_is_no_reason_to_give_up(self):
+    def test_does_not_give_up_after_minutes(self):
         host, speech = self.start_host()
         patience = demo.Patience("it", demo.MOST_SECONDS)
         patience.start -= 170
@@ -81,7 +81,7 @@ class Demo(unittest.TestCase):
         host, _ = self.start_host()
         patience = demo.Patience("it", demo.MOST_SECONDS)
         patience.start -= demo.MOST_SECONDS
-        with self.assertRaisesRegex(demo.Failure, f"{demo.MOST_SECONDS} s were too few for the event"):
+        with self.assertRaisesRegex(demo.Failure, f"the event .* did not come within {demo.MOST_SECONDS} s"):
             host.wait_for_showing(patience)
 
     def test_does_not_wait_for_a_host_that_has_ended(self):
@@ -91,9 +91,9 @@ class Demo(unittest.TestCase):
             host.wait_for_showing(demo.Patience("it", float("inf")))
 
     def see(self, sizes):
-        """Looks for the banner where it has these sizes, one after the other, and then the last.
+        """Looks for the banner while it has these sizes, one after the other.
 
-        With the last one the host ends.
+        The host ends with the last one.
         """
         host, speech = self.start_host()
         speech.write(WILL_SHOW + "\n")
@@ -113,12 +113,12 @@ class Demo(unittest.TestCase):
         with run, seen, mock.patch.object(demo, "Host", lambda *_: host):
             demo.see(self.folder, self.folder, demo.SHOWINGS[0], [])
 
-    def test_waits_for_the_page_and_says_what_is_seen(self):
+    def test_waits_for_the_page_and_prints_what_is_seen(self):
         with mock.patch.object(subprocess.Popen, "terminate", lambda _: None):
             self.see(["0x0"] * 3 + ["728x90"])
-        waiting = [line for line in self.news if "waiting for the banner on the screen" in line]
+        waiting = [line for line in self.news if "waiting for the banner: " in line]
         self.assertEqual(len(waiting), 3)
-        self.assertIn("728x90 and not 0x0", waiting[0])
+        self.assertIn("728x90 on the screen, now 0x0", waiting[0])
 
     def test_does_not_wait_for_the_page_of_a_host_that_has_ended(self):
         with self.assertRaisesRegex(demo.Failure, "ended before its banner was on the screen"):

@@ -33,7 +33,7 @@ struct FakeCloudDatabase : CloudDatabase {
     completions.push_back(std::move(completion));
   }
 
-  /// Answers on a thread of its own, as a real database does; join it.
+  /// Answers on a new thread, as a real database does. Join it.
   std::thread answer(std::optional<std::vector<std::shared_ptr<CloudRecord>>> records,
                      std::optional<Error> error) {
     return std::thread([completion = std::move(completions.back()), records = std::move(records),

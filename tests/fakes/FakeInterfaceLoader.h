@@ -34,9 +34,9 @@ class FakeInterfaceLoader : public InterfaceLoader {
     Url executableUrl;
   };
 
-  /// When set, there is no interface file.
+  /// Set when there is no interface file.
   bool isBroken = false;
-  /// What each new page answers to a script.
+  /// Evaluates the scripts of each new page.
   std::function<std::string(const std::string&)> page;
   std::vector<Request> requests;
   std::vector<std::weak_ptr<FakeWebView>> webViews;

@@ -27,7 +27,8 @@ struct FakePlatform {
   std::shared_ptr<FakeInterfaceLoader> interfaceLoader = std::make_shared<FakeInterfaceLoader>();
   std::shared_ptr<NotificationCenter> notificationCenter = std::make_shared<NotificationCenter>();
 
-  /// The platform made of them, for a host with that identifier, to be changed and installed.
+  /// Returns a platform of these fakes, for a host with that identifier. A test may change it
+  /// before it installs it.
   Platform services(const std::string& hostIdentifier = "com.example.editor") const {
     Platform platform;
     platform.log = log;

@@ -12,8 +12,8 @@
 
 namespace qorix {
 
-/// A loop with a virtual clock that runs only when a test says so. The thread that makes it is the
-/// main thread.
+/// A run loop with a virtual clock. It runs only when a test says so. The thread that constructs it
+/// is the main thread.
 class FakeRunLoop : public RunLoop {
  public:
   void performAfterDelay(double seconds, std::function<void()> task) override;
@@ -21,20 +21,20 @@ class FakeRunLoop : public RunLoop {
   void performAndWait(std::function<void()> task) override;
   void serveHost() override { ++timesHostWasServed; }
 
-  /// Runs what is queued and what is due, also what that adds, until nothing is left to do now.
+  /// Runs what is queued or due, and what these tasks add, until nothing is left to do now.
   void runUntilIdle();
 
-  /// Lets the clock go on, running what becomes due in the order of the due times.
+  /// Advances the clock and runs what becomes due, in the order of the due times.
   void advance(double seconds);
 
-  /// Waits, by the real clock, until another thread has queued something or `seconds` have passed;
-  /// then runs until idle. True when there was something.
+  /// Waits, by the real clock, until another thread has queued a task or `seconds` have passed,
+  /// then runs until idle. Returns true if there was a task.
   bool waitForWork(double seconds);
 
-  /// As long as a menu is tracked, delayed performs wait.
+  /// While a menu is tracked, delayed tasks wait.
   void setTracksMenu(bool tracks) { tracksMenu_ = tracks; }
 
-  /// Seconds from now until each waiting delayed perform is due, soonest first.
+  /// The seconds until each delayed task is due, soonest first.
   std::vector<double> pendingDelays() const;
 
   int timesHostWasServed = 0;

@@ -9,8 +9,7 @@
 
 namespace qorix {
 
-/// A session without a network: the test says what each task brings. Delivers on the calling
-/// thread.
+/// A session without a network. The test delivers the data of each task, on its own thread.
 class FakeUrlSession : public UrlSession {
  public:
   explicit FakeUrlSession(std::weak_ptr<UrlSessionDelegate> delegate)
@@ -28,7 +27,7 @@ class FakeUrlSession : public UrlSession {
     }
   }
 
-  /// The running task ends, of several the one that was started first.
+  /// Ends the running task; if there are several, the one that was started first.
   void complete(const std::optional<Error>& error = std::nullopt) {
     const auto delegate = delegate_.lock();
     if (!running_.empty()) {

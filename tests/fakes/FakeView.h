@@ -62,7 +62,7 @@ class FakeViewOf : public ViewClass,
   bool postsFrameChanges() const { return postsFrameChanges_; }
 
   int setFrameCalls = 0;
-  /// When set, the host has destroyed what the view stands for.
+  /// Set when the host has destroyed the native view.
   bool gone = false;
 
  private:
@@ -100,7 +100,7 @@ class FakeWebView : public FakeViewOf<WebView> {
 
   void setDrawsBackground(bool draws) override { drawsBackground = draws; }
 
-  /// The page comes back: what waits for that is run.
+  /// The page responds again: runs what has waited for that.
   void answerAgain() {
     isAnswering = true;
     for (const auto& task : std::exchange(whenAnswering, {})) {
@@ -108,7 +108,7 @@ class FakeWebView : public FakeViewOf<WebView> {
     }
   }
 
-  /// What the page answers to a script.
+  /// Evaluates a script as the page would.
   std::function<std::string(const std::string&)> page;
   bool isAnswering = true;
   std::vector<std::function<void()>> whenAnswering;

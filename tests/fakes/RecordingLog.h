@@ -9,7 +9,7 @@
 
 namespace qorix {
 
-/// Keeps what is logged.
+/// Records the log lines.
 class RecordingLog : public Log {
  public:
   void write(std::string_view message) override {
@@ -22,7 +22,7 @@ class RecordingLog : public Log {
     return lines_;
   }
 
-  /// What was logged since the last call.
+  /// Returns the lines since the last call.
   std::vector<std::string> takeLines() {
     const std::lock_guard lock(mutex_);
     return std::exchange(lines_, {});

@@ -11,8 +11,9 @@ import every_test_is_built
 import layering
 import locale_free
 import promises
+import tests_map
+import unfinished_work
 import using_declarations
-import words
 
 
 class Tree(unittest.TestCase):
@@ -223,37 +224,56 @@ class EveryTestIsBuilt(House):
         self.assertEqual(self.found(), ["bench/OtherBench.cpp: no target builds it"])
 
 
-class Words(Tree):
-    def assert_found(self, text):
-        self.write("docs/a.md", f"good\n{text}\n")
-        self.assertEqual(list(words.faults(self.root)), [f"docs/a.md:2: {text}"])
-
-    def test_papers(self):
-        for text in (
-            "see Part" + " 4.2",
-            "as the" + " specification says",
-            "in spec" + ".md",
-            "shared" + "/design has it",
-            "since issue" + " 3",
-        ):
-            self.assert_found(text)
-
+class UnfinishedWork(Tree):
     def test_marks(self):
         for text in ("TO" + "DO: later", "FIX" + "ME", "TEST(A, DISABLED" + "_B)", "GTEST" + "_SKIP();"):
-            self.assert_found(text)
-
-    def test_a_file_name(self):
-        self.write("tests/part" + "_4_2_test.cpp")
-        self.assertEqual(len(list(words.faults(self.root))), 1)
+            self.write("docs/a.md", f"good\n{text}\n")
+            self.assertEqual(list(unfinished_work.faults(self.root)), [f"docs/a.md:2: {text}"])
 
     def test_builds_and_git_are_passed_over(self):
         for folder in ("build", "build-x", ".git"):
             self.write(f"{folder}/a.cpp", "FIX" + "ME\n")
-        self.assertEqual(list(words.faults(self.root)), [])
+        self.assertEqual(list(unfinished_work.faults(self.root)), [])
 
     def test_ordinary_words(self):
-        self.write("docs/a.md", "part of a whole; a specification; an issue; partly; todo lists\n")
-        self.assertEqual(list(words.faults(self.root)), [])
+        self.write("docs/a.md", "todo lists, hackers and what is disabled\n")
+        self.assertEqual(list(unfinished_work.faults(self.root)), [])
+
+
+class TestsMap(Tree):
+    def setUp(self):
+        super().setUp()
+        self.write("include/qorix/Info.h")
+        self.write("webview/Marks.h")
+        self.write("tests/support/Clock.h")
+        self.write("tests/webview/Page.h")
+
+    def found(self, line):
+        self.write("tests/webview/MarksTest.cpp", f"#include <string>\n{line}\n")
+        return [f.split(":")[:2] for f in tests_map.faults(self.root)]
+
+    def test_what_is_found_by_its_name(self):
+        for line in (
+            "TEST(MarksTest, a) {}",
+            "TEST_F(MarksTest, a) {}",
+            "TEST_P(MarksTest, a) {}",
+            '#include "support/Clock.h"',
+            '#include "webview/Page.h"',
+            '#include "webview/Marks.h"',
+            '#include "qorix/Info.h"',
+        ):
+            self.assertEqual(self.found(line), [])
+
+    def test_what_is_not(self):
+        for line in (
+            "TEST(Marks, a) {}",
+            "TEST_F(OtherTest, a) {}",
+            "TEST_P(MarksTestToo, a) {}",
+            '#include "Page.h"',
+            '#include "../webview/Page.h"',
+            '#include "support/Gone.h"',
+        ):
+            self.assertEqual(self.found(line), [["tests/webview/MarksTest.cpp", "2"]])
 
 
 class LocaleFree(House):
@@ -308,7 +328,7 @@ class Promises(Tree):
             self.assertEqual(self.faults_for(named), [])
 
     def test_a_test_that_is_gone(self):
-        for named in ("`OtherTest`", "`SomeTest.endsBadly`", "`SomeTest`, `SomeTest.begins…`"):
+        for named in ("`OtherTest`", "`Some`", "`SomeTest.endsBadly`", "`SomeTest.ends`", "`SomeTest`, `SomeTest.begins…`"):
             self.assertEqual(len(self.faults_for(named)), 1)
 
 

@@ -10,7 +10,9 @@ using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using ::testing::Not;
 
-TEST_F(ManagerTest, withAnEmptyCacheNothingIsOfferedBeforeTheDownloadLands) {
+class CachedContentsTest : public ManagerTest {};
+
+TEST_F(CachedContentsTest, withAnEmptyCacheNothingIsOfferedBeforeTheDownloadLands) {
   show(hostView_);
   EXPECT_EQ(manager().lonePushAdInfo(), nullptr);
   EXPECT_FALSE(manager().pushAdOperators()->at(0)->isProcessShowAdRequested());
@@ -18,7 +20,7 @@ TEST_F(ManagerTest, withAnEmptyCacheNothingIsOfferedBeforeTheDownloadLands) {
   EXPECT_TRUE(manager().pushAdOperators()->at(0)->isProcessShowAdRequested());
 }
 
-TEST_F(ManagerTest, theCachedDefinitionIsOfferedAfterTheDownloadWasStarted) {
+TEST_F(CachedContentsTest, theCachedDefinitionIsOfferedAfterTheDownloadWasStarted) {
   storeInCache(makeDocument({.adid = "7"}));
   show(hostView_);
   EXPECT_EQ(session().startedUrls.size(), 1U);
@@ -27,7 +29,7 @@ TEST_F(ManagerTest, theCachedDefinitionIsOfferedAfterTheDownloadWasStarted) {
   EXPECT_EQ(manager().pushAdOperators()->at(0)->myPushAdInfo(), manager().lonePushAdInfo());
 }
 
-TEST_F(ManagerTest, theCacheIsReadAfterTheDownloadWasStarted) {
+TEST_F(CachedContentsTest, theCacheIsReadAfterTheDownloadWasStarted) {
   struct WatchedDefaults : MemoryUserDefaults {
     std::optional<std::string> stringForKey(const std::string& key) override {
       if (key == kCacheKey) {
@@ -46,7 +48,7 @@ TEST_F(ManagerTest, theCacheIsReadAfterTheDownloadWasStarted) {
   EXPECT_THAT(defaults->startedUrls, ElementsAre(ElementsAre(kAddress)));
 }
 
-TEST_F(ManagerTest, aRequestOffersTheCachedDefinitionToItsOwnOperatorOnly) {
+TEST_F(CachedContentsTest, aRequestOffersTheCachedDefinitionToItsOwnOperatorOnly) {
   show(hostView_);
   storeInCache(makeDocument());
   show(std::make_shared<FakeView>());
@@ -54,7 +56,7 @@ TEST_F(ManagerTest, aRequestOffersTheCachedDefinitionToItsOwnOperatorOnly) {
   EXPECT_EQ(manager().pushAdOperators()->at(1)->myPushAdInfo(), manager().lonePushAdInfo());
 }
 
-TEST_F(ManagerTest, aRequestOffersTheHeldDefinitionToItsOwnOperatorOnly) {
+TEST_F(CachedContentsTest, aRequestOffersTheHeldDefinitionToItsOwnOperatorOnly) {
   show(hostView_);
   const auto held = makeRecord();
   manager().setLonePushAdInfo(held);
@@ -63,7 +65,7 @@ TEST_F(ManagerTest, aRequestOffersTheHeldDefinitionToItsOwnOperatorOnly) {
   EXPECT_EQ(manager().pushAdOperators()->at(1)->myPushAdInfo(), held);
 }
 
-TEST_F(ManagerTest, aLaterRequestIsOfferedTheHeldAndThenTheCachedDefinition) {
+TEST_F(CachedContentsTest, aLaterRequestIsOfferedTheHeldAndThenTheCachedDefinition) {
   storeInCache(makeDocument({.adid = "7", .enable = "0"}));
   const auto held = makeRecord({.adId = 99});
   manager().setLonePushAdInfo(held);
@@ -74,7 +76,7 @@ TEST_F(ManagerTest, aLaterRequestIsOfferedTheHeldAndThenTheCachedDefinition) {
   EXPECT_FALSE(manager().isDownloadFileRequested());
 }
 
-TEST_F(ManagerTest, aFreshDefinitionGovernsUndecidedOperatorsOnly) {
+TEST_F(CachedContentsTest, aFreshDefinitionGovernsUndecidedOperatorsOnly) {
   storeInCache(makeDocument({.adid = "7"}));
   show(hostView_);
   const auto decided = manager().pushAdOperators()->at(0);
@@ -85,7 +87,7 @@ TEST_F(ManagerTest, aFreshDefinitionGovernsUndecidedOperatorsOnly) {
   EXPECT_EQ(manager().pushAdOperators()->at(1)->myPushAdInfo()->adId(), 8);
 }
 
-TEST_F(ManagerTest, aCachedTextThatNoLongerParsesIsLoggedByEveryRequestAndKept) {
+TEST_F(CachedContentsTest, aCachedTextThatNoLongerParsesIsLoggedByEveryRequestAndKept) {
   storeInCache("<rootcfg/>");
   show(hostView_);
   show(hostView_);
@@ -103,7 +105,7 @@ TEST_F(ManagerTest, aCachedTextThatNoLongerParsesIsLoggedByEveryRequestAndKept) 
               Not(Contains(managerCheck("fetchCachedPushAdInfo", 304, kVerifyFailedMessage))));
 }
 
-TEST_F(ManagerTest, clearingForgetsTheCacheUntilTheNextSuccess) {
+TEST_F(CachedContentsTest, clearingForgetsTheCacheUntilTheNextSuccess) {
   show(hostView_);
   land(makeDocument());
   const auto inForce = manager().lonePushAdInfo();
@@ -117,7 +119,7 @@ TEST_F(ManagerTest, clearingForgetsTheCacheUntilTheNextSuccess) {
   EXPECT_NE(manager().fetchCachedPushAdInfo(), nullptr);
 }
 
-TEST_F(ManagerTest, savingTwiceLeavesOneTextAndLogsTwice) {
+TEST_F(CachedContentsTest, savingTwiceLeavesOneTextAndLogsTwice) {
   manager().saveAsCachedPushAdWith("text");
   manager().saveAsCachedPushAdWith("text");
   EXPECT_EQ(cached(), "text");
@@ -125,7 +127,7 @@ TEST_F(ManagerTest, savingTwiceLeavesOneTextAndLogsTwice) {
               ElementsAre("ZAM dadstring is saved.", "ZAM dadstring is saved."));
 }
 
-TEST_F(ManagerTest, savingAndClearingAreMadeDurableAtOnce) {
+TEST_F(CachedContentsTest, savingAndClearingAreMadeDurableAtOnce) {
   struct CountingDefaults : MemoryUserDefaults {
     bool synchronize() override {
       cachedAtSynchronize.push_back(stringForKey(kCacheKey).value_or("nothing"));
@@ -143,7 +145,7 @@ TEST_F(ManagerTest, savingAndClearingAreMadeDurableAtOnce) {
   EXPECT_THAT(defaults->cachedAtSynchronize, ElementsAre("text", "nothing"));
 }
 
-TEST_F(ManagerTest, savingNothingKeepsTheCache) {
+TEST_F(CachedContentsTest, savingNothingKeepsTheCache) {
   storeInCache("good");
   manager().saveAsCachedPushAdWith(std::nullopt);
   manager().saveAsCachedPushAdWith("");
@@ -151,7 +153,7 @@ TEST_F(ManagerTest, savingNothingKeepsTheCache) {
   EXPECT_THAT(fakes_.log->lines(), IsEmpty());
 }
 
-TEST_F(ManagerTest, anAbsentOrEmptyOrForeignCacheIsNoDefinition) {
+TEST_F(CachedContentsTest, anAbsentOrEmptyOrForeignCacheIsNoDefinition) {
   EXPECT_EQ(manager().fetchCachedPushAdInfo(), nullptr);
   storeInCache("");
   EXPECT_EQ(manager().fetchCachedPushAdInfo(), nullptr);
@@ -160,7 +162,7 @@ TEST_F(ManagerTest, anAbsentOrEmptyOrForeignCacheIsNoDefinition) {
   EXPECT_THAT(fakes_.log->lines(), IsEmpty());
 }
 
-TEST_F(ManagerTest, theCachedTextIsParsedAnewByEachCall) {
+TEST_F(CachedContentsTest, theCachedTextIsParsedAnewByEachCall) {
   storeInCache(makeDocument());
   EXPECT_NE(manager().fetchCachedPushAdInfo(), manager().fetchCachedPushAdInfo());
 }

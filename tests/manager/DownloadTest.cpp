@@ -16,7 +16,9 @@ using ::testing::IsEmpty;
 using ::testing::Pair;
 using ::testing::SizeIs;
 
-TEST_F(ManagerTest, aGoodTextIsCachedAndOfferedToEveryOperator) {
+class DownloadTest : public ManagerTest {};
+
+TEST_F(DownloadTest, aGoodTextIsCachedAndOfferedToEveryOperator) {
   const auto other = std::make_shared<FakeView>();
   show(hostView_);
   show(other);
@@ -30,7 +32,7 @@ TEST_F(ManagerTest, aGoodTextIsCachedAndOfferedToEveryOperator) {
   EXPECT_THAT(fakes_.runLoop->pendingDelays(), IsEmpty()) << "a success ends the chain";
 }
 
-TEST_F(ManagerTest, aGoodTextIsCachedBeforeItIsOffered) {
+TEST_F(DownloadTest, aGoodTextIsCachedBeforeItIsOffered) {
   show(hostView_);
   show(std::make_shared<FakeView>());
   land(makeDocument({.enable = "0"}));
@@ -38,7 +40,7 @@ TEST_F(ManagerTest, aGoodTextIsCachedBeforeItIsOffered) {
                                                "ZAM Disabled.", "ZAM Disabled."));
 }
 
-TEST_F(ManagerTest, operatorsAreAskedInTheOrderOfTheirCreation) {
+TEST_F(DownloadTest, operatorsAreAskedInTheOrderOfTheirCreation) {
   const auto second = std::make_shared<FakeView>();
   show(hostView_);
   show(second);
@@ -55,7 +57,7 @@ struct TellingSource : MyPushAdSource {
   void setDelegate(const std::shared_ptr<MyPushAdDownloadDelegate>& /*delegate*/) override {}
 };
 
-TEST_F(ManagerTest, anotherAttemptIsLoggedBeforeItIsAskedFor) {
+TEST_F(DownloadTest, anotherAttemptIsLoggedBeforeItIsAskedFor) {
   manager().setPushAdSource(std::make_shared<TellingSource>());
   manager().downloadFailedWithError(Error{"no network", 1, ""});
   manager().downloadSuccessfullyWithString("no document");
@@ -67,7 +69,7 @@ TEST_F(ManagerTest, anotherAttemptIsLoggedBeforeItIsAskedFor) {
   EXPECT_EQ(lines[6], "tried again");
 }
 
-TEST_F(ManagerTest, aTextIsCachedBeforeItsRecordIsTheCurrentOne) {
+TEST_F(DownloadTest, aTextIsCachedBeforeItsRecordIsTheCurrentOne) {
   struct WatchingLog : Log {
     void write(std::string_view message) override {
       hadRecord.emplace_back(message,
@@ -84,7 +86,7 @@ TEST_F(ManagerTest, aTextIsCachedBeforeItsRecordIsTheCurrentOne) {
   EXPECT_THAT(log->hadRecord, Contains(Pair("ZAM dadstring is saved.", false)));
 }
 
-TEST_F(ManagerTest, aTextThatDoesNotParseIsTriedAgainInAMinute) {
+TEST_F(DownloadTest, aTextThatDoesNotParseIsTriedAgainInAMinute) {
   storeInCache(makeDocument({.adid = "7"}));
   show(hostView_);
   fakes_.log->takeLines();
@@ -101,7 +103,7 @@ TEST_F(ManagerTest, aTextThatDoesNotParseIsTriedAgainInAMinute) {
   EXPECT_EQ(session().startedUrls.size(), 2U);
 }
 
-TEST_F(ManagerTest, failuresAreTriedAgainEveryMinuteWithoutLimit) {
+TEST_F(DownloadTest, failuresAreTriedAgainEveryMinuteWithoutLimit) {
   show(hostView_);
   for (std::size_t attempt = 1; attempt <= 50; ++attempt) {
     ASSERT_EQ(session().startedUrls.size(), attempt);
@@ -117,7 +119,7 @@ TEST_F(ManagerTest, failuresAreTriedAgainEveryMinuteWithoutLimit) {
   EXPECT_THAT(fakes_.runLoop->pendingDelays(), IsEmpty());
 }
 
-TEST_F(ManagerTest, aFailureDoesNotConsultTheCache) {
+TEST_F(DownloadTest, aFailureDoesNotConsultTheCache) {
   show(hostView_);
   storeInCache(makeDocument());
   session().complete(Error{"curl", 7, "refused"});
@@ -127,7 +129,7 @@ TEST_F(ManagerTest, aFailureDoesNotConsultTheCache) {
   EXPECT_EQ(manager().pushAdOperators()->at(0)->myPushAdInfo(), nullptr);
 }
 
-TEST_F(ManagerTest, aTextOf500CharactersIsNotExcerptedAndOneOf501Is) {
+TEST_F(DownloadTest, aTextOf500CharactersIsNotExcerptedAndOneOf501Is) {
   const std::string document = makeDocument();
   const std::size_t missing = 500 - document.size() - std::string("<!---->").size();
   manager().downloadSuccessfullyWithString(makeDocument({.padding = std::string(missing, 'x')}));
@@ -140,7 +142,7 @@ TEST_F(ManagerTest, aTextOf500CharactersIsNotExcerptedAndOneOf501Is) {
                                                "ZAM dadstring is saved."));
 }
 
-TEST_F(ManagerTest, aLongTextThatDoesNotParseIsExcerptedAndTheMissingListLoggedFirst) {
+TEST_F(DownloadTest, aLongTextThatDoesNotParseIsExcerptedAndTheMissingListLoggedFirst) {
   manager().setPushAdOperators(std::nullopt);
   manager().downloadSuccessfullyWithString("<html>" + std::string(600, 'x'));
   EXPECT_THAT(
@@ -153,7 +155,7 @@ TEST_F(ManagerTest, aLongTextThatDoesNotParseIsExcerptedAndTheMissingListLoggedF
           managerCheck("downloadSuccessfullyWithString:", 256, kFatalMessage), "ZAM OK. but rty"));
 }
 
-TEST_F(ManagerTest, aRequestFromInsideTheWalkJoinsInAndDoesNotDisturbIt) {
+TEST_F(DownloadTest, aRequestFromInsideTheWalkJoinsInAndDoesNotDisturbIt) {
   /// Settings that do something when the first showing is counted.
   struct ActingDefaults : MemoryUserDefaults {
     void setInteger(std::int64_t value, const std::string& key) override {
@@ -187,7 +189,7 @@ TEST_F(ManagerTest, aRequestFromInsideTheWalkJoinsInAndDoesNotDisturbIt) {
   EXPECT_THAT(fakes_.log->lines(), ElementsAre("ZAM dSuccess", "ZAM dadstring is saved."));
 }
 
-TEST_F(ManagerTest, aSuccessWithoutAListOfOperatorsIsLoggedAndKept) {
+TEST_F(DownloadTest, aSuccessWithoutAListOfOperatorsIsLoggedAndKept) {
   manager().setPushAdOperators(std::nullopt);
   manager().downloadSuccessfullyWithString(makeDocument());
   EXPECT_THAT(fakes_.log->lines(), ElementsAre("ZAM dSuccess",
@@ -197,7 +199,7 @@ TEST_F(ManagerTest, aSuccessWithoutAListOfOperatorsIsLoggedAndKept) {
   EXPECT_NE(manager().lonePushAdInfo(), nullptr);
 }
 
-TEST_F(ManagerTest, aSuccessBeforeAnyOperatorIsCachedAndKept) {
+TEST_F(DownloadTest, aSuccessBeforeAnyOperatorIsCachedAndKept) {
   manager().downloadSuccessfullyWithString(makeDocument());
   EXPECT_NE(manager().lonePushAdInfo(), nullptr);
   EXPECT_EQ(cached(), makeDocument());

@@ -15,19 +15,19 @@ namespace {
 
 constexpr const char* kVersionLine = "@(#)PROGRAM:QORIX  PROJECT:QORIX-2\n";
 
-TEST(FrameworkInformation, namesTheInternalVersionAndTheBuild) {
+TEST(FrameworkInformationTest, namesTheInternalVersionAndTheBuild) {
   EXPECT_EQ(QORIXInfo::frameworkInfoString(),
             "{QORIXFramework Info: QORIXFrameworkInternalVersion=25.3.0, " +
                 QORIXCommonUtil::fetchQORIXCompileDateTimeString() + "}");
 }
 
-TEST(FrameworkInformation, isOneLineAndEndsWithABrace) {
+TEST(FrameworkInformationTest, isOneLineAndEndsWithABrace) {
   const std::string info = QORIXInfo::frameworkInfoString();
   EXPECT_EQ(info.find('\n'), std::string::npos);
   EXPECT_TRUE(info.ends_with("}"));
 }
 
-TEST(FrameworkInformation, theBuildStampHasItsForm) {
+TEST(FrameworkInformationTest, theBuildStampHasItsForm) {
   const std::string stamp = QORIXCommonUtil::fetchQORIXCompileDateTimeString();
   const std::regex form(
       "QORIX compile on \\[(Jan|Feb|Mar|Apr|May|Jun|Jul|Aug|Sep|Oct|Nov|Dec) "
@@ -35,13 +35,13 @@ TEST(FrameworkInformation, theBuildStampHasItsForm) {
   EXPECT_TRUE(std::regex_match(stamp, form)) << stamp;
 }
 
-TEST(FrameworkInformation, theVersionStringEndsWithANewline) {
+TEST(FrameworkInformationTest, theVersionStringEndsWithANewline) {
   EXPECT_STREQ(QORIXVersionString, kVersionLine);
 }
 
-TEST(FrameworkInformation, theVersionNumberIsTwo) { EXPECT_EQ(QORIXVersionNumber, 2.0); }
+TEST(FrameworkInformationTest, theVersionNumberIsTwo) { EXPECT_EQ(QORIXVersionNumber, 2.0); }
 
-TEST(FrameworkInformation, theVersionDataIsFoundByName) {
+TEST(FrameworkInformationTest, theVersionDataIsFoundByName) {
   void* library = ::dlopen(QORIX_LIBRARY_FILE, RTLD_NOW);
   ASSERT_NE(library, nullptr) << ::dlerror();
   const auto* text = static_cast<const char*>(::dlsym(library, "QORIXVersionString"));
@@ -54,7 +54,7 @@ TEST(FrameworkInformation, theVersionDataIsFoundByName) {
 }
 
 // What what(1) and strings(1) look for.
-TEST(FrameworkInformation, theVersionLineIsInTheLibrarysFile) {
+TEST(FrameworkInformationTest, theVersionLineIsInTheLibrarysFile) {
   std::ifstream file(QORIX_LIBRARY_FILE, std::ios::binary);
   std::string bytes(std::filesystem::file_size(QORIX_LIBRARY_FILE), '\0');
   ASSERT_TRUE(file.read(bytes.data(), static_cast<std::streamsize>(bytes.size())));

@@ -10,9 +10,11 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
+class MyPushAdManagerTest : public ManagerTest {};
+
 // Configuration.
 
-TEST_F(ManagerTest, takesTheIdentifierOfABundleOnly) {
+TEST_F(MyPushAdManagerTest, takesTheIdentifierOfABundleOnly) {
   const auto shared = MyPushAdManager::sharedPushAdManager();
   shared->configureWithAppBundle(platform().mainBundle);
   EXPECT_EQ(shared->appBundleIdentifier(), "com.example.editor");
@@ -24,7 +26,7 @@ TEST_F(ManagerTest, takesTheIdentifierOfABundleOnly) {
   EXPECT_THAT(fakes_.log->lines(), IsEmpty());
 }
 
-TEST_F(ManagerTest, withoutABundleIdentifierItWarnsAndGoesOn) {
+TEST_F(MyPushAdManagerTest, withoutABundleIdentifierItWarnsAndGoesOn) {
   const auto shared = MyPushAdManager::sharedPushAdManager();
   shared->prepareAndShowAdWithHostView(hostView_, MyPushAdFileHostModeWebServer, kAddress);
   shared->setAppBundleIdentifier("");
@@ -35,7 +37,7 @@ TEST_F(ManagerTest, withoutABundleIdentifierItWarnsAndGoesOn) {
 
 // The show request.
 
-TEST_F(ManagerTest, twoRequestsWithoutAViewShareOneStubWindow) {
+TEST_F(MyPushAdManagerTest, twoRequestsWithoutAViewShareOneStubWindow) {
   show(nullptr);
   show(nullptr);
   ASSERT_EQ(fakes_.windows->windows.size(), 1U);
@@ -49,7 +51,7 @@ TEST_F(ManagerTest, twoRequestsWithoutAViewShareOneStubWindow) {
   EXPECT_FALSE(fakes_.windows->windows[0]->visible);
 }
 
-TEST_F(ManagerTest, aRequestThatGetsNoHostViewIsDropped) {
+TEST_F(MyPushAdManagerTest, aRequestThatGetsNoHostViewIsDropped) {
   fakes_.windows->isBroken = true;
   show(nullptr);
   EXPECT_THAT(fakes_.log->lines(), ElementsAre(prepareCheck(157, kFatalMessage)));
@@ -57,7 +59,7 @@ TEST_F(ManagerTest, aRequestThatGetsNoHostViewIsDropped) {
   EXPECT_FALSE(manager().isDownloadFileRequested());
 }
 
-TEST_F(ManagerTest, aRequestForAViewThatItsHostHasDestroyedIsDropped) {
+TEST_F(MyPushAdManagerTest, aRequestForAViewThatItsHostHasDestroyedIsDropped) {
   hostView_->gone = true;
   show(hostView_);
   EXPECT_THAT(fakes_.log->lines(), ElementsAre(prepareCheck(157, kFatalMessage)));
@@ -65,28 +67,28 @@ TEST_F(ManagerTest, aRequestForAViewThatItsHostHasDestroyedIsDropped) {
   EXPECT_FALSE(manager().isDownloadFileRequested());
 }
 
-TEST_F(ManagerTest, theWarningAboutTheBundleComesBeforeTheFaultOfTheView) {
+TEST_F(MyPushAdManagerTest, theWarningAboutTheBundleComesBeforeTheFaultOfTheView) {
   fakes_.windows->isBroken = true;
   MyPushAdManager::sharedPushAdManager()->prepareAndShowAdWithHostView(
       nullptr, MyPushAdFileHostModeWebServer, kAddress);
   EXPECT_THAT(fakes_.log->lines(), ElementsAre(kNoBundleMessage, prepareCheck(157, kFatalMessage)));
 }
 
-TEST_F(ManagerTest, aRequestWithoutAListOfOperatorsIsDropped) {
+TEST_F(MyPushAdManagerTest, aRequestWithoutAListOfOperatorsIsDropped) {
   manager().setPushAdOperators(std::nullopt);
   show(hostView_);
   EXPECT_THAT(fakes_.log->lines(), ElementsAre(prepareCheck(158, kFatalMessage)));
   EXPECT_FALSE(manager().isDownloadFileRequested());
 }
 
-TEST_F(ManagerTest, theFaultOfTheViewComesBeforeThatOfTheListAndEndsTheRequest) {
+TEST_F(MyPushAdManagerTest, theFaultOfTheViewComesBeforeThatOfTheListAndEndsTheRequest) {
   manager().setPushAdOperators(std::nullopt);
   fakes_.windows->isBroken = true;
   show(nullptr);
   EXPECT_THAT(fakes_.log->lines(), ElementsAre(prepareCheck(157, kFatalMessage)));
 }
 
-TEST_F(ManagerTest, aRequestThatGetsNoOperatorIsDropped) {
+TEST_F(MyPushAdManagerTest, aRequestThatGetsNoOperatorIsDropped) {
   struct WithoutOperators : MyPushAdManager {
     using MyPushAdManager::MyPushAdManager;
     std::shared_ptr<MyPushAdOperator> createOperatorWithHostView(
@@ -101,13 +103,13 @@ TEST_F(ManagerTest, aRequestThatGetsNoOperatorIsDropped) {
   EXPECT_FALSE(manager().isDownloadFileRequested());
 }
 
-TEST_F(ManagerTest, twoRequestsWithOneViewMakeTwoOperators) {
+TEST_F(MyPushAdManagerTest, twoRequestsWithOneViewMakeTwoOperators) {
   show(hostView_);
   show(hostView_);
   EXPECT_EQ(manager().pushAdOperators()->size(), 2U);
 }
 
-TEST_F(ManagerTest, theFirstRequestStartsTheWebSource) {
+TEST_F(MyPushAdManagerTest, theFirstRequestStartsTheWebSource) {
   show(hostView_);
   EXPECT_NE(std::dynamic_pointer_cast<MyPushAdWebServerManager>(manager().pushAdSource()), nullptr);
   EXPECT_EQ(manager().pushAdSource()->delegate(), MyPushAdManager::sharedPushAdManager());
@@ -116,7 +118,7 @@ TEST_F(ManagerTest, theFirstRequestStartsTheWebSource) {
   EXPECT_THAT(fakes_.log->lines(), IsEmpty());
 }
 
-TEST_F(ManagerTest, laterRequestsNeverStartAnotherSource) {
+TEST_F(MyPushAdManagerTest, laterRequestsNeverStartAnotherSource) {
   show(hostView_);
   const auto source = manager().pushAdSource();
   manager().prepareAndShowAdWithHostView(hostView_, MyPushAdFileHostModeCloudKit, "iCloud.other");
@@ -127,7 +129,7 @@ TEST_F(ManagerTest, laterRequestsNeverStartAnotherSource) {
   EXPECT_THAT(session().startedUrls, ElementsAre(kAddress));
 }
 
-TEST_F(ManagerTest, anUnknownModeLeavesTheManagerWithoutSourceForGood) {
+TEST_F(MyPushAdManagerTest, anUnknownModeLeavesTheManagerWithoutSourceForGood) {
   storeInCache(makeDocument());
   manager().prepareAndShowAdWithHostView(hostView_, static_cast<MyPushAdFileHostMode>(2), kAddress);
   EXPECT_THAT(fakes_.log->takeLines(),
@@ -147,7 +149,7 @@ TEST_F(ManagerTest, anUnknownModeLeavesTheManagerWithoutSourceForGood) {
   EXPECT_THAT(fakes_.log->lines(), ElementsAre("ZAM dError rty"));
 }
 
-TEST_F(ManagerTest, afterAnUnknownModeNoLaterRequestStartsASourceEvenWithoutADefinition) {
+TEST_F(MyPushAdManagerTest, afterAnUnknownModeNoLaterRequestStartsASourceEvenWithoutADefinition) {
   manager().prepareAndShowAdWithHostView(hostView_, static_cast<MyPushAdFileHostMode>(-1),
                                          kAddress);
   fakes_.log->takeLines();
@@ -159,7 +161,7 @@ TEST_F(ManagerTest, afterAnUnknownModeNoLaterRequestStartsASourceEvenWithoutADef
   EXPECT_THAT(fakes_.log->lines(), IsEmpty());
 }
 
-TEST_F(ManagerTest, withAnUnknownModeASourceThatIsThereIsStartedWithoutADelegate) {
+TEST_F(MyPushAdManagerTest, withAnUnknownModeASourceThatIsThereIsStartedWithoutADelegate) {
   struct Source : MyPushAdSource {
     void downloadAdFileAsync() override {
       wasRequestedBefore.push_back(
@@ -183,13 +185,13 @@ TEST_F(ManagerTest, withAnUnknownModeASourceThatIsThereIsStartedWithoutADelegate
   EXPECT_TRUE(manager().isDownloadFileRequested());
 }
 
-TEST_F(ManagerTest, theDefaultAddressesAreTheDeployments) {
+TEST_F(MyPushAdManagerTest, theDefaultAddressesAreTheDeployments) {
   manager().prepareAndShowAdByUsingMyAppWebServerURLWithHostView(hostView_);
   ASSERT_EQ(session().startedUrls.size(), 1U);
   EXPECT_EQ(session().startedUrls[0], "https://www.example.com/mac/ads/commonad.xml");
 }
 
-TEST_F(ManagerTest, theDefaultContainerIsTheDeployments) {
+TEST_F(MyPushAdManagerTest, theDefaultContainerIsTheDeployments) {
   manager().prepareAndShowAdByUsingDefaultCloudKitContainerWithHostView(hostView_);
   const auto source = std::dynamic_pointer_cast<MyPushAdCloudManager>(manager().pushAdSource());
   ASSERT_NE(source, nullptr);
@@ -197,7 +199,7 @@ TEST_F(ManagerTest, theDefaultContainerIsTheDeployments) {
   EXPECT_EQ(source->delegate(), MyPushAdManager::sharedPushAdManager());
 }
 
-TEST_F(ManagerTest, aRequestForTheDefaultAddressLogsWhenThereIsNone) {
+TEST_F(MyPushAdManagerTest, aRequestForTheDefaultAddressLogsWhenThereIsNone) {
   Platform services = platform();
   services.defaultAdFileUrl.clear();
   installPlatform(services);
@@ -209,7 +211,7 @@ TEST_F(ManagerTest, aRequestForTheDefaultAddressLogsWhenThereIsNone) {
   EXPECT_TRUE(manager().isDownloadFileRequested());
 }
 
-TEST_F(ManagerTest, aRequestForTheDefaultContainerLogsWhenThereIsNone) {
+TEST_F(MyPushAdManagerTest, aRequestForTheDefaultContainerLogsWhenThereIsNone) {
   Platform services = platform();
   services.defaultCloudContainerIdentifier.clear();
   installPlatform(services);

@@ -3,6 +3,7 @@
 #include <chrono>
 #include <functional>
 #include <future>
+#include <latch>
 #include <thread>
 #include <type_traits>
 #include <vector>
@@ -19,23 +20,20 @@ using ::testing::IsEmpty;
 
 /// Runs `work` on eight threads at once.
 void race(const std::function<void(std::size_t)>& work) {
-  std::atomic<bool> isOpen = false;
+  std::latch start(8);
   std::vector<std::thread> threads;
   for (std::size_t i = 0; i < 8; ++i) {
     threads.emplace_back([&, i] {
-      while (!isOpen) {
-        std::this_thread::yield();
-      }
+      start.arrive_and_wait();
       work(i);
     });
   }
-  isOpen = true;
   for (auto& thread : threads) {
     thread.join();
   }
 }
 
-/// A log that asks for the shared manager on another thread, and waits for it, before it goes on.
+/// A log that asks for the shared manager on another thread, and waits for the result.
 struct AskingLog : RecordingLog {
   void write(std::string_view message) override {
     RecordingLog::write(message);
@@ -51,7 +49,9 @@ struct AskingLog : RecordingLog {
   std::future<std::shared_ptr<MyPushAdManager>> answer;
 };
 
-TEST_F(ManagerTest, everyCallAnswersTheSharedManager) {
+class SharedManagerTest : public ManagerTest {};
+
+TEST_F(SharedManagerTest, everyCallAnswersTheSharedManager) {
   const auto shared = MyPushAdManager::sharedPushAdManager();
   EXPECT_EQ(MyPushAdManager::sharedPushAdManager(), shared);
   EXPECT_EQ(shared->copy(), shared);
@@ -64,14 +64,14 @@ TEST_F(ManagerTest, everyCallAnswersTheSharedManager) {
   EXPECT_THAT(fakes_.log->lines(), IsEmpty());
 }
 
-TEST_F(ManagerTest, aSecondAllocationIsRefusedAndLogged) {
+TEST_F(SharedManagerTest, aSecondAllocationIsRefusedAndLogged) {
   const auto shared = MyPushAdManager::sharedPushAdManager();
   EXPECT_EQ(MyPushAdManager::alloc(), nullptr);
   EXPECT_THAT(fakes_.log->lines(), ElementsAre(kAllocMessage));
   EXPECT_EQ(MyPushAdManager::sharedPushAdManager(), shared);
 }
 
-TEST_F(ManagerTest, anAllocationOfTheHostsOwnLeavesNoSharedManager) {
+TEST_F(SharedManagerTest, anAllocationOfTheHostsOwnLeavesNoSharedManager) {
   const auto own = MyPushAdManager::alloc();
   EXPECT_NE(own, nullptr);
   EXPECT_EQ(MyPushAdManager::sharedPushAdManager(), nullptr);
@@ -79,7 +79,7 @@ TEST_F(ManagerTest, anAllocationOfTheHostsOwnLeavesNoSharedManager) {
   EXPECT_THAT(fakes_.log->lines(), ElementsAre(kAllocMessage, kAllocMessage));
 }
 
-TEST_F(ManagerTest, theSharedManagerIsOfTheReceivingClass) {
+TEST_F(SharedManagerTest, theSharedManagerIsOfTheReceivingClass) {
   struct Special : MyPushAdManager {
     using MyPushAdManager::MyPushAdManager;
   };
@@ -88,7 +88,7 @@ TEST_F(ManagerTest, theSharedManagerIsOfTheReceivingClass) {
   EXPECT_EQ(MyPushAdManager::sharedPushAdManager(), shared);
 }
 
-TEST_F(ManagerTest, noneIsMadeWithoutTheFactory) {
+TEST_F(SharedManagerTest, noneIsMadeWithoutTheFactory) {
   struct Implicit : MyPushAdManager {};
   struct Special : MyPushAdManager {
     using MyPushAdManager::MyPushAdManager;
@@ -100,7 +100,7 @@ TEST_F(ManagerTest, noneIsMadeWithoutTheFactory) {
   EXPECT_FALSE(std::is_default_constructible_v<FactoryKey<MyPushAdManager>>);
 }
 
-TEST_F(ManagerTest, everyAttemptAtASecondOneIsLogged) {
+TEST_F(SharedManagerTest, everyAttemptAtASecondOneIsLogged) {
   struct Special : MyPushAdManager {
     using MyPushAdManager::MyPushAdManager;
   };
@@ -113,7 +113,7 @@ TEST_F(ManagerTest, everyAttemptAtASecondOneIsLogged) {
   EXPECT_THAT(fakes_.log->lines(), ElementsAre(kAllocMessage, kAllocMessage, kAllocMessage));
 }
 
-TEST_F(ManagerTest, aConstructorThatUsesTheManagerBeforeItIsSharedHarmsNobody) {
+TEST_F(SharedManagerTest, aConstructorThatUsesTheManagerBeforeItIsSharedHarmsNobody) {
   struct Eager : MyPushAdManager {
     explicit Eager(const FactoryKey<MyPushAdManager>& key) : MyPushAdManager(key) {
       EXPECT_EQ(sharedPushAdManager(), nullptr);
@@ -129,7 +129,7 @@ TEST_F(ManagerTest, aConstructorThatUsesTheManagerBeforeItIsSharedHarmsNobody) {
   EXPECT_THAT(session().startedUrls, ElementsAre(kAddress));
 }
 
-TEST_F(ManagerTest, threadsThatRaceForTheSharedManagerGetTheSame) {
+TEST_F(SharedManagerTest, threadsThatRaceForTheSharedManagerGetTheSame) {
   std::vector<std::shared_ptr<MyPushAdManager>> seen(8);
   race([&](std::size_t i) { seen[i] = MyPushAdManager::sharedPushAdManager(); });
   EXPECT_THAT(seen, Each(seen.front()));
@@ -137,14 +137,14 @@ TEST_F(ManagerTest, threadsThatRaceForTheSharedManagerGetTheSame) {
   EXPECT_THAT(fakes_.log->lines(), IsEmpty());
 }
 
-TEST_F(ManagerTest, threadsThatRaceForAnAllocationGetOne) {
+TEST_F(SharedManagerTest, threadsThatRaceForAnAllocationGetOne) {
   std::vector<std::shared_ptr<MyPushAdManager>> seen(8);
   race([&](std::size_t i) { seen[i] = MyPushAdManager::alloc(); });
   EXPECT_EQ(std::count(seen.begin(), seen.end(), nullptr), 7);
   EXPECT_THAT(fakes_.log->lines(), ElementsAreArray(std::vector<std::string>(7, kAllocMessage)));
 }
 
-TEST_F(ManagerTest, aManagerThatIsBeingMadeIsWaitedFor) {
+TEST_F(SharedManagerTest, aManagerThatIsBeingMadeIsWaitedFor) {
   static std::future<std::shared_ptr<MyPushAdManager>> seenMeanwhile;
   struct Slow : MyPushAdManager {
     explicit Slow(const FactoryKey<MyPushAdManager>& key) : MyPushAdManager(key) {
@@ -159,7 +159,7 @@ TEST_F(ManagerTest, aManagerThatIsBeingMadeIsWaitedFor) {
   EXPECT_THAT(fakes_.log->lines(), IsEmpty());
 }
 
-TEST_F(ManagerTest, aRefusalIsLoggedWhenOtherThreadsCanHaveTheManager) {
+TEST_F(SharedManagerTest, aRefusalIsLoggedWhenOtherThreadsCanHaveTheManager) {
   const auto log = std::make_shared<AskingLog>();
   auto services = fakes_.services();
   services.log = log;
@@ -170,7 +170,7 @@ TEST_F(ManagerTest, aRefusalIsLoggedWhenOtherThreadsCanHaveTheManager) {
   EXPECT_EQ(log->answer.get(), shared);
 }
 
-TEST_F(ManagerTest, aMissingSharedManagerIsLoggedWhenOtherThreadsCanAskForIt) {
+TEST_F(SharedManagerTest, aMissingSharedManagerIsLoggedWhenOtherThreadsCanAskForIt) {
   const auto log = std::make_shared<AskingLog>();
   auto services = fakes_.services();
   services.log = log;
@@ -182,7 +182,7 @@ TEST_F(ManagerTest, aMissingSharedManagerIsLoggedWhenOtherThreadsCanAskForIt) {
   EXPECT_THAT(log->lines(), ElementsAre(kAllocMessage, kAllocMessage));
 }
 
-TEST_F(ManagerTest, theBundleIdentifierIsReadOnAnyThread) {
+TEST_F(SharedManagerTest, theBundleIdentifierIsReadOnAnyThread) {
   const auto shared = MyPushAdManager::sharedPushAdManager();
   const std::string one = "com.example.a-host-with-a-long-name";
   const std::string other = "com.example.another-host-with-a-long-name";

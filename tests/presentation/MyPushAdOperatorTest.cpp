@@ -10,9 +10,11 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
+class MyPushAdOperatorTest : public OperatorTest {};
+
 // Creation.
 
-TEST_F(OperatorTest, turnsOnTheHostViewsFrameNotifications) {
+TEST_F(MyPushAdOperatorTest, turnsOnTheHostViewsFrameNotifications) {
   EXPECT_FALSE(hostView_->postsFrameChanges());
   const auto presenter = makeOperator();
   EXPECT_TRUE(hostView_->postsFrameChanges());
@@ -23,12 +25,12 @@ TEST_F(OperatorTest, turnsOnTheHostViewsFrameNotifications) {
   EXPECT_EQ(presenter->myPushAdInfo(), nullptr);
 }
 
-TEST_F(OperatorTest, isMadeForNoViewToo) {
+TEST_F(MyPushAdOperatorTest, isMadeForNoViewToo) {
   const auto presenter = MyPushAdOperator::createInstanceWithHostView(nullptr);
   EXPECT_EQ(presenter->hostView(), nullptr);
 }
 
-TEST_F(OperatorTest, allocatesTheReceivingClass) {
+TEST_F(MyPushAdOperatorTest, allocatesTheReceivingClass) {
   struct Special : MyPushAdOperator {
     using MyPushAdOperator::MyPushAdOperator;
   };
@@ -37,13 +39,13 @@ TEST_F(OperatorTest, allocatesTheReceivingClass) {
   EXPECT_EQ(presenter->hostView(), hostView_);
 }
 
-TEST_F(OperatorTest, holdsItsHostViewWeakly) {
+TEST_F(MyPushAdOperatorTest, holdsItsHostViewWeakly) {
   const auto presenter = makeOperator();
   hostView_.reset();
   EXPECT_EQ(presenter->hostView(), nullptr);
 }
 
-TEST_F(OperatorTest, aNewOperatorTakesTheExistingPopupWindow) {
+TEST_F(MyPushAdOperatorTest, aNewOperatorTakesTheExistingPopupWindow) {
   const auto first = makeOperator();
   first->processShowAdIfNeededWithPushAdInfo(makeRecord({.embed = 0}));
   EXPECT_NE(first->popupAdWindow(), nullptr);
@@ -52,7 +54,7 @@ TEST_F(OperatorTest, aNewOperatorTakesTheExistingPopupWindow) {
 
 // The decision.
 
-TEST_F(OperatorTest, countZeroIsShownOnceOnAFreshMachineAndNeverAgain) {
+TEST_F(MyPushAdOperatorTest, countZeroIsShownOnceOnAFreshMachineAndNeverAgain) {
   const auto record = makeRecord({.version = "3", .count = 0});
   EXPECT_TRUE(isShownInOneLaunch(record));
   EXPECT_EQ(storedVersion(), "3");
@@ -61,7 +63,7 @@ TEST_F(OperatorTest, countZeroIsShownOnceOnAFreshMachineAndNeverAgain) {
   EXPECT_EQ(storedCount(), 1);
 }
 
-TEST_F(OperatorTest, theSameVersionIsShownUntilItsCountIsSpent) {
+TEST_F(MyPushAdOperatorTest, theSameVersionIsShownUntilItsCountIsSpent) {
   store("3", 0);
   const auto record = makeRecord({.version = "3", .count = 2});
   EXPECT_TRUE(isShownInOneLaunch(record));
@@ -72,14 +74,14 @@ TEST_F(OperatorTest, theSameVersionIsShownUntilItsCountIsSpent) {
   EXPECT_EQ(storedCount(), 2);
 }
 
-TEST_F(OperatorTest, anOlderVersionStartsCountingAgain) {
+TEST_F(MyPushAdOperatorTest, anOlderVersionStartsCountingAgain) {
   store("3", 7);
   EXPECT_TRUE(isShownInOneLaunch(makeRecord({.version = "2", .count = 1})));
   EXPECT_EQ(storedVersion(), "2");
   EXPECT_EQ(storedCount(), 1);
 }
 
-TEST_F(OperatorTest, anEmptyVersionIsAlwaysShownAndLeavesTheSettingsUntouched) {
+TEST_F(MyPushAdOperatorTest, anEmptyVersionIsAlwaysShownAndLeavesTheSettingsUntouched) {
   store("3", 7);
   const auto record = makeRecord({.version = "", .count = 0});
   EXPECT_TRUE(isShownInOneLaunch(record));
@@ -87,7 +89,7 @@ TEST_F(OperatorTest, anEmptyVersionIsAlwaysShownAndLeavesTheSettingsUntouched) {
   EXPECT_THAT(defaults_->calls, IsEmpty());
 }
 
-TEST_F(OperatorTest, twoHostViewsSpendTheSameCount) {
+TEST_F(MyPushAdOperatorTest, twoHostViewsSpendTheSameCount) {
   const auto otherHostView = std::make_shared<FakeView>();
   const auto record = makeRecord({.count = 1});
   const auto first = makeOperator();
@@ -101,7 +103,7 @@ TEST_F(OperatorTest, twoHostViewsSpendTheSameCount) {
   EXPECT_EQ(storedCount(), 1);
 }
 
-TEST_F(OperatorTest, onlyTheFirstRequestIsDecided) {
+TEST_F(MyPushAdOperatorTest, onlyTheFirstRequestIsDecided) {
   const auto presenter = makeOperator();
   const auto held = makeRecord({.adId = 1});
   presenter->processShowAdIfNeededWithPushAdInfo(held);
@@ -113,7 +115,7 @@ TEST_F(OperatorTest, onlyTheFirstRequestIsDecided) {
   EXPECT_THAT(fakes_.log->lines(), IsEmpty());
 }
 
-TEST_F(OperatorTest, aNullRecordIsLoggedAndLeavesTheDecisionOpen) {
+TEST_F(MyPushAdOperatorTest, aNullRecordIsLoggedAndLeavesTheDecisionOpen) {
   const auto presenter = makeOperator();
   presenter->processShowAdIfNeededWithPushAdInfo(nullptr);
   EXPECT_THAT(
@@ -125,7 +127,7 @@ TEST_F(OperatorTest, aNullRecordIsLoggedAndLeavesTheDecisionOpen) {
   EXPECT_THAT(fakes_.log->lines(), IsEmpty());
 }
 
-TEST_F(OperatorTest, aRecordAlreadyHeldIsLoggedAndReplaced) {
+TEST_F(MyPushAdOperatorTest, aRecordAlreadyHeldIsLoggedAndReplaced) {
   const auto presenter = makeOperator();
   presenter->setMyPushAdInfo(makeRecord({.adId = 1}));
   const auto fresh = makeRecord({.adId = 2});
@@ -135,7 +137,7 @@ TEST_F(OperatorTest, aRecordAlreadyHeldIsLoggedAndReplaced) {
   EXPECT_EQ(presenter->myPushAdInfo(), fresh);
 }
 
-TEST_F(OperatorTest, aHeldRecordReplacedByNullLogsBoth) {
+TEST_F(MyPushAdOperatorTest, aHeldRecordReplacedByNullLogsBoth) {
   const auto presenter = makeOperator();
   presenter->setMyPushAdInfo(makeRecord());
   presenter->processShowAdIfNeededWithPushAdInfo(nullptr);
@@ -146,7 +148,7 @@ TEST_F(OperatorTest, aHeldRecordReplacedByNullLogsBoth) {
   EXPECT_EQ(presenter->myPushAdInfo(), nullptr);
 }
 
-TEST_F(OperatorTest, aDisabledRecordIsLoggedDecidedAndNotCounted) {
+TEST_F(MyPushAdOperatorTest, aDisabledRecordIsLoggedDecidedAndNotCounted) {
   const auto presenter = makeOperator();
   presenter->processShowAdIfNeededWithPushAdInfo(makeRecord({.enable = false}));
   EXPECT_THAT(fakes_.log->lines(), ElementsAre("ZAM Disabled."));
@@ -155,7 +157,7 @@ TEST_F(OperatorTest, aDisabledRecordIsLoggedDecidedAndNotCounted) {
   EXPECT_THAT(defaults_->calls, IsEmpty());
 }
 
-TEST_F(OperatorTest, aUsedUpRecordIsDecidedSilently) {
+TEST_F(MyPushAdOperatorTest, aUsedUpRecordIsDecidedSilently) {
   store("1a4", 3);
   const auto presenter = makeOperator();
   presenter->processShowAdIfNeededWithPushAdInfo(makeRecord());
@@ -165,13 +167,13 @@ TEST_F(OperatorTest, aUsedUpRecordIsDecidedSilently) {
   EXPECT_EQ(storedCount(), 3);
 }
 
-TEST_F(OperatorTest, theFirstShowingIsMadeDurableWithOneFlush) {
+TEST_F(MyPushAdOperatorTest, theFirstShowingIsMadeDurableWithOneFlush) {
   makeOperator()->processShowAdIfNeededWithPushAdInfo(makeRecord({.version = "3"}));
   EXPECT_THAT(defaults_->calls, ElementsAre("read ZAMMyPushAdVersionKey", "ZAMMyPushAdVersionKey=3",
                                             "ZAMMyPushAdCountKey=1", "synchronize"));
 }
 
-TEST_F(OperatorTest, anotherVersionIsMadeDurableWithTwoFlushes) {
+TEST_F(MyPushAdOperatorTest, anotherVersionIsMadeDurableWithTwoFlushes) {
   store("3", 7);
   makeOperator()->processShowAdIfNeededWithPushAdInfo(makeRecord({.version = "4"}));
   EXPECT_THAT(defaults_->calls,
@@ -180,7 +182,7 @@ TEST_F(OperatorTest, anotherVersionIsMadeDurableWithTwoFlushes) {
                           "ZAMMyPushAdCountKey=1", "synchronize"));
 }
 
-TEST_F(OperatorTest, theSameVersionIsMadeDurableWithOneFlushOfTheCount) {
+TEST_F(MyPushAdOperatorTest, theSameVersionIsMadeDurableWithOneFlushOfTheCount) {
   store("1a4", 1);
   makeOperator()->processShowAdIfNeededWithPushAdInfo(makeRecord());
   EXPECT_THAT(defaults_->calls,
@@ -190,7 +192,7 @@ TEST_F(OperatorTest, theSameVersionIsMadeDurableWithOneFlushOfTheCount) {
 
 // Preparing.
 
-TEST_F(OperatorTest, preparingWithoutARecordIsLogged) {
+TEST_F(MyPushAdOperatorTest, preparingWithoutARecordIsLogged) {
   const auto presenter = makeOperator();
   presenter->prepareToShowAd();
   EXPECT_THAT(fakes_.log->lines(),
@@ -199,13 +201,13 @@ TEST_F(OperatorTest, preparingWithoutARecordIsLogged) {
   EXPECT_THAT(fakes_.runLoop->pendingDelays(), IsEmpty());
 }
 
-TEST_F(OperatorTest, preparingChecksTheRecord) {
+TEST_F(MyPushAdOperatorTest, preparingChecksTheRecord) {
   makeOperator()->processShowAdIfNeededWithPushAdInfo(makeRecord({.adId = 0}));
   EXPECT_THAT(fakes_.log->lines(),
               ElementsAre("-[MyPushAdInfo doCheck] 97: ZAM <=> ZAM Verify failed!"));
 }
 
-TEST_F(OperatorTest, preparingAgainKeepsTheControllerAndLogs) {
+TEST_F(MyPushAdOperatorTest, preparingAgainKeepsTheControllerAndLogs) {
   const auto presenter = makeOperator();
   presenter->processShowAdIfNeededWithPushAdInfo(makeRecord());
   const auto controller = presenter->pushAdViewController();
@@ -215,7 +217,7 @@ TEST_F(OperatorTest, preparingAgainKeepsTheControllerAndLogs) {
   EXPECT_EQ(presenter->pushAdViewController(), controller);
 }
 
-TEST_F(OperatorTest, withoutAControllerItLogsAndGoesOn) {
+TEST_F(MyPushAdOperatorTest, withoutAControllerItLogsAndGoesOn) {
   struct WithoutController : MyPushAdOperator {
     using MyPushAdOperator::MyPushAdOperator;
     std::shared_ptr<MyPushAdViewController> createPushAdViewController(
@@ -232,7 +234,7 @@ TEST_F(OperatorTest, withoutAControllerItLogsAndGoesOn) {
   EXPECT_THAT(events_, IsEmpty());
 }
 
-TEST_F(OperatorTest, embedAboveZeroWithAHostViewIsABanner) {
+TEST_F(MyPushAdOperatorTest, embedAboveZeroWithAHostViewIsABanner) {
   const auto presenter = makeOperator();
   presenter->processShowAdIfNeededWithPushAdInfo(makeRecord({.embed = 3}));
   EXPECT_EQ(presenter->pushAdViewController()->pushAdMode(), MyPushAdModeBanner);
@@ -241,7 +243,7 @@ TEST_F(OperatorTest, embedAboveZeroWithAHostViewIsABanner) {
   EXPECT_THAT(fakes_.windows->windows, IsEmpty());
 }
 
-TEST_F(OperatorTest, theControllerIsSizedOnlyWhenWidthAndHeightAreAboveZero) {
+TEST_F(MyPushAdOperatorTest, theControllerIsSizedOnlyWhenWidthAndHeightAreAboveZero) {
   struct Case {
     std::int64_t width;
     std::int64_t height;
@@ -256,7 +258,7 @@ TEST_F(OperatorTest, theControllerIsSizedOnlyWhenWidthAndHeightAreAboveZero) {
   }
 }
 
-TEST_F(OperatorTest, theBannerFrameTakesAnySizeOfTheRecord) {
+TEST_F(MyPushAdOperatorTest, theBannerFrameTakesAnySizeOfTheRecord) {
   const auto presenter = makeOperator();
   presenter->processShowAdIfNeededWithPushAdInfo(
       makeRecord({.embed = 3, .width = 0, .height = -5}));
@@ -264,7 +266,7 @@ TEST_F(OperatorTest, theBannerFrameTakesAnySizeOfTheRecord) {
   EXPECT_EQ(presenter->pushAdViewController()->view()->frame(), (Rect{{500, 0}, {0, -5}}));
 }
 
-TEST_F(OperatorTest, withoutAHostViewItIsAPopupThatIsShownOnlyForEmbedZero) {
+TEST_F(MyPushAdOperatorTest, withoutAHostViewItIsAPopupThatIsShownOnlyForEmbedZero) {
   const auto presenter = MyPushAdOperator::createInstanceWithHostView(nullptr);
   presenter->processShowAdIfNeededWithPushAdInfo(makeRecord({.embed = 3}));
   EXPECT_EQ(presenter->pushAdViewController()->pushAdMode(), MyPushAdModePopup);
@@ -274,7 +276,7 @@ TEST_F(OperatorTest, withoutAHostViewItIsAPopupThatIsShownOnlyForEmbedZero) {
   EXPECT_FALSE(popupWindow().visible);
 }
 
-TEST_F(OperatorTest, embedBelowZeroPreparesAPopupAndShowsNothing) {
+TEST_F(MyPushAdOperatorTest, embedBelowZeroPreparesAPopupAndShowsNothing) {
   const auto presenter = makeOperator();
   presenter->processShowAdIfNeededWithPushAdInfo(makeRecord({.embed = -1}));
   EXPECT_EQ(presenter->pushAdViewController()->pushAdMode(), MyPushAdModePopup);
@@ -285,7 +287,7 @@ TEST_F(OperatorTest, embedBelowZeroPreparesAPopupAndShowsNothing) {
   EXPECT_THAT(events_, IsEmpty());
 }
 
-TEST_F(OperatorTest, thePopupWindowFloatsAndShowsItsFirstControllerForGood) {
+TEST_F(MyPushAdOperatorTest, thePopupWindowFloatsAndShowsItsFirstControllerForGood) {
   const auto first = makeOperator();
   first->processShowAdIfNeededWithPushAdInfo(makeRecord({.embed = 0}));
   const auto second = makeOperator();
@@ -297,7 +299,7 @@ TEST_F(OperatorTest, thePopupWindowFloatsAndShowsItsFirstControllerForGood) {
   EXPECT_NE(second->pushAdViewController()->view(), popupWindow().contentView());
 }
 
-TEST_F(OperatorTest, aNegativeDelayCountsButNeverShows) {
+TEST_F(MyPushAdOperatorTest, aNegativeDelayCountsButNeverShows) {
   const auto presenter = makeOperator();
   presenter->processShowAdIfNeededWithPushAdInfo(makeRecord({.delay = -1}));
   EXPECT_EQ(storedCount(), 1);
@@ -307,7 +309,7 @@ TEST_F(OperatorTest, aNegativeDelayCountsButNeverShows) {
   EXPECT_THAT(hostView_->children, IsEmpty());
 }
 
-TEST_F(OperatorTest, aDelayOfZeroStillShowsOnALaterPass) {
+TEST_F(MyPushAdOperatorTest, aDelayOfZeroStillShowsOnALaterPass) {
   const auto presenter = makeOperator();
   presenter->processShowAdIfNeededWithPushAdInfo(makeRecord({.delay = 0}));
   EXPECT_THAT(hostView_->children, IsEmpty());
@@ -316,7 +318,7 @@ TEST_F(OperatorTest, aDelayOfZeroStillShowsOnALaterPass) {
   EXPECT_EQ(hostView_->children.size(), 1U);
 }
 
-TEST_F(OperatorTest, isShownAfterTheRecordsDelayAndNotWhileAMenuIsTracked) {
+TEST_F(MyPushAdOperatorTest, isShownAfterTheRecordsDelayAndNotWhileAMenuIsTracked) {
   makeOperator()->processShowAdIfNeededWithPushAdInfo(makeRecord({.delay = 5}));
   fakes_.runLoop->advance(4.9);
   EXPECT_THAT(hostView_->children, IsEmpty());
@@ -328,7 +330,7 @@ TEST_F(OperatorTest, isShownAfterTheRecordsDelayAndNotWhileAMenuIsTracked) {
   EXPECT_EQ(hostView_->children.size(), 1U);
 }
 
-TEST_F(OperatorTest, aScheduledShowingKeepsTheOperatorAlive) {
+TEST_F(MyPushAdOperatorTest, aScheduledShowingKeepsTheOperatorAlive) {
   auto presenter = makeOperator();
   presenter->processShowAdIfNeededWithPushAdInfo(makeRecord({.delay = 5}));
   const std::weak_ptr<MyPushAdOperator> watch = presenter;
@@ -342,7 +344,7 @@ TEST_F(OperatorTest, aScheduledShowingKeepsTheOperatorAlive) {
 
 // Showing.
 
-TEST_F(OperatorTest, theBannerIsAddedPlacedAndLoaded) {
+TEST_F(MyPushAdOperatorTest, theBannerIsAddedPlacedAndLoaded) {
   const auto presenter = makeOperator();
   presenter->processShowAdIfNeededWithPushAdInfo(makeRecord({.embed = 1}));
   fakes_.runLoop->runUntilIdle();
@@ -356,7 +358,7 @@ TEST_F(OperatorTest, theBannerIsAddedPlacedAndLoaded) {
   EXPECT_EQ(notifications_[0]->object(), ad);
 }
 
-TEST_F(OperatorTest, aBannerAlreadyInItsHostIsNotAnnouncedAgain) {
+TEST_F(MyPushAdOperatorTest, aBannerAlreadyInItsHostIsNotAnnouncedAgain) {
   const auto presenter = makeOperator();
   presenter->processShowAdIfNeededWithPushAdInfo(makeRecord());
   fakes_.runLoop->runUntilIdle();
@@ -366,7 +368,7 @@ TEST_F(OperatorTest, aBannerAlreadyInItsHostIsNotAnnouncedAgain) {
   EXPECT_EQ(webView()->loads.size(), 2U);
 }
 
-TEST_F(OperatorTest, aBannerWhoseHostIsGoneShowsNothing) {
+TEST_F(MyPushAdOperatorTest, aBannerWhoseHostIsGoneShowsNothing) {
   const auto presenter = makeOperator();
   presenter->processShowAdIfNeededWithPushAdInfo(makeRecord({.delay = 5}));
   hostView_.reset();
@@ -375,7 +377,7 @@ TEST_F(OperatorTest, aBannerWhoseHostIsGoneShowsNothing) {
   EXPECT_THAT(webView()->loads, IsEmpty());
 }
 
-TEST_F(OperatorTest, aHostThatIsDestroyedIsNoHostThoughItsViewIsKept) {
+TEST_F(MyPushAdOperatorTest, aHostThatIsDestroyedIsNoHostThoughItsViewIsKept) {
   const auto presenter = makeOperator();
   presenter->processShowAdIfNeededWithPushAdInfo(makeRecord({.delay = 5}));
   hostView_->gone = true;
@@ -387,7 +389,7 @@ TEST_F(OperatorTest, aHostThatIsDestroyedIsNoHostThoughItsViewIsKept) {
   EXPECT_THAT(webView()->loads, IsEmpty());
 }
 
-TEST_F(OperatorTest, thePopupIsOrderedFrontPlacedAndLoaded) {
+TEST_F(MyPushAdOperatorTest, thePopupIsOrderedFrontPlacedAndLoaded) {
   const auto presenter = makeOperator();
   presenter->processShowAdIfNeededWithPushAdInfo(
       makeRecord({.embed = 0, .width = 400, .height = 300}));
@@ -401,7 +403,7 @@ TEST_F(OperatorTest, thePopupIsOrderedFrontPlacedAndLoaded) {
   EXPECT_TRUE(MyPushAdUtil::isPopupWindowForNotification(notifications_[0].get()));
 }
 
-TEST_F(OperatorTest, aSecondPopupWhileTheWindowIsVisibleIsOnlyAnnounced) {
+TEST_F(MyPushAdOperatorTest, aSecondPopupWhileTheWindowIsVisibleIsOnlyAnnounced) {
   const auto first = makeOperator();
   first->processShowAdIfNeededWithPushAdInfo(makeRecord({.embed = 0}));
   fakes_.runLoop->runUntilIdle();
@@ -415,7 +417,7 @@ TEST_F(OperatorTest, aSecondPopupWhileTheWindowIsVisibleIsOnlyAnnounced) {
   EXPECT_THAT(webView(1)->loads, IsEmpty());
 }
 
-TEST_F(OperatorTest, aLaterPopupOperatorShowsTheClosedWindowAgain) {
+TEST_F(MyPushAdOperatorTest, aLaterPopupOperatorShowsTheClosedWindowAgain) {
   const auto first = makeOperator();
   first->processShowAdIfNeededWithPushAdInfo(makeRecord({.embed = 0}));
   fakes_.runLoop->runUntilIdle();
@@ -427,7 +429,7 @@ TEST_F(OperatorTest, aLaterPopupOperatorShowsTheClosedWindowAgain) {
   EXPECT_EQ(webView(1)->loads.size(), 1U);
 }
 
-TEST_F(OperatorTest, aRecordTakenAwayMeanwhileIsAnnouncedAsAnEmptyPopup) {
+TEST_F(MyPushAdOperatorTest, aRecordTakenAwayMeanwhileIsAnnouncedAsAnEmptyPopup) {
   const auto presenter = makeOperator();
   presenter->processShowAdIfNeededWithPushAdInfo(makeRecord({.embed = 1}));
   presenter->setMyPushAdInfo(nullptr);
@@ -440,7 +442,7 @@ TEST_F(OperatorTest, aRecordTakenAwayMeanwhileIsAnnouncedAsAnEmptyPopup) {
 
 // What the user does.
 
-TEST_F(OperatorTest, aCloseClickRemovesTheBannerAndIsReported) {
+TEST_F(MyPushAdOperatorTest, aCloseClickRemovesTheBannerAndIsReported) {
   const auto presenter = makeOperator();
   presenter->processShowAdIfNeededWithPushAdInfo(makeRecord());
   fakes_.runLoop->runUntilIdle();
@@ -454,7 +456,7 @@ TEST_F(OperatorTest, aCloseClickRemovesTheBannerAndIsReported) {
   EXPECT_TRUE(presenter->isAdShownAsBanner()) << "a closed banner still counts as one";
 }
 
-TEST_F(OperatorTest, aCloseClickInThePopupHasNoEffect) {
+TEST_F(MyPushAdOperatorTest, aCloseClickInThePopupHasNoEffect) {
   const auto presenter = makeOperator();
   presenter->processShowAdIfNeededWithPushAdInfo(makeRecord({.embed = 0}));
   fakes_.runLoop->runUntilIdle();
@@ -464,7 +466,7 @@ TEST_F(OperatorTest, aCloseClickInThePopupHasNoEffect) {
   EXPECT_TRUE(popupWindow().visible);
 }
 
-TEST_F(OperatorTest, aCloseClickForABannerThatIsElsewhereIsLoggedAndRemovesIt) {
+TEST_F(MyPushAdOperatorTest, aCloseClickForABannerThatIsElsewhereIsLoggedAndRemovesIt) {
   const auto presenter = makeOperator();
   presenter->processShowAdIfNeededWithPushAdInfo(makeRecord());
   fakes_.runLoop->runUntilIdle();
@@ -477,7 +479,7 @@ TEST_F(OperatorTest, aCloseClickForABannerThatIsElsewhereIsLoggedAndRemovesIt) {
                                         kVerifyFailedMessage)));
 }
 
-TEST_F(OperatorTest, aCloseClickOfAForeignControllerIsLoggedAndHandled) {
+TEST_F(MyPushAdOperatorTest, aCloseClickOfAForeignControllerIsLoggedAndHandled) {
   const auto presenter = makeOperator();
   presenter->processShowAdIfNeededWithPushAdInfo(makeRecord());
   fakes_.runLoop->runUntilIdle();
@@ -489,7 +491,7 @@ TEST_F(OperatorTest, aCloseClickOfAForeignControllerIsLoggedAndHandled) {
   EXPECT_THAT(hostView_->children, IsEmpty());
 }
 
-TEST_F(OperatorTest, aClosedBannersPageIsEnded) {
+TEST_F(MyPushAdOperatorTest, aClosedBannersPageIsEnded) {
   const auto presenter = makeOperator();
   presenter->processShowAdIfNeededWithPushAdInfo(makeRecord());
   fakes_.runLoop->runUntilIdle();
@@ -500,7 +502,7 @@ TEST_F(OperatorTest, aClosedBannersPageIsEnded) {
   EXPECT_EQ(page->endedPages, 1);
 }
 
-TEST_F(OperatorTest, aPopupsPageIsNotEndedByItsCloseControl) {
+TEST_F(MyPushAdOperatorTest, aPopupsPageIsNotEndedByItsCloseControl) {
   const auto presenter = MyPushAdOperator::createInstanceWithHostView(nullptr);
   presenter->processShowAdIfNeededWithPushAdInfo(makeRecord());
   fakes_.runLoop->runUntilIdle();
@@ -508,7 +510,7 @@ TEST_F(OperatorTest, aPopupsPageIsNotEndedByItsCloseControl) {
   EXPECT_EQ(fakes_.interfaceLoader->webViews.at(0).lock()->endedPages, 0);
 }
 
-TEST_F(OperatorTest, aPurchaseClickIsReportedAndChangesNothing) {
+TEST_F(MyPushAdOperatorTest, aPurchaseClickIsReportedAndChangesNothing) {
   const auto presenter = makeOperator();
   presenter->processShowAdIfNeededWithPushAdInfo(makeRecord());
   fakes_.runLoop->runUntilIdle();
@@ -521,7 +523,7 @@ TEST_F(OperatorTest, aPurchaseClickIsReportedAndChangesNothing) {
   EXPECT_THAT(fakes_.log->lines(), IsEmpty());
 }
 
-TEST_F(OperatorTest, aPurchaseClickOfAForeignControllerIsLoggedAndReported) {
+TEST_F(MyPushAdOperatorTest, aPurchaseClickOfAForeignControllerIsLoggedAndReported) {
   const auto presenter = makeOperator();
   presenter->processShowAdIfNeededWithPushAdInfo(makeRecord());
   presenter->pushAdViewControllerOpenIAPButtonDidClickWithURL(nullptr, std::nullopt);
@@ -534,7 +536,7 @@ TEST_F(OperatorTest, aPurchaseClickOfAForeignControllerIsLoggedAndReported) {
 
 // Placing.
 
-TEST_F(OperatorTest, theBannerFollowsItsHostsSize) {
+TEST_F(MyPushAdOperatorTest, theBannerFollowsItsHostsSize) {
   const auto presenter = makeOperator();
   presenter->processShowAdIfNeededWithPushAdInfo(makeRecord({.embed = 1}));
   fakes_.runLoop->runUntilIdle();
@@ -542,7 +544,7 @@ TEST_F(OperatorTest, theBannerFollowsItsHostsSize) {
   EXPECT_EQ(presenter->pushAdViewController()->view()->frame(), (Rect{{500, 550}, {300, 50}}));
 }
 
-TEST_F(OperatorTest, aClosedBannerIsStillLaidOut) {
+TEST_F(MyPushAdOperatorTest, aClosedBannerIsStillLaidOut) {
   const auto presenter = makeOperator();
   presenter->processShowAdIfNeededWithPushAdInfo(makeRecord({.embed = 1}));
   fakes_.runLoop->runUntilIdle();
@@ -551,7 +553,7 @@ TEST_F(OperatorTest, aClosedBannerIsStillLaidOut) {
   EXPECT_EQ(presenter->pushAdViewController()->view()->frame(), (Rect{{500, 550}, {300, 50}}));
 }
 
-TEST_F(OperatorTest, theHostsOwnOriginPlaysNoPart) {
+TEST_F(MyPushAdOperatorTest, theHostsOwnOriginPlaysNoPart) {
   hostView_->setFrame({{70, 80}, {500, 300}});
   const auto presenter = makeOperator();
   presenter->processShowAdIfNeededWithPushAdInfo(makeRecord({.embed = 5, .offsetx = 3}));
@@ -559,7 +561,7 @@ TEST_F(OperatorTest, theHostsOwnOriginPlaysNoPart) {
   EXPECT_EQ(presenter->pushAdViewController()->view()->frame(), (Rect{{3, 0}, {300, 50}}));
 }
 
-TEST_F(OperatorTest, anotherHostsFrameMovesNothing) {
+TEST_F(MyPushAdOperatorTest, anotherHostsFrameMovesNothing) {
   const auto presenter = makeOperator();
   presenter->processShowAdIfNeededWithPushAdInfo(makeRecord({.embed = 1}));
   fakes_.runLoop->runUntilIdle();
@@ -572,7 +574,7 @@ TEST_F(OperatorTest, anotherHostsFrameMovesNothing) {
   EXPECT_EQ(ad->frame(), (Rect{{1, 2}, {3, 4}}));
 }
 
-TEST_F(OperatorTest, amongTenThousandHostsOneFrameChangeLaysOutOneBanner) {
+TEST_F(MyPushAdOperatorTest, amongTenThousandHostsOneFrameChangeLaysOutOneBanner) {
   constexpr std::size_t kHosts = 10000;
   const auto record = makeRecord({.version = "", .embed = 1});
   std::vector<std::shared_ptr<FakeView>> hostViews;
@@ -599,7 +601,7 @@ TEST_F(OperatorTest, amongTenThousandHostsOneFrameChangeLaysOutOneBanner) {
   }
 }
 
-TEST_F(OperatorTest, aPopupWithoutSizeTakesTheWindowsOuterSizeAsItsContent) {
+TEST_F(MyPushAdOperatorTest, aPopupWithoutSizeTakesTheWindowsOuterSizeAsItsContent) {
   const auto presenter = makeOperator();
   presenter->processShowAdIfNeededWithPushAdInfo(makeRecord({.embed = 0, .width = 0}));
   popupWindow().setFrame({{10, 10}, {320, 240}});
@@ -609,7 +611,7 @@ TEST_F(OperatorTest, aPopupWithoutSizeTakesTheWindowsOuterSizeAsItsContent) {
   EXPECT_EQ(content.origin, (Point{560, 341.5}));
 }
 
-TEST_F(OperatorTest, aPopupOnNoScreenCentresItselfAndLogs) {
+TEST_F(MyPushAdOperatorTest, aPopupOnNoScreenCentresItselfAndLogs) {
   fakes_.windows->screen = nullptr;
   const auto presenter = makeOperator();
   presenter->processShowAdIfNeededWithPushAdInfo(
@@ -622,7 +624,7 @@ TEST_F(OperatorTest, aPopupOnNoScreenCentresItselfAndLogs) {
                                                              "***Error***: ZAM FATAL ERROR GOT!")));
 }
 
-TEST_F(OperatorTest, nothingMovesWithoutRecordWindowOrWithAnotherEmbed) {
+TEST_F(MyPushAdOperatorTest, nothingMovesWithoutRecordWindowOrWithAnotherEmbed) {
   const auto presenter = makeOperator();
   presenter->relayoutPushAdFrame();
   presenter->processShowAdIfNeededWithPushAdInfo(makeRecord({.embed = -1}));
@@ -633,7 +635,7 @@ TEST_F(OperatorTest, nothingMovesWithoutRecordWindowOrWithAnotherEmbed) {
   EXPECT_THAT(popupWindow().setFrames, IsEmpty());
 }
 
-TEST_F(OperatorTest, thePopupIsLaidOutOnceOnly) {
+TEST_F(MyPushAdOperatorTest, thePopupIsLaidOutOnceOnly) {
   const auto presenter = makeOperator();
   presenter->processShowAdIfNeededWithPushAdInfo(makeRecord({.embed = 0}));
   fakes_.runLoop->runUntilIdle();
@@ -641,7 +643,7 @@ TEST_F(OperatorTest, thePopupIsLaidOutOnceOnly) {
   EXPECT_EQ(popupWindow().setFrames.size(), 1U);
 }
 
-TEST_F(OperatorTest, everyOperatorOfAClosingPopupReportsOnce) {
+TEST_F(MyPushAdOperatorTest, everyOperatorOfAClosingPopupReportsOnce) {
   const auto first = makeOperator();
   const auto second = makeOperator();
   const auto banner = makeOperator();
@@ -665,7 +667,7 @@ TEST_F(OperatorTest, everyOperatorOfAClosingPopupReportsOnce) {
   EXPECT_THAT(events_, IsEmpty()) << "a window that is not visible cannot be closed";
 }
 
-TEST_F(OperatorTest, anotherWindowsClosingIsIgnored) {
+TEST_F(MyPushAdOperatorTest, anotherWindowsClosingIsIgnored) {
   const auto presenter = makeOperator();
   presenter->processShowAdIfNeededWithPushAdInfo(makeRecord({.embed = 0}));
   fakes_.runLoop->runUntilIdle();
@@ -677,7 +679,7 @@ TEST_F(OperatorTest, anotherWindowsClosingIsIgnored) {
   EXPECT_THAT(events_, ElementsAre(kPushAdWillShowNotification));
 }
 
-TEST_F(OperatorTest, anOperatorThatIsGoneHearsNothing) {
+TEST_F(MyPushAdOperatorTest, anOperatorThatIsGoneHearsNothing) {
   const std::size_t before = fakes_.notificationCenter->countObservers();
   auto presenter = makeOperator();
   EXPECT_EQ(fakes_.notificationCenter->countObservers(), before + 2);
@@ -685,9 +687,9 @@ TEST_F(OperatorTest, anOperatorThatIsGoneHearsNothing) {
   EXPECT_EQ(fakes_.notificationCenter->countObservers(), before);
 }
 
-// What is told.
+// Reports.
 
-TEST_F(OperatorTest, withoutRecordThereIsNoUserInfo) {
+TEST_F(MyPushAdOperatorTest, withoutRecordThereIsNoUserInfo) {
   const auto presenter = makeOperator();
   EXPECT_EQ(presenter->composeNotificationUserInfo(), std::nullopt);
   presenter->postPushAdOpenIAPNotificationWithURL(Url::parse("https://example.com/buy"));
@@ -696,7 +698,7 @@ TEST_F(OperatorTest, withoutRecordThereIsNoUserInfo) {
   EXPECT_EQ(notifications_[0]->userInfo(), std::nullopt);
 }
 
-TEST_F(OperatorTest, postingWithoutAnAdViewIsLoggedAndGoesOutWithoutObject) {
+TEST_F(MyPushAdOperatorTest, postingWithoutAnAdViewIsLoggedAndGoesOutWithoutObject) {
   const auto presenter = makeOperator();
   presenter->postPushAdWillShowNotification();
   presenter->postPushAdDidCloseNotification();
@@ -713,7 +715,7 @@ TEST_F(OperatorTest, postingWithoutAnAdViewIsLoggedAndGoesOutWithoutObject) {
   EXPECT_EQ(notifications_[0]->object(), nullptr);
 }
 
-TEST_F(OperatorTest, theUserInfoNamesRecordModeHostAndPopup) {
+TEST_F(MyPushAdOperatorTest, theUserInfoNamesRecordModeHostAndPopup) {
   const auto popup = makeOperator();
   popup->processShowAdIfNeededWithPushAdInfo(makeRecord({.embed = 0}));
   const auto banner = makeOperator();
@@ -729,7 +731,7 @@ TEST_F(OperatorTest, theUserInfoNamesRecordModeHostAndPopup) {
       << "a banner's operator made after a pop-up carries its window, too";
 }
 
-TEST_F(OperatorTest, theHostViewIsLeftOutOnceItIsGone) {
+TEST_F(MyPushAdOperatorTest, theHostViewIsLeftOutOnceItIsGone) {
   const auto presenter = makeOperator();
   presenter->setMyPushAdInfo(makeRecord());
   hostView_.reset();
@@ -739,7 +741,7 @@ TEST_F(OperatorTest, theHostViewIsLeftOutOnceItIsGone) {
   EXPECT_EQ(userInfo->at(kPushAdIsPopupWindowKey).booleanValue(), true);
 }
 
-TEST_F(OperatorTest, aPurchaseReportWithoutUrlHasNoUrlKey) {
+TEST_F(MyPushAdOperatorTest, aPurchaseReportWithoutUrlHasNoUrlKey) {
   const auto presenter = makeOperator();
   presenter->setMyPushAdInfo(makeRecord());
   presenter->postPushAdOpenIAPNotificationWithURL(std::nullopt);
@@ -748,7 +750,7 @@ TEST_F(OperatorTest, aPurchaseReportWithoutUrlHasNoUrlKey) {
   EXPECT_EQ(notifications_[0]->userInfo()->count(kPushAdActionURLKey), 0U);
 }
 
-TEST_F(OperatorTest, twoPostsArriveInOrderAfterTheSequence) {
+TEST_F(MyPushAdOperatorTest, twoPostsArriveInOrderAfterTheSequence) {
   const auto presenter = makeOperator();
   presenter->setMyPushAdInfo(makeRecord());
   presenter->postPushAdWillShowNotification();

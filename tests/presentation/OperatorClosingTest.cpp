@@ -10,7 +10,9 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-TEST_F(OperatorTest, anOperatorWithoutControllerReportsTheClosingWithoutObject) {
+class OperatorClosingTest : public OperatorTest {};
+
+TEST_F(OperatorClosingTest, anOperatorWithoutControllerReportsTheClosingWithoutObject) {
   const auto shown = makeOperator();
   shown->processShowAdIfNeededWithPushAdInfo(makeRecord({.version = "", .embed = 0}));
   const auto undecided = makeOperator();
@@ -28,7 +30,7 @@ TEST_F(OperatorTest, anOperatorWithoutControllerReportsTheClosingWithoutObject) 
                                                              kVerifyFailedMessage)));
 }
 
-TEST_F(OperatorTest, anOperatorWhoseCountIsUsedUpReportsTheClosingOfTheWindowThatItKnows) {
+TEST_F(OperatorClosingTest, anOperatorWhoseCountIsUsedUpReportsTheClosingOfTheWindowThatItKnows) {
   const auto shown = makeOperator();
   shown->processShowAdIfNeededWithPushAdInfo(makeRecord({.version = "", .embed = 0}));
   fakes_.runLoop->runUntilIdle();
@@ -48,7 +50,7 @@ TEST_F(OperatorTest, anOperatorWhoseCountIsUsedUpReportsTheClosingOfTheWindowTha
                                                              kVerifyFailedMessage)));
 }
 
-TEST_F(OperatorTest, anOperatorMadeBeforeTheWindowKnowsNothingOfItUnlessItNeedsOne) {
+TEST_F(OperatorClosingTest, anOperatorMadeBeforeTheWindowKnowsNothingOfItUnlessItNeedsOne) {
   const auto early = makeOperator();
   const auto shown = makeOperator();
   shown->processShowAdIfNeededWithPushAdInfo(makeRecord({.version = "", .embed = 0}));
@@ -60,7 +62,7 @@ TEST_F(OperatorTest, anOperatorMadeBeforeTheWindowKnowsNothingOfItUnlessItNeedsO
   EXPECT_THAT(events_, ElementsAre(kPushAdDidCloseNotification));
 }
 
-TEST_F(OperatorTest, everyClosingOfTheWindowIsReportedByAllWhoKnowIt) {
+TEST_F(OperatorClosingTest, everyClosingOfTheWindowIsReportedByAllWhoKnowIt) {
   const auto first = makeOperator();
   first->processShowAdIfNeededWithPushAdInfo(makeRecord({.version = "", .embed = 0}));
   fakes_.runLoop->runUntilIdle();
@@ -76,7 +78,7 @@ TEST_F(OperatorTest, everyClosingOfTheWindowIsReportedByAllWhoKnowIt) {
   EXPECT_EQ(notifications_[1]->object(), second->pushAdViewController()->view());
 }
 
-TEST_F(OperatorTest, aNotificationWithoutSenderIsNobodys) {
+TEST_F(OperatorClosingTest, aNotificationWithoutSenderIsNobodys) {
   const auto withoutWindow = MyPushAdOperator::createInstanceWithHostView(nullptr);
   ASSERT_EQ(withoutWindow->popupAdWindow(), nullptr);
   fakes_.notificationCenter->post(Notification(kWindowWillCloseNotification, nullptr));
@@ -86,7 +88,7 @@ TEST_F(OperatorTest, aNotificationWithoutSenderIsNobodys) {
   EXPECT_THAT(fakes_.log->lines(), IsEmpty());
 }
 
-TEST_F(OperatorTest, theClosingOfAHostsWindowIsNoClosingOfTheBannerInIt) {
+TEST_F(OperatorClosingTest, theClosingOfAHostsWindowIsNoClosingOfTheBannerInIt) {
   const auto presenter = makeOperator();
   presenter->processShowAdIfNeededWithPushAdInfo(makeRecord());
   fakes_.runLoop->runUntilIdle();
@@ -97,7 +99,7 @@ TEST_F(OperatorTest, theClosingOfAHostsWindowIsNoClosingOfTheBannerInIt) {
   EXPECT_THAT(events_, ElementsAre(kPushAdWillShowNotification));
 }
 
-TEST_F(OperatorTest, aBannerThatIsElsewhereIsLoggedThenRemovedThenReported) {
+TEST_F(OperatorClosingTest, aBannerThatIsElsewhereIsLoggedThenRemovedThenReported) {
   const auto presenter = makeOperator();
   presenter->processShowAdIfNeededWithPushAdInfo(makeRecord());
   fakes_.runLoop->runUntilIdle();
@@ -119,7 +121,7 @@ TEST_F(OperatorTest, aBannerThatIsElsewhereIsLoggedThenRemovedThenReported) {
                                         kVerifyFailedMessage)));
 }
 
-TEST_F(OperatorTest, aSecondCloseClickIsLoggedAndReportedAgain) {
+TEST_F(OperatorClosingTest, aSecondCloseClickIsLoggedAndReportedAgain) {
   const auto presenter = makeOperator();
   presenter->processShowAdIfNeededWithPushAdInfo(makeRecord());
   fakes_.runLoop->runUntilIdle();
@@ -133,7 +135,7 @@ TEST_F(OperatorTest, aSecondCloseClickIsLoggedAndReportedAgain) {
                                         kVerifyFailedMessage)));
 }
 
-TEST_F(OperatorTest, aCloseClickOfAForeignControllerInThePopupIsLoggedOnly) {
+TEST_F(OperatorClosingTest, aCloseClickOfAForeignControllerInThePopupIsLoggedOnly) {
   const auto presenter = makeOperator();
   presenter->processShowAdIfNeededWithPushAdInfo(makeRecord({.embed = 0}));
   presenter->pushAdViewControllerCloseButtonDidClick(nullptr);

@@ -21,7 +21,9 @@ struct OperatorWithoutController : MyPushAdOperator {
   }
 };
 
-TEST_F(OperatorTest, noneIsMadeWithoutTheFactory) {
+class OperatorMakingTest : public OperatorTest {};
+
+TEST_F(OperatorMakingTest, noneIsMadeWithoutTheFactory) {
   struct Implicit : MyPushAdOperator {};
   EXPECT_FALSE(std::is_default_constructible_v<MyPushAdOperator>);
   EXPECT_FALSE(std::is_copy_constructible_v<MyPushAdOperator>);
@@ -30,7 +32,7 @@ TEST_F(OperatorTest, noneIsMadeWithoutTheFactory) {
   EXPECT_FALSE(std::is_default_constructible_v<FactoryKey<MyPushAdOperator>>);
 }
 
-TEST_F(OperatorTest, aConstructorThatPreparesBeforeItIsSharedHarmsNobody) {
+TEST_F(OperatorMakingTest, aConstructorThatPreparesBeforeItIsSharedHarmsNobody) {
   struct Eager : MyPushAdOperator {
     explicit Eager(const FactoryKey<MyPushAdOperator>& key) : MyPushAdOperator(key) {
       setMyPushAdInfo(makeRecord());
@@ -44,7 +46,7 @@ TEST_F(OperatorTest, aConstructorThatPreparesBeforeItIsSharedHarmsNobody) {
   EXPECT_THAT(fakes_.log->lines(), IsEmpty());
 }
 
-TEST_F(OperatorTest, aMissingControllerCountsAsAPopups) {
+TEST_F(OperatorMakingTest, aMissingControllerCountsAsAPopups) {
   const auto early = MyPushAdOperator::createInstanceWithHostView<OperatorWithoutController>(
       std::shared_ptr<View>(hostView_));
   makeOperator()->processShowAdIfNeededWithPushAdInfo(makeRecord({.embed = 0, .delay = -1}));
@@ -63,7 +65,7 @@ TEST_F(OperatorTest, aMissingControllerCountsAsAPopups) {
                   operatorCheck("postPushAdWillShowNotification", 518, kVerifyFailedMessage)));
 }
 
-TEST_F(OperatorTest, aWindowThatItHasIsKept) {
+TEST_F(OperatorMakingTest, aWindowThatItHasIsKept) {
   makeOperator()->processShowAdIfNeededWithPushAdInfo(makeRecord({.embed = 0, .delay = -1}));
   const auto own = fakes_.windows->createWindowWithContentView(std::make_shared<FakeView>());
   const auto presenter = makeOperator();
@@ -75,7 +77,7 @@ TEST_F(OperatorTest, aWindowThatItHasIsKept) {
   EXPECT_FALSE(popupWindow().visible);
 }
 
-TEST_F(OperatorTest, withoutWindowsAPopupIsAnnouncedAndItsPageLoaded) {
+TEST_F(OperatorMakingTest, withoutWindowsAPopupIsAnnouncedAndItsPageLoaded) {
   fakes_.windows->isBroken = true;
   const auto presenter = makeOperator();
   presenter->processShowAdIfNeededWithPushAdInfo(makeRecord({.embed = 0}));
@@ -88,14 +90,14 @@ TEST_F(OperatorTest, withoutWindowsAPopupIsAnnouncedAndItsPageLoaded) {
   EXPECT_EQ(fakes_.windows->windows.size(), 1U) << "the next one tries again";
 }
 
-TEST_F(OperatorTest, aHostThatIsGoneBeforeTheDecisionMakesAPopupsController) {
+TEST_F(OperatorMakingTest, aHostThatIsGoneBeforeTheDecisionMakesAPopupsController) {
   const auto presenter = makeOperator();
   hostView_.reset();
   presenter->processShowAdIfNeededWithPushAdInfo(makeRecord({.embed = 1}));
   EXPECT_EQ(presenter->pushAdViewController()->pushAdMode(), MyPushAdModePopup);
 }
 
-TEST_F(OperatorTest, aHostThatChangesBeforeTheDecisionMovesNothing) {
+TEST_F(OperatorMakingTest, aHostThatChangesBeforeTheDecisionMovesNothing) {
   const auto presenter = makeOperator();
   hostView_->setFrame({{0, 0}, {800, 600}});
   EXPECT_EQ(presenter->pushAdViewController(), nullptr);

@@ -14,7 +14,9 @@ using ::testing::IsEmpty;
 constexpr const char* kNoTextLine =
     "+[MyPushAdInfo localizedValueInDict:] 130: ZAM <=> ZAM Verify failed!";
 
-TEST_F(OperatorTest, aBannerIsAnnouncedThenAddedThenPlacedThenLoaded) {
+class OperatorShowingTest : public OperatorTest {};
+
+TEST_F(OperatorShowingTest, aBannerIsAnnouncedThenAddedThenPlacedThenLoaded) {
   const auto presenter = makeOperator();
   presenter->processShowAdIfNeededWithPushAdInfo(
       makeRecord({.embed = 3, .width = 0, .height = -5}));
@@ -38,7 +40,7 @@ TEST_F(OperatorTest, aBannerIsAnnouncedThenAddedThenPlacedThenLoaded) {
   EXPECT_EQ(webView()->loads.size(), 1U);
 }
 
-TEST_F(OperatorTest, aPopupIsAnnouncedThenOrderedFrontThenPlacedThenLoaded) {
+TEST_F(OperatorShowingTest, aPopupIsAnnouncedThenOrderedFrontThenPlacedThenLoaded) {
   struct WatchedScreen : FakeScreen {
     using FakeScreen::FakeScreen;
     Rect visibleFrame() const override {
@@ -65,7 +67,7 @@ TEST_F(OperatorTest, aPopupIsAnnouncedThenOrderedFrontThenPlacedThenLoaded) {
   EXPECT_EQ(webView()->loads.size(), 1U);
 }
 
-TEST_F(OperatorTest, titleAndPageAreLookedUpEvenWhenThePopupIsOnlyAnnounced) {
+TEST_F(OperatorShowingTest, titleAndPageAreLookedUpEvenWhenThePopupIsOnlyAnnounced) {
   makeOperator()->processShowAdIfNeededWithPushAdInfo(makeRecord({.version = "", .embed = 0}));
   fakes_.runLoop->runUntilIdle();
   const auto record = makeRecord({.version = "", .embed = 0});
@@ -80,7 +82,7 @@ TEST_F(OperatorTest, titleAndPageAreLookedUpEvenWhenThePopupIsOnlyAnnounced) {
   EXPECT_EQ(events_.size(), 2U);
 }
 
-TEST_F(OperatorTest, titleAndPageAreLookedUpEvenWhenNothingIsShown) {
+TEST_F(OperatorShowingTest, titleAndPageAreLookedUpEvenWhenNothingIsShown) {
   const auto record = makeRecord({.embed = -1});
   record->setTitleDict(std::nullopt);
   record->setHtmlContentsDict(std::nullopt);
@@ -91,7 +93,7 @@ TEST_F(OperatorTest, titleAndPageAreLookedUpEvenWhenNothingIsShown) {
   EXPECT_THAT(events_, IsEmpty());
 }
 
-TEST_F(OperatorTest, onlyTheWindowsOwnControllerNamesTheWindow) {
+TEST_F(OperatorShowingTest, onlyTheWindowsOwnControllerNamesTheWindow) {
   makeOperator()->processShowAdIfNeededWithPushAdInfo(makeRecord({.version = "", .embed = 0}));
   fakes_.runLoop->runUntilIdle();
   EXPECT_EQ(popupWindow().title, "Title");
@@ -107,7 +109,7 @@ TEST_F(OperatorTest, onlyTheWindowsOwnControllerNamesTheWindow) {
   }
 }
 
-TEST_F(OperatorTest, whatIsPreparedIsSizedByWidthAndHeightTogether) {
+TEST_F(OperatorShowingTest, whatIsPreparedIsSizedByWidthAndHeightTogether) {
   struct Case {
     std::int64_t width;
     std::int64_t height;
@@ -127,7 +129,7 @@ TEST_F(OperatorTest, whatIsPreparedIsSizedByWidthAndHeightTogether) {
   }
 }
 
-TEST_F(OperatorTest, aPopupIsPlacedWithItsOwnSizeOnlyWhenBothAreAboveZero) {
+TEST_F(OperatorShowingTest, aPopupIsPlacedWithItsOwnSizeOnlyWhenBothAreAboveZero) {
   const auto presenter = makeOperator();
   presenter->processShowAdIfNeededWithPushAdInfo(makeRecord({.embed = 0}));
   for (const auto& [width, height] : {std::pair<std::int64_t, std::int64_t>{400, 0},
@@ -148,7 +150,7 @@ TEST_F(OperatorTest, aPopupIsPlacedWithItsOwnSizeOnlyWhenBothAreAboveZero) {
   EXPECT_EQ(popupWindow().contentRectForFrameRect(popupWindow().frame()).size, (Size{1, 1}));
 }
 
-TEST_F(OperatorTest, aBannerInAnotherViewIsTakenOverAndAnnounced) {
+TEST_F(OperatorShowingTest, aBannerInAnotherViewIsTakenOverAndAnnounced) {
   const auto presenter = makeOperator();
   presenter->processShowAdIfNeededWithPushAdInfo(makeRecord());
   const auto ad = presenter->pushAdViewController()->view();
@@ -160,7 +162,7 @@ TEST_F(OperatorTest, aBannerInAnotherViewIsTakenOverAndAnnounced) {
   EXPECT_EQ(events_.size(), 1U);
 }
 
-TEST_F(OperatorTest, aRecordIsUsedToTheEndOfThePreparationThoughTheHostTakesItAway) {
+TEST_F(OperatorShowingTest, aRecordIsUsedToTheEndOfThePreparationThoughTheHostTakesItAway) {
   struct ActingLog : RecordingLog {
     void write(std::string_view message) override {
       RecordingLog::write(message);

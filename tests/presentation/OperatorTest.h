@@ -24,7 +24,7 @@ inline std::string operatorCheck(const std::string& method, int line, const std:
   return checkLine("-[MyPushAdOperator " + method + "]", line, message);
 }
 
-/// Settings that remember what was done to them, in order.
+/// Settings that record the calls to them, in order.
 struct RecordingDefaults : MemoryUserDefaults {
   std::optional<std::string> stringForKey(const std::string& key) override {
     if (key != kAppleLanguagesKey) {
@@ -52,7 +52,7 @@ struct RecordingDefaults : MemoryUserDefaults {
   std::vector<std::string> calls;
 };
 
-/// A loop that tells of each notification that is about to be posted.
+/// A run loop that reports each notification just before it is posted.
 struct WatchedRunLoop : FakeRunLoop {
   void dispatchAsync(std::function<void()> task) override {
     ++dispatches;

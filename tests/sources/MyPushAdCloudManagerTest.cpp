@@ -49,10 +49,10 @@ struct OutcomeDelegate : MyPushAdDownloadDelegate {
   std::thread::id calledOn;
 };
 
-class CloudSourceTest : public ::testing::Test {
+class MyPushAdCloudManagerTest : public ::testing::Test {
  public:
  protected:
-  CloudSourceTest() {
+  MyPushAdCloudManagerTest() {
     factory_->container = std::make_shared<FakeCloudContainer>();
     factory_->container->database = database_;
     auto services = fakes_.services();
@@ -91,7 +91,7 @@ class CloudSourceTest : public ::testing::Test {
   int files_ = 0;
 };
 
-TEST_F(CloudSourceTest, asksTheContainersDatabaseOnceAndQueriesByFileName) {
+TEST_F(MyPushAdCloudManagerTest, asksTheContainersDatabaseOnceAndQueriesByFileName) {
   EXPECT_THAT(factory_->asked, IsEmpty());
   source_->downloadAdFileAsync();
   source_->downloadAdFileAsync();
@@ -102,24 +102,24 @@ TEST_F(CloudSourceTest, asksTheContainersDatabaseOnceAndQueriesByFileName) {
   EXPECT_EQ(database_->queries[0].fieldValue, "commonad");
 }
 
-TEST_F(CloudSourceTest, reportsTheTextOfTheLastRecordOnTheMainThread) {
+TEST_F(MyPushAdCloudManagerTest, reportsTheTextOfTheLastRecordOnTheMainThread) {
   EXPECT_THAT(outcomesOf(Records{recordWithFile("first"), recordWithFile("last \u00E9")}),
               ElementsAre("text last \u00E9"));
   EXPECT_EQ(delegate_->calledOn, std::this_thread::get_id());
   EXPECT_THAT(fakes_.log->lines(), IsEmpty());
 }
 
-TEST_F(CloudSourceTest, aLargeFileIsReadWhole) {
+TEST_F(MyPushAdCloudManagerTest, aLargeFileIsReadWhole) {
   std::string text(200'000, 'x');
   text.back() = 'y';
   EXPECT_TRUE(outcomesOf(Records{recordWithFile(text)}) == std::vector{"text " + text});
 }
 
-TEST_F(CloudSourceTest, anEmptyFileIsAnEmptyText) {
+TEST_F(MyPushAdCloudManagerTest, anEmptyFileIsAnEmptyText) {
   EXPECT_THAT(outcomesOf(Records{recordWithFile("")}), ElementsAre("text "));
 }
 
-TEST_F(CloudSourceTest, aQueryErrorIsLoggedAndPassedOn) {
+TEST_F(MyPushAdCloudManagerTest, aQueryErrorIsLoggedAndPassedOn) {
   source_->downloadAdFileAsync();
   complete(std::nullopt, Error{"cloud", 7, "rate limited"});
   EXPECT_THAT(delegate_->outcomes, ElementsAre("cloud 7"));
@@ -127,39 +127,39 @@ TEST_F(CloudSourceTest, aQueryErrorIsLoggedAndPassedOn) {
   EXPECT_THAT(fakes_.log->lines(), ElementsAre(queryErrorLine("rate limited")));
 }
 
-TEST_F(CloudSourceTest, aQueryErrorWithoutADescriptionIsLoggedAllTheSame) {
+TEST_F(MyPushAdCloudManagerTest, aQueryErrorWithoutADescriptionIsLoggedAllTheSame) {
   source_->downloadAdFileAsync();
   complete(std::nullopt, Error{"cloud", 7, ""});
   EXPECT_THAT(fakes_.log->lines(), ElementsAre(queryErrorLine("(null)")));
 }
 
-TEST_F(CloudSourceTest, noRecordsAreAnError) {
+TEST_F(MyPushAdCloudManagerTest, noRecordsAreAnError) {
   EXPECT_THAT(outcomesOf(Records()), ElementsAre("Custom Error: results empty. 1"));
 }
 
-TEST_F(CloudSourceTest, noResultIsTheSameError) {
+TEST_F(MyPushAdCloudManagerTest, noResultIsTheSameError) {
   EXPECT_THAT(outcomesOf(std::nullopt), ElementsAre("Custom Error: results empty. 1"));
 }
 
-TEST_F(CloudSourceTest, aLastRecordThatIsNoneIsTheSameError) {
+TEST_F(MyPushAdCloudManagerTest, aLastRecordThatIsNoneIsTheSameError) {
   EXPECT_THAT(outcomesOf(Records{recordWithFile("first"), nullptr}),
               ElementsAre("Custom Error: results empty. 1"));
   EXPECT_THAT(fakes_.log->lines(), IsEmpty());
 }
 
-TEST_F(CloudSourceTest, aTextInPlaceOfTheAssetIsAnError) {
+TEST_F(MyPushAdCloudManagerTest, aTextInPlaceOfTheAssetIsAnError) {
   EXPECT_THAT(outcomesOf(Records{fileContents("text")}),
               ElementsAre("Custom Error: handle record error. 2"));
   EXPECT_THAT(fakes_.log->lines(), ElementsAre(cloudCheck("handleRecord:", 172, kFatalMessage)));
 }
 
-TEST_F(CloudSourceTest, anAssetWithoutAFileIsAnError) {
+TEST_F(MyPushAdCloudManagerTest, anAssetWithoutAFileIsAnError) {
   EXPECT_THAT(outcomesOf(Records{fileContents(std::make_shared<FakeCloudAsset>(std::nullopt))}),
               ElementsAre("Custom Error: handle record error. 2"));
   EXPECT_THAT(fakes_.log->lines(), ElementsAre(cloudCheck("handleRecord:", 173, kFatalMessage)));
 }
 
-TEST_F(CloudSourceTest, aFileThatIsGoneOrNotUtf8IsAnError) {
+TEST_F(MyPushAdCloudManagerTest, aFileThatIsGoneOrNotUtf8IsAnError) {
   EXPECT_THAT(outcomesOf(Records{recordWithFile("caf\xE9")}),
               ElementsAre("Custom Error: handle record error. 2"));
   outcomesOf(
@@ -172,7 +172,7 @@ TEST_F(CloudSourceTest, aFileThatIsGoneOrNotUtf8IsAnError) {
                                                cloudCheck("handleRecord:", 176, kFatalMessage)));
 }
 
-TEST_F(CloudSourceTest, withoutAContainerIdentifierItStaysSilent) {
+TEST_F(MyPushAdCloudManagerTest, withoutAContainerIdentifierItStaysSilent) {
   for (const auto& identifier : {std::optional<std::string>(), std::optional<std::string>("")}) {
     source_->setCloudContainerIdentifier(identifier);
     source_->downloadAdFileAsync();
@@ -185,7 +185,7 @@ TEST_F(CloudSourceTest, withoutAContainerIdentifierItStaysSilent) {
   EXPECT_THAT(factory_->asked, IsEmpty());
 }
 
-TEST_F(CloudSourceTest, withoutAContainerItStaysSilent) {
+TEST_F(MyPushAdCloudManagerTest, withoutAContainerItStaysSilent) {
   factory_->container = nullptr;
   source_->downloadAdFileAsync();
   EXPECT_THAT(fakes_.log->lines(),
@@ -194,7 +194,7 @@ TEST_F(CloudSourceTest, withoutAContainerItStaysSilent) {
   EXPECT_THAT(delegate_->outcomes, IsEmpty());
 }
 
-TEST_F(CloudSourceTest, withoutADatabaseItStaysSilent) {
+TEST_F(MyPushAdCloudManagerTest, withoutADatabaseItStaysSilent) {
   factory_->container->database = nullptr;
   source_->downloadAdFileAsync();
   EXPECT_THAT(fakes_.log->lines(),
@@ -203,7 +203,7 @@ TEST_F(CloudSourceTest, withoutADatabaseItStaysSilent) {
   EXPECT_THAT(delegate_->outcomes, IsEmpty());
 }
 
-TEST_F(CloudSourceTest, aRunningQueryKeepsTheSourceAlive) {
+TEST_F(MyPushAdCloudManagerTest, aRunningQueryKeepsTheSourceAlive) {
   source_->downloadAdFileAsync();
   const std::weak_ptr<MyPushAdCloudManager> watch = source_;
   source_.reset();
@@ -212,7 +212,7 @@ TEST_F(CloudSourceTest, aRunningQueryKeepsTheSourceAlive) {
   EXPECT_THAT(delegate_->outcomes, ElementsAre("text text"));
 }
 
-TEST_F(CloudSourceTest, anOutcomeAndItsThreadWaitAsLongAsAMenuIsTracked) {
+TEST_F(MyPushAdCloudManagerTest, anOutcomeAndItsThreadWaitAsLongAsAMenuIsTracked) {
   for (const bool isError : {false, true}) {
     fakes_.runLoop->setTracksMenu(true);
     source_->downloadAdFileAsync();
@@ -240,7 +240,7 @@ TEST_F(CloudSourceTest, anOutcomeAndItsThreadWaitAsLongAsAMenuIsTracked) {
   }
 }
 
-TEST_F(CloudSourceTest, aDelegateThatIsGoneHearsNothing) {
+TEST_F(MyPushAdCloudManagerTest, aDelegateThatIsGoneHearsNothing) {
   source_->downloadAdFileAsync();
   const std::weak_ptr<OutcomeDelegate> gone = std::exchange(delegate_, nullptr);
   EXPECT_TRUE(gone.expired()) << "the source must hold its delegate weakly";
@@ -250,7 +250,7 @@ TEST_F(CloudSourceTest, aDelegateThatIsGoneHearsNothing) {
   complete(std::nullopt, Error{"cloud", 7, "rate limited"});
 }
 
-TEST_F(CloudSourceTest, aDelegateMayLeaveEitherMethodOut) {
+TEST_F(MyPushAdCloudManagerTest, aDelegateMayLeaveEitherMethodOut) {
   const auto deaf = std::make_shared<MyPushAdDownloadDelegate>();
   source_->setDelegate(deaf);
   EXPECT_EQ(source_->delegate(), deaf);
@@ -260,14 +260,14 @@ TEST_F(CloudSourceTest, aDelegateMayLeaveEitherMethodOut) {
   complete(Records(), std::nullopt);
 }
 
-TEST_F(CloudSourceTest, allocatesTheReceivingClass) {
+TEST_F(MyPushAdCloudManagerTest, allocatesTheReceivingClass) {
   struct Special : MyPushAdCloudManager {};
   const std::shared_ptr<Special> source =
       MyPushAdCloudManager::createInstanceWithCloudContainerId<Special>("iCloud.com.example");
   EXPECT_EQ(source->cloudContainerIdentifier(), "iCloud.com.example");
 }
 
-TEST_F(CloudSourceTest, whatNobodyOwnsDoesNothingLater) {
+TEST_F(MyPushAdCloudManagerTest, whatNobodyOwnsDoesNothingLater) {
   MyPushAdCloudManager source;
   source.setCloudContainerIdentifier("iCloud.com.example.ads");
   source.downloadAdFileAsync();
@@ -276,14 +276,14 @@ TEST_F(CloudSourceTest, whatNobodyOwnsDoesNothingLater) {
   EXPECT_THAT(database_->queries, IsEmpty());
 }
 
-TEST_F(CloudSourceTest, aRetryKeepsItsSourceAlive) {
+TEST_F(MyPushAdCloudManagerTest, aRetryKeepsItsSourceAlive) {
   source_->retryDownloadAdFileWithDelay(60);
   source_.reset();
   fakes_.runLoop->advance(60);
   EXPECT_EQ(database_->queries.size(), 1U);
 }
 
-TEST_F(CloudSourceTest, aRetryWaitsWhileAMenuIsTracked) {
+TEST_F(MyPushAdCloudManagerTest, aRetryWaitsWhileAMenuIsTracked) {
   source_->retryDownloadAdFileWithDelay(60);
   fakes_.runLoop->setTracksMenu(true);
   fakes_.runLoop->advance(100);
@@ -293,7 +293,7 @@ TEST_F(CloudSourceTest, aRetryWaitsWhileAMenuIsTracked) {
   EXPECT_EQ(database_->queries.size(), 1U);
 }
 
-TEST_F(CloudSourceTest, retriesOnceAfterTheDelay) {
+TEST_F(MyPushAdCloudManagerTest, retriesOnceAfterTheDelay) {
   source_->retryDownloadAdFileWithDelay(60);
   fakes_.runLoop->advance(59);
   EXPECT_THAT(database_->queries, IsEmpty());

@@ -21,9 +21,9 @@ struct TextDelegate : MyPushAdDownloadDelegate {
   std::vector<std::string> texts;
 };
 
-class WebServerSourceTest : public ::testing::Test {
+class MyPushAdWebServerManagerTest : public ::testing::Test {
  protected:
-  WebServerSourceTest() { installPlatform(fakes_.services()); }
+  MyPushAdWebServerManagerTest() { installPlatform(fakes_.services()); }
 
   std::shared_ptr<MyPushAdWebServerManager> makeSource(
       std::optional<std::string> address = kSourceAddress) {
@@ -46,7 +46,7 @@ class WebServerSourceTest : public ::testing::Test {
   std::shared_ptr<TextDelegate> delegate_ = std::make_shared<TextDelegate>();
 };
 
-TEST_F(WebServerSourceTest, makesOneSessionAndUsesItForEveryAttempt) {
+TEST_F(MyPushAdWebServerManagerTest, makesOneSessionAndUsesItForEveryAttempt) {
   const auto source = makeSource();
   source->downloadAdFileAsync();
   session().complete();
@@ -55,7 +55,7 @@ TEST_F(WebServerSourceTest, makesOneSessionAndUsesItForEveryAttempt) {
   EXPECT_THAT(session().startedUrls, ElementsAre(kSourceAddress, kSourceAddress));
 }
 
-TEST_F(WebServerSourceTest, reportsTheTextOnALaterPassOfTheMainLoop) {
+TEST_F(MyPushAdWebServerManagerTest, reportsTheTextOnALaterPassOfTheMainLoop) {
   const auto source = makeSource();
   source->downloadAdFileAsync();
   session().deliver("text");
@@ -66,7 +66,7 @@ TEST_F(WebServerSourceTest, reportsTheTextOnALaterPassOfTheMainLoop) {
   EXPECT_THAT(delegate_->errors, IsEmpty());
 }
 
-TEST_F(WebServerSourceTest, joinsChunksInOrderBeforeDecoding) {
+TEST_F(MyPushAdWebServerManagerTest, joinsChunksInOrderBeforeDecoding) {
   const auto source = makeSource();
   source->downloadAdFileAsync();
   session().deliver("caf\xC3");
@@ -76,7 +76,7 @@ TEST_F(WebServerSourceTest, joinsChunksInOrderBeforeDecoding) {
   EXPECT_THAT(delegate_->texts, ElementsAre("caf\xC3\xA9 au lait"));
 }
 
-TEST_F(WebServerSourceTest, failsOnAnEmptyBody) {
+TEST_F(MyPushAdWebServerManagerTest, failsOnAnEmptyBody) {
   const auto source = makeSource();
   source->downloadAdFileAsync();
   session().complete();
@@ -84,7 +84,7 @@ TEST_F(WebServerSourceTest, failsOnAnEmptyBody) {
   expectOneNoTextError();
 }
 
-TEST_F(WebServerSourceTest, failsOnABodyThatIsNotUtf8) {
+TEST_F(MyPushAdWebServerManagerTest, failsOnABodyThatIsNotUtf8) {
   const auto source = makeSource();
   source->downloadAdFileAsync();
   session().deliver("caf\xE9");
@@ -93,7 +93,7 @@ TEST_F(WebServerSourceTest, failsOnABodyThatIsNotUtf8) {
   expectOneNoTextError();
 }
 
-TEST_F(WebServerSourceTest, passesTheTransportsErrorOnEvenAfterData) {
+TEST_F(MyPushAdWebServerManagerTest, passesTheTransportsErrorOnEvenAfterData) {
   const auto source = makeSource();
   source->downloadAdFileAsync();
   session().deliver("half of");
@@ -105,7 +105,7 @@ TEST_F(WebServerSourceTest, passesTheTransportsErrorOnEvenAfterData) {
   EXPECT_THAT(delegate_->texts, IsEmpty());
 }
 
-TEST_F(WebServerSourceTest, startsEachAttemptFromNothing) {
+TEST_F(MyPushAdWebServerManagerTest, startsEachAttemptFromNothing) {
   const auto source = makeSource();
   source->downloadAdFileAsync();
   session().deliver("stale");
@@ -117,7 +117,7 @@ TEST_F(WebServerSourceTest, startsEachAttemptFromNothing) {
   EXPECT_THAT(delegate_->texts, ElementsAre("fresh"));
 }
 
-TEST_F(WebServerSourceTest, staysSilentWithoutAnAddress) {
+TEST_F(MyPushAdWebServerManagerTest, staysSilentWithoutAnAddress) {
   const auto source = makeSource(std::nullopt);
   source->downloadAdFileAsync();
   fakes_.runLoop->advance(1000);
@@ -126,7 +126,7 @@ TEST_F(WebServerSourceTest, staysSilentWithoutAnAddress) {
   EXPECT_THAT(fakes_.log->lines(), IsEmpty());
 }
 
-TEST_F(WebServerSourceTest, staysSilentWhenTheAddressIsMalformed) {
+TEST_F(MyPushAdWebServerManagerTest, staysSilentWhenTheAddressIsMalformed) {
   for (const char* address :
        {"", " ", "https://ads.example.com/common ad.xml", "https://a.b/[x]", "https://a.b/%zz"}) {
     const auto source = makeSource(address);
@@ -139,7 +139,7 @@ TEST_F(WebServerSourceTest, staysSilentWhenTheAddressIsMalformed) {
   EXPECT_THAT(fakes_.runLoop->pendingDelays(), IsEmpty());
 }
 
-TEST_F(WebServerSourceTest, fetchesWhatIsWellFormedWhetherThatCanBeOrNot) {
+TEST_F(MyPushAdWebServerManagerTest, fetchesWhatIsWellFormedWhetherThatCanBeOrNot) {
   for (const char* address : {"commonad.xml", "https://", "http:///commonad.xml", "//a.b/c"}) {
     delegate_->errors.clear();
     const auto source = makeSource(address);
@@ -153,7 +153,7 @@ TEST_F(WebServerSourceTest, fetchesWhatIsWellFormedWhetherThatCanBeOrNot) {
   }
 }
 
-TEST_F(WebServerSourceTest, overlappingAttemptsShareWhatHasArrivedSinceTheLastBegan) {
+TEST_F(MyPushAdWebServerManagerTest, overlappingAttemptsShareWhatHasArrivedSinceTheLastBegan) {
   const auto source = makeSource();
   source->downloadAdFileAsync();
   session().deliver("lost ");
@@ -166,7 +166,7 @@ TEST_F(WebServerSourceTest, overlappingAttemptsShareWhatHasArrivedSinceTheLastBe
   EXPECT_THAT(delegate_->texts, ElementsAre("first ", "first second"));
 }
 
-TEST_F(WebServerSourceTest, theOutcomeDoesNotWaitForAMenu) {
+TEST_F(MyPushAdWebServerManagerTest, theOutcomeDoesNotWaitForAMenu) {
   const auto source = makeSource();
   fakes_.runLoop->setTracksMenu(true);
   source->downloadAdFileAsync();
@@ -178,7 +178,7 @@ TEST_F(WebServerSourceTest, theOutcomeDoesNotWaitForAMenu) {
 
 // A released source.
 
-TEST_F(WebServerSourceTest, aSourceReleasedInMidTransferEndsItsAttempt) {
+TEST_F(MyPushAdWebServerManagerTest, aSourceReleasedInMidTransferEndsItsAttempt) {
   auto source = makeSource();
   source->downloadAdFileAsync();
   session().deliver("te");
@@ -191,7 +191,7 @@ TEST_F(WebServerSourceTest, aSourceReleasedInMidTransferEndsItsAttempt) {
   EXPECT_TRUE(watch.expired());
 }
 
-TEST_F(WebServerSourceTest, anOutcomeOnItsWayKeepsItsSourceAlive) {
+TEST_F(MyPushAdWebServerManagerTest, anOutcomeOnItsWayKeepsItsSourceAlive) {
   for (const auto& error : {std::optional<Error>(), std::optional(Error{"curl", 18, "cut"})}) {
     auto source = makeSource();
     source->downloadAdFileAsync();
@@ -206,7 +206,7 @@ TEST_F(WebServerSourceTest, anOutcomeOnItsWayKeepsItsSourceAlive) {
   EXPECT_EQ(delegate_->errors[0].description, "cut");
 }
 
-TEST_F(WebServerSourceTest, aRetryKeepsItsSourceAlive) {
+TEST_F(MyPushAdWebServerManagerTest, aRetryKeepsItsSourceAlive) {
   auto source = makeSource();
   source->retryDownloadAdFileWithDelay(60);
   source.reset();
@@ -216,7 +216,7 @@ TEST_F(WebServerSourceTest, aRetryKeepsItsSourceAlive) {
 
 // A source of another make.
 
-TEST_F(WebServerSourceTest, withoutASessionItStaysSilent) {
+TEST_F(MyPushAdWebServerManagerTest, withoutASessionItStaysSilent) {
   const auto source = std::make_shared<MyPushAdWebServerManager>();
   EXPECT_EQ(source->fileUrlString(), std::nullopt);
   EXPECT_EQ(source->delegate(), nullptr);
@@ -229,7 +229,7 @@ TEST_F(WebServerSourceTest, withoutASessionItStaysSilent) {
   EXPECT_THAT(fakes_.log->lines(), IsEmpty());
 }
 
-TEST_F(WebServerSourceTest, aPlatformWithoutSessionsIsSilent) {
+TEST_F(MyPushAdWebServerManagerTest, aPlatformWithoutSessionsIsSilent) {
   struct NoSessions : UrlSessionFactory {
     std::shared_ptr<UrlSession> createEphemeralSession(
         std::weak_ptr<UrlSessionDelegate> /*delegate*/) override {
@@ -244,7 +244,7 @@ TEST_F(WebServerSourceTest, aPlatformWithoutSessionsIsSilent) {
   EXPECT_THAT(delegate_->errors, IsEmpty());
 }
 
-TEST_F(WebServerSourceTest, aBodyBeforeTheFirstAttemptIsNone) {
+TEST_F(MyPushAdWebServerManagerTest, aBodyBeforeTheFirstAttemptIsNone) {
   const auto source = makeSource();
   session().deliver("text");
   session().complete();
@@ -252,7 +252,7 @@ TEST_F(WebServerSourceTest, aBodyBeforeTheFirstAttemptIsNone) {
   expectOneNoTextError();
 }
 
-TEST_F(WebServerSourceTest, whatNobodyOwnsDoesNothingLater) {
+TEST_F(MyPushAdWebServerManagerTest, whatNobodyOwnsDoesNothingLater) {
   MyPushAdWebServerManager source;
   source.setDelegate(delegate_);
   source.setFileUrlString(kSourceAddress);
@@ -263,7 +263,7 @@ TEST_F(WebServerSourceTest, whatNobodyOwnsDoesNothingLater) {
   EXPECT_THAT(delegate_->errors, IsEmpty());
 }
 
-TEST_F(WebServerSourceTest, retriesExactlyOnceAfterTheDelay) {
+TEST_F(MyPushAdWebServerManagerTest, retriesExactlyOnceAfterTheDelay) {
   const auto source = makeSource();
   source->retryDownloadAdFileWithDelay(60);
   EXPECT_THAT(fakes_.runLoop->pendingDelays(), ElementsAre(DoubleEq(60)));
@@ -275,7 +275,7 @@ TEST_F(WebServerSourceTest, retriesExactlyOnceAfterTheDelay) {
   EXPECT_EQ(session().startedUrls.size(), 1U);
 }
 
-TEST_F(WebServerSourceTest, retryWaitsWhileAMenuIsTracked) {
+TEST_F(MyPushAdWebServerManagerTest, retryWaitsWhileAMenuIsTracked) {
   const auto source = makeSource();
   source->retryDownloadAdFileWithDelay(60);
   fakes_.runLoop->setTracksMenu(true);
@@ -286,7 +286,7 @@ TEST_F(WebServerSourceTest, retryWaitsWhileAMenuIsTracked) {
   EXPECT_EQ(session().startedUrls.size(), 1U);
 }
 
-TEST_F(WebServerSourceTest, dropsTheOutcomeWhenTheDelegateIsGone) {
+TEST_F(MyPushAdWebServerManagerTest, dropsTheOutcomeWhenTheDelegateIsGone) {
   const auto source = makeSource();
   source->downloadAdFileAsync();
   session().deliver("text");
@@ -300,7 +300,7 @@ TEST_F(WebServerSourceTest, dropsTheOutcomeWhenTheDelegateIsGone) {
   EXPECT_EQ(source->delegate(), nullptr);
 }
 
-TEST_F(WebServerSourceTest, skipsADelegateThatLacksTheMethod) {
+TEST_F(MyPushAdWebServerManagerTest, skipsADelegateThatLacksTheMethod) {
   const auto source = makeSource();
   struct HearsFailuresOnly : MyPushAdDownloadDelegate {
     void downloadFailedWithError(const Error& error) override { codes.push_back(error.code); }
@@ -317,7 +317,7 @@ TEST_F(WebServerSourceTest, skipsADelegateThatLacksTheMethod) {
   EXPECT_THAT(partial->codes, ElementsAre(1));
 }
 
-TEST_F(WebServerSourceTest, allocatesTheReceivingClass) {
+TEST_F(MyPushAdWebServerManagerTest, allocatesTheReceivingClass) {
   struct Special : MyPushAdWebServerManager {};
   const std::shared_ptr<Special> source =
       MyPushAdWebServerManager::createInstanceWithFileURLString<Special>(kSourceAddress);

@@ -13,7 +13,7 @@ namespace qorix::test {
 
 inline constexpr double kPatience = 40;  // seconds, for what must happen
 
-/// One run of a program, as its user would start it. Killed in the end if it still runs.
+/// One run of a program, started as its user would. The destructor kills it if it still runs.
 class ChildProcess {
  public:
   /// `command` is the program, a path, and its arguments.
@@ -22,14 +22,14 @@ class ChildProcess {
   ChildProcess(const ChildProcess&) = delete;
   ChildProcess& operator=(const ChildProcess&) = delete;
 
-  /// Waits for a log line that ends in `ending`; false when there is none in time.
+  /// Waits for a log line that ends in `ending`. Returns false if there is none in time.
   bool waitForLog(std::string_view ending, double seconds = kPatience);
 
-  /// Reads what the program prints until it has ended or `seconds` have passed; true when it has
+  /// Reads what the program prints until it ends or `seconds` have passed. Returns true if it has
   /// ended.
   bool waitForEnd(double seconds = kPatience);
 
-  /// Reads what the program prints for that long, or until it has ended.
+  /// Reads what the program prints for `seconds`, or until it ends.
   void listen(double seconds) { waitForEnd(seconds); }
 
   void sendSignal(int signal) const;
@@ -44,10 +44,10 @@ class ChildProcess {
   pid_t process() const { return process_; }
 
  protected:
-  /// Takes a line of the program's standard output. None comes before the constructors have run.
+  /// Receives a line of the program's standard output. Not called before the constructors have run.
   virtual void takeLine(const std::string& line) = 0;
 
-  /// Reads what the program prints until the condition holds; false when it does not in time.
+  /// Reads what the program prints until the condition holds. Returns false if it does not in time.
   bool waitFor(const std::function<bool()>& condition, double seconds);
 
  private:

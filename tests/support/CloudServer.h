@@ -11,7 +11,7 @@
 
 namespace qorix {
 
-/// A cloud service on loopback with one container, whose public database refuses what the real one
+/// A cloud service on loopback with one container. Its public database refuses what the real one
 /// refuses.
 class CloudServer {
  public:
@@ -25,16 +25,16 @@ class CloudServer {
                        const std::string& environment = "production");
 
   /// A record of type "macadfiles" whose "filename" is "commonad" and whose "filecontents" is an
-  /// asset that is answered so; `size` is what the record says of it.
+  /// asset with that answer; `size` is the size in the record.
   void addAdFile(const LoopbackServer::Answer& asset, std::size_t size);
   /// The same with a sound asset.
   void addAdFile(const std::string& text) { addAdFile({.body = {text}}, text.size()); }
 
   void addRecord(CloudRecords::Record record);
   void setPageSize(std::size_t size);
-  /// Under the database, for requests and for answers that are not its own.
+  /// The HTTP server below the database, to look at requests and to set other answers.
   LoopbackServer& server() { return server_; }
-  /// Queries are answered so from now on.
+  /// Sets the answer to all later queries.
   void setAnswer(LoopbackServer::Answer answer);
   void setHandler(LoopbackServer::Handler handler);
 

@@ -9,9 +9,9 @@
 
 namespace qorix {
 
-/// The whole process speaks another language meanwhile, as a host's does that has asked for its
-/// user's: "tr_TR" has letters of its own, "de_DE" writes fractions with a comma, "ps_AF" with a
-/// character of two bytes. Made for the occasion in a folder of its own: a machine has few of them.
+/// Sets the locale of the whole process, as a host does that uses its user's locale. "tr_TR" has
+/// special letters, "de_DE" writes fractions with a comma, "ps_AF" with a character of two bytes.
+/// The locale is compiled into a temporary folder, because a machine has few of them.
 class LocaleInUse {
  public:
   explicit LocaleInUse(const std::string& name) {

@@ -113,7 +113,7 @@ class LoopbackServer::Implementation {
     if (port_ <= 0) {
       throw std::runtime_error("no port on loopback is free");
     }
-    // Every thread of the server is there before a test goes on: tests may forbid new ones.
+    // All threads of the server exist before a test continues: tests may forbid new ones.
     const auto hasItsThreads = std::make_shared<std::promise<void>>();
     server_->new_task_queue = [hasItsThreads] {
       auto threads = std::make_unique<httplib::ThreadPool>(CPPHTTPLIB_THREAD_POOL_COUNT);
@@ -190,7 +190,7 @@ class LoopbackServer::Implementation {
     for (const auto& [name, value] : answer->headers) {
       response.set_header(name, value);
     }
-    // A type that the library does not compress of its own accord.
+    // A type that the HTTP library does not compress by itself.
     const bool hasType = answer->headers.contains("Content-Type");
     const std::string type = hasType ? response.get_header_value("Content-Type")
                                      : std::string("application/octet-stream");

@@ -9,8 +9,8 @@
 
 namespace qorix {
 
-/// An HTTP or HTTPS server of our own on 127.0.0.1, on a free port, that answers as a test tells it
-/// to, also badly. Runs from its construction to its destruction on threads of its own; every
+/// An HTTP or HTTPS server on 127.0.0.1, on a free port. It answers as a test tells it to, also
+/// wrongly. It runs from its construction to its destruction on its own threads; every
 /// method may be called on any thread.
 ///
 ///   LoopbackServer server;

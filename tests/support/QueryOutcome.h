@@ -12,7 +12,7 @@
 
 namespace qorix {
 
-/// What a query's completion was called with, and where.
+/// What a query's completion was called with, and on which thread.
 struct QueryOutcome {
   std::optional<std::vector<std::shared_ptr<CloudRecord>>> records;
   std::optional<Error> error;
@@ -22,7 +22,7 @@ struct QueryOutcome {
 /// One query whose outcome can be waited for.
 class PendingQuery {
  public:
-  /// Hand it to `CloudDatabase::performQuery`. A second call of it breaks its promise and throws.
+  /// Pass it to `CloudDatabase::performQuery`. A second call throws.
   CloudDatabase::Completion completion() {
     auto promise = std::make_shared<std::promise<QueryOutcome>>();
     outcome_ = promise->get_future();
@@ -35,7 +35,7 @@ class PendingQuery {
     return outcome_.wait_for(std::chrono::seconds(0)) == std::future_status::ready;
   }
 
-  /// Nothing when it takes longer than `limit`.
+  /// Returns `nullopt` if it takes longer than `limit`.
   std::optional<QueryOutcome> wait(std::chrono::milliseconds limit = std::chrono::seconds(20)) {
     return outcome_.wait_for(limit) == std::future_status::ready ? std::optional(outcome_.get())
                                                                  : std::nullopt;

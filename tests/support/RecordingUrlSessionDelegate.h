@@ -14,7 +14,7 @@
 
 namespace qorix {
 
-/// Keeps what a session tells it, on whichever thread, and lets a test wait for it.
+/// Records the calls of a session, on any thread, and lets a test wait for them.
 class RecordingUrlSessionDelegate : public UrlSessionDelegate {
  public:
   static constexpr auto kPatience = std::chrono::seconds(30);

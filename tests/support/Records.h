@@ -8,7 +8,7 @@
 
 namespace qorix {
 
-/// The members of a record that tests vary; the others are sound.
+/// The members of a record that tests vary. The others have valid values.
 struct RecordOf {
   std::int64_t adId = 12;
   bool enable = true;

@@ -7,7 +7,7 @@
 
 namespace qorix::test {
 
-/// Starts the display of this test process.
+/// Starts the display of this test process. Returns false if that fails.
 bool startScreen();
 /// Ends it.
 void endScreen();
@@ -32,11 +32,11 @@ class BareScreen {
 int screenWidth();
 int screenHeight();
 
-/// Waits until what the screen shows in `color` spans that width and height; answers what it spans
-/// when the time is over.
+/// Waits until the pixels of `color` on the screen span that width and height. Returns what they
+/// span at the end.
 PixelBox waitForColor(const Pixel& color, int width, int height);
 
-/// Moves the pointer to that pixel and clicks with the first button, as a user.
+/// Moves the pointer to that pixel and clicks with the first button, as a user does.
 void clickAt(int x, int y);
 
 }  // namespace qorix::test

@@ -44,7 +44,7 @@ class AdFilterFeatureTest : public ::testing::Test {
     MyPushAdManager::sharedPushAdManager()->setAppBundleIdentifier("com.host.app");
   }
 
-  /// A page with both functions whose list function answers `list`.
+  /// A page with both functions, whose list function returns `list`.
   static std::shared_ptr<FakeWebView> pageListing(const std::string& list) {
     auto webView = std::make_shared<FakeWebView>();
     webView->page = [list](const std::string& script) {
@@ -56,7 +56,7 @@ class AdFilterFeatureTest : public ::testing::Test {
     return webView;
   }
 
-  /// What the page is told at the end.
+  /// The last call to the page.
   std::string answerTo(const std::string& list) {
     const auto webView = pageListing(list);
     controller_->processAdFilterFeatureIfNeeded(webView);
@@ -89,7 +89,7 @@ TEST_F(AdFilterFeatureTest, aPageWithoutBothFunctionsIsLeftAlone) {
   }
 }
 
-// The page has its answer ready, but comes back with it only later.
+// The page has its result ready, but returns it only later.
 TEST_F(AdFilterFeatureTest, aPageTooBusyToSayWhetherItTakesPartIsNotCalledUnsupported) {
   controller_->setPushAdMode(MyPushAdModePopup);
   controller_->view();

@@ -4,6 +4,7 @@
 #include <qorix/MyPushAdViewController.h>
 
 #include "fakes/FakePlatform.h"
+#include "fakes/FakePolicyListener.h"
 
 namespace qorix {
 namespace {
@@ -33,9 +34,9 @@ struct SenderDelegate : MyPushAdViewControllerDelegate {
   std::vector<std::string> purchases;
 };
 
-class ViewControllerTest : public ::testing::Test {
+class MyPushAdViewControllerTest : public ::testing::Test {
  protected:
-  ViewControllerTest() { installPlatform(fakes_.services()); }
+  MyPushAdViewControllerTest() { installPlatform(fakes_.services()); }
 
   static std::shared_ptr<MyPushAdViewController> make(std::int64_t mode) {
     return MyPushAdViewController::createInstanceWithPushAdMode(mode);
@@ -43,7 +44,7 @@ class ViewControllerTest : public ::testing::Test {
 
   std::shared_ptr<FakeWebView> webView() { return fakes_.interfaceLoader->webViews.at(0).lock(); }
 
-  /// A frame of the controller's page finishes loading; answers the scripts that this causes.
+  /// Finishes the load of a frame of the controller's page. Returns the scripts that this causes.
   std::vector<std::string> finishLoad(MyPushAdViewController& controller, bool isMainFrame = true) {
     controller.view();
     webView()->scripts.clear();
@@ -54,13 +55,13 @@ class ViewControllerTest : public ::testing::Test {
   FakePlatform fakes_;
 };
 
-TEST_F(ViewControllerTest, storesAnyMode) {
+TEST_F(MyPushAdViewControllerTest, storesAnyMode) {
   for (const std::int64_t mode : {0, 1, 5, -7}) {
     EXPECT_EQ(make(mode)->pushAdMode(), mode);
   }
 }
 
-TEST_F(ViewControllerTest, allocatesTheReceivingClassAndInitialisesItOnce) {
+TEST_F(MyPushAdViewControllerTest, allocatesTheReceivingClassAndInitialisesItOnce) {
   struct Special : MyPushAdViewController {
     void customInit() override {
       ++inits;
@@ -76,7 +77,7 @@ TEST_F(ViewControllerTest, allocatesTheReceivingClassAndInitialisesItOnce) {
   EXPECT_EQ(controller->pushAdMode(), 7);
 }
 
-TEST_F(ViewControllerTest, takesItsViewFromTheLibrarysInterfaceFileWhenFirstAsked) {
+TEST_F(MyPushAdViewControllerTest, takesItsViewFromTheLibrarysInterfaceFileWhenFirstAsked) {
   const auto controller = make(0);
   EXPECT_THAT(fakes_.interfaceLoader->requests, IsEmpty());
   const auto view = controller->view();
@@ -89,7 +90,7 @@ TEST_F(ViewControllerTest, takesItsViewFromTheLibrarysInterfaceFileWhenFirstAske
   EXPECT_EQ(fakes_.interfaceLoader->delegates[0].lock(), controller);
 }
 
-TEST_F(ViewControllerTest, theWebViewDrawsNoBackground) {
+TEST_F(MyPushAdViewControllerTest, theWebViewDrawsNoBackground) {
   for (const std::int64_t mode : {MyPushAdModePopup, MyPushAdModeBanner}) {
     const auto controller = make(mode);
     controller->view();
@@ -97,7 +98,7 @@ TEST_F(ViewControllerTest, theWebViewDrawsNoBackground) {
   }
 }
 
-TEST_F(ViewControllerTest, isHeldByNoneOfItsViews) {
+TEST_F(MyPushAdViewControllerTest, isHeldByNoneOfItsViews) {
   auto controller = make(1);
   controller->view();
   const std::weak_ptr<MyPushAdViewController> watch = controller;
@@ -106,21 +107,21 @@ TEST_F(ViewControllerTest, isHeldByNoneOfItsViews) {
   EXPECT_EQ(webView(), nullptr) << "the view keeps the web view alive, nobody else";
 }
 
-TEST_F(ViewControllerTest, changeViewSizeKeepsTheOrigin) {
+TEST_F(MyPushAdViewControllerTest, changeViewSizeKeepsTheOrigin) {
   const auto controller = make(1);
   controller->view()->setFrame({{10, 20}, {1, 2}});
   controller->changeViewSize({300, 250});
   EXPECT_EQ(controller->view()->frame(), (Rect{{10, 20}, {300, 250}}));
 }
 
-TEST_F(ViewControllerTest, changeViewSizeMakesTheView) {
+TEST_F(MyPushAdViewControllerTest, changeViewSizeMakesTheView) {
   const auto controller = make(1);
   controller->changeViewSize({300, 250});
   EXPECT_EQ(fakes_.interfaceLoader->requests.size(), 1U);
   EXPECT_EQ(controller->view()->frame().size, (Size{300, 250}));
 }
 
-TEST_F(ViewControllerTest, withoutAnInterfaceFileNothingHappens) {
+TEST_F(MyPushAdViewControllerTest, withoutAnInterfaceFileNothingHappens) {
   fakes_.interfaceLoader->isBroken = true;
   const auto controller = make(1);
   controller->changeViewSize({300, 250});
@@ -130,7 +131,7 @@ TEST_F(ViewControllerTest, withoutAnInterfaceFileNothingHappens) {
   EXPECT_EQ(controller->title(), "Title");
 }
 
-TEST_F(ViewControllerTest, titleAndPageActEachOnItsOwn) {
+TEST_F(MyPushAdViewControllerTest, titleAndPageActEachOnItsOwn) {
   const auto controller = make(1);
   controller->view();
   controller->loadDataWithTitle("First", std::nullopt);
@@ -142,7 +143,7 @@ TEST_F(ViewControllerTest, titleAndPageActEachOnItsOwn) {
   EXPECT_EQ(webView()->loads[0].html, "<p>page</p>");
 }
 
-TEST_F(ViewControllerTest, anEmptyTitleAndAnEmptyPageAreUsed) {
+TEST_F(MyPushAdViewControllerTest, anEmptyTitleAndAnEmptyPageAreUsed) {
   const auto controller = make(1);
   controller->view();
   controller->loadDataWithTitle("First", "<p>page</p>");
@@ -152,14 +153,14 @@ TEST_F(ViewControllerTest, anEmptyTitleAndAnEmptyPageAreUsed) {
   EXPECT_EQ(webView()->loads[1].html, "");
 }
 
-TEST_F(ViewControllerTest, thePagesBaseIsTheLibrarysOwnFile) {
+TEST_F(MyPushAdViewControllerTest, thePagesBaseIsTheLibrarysOwnFile) {
   const auto controller = make(1);
   controller->view();
   controller->loadDataWithTitle(std::nullopt, "<p>page</p>");
   EXPECT_EQ(webView()->loads[0].baseUrl.absoluteString(), "file:///opt/editor/lib/libqorix.so");
 }
 
-TEST_F(ViewControllerTest, reportsClicksToItsDelegate) {
+TEST_F(MyPushAdViewControllerTest, reportsClicksToItsDelegate) {
   const auto delegate = std::make_shared<SenderDelegate>();
   const auto controller = make(1);
   controller->setDelegate(delegate);
@@ -170,7 +171,7 @@ TEST_F(ViewControllerTest, reportsClicksToItsDelegate) {
   EXPECT_THAT(delegate->purchases, ElementsAre("https://example.com/?zamopeniap=1", ""));
 }
 
-TEST_F(ViewControllerTest, clicksWithoutADelegateOrItsMethodsDoNothing) {
+TEST_F(MyPushAdViewControllerTest, clicksWithoutADelegateOrItsMethodsDoNothing) {
   const auto controller = make(1);
   controller->handleCloseButtonClicked();
   controller->handleOpenIAPButtonClickedWithURL(std::nullopt);
@@ -186,26 +187,26 @@ TEST_F(ViewControllerTest, clicksWithoutADelegateOrItsMethodsDoNothing) {
   EXPECT_THAT(fakes_.log->lines(), IsEmpty());
 }
 
-TEST_F(ViewControllerTest, inPopupModeALoadRunsTheFilterAndThenHidesTheCloseControl) {
+TEST_F(MyPushAdViewControllerTest, inPopupModeALoadRunsTheFilterAndThenHidesTheCloseControl) {
   EXPECT_THAT(finishLoad(*make(MyPushAdModePopup)), ElementsAre(kSupportScript, kHideScript));
 }
 
-TEST_F(ViewControllerTest, inBannerModeTheCloseControlStays) {
+TEST_F(MyPushAdViewControllerTest, inBannerModeTheCloseControlStays) {
   EXPECT_THAT(finishLoad(*make(MyPushAdModeBanner)), ElementsAre(kSupportScript));
 }
 
-TEST_F(ViewControllerTest, everyModeButPopupBehavesAsABanner) {
+TEST_F(MyPushAdViewControllerTest, everyModeButPopupBehavesAsABanner) {
   EXPECT_THAT(finishLoad(*make(5)), ElementsAre(kSupportScript));
 }
 
-TEST_F(ViewControllerTest, aSubFrameIsWorkedOnLikeTheMainFrame) {
+TEST_F(MyPushAdViewControllerTest, aSubFrameIsWorkedOnLikeTheMainFrame) {
   const auto controller = make(MyPushAdModePopup);
   EXPECT_THAT(finishLoad(*controller, false), ElementsAre(kSupportScript, kHideScript));
   EXPECT_THAT(finishLoad(*controller, false), ElementsAre(kSupportScript, kHideScript));
   EXPECT_THAT(finishLoad(*controller, true), ElementsAre(kSupportScript, kHideScript));
 }
 
-TEST_F(ViewControllerTest, aLoadInAnotherWebViewIsIgnored) {
+TEST_F(MyPushAdViewControllerTest, aLoadInAnotherWebViewIsIgnored) {
   const auto controller = make(MyPushAdModePopup);
   controller->view();
   const auto foreign = std::make_shared<FakeWebView>();
@@ -214,7 +215,7 @@ TEST_F(ViewControllerTest, aLoadInAnotherWebViewIsIgnored) {
   EXPECT_THAT(webView()->scripts, IsEmpty());
 }
 
-TEST_F(ViewControllerTest, aLoadAfterTheWebViewIsGoneIsIgnored) {
+TEST_F(MyPushAdViewControllerTest, aLoadAfterTheWebViewIsGoneIsIgnored) {
   const auto controller = make(MyPushAdModePopup);
   controller->webViewDidFinishLoadForFrame(nullptr, {});
   const auto foreign = std::make_shared<FakeWebView>();
@@ -223,7 +224,7 @@ TEST_F(ViewControllerTest, aLoadAfterTheWebViewIsGoneIsIgnored) {
   EXPECT_THAT(fakes_.log->lines(), IsEmpty());
 }
 
-TEST_F(ViewControllerTest, survivesAHostThatDropsItWhileAScriptRuns) {
+TEST_F(MyPushAdViewControllerTest, survivesAHostThatDropsItWhileAScriptRuns) {
   auto controller = make(MyPushAdModePopup);
   controller->view();
   const auto page = webView();
@@ -237,12 +238,12 @@ TEST_F(ViewControllerTest, survivesAHostThatDropsItWhileAScriptRuns) {
   EXPECT_TRUE(watch.expired());
 }
 
-TEST_F(ViewControllerTest, theRootOfTheInterfaceIsFoundByItsTag) {
+TEST_F(MyPushAdViewControllerTest, theRootOfTheInterfaceIsFoundByItsTag) {
   EXPECT_EQ(make(0)->view()->tag(), 27921);
   EXPECT_EQ(FakeView().tag(), -1);
 }
 
-TEST_F(ViewControllerTest, aWindowMadeForTheControllerFollowsItsTitle) {
+TEST_F(MyPushAdViewControllerTest, aWindowMadeForTheControllerFollowsItsTitle) {
   const auto controller = make(0);
   controller->setTitle("Before");
   const auto window = windowWithContentViewController(controller);
@@ -252,7 +253,7 @@ TEST_F(ViewControllerTest, aWindowMadeForTheControllerFollowsItsTitle) {
   EXPECT_EQ(window->contentView(), controller->view());
 }
 
-TEST_F(ViewControllerTest, aWindowKeepsItsControllerAlive) {
+TEST_F(MyPushAdViewControllerTest, aWindowKeepsItsControllerAlive) {
   auto controller = make(0);
   const auto window = windowWithContentViewController(controller);
   const std::weak_ptr<MyPushAdViewController> watch = controller;
@@ -266,7 +267,7 @@ struct InitialisedController : MyPushAdViewController {
   int inits = 0;
 };
 
-TEST_F(ViewControllerTest, anArchivedControllerIsInitialisedLikeAnother) {
+TEST_F(MyPushAdViewControllerTest, anArchivedControllerIsInitialisedLikeAnother) {
   const auto controller = std::make_shared<InitialisedController>();
   EXPECT_TRUE(controller->initWithCoder(
       {{kViewControllerNibNameKey, "Other"}, {kViewControllerTitleKey, "Archived"}}));
@@ -278,7 +279,7 @@ TEST_F(ViewControllerTest, anArchivedControllerIsInitialisedLikeAnother) {
             platform().libraryBundle->executableUrl());
 }
 
-TEST_F(ViewControllerTest, anEmptyArchiveIsTheLibrarysOwnController) {
+TEST_F(MyPushAdViewControllerTest, anEmptyArchiveIsTheLibrarysOwnController) {
   const auto controller = std::make_shared<InitialisedController>();
   EXPECT_TRUE(controller->initWithCoder(
       {{kViewControllerNibNameKey, 5}, {kViewControllerTitleKey, Value()}}));
@@ -288,7 +289,7 @@ TEST_F(ViewControllerTest, anEmptyArchiveIsTheLibrarysOwnController) {
   EXPECT_EQ(fakes_.interfaceLoader->requests.at(0).name, "MyPushAdViewController");
 }
 
-TEST_F(ViewControllerTest, aControllerThatCannotBeInitialisedIsNone) {
+TEST_F(MyPushAdViewControllerTest, aControllerThatCannotBeInitialisedIsNone) {
   struct Impossible : InitialisedController {
     bool initWithNibName(const std::optional<std::string>& /*nibName*/,
                          const std::shared_ptr<const Bundle>& /*bundle*/) override {
@@ -298,7 +299,7 @@ TEST_F(ViewControllerTest, aControllerThatCannotBeInitialisedIsNone) {
   EXPECT_EQ(MyPushAdViewController::createInstanceWithPushAdMode<Impossible>(1), nullptr);
 }
 
-TEST_F(ViewControllerTest, aControllerMadeWithoutItsFactoryWorks) {
+TEST_F(MyPushAdViewControllerTest, aControllerMadeWithoutItsFactoryWorks) {
   const auto controller = std::make_shared<MyPushAdViewController>();
   EXPECT_EQ(controller->pushAdMode(), MyPushAdModePopup);
   controller->changeViewSize({300, 250});
@@ -310,7 +311,7 @@ TEST_F(ViewControllerTest, aControllerMadeWithoutItsFactoryWorks) {
   EXPECT_THAT(finishLoad(*controller), ElementsAre(kSupportScript, kHideScript));
 }
 
-TEST_F(ViewControllerTest, aControllerThatNobodySharesThrowsNothing) {
+TEST_F(MyPushAdViewControllerTest, aControllerThatNobodySharesThrowsNothing) {
   const auto delegate = std::make_shared<SenderDelegate>();
   MyPushAdViewController controller;
   controller.setDelegate(delegate);
@@ -320,10 +321,7 @@ TEST_F(ViewControllerTest, aControllerThatNobodySharesThrowsNothing) {
   controller.handleCloseButtonClicked();
   controller.handleOpenIAPButtonClickedWithURL(Url::parse("https://example.com/"));
   controller.handleUserIsTriggeringNavigation(std::make_shared<DomHtmlElement>("a", "b"));
-  struct Listener : WebPolicyDecisionListener {
-    void use() override {}
-    void ignore() override {}
-  } listener;
+  FakePolicyListener listener;
   controller.webViewDecidePolicyForNavigationAction(
       webView(),
       {{kWebActionElementKey,
@@ -387,7 +385,7 @@ struct ReplacingController : MyPushAdViewController {
   std::shared_ptr<FakeWebView> ownWebView = std::make_shared<FakeWebView>();
 };
 
-TEST_F(ViewControllerTest, aSubclassMayReplaceEveryMethod) {
+TEST_F(MyPushAdViewControllerTest, aSubclassMayReplaceEveryMethod) {
   const auto controller =
       MyPushAdViewController::createInstanceWithPushAdMode<ReplacingController>(MyPushAdModeBanner);
   const std::shared_ptr<MyPushAdViewController> asOthersKnowIt = controller;
@@ -403,10 +401,7 @@ TEST_F(ViewControllerTest, aSubclassMayReplaceEveryMethod) {
               ElementsAre("processAdFilterFeatureIfNeeded", "isSupportAdFilterFeature"));
   controller->called.clear();
 
-  struct Listener : WebPolicyDecisionListener {
-    void use() override {}
-    void ignore() override {}
-  } listener;
+  FakePolicyListener listener;
   const auto decide = [&] {
     asOthersKnowIt->webViewDecidePolicyForNavigationAction(
         controller->ownWebView, {}, *Url::parse("https://example.com/"), {}, listener);

@@ -3,7 +3,11 @@
 #include <qorix/MyPushAdNotifications.h>
 #include <qorix/MyPushAdViewController.h>
 
+#include "fakes/FakeControllerDelegate.h"
 #include "fakes/FakePlatform.h"
+#include "fakes/FakePolicyListener.h"
+#include "fakes/FakeWorkspace.h"
+#include "support/Clicks.h"
 #include "webview/LinkMarks.h"
 #include "webview/OpeningLimit.h"
 
@@ -17,43 +21,6 @@ std::string openingLog(int line, const std::string& url) {
   return "-[MyPushAdViewController "
          "webView:decidePolicyForNavigationAction:request:frame:decisionListener:] " +
          std::to_string(line) + ": ZAM <=> Opening URL:[" + url + "]";
-}
-
-struct RecordingWorkspace : Workspace {
-  void openUrl(const Url& url) override { opened.push_back(url.absoluteString()); }
-  std::vector<std::string> opened;
-};
-
-struct RecordingListener : WebPolicyDecisionListener {
-  void use() override { answers.emplace_back("use"); }
-  void ignore() override { answers.emplace_back("ignore"); }
-  std::vector<std::string> answers;
-};
-
-struct ReportingDelegate : MyPushAdViewControllerDelegate {
-  void pushAdViewControllerCloseButtonDidClick(
-      const std::shared_ptr<MyPushAdViewController>& /*controller*/) override {
-    reports.emplace_back("close");
-  }
-  void pushAdViewControllerOpenIAPButtonDidClickWithURL(
-      const std::shared_ptr<MyPushAdViewController>& /*controller*/,
-      const std::optional<Url>& url) override {
-    reports.push_back("purchase " + url->absoluteString());
-  }
-  std::vector<std::string> reports;
-};
-
-std::shared_ptr<DomNode> element(const std::string& idName, const std::string& className) {
-  return std::make_shared<DomHtmlElement>(idName, className);
-}
-
-std::shared_ptr<DomNode> textIn(std::shared_ptr<DomNode> parent) {
-  return std::make_shared<DomText>(std::move(parent));
-}
-
-Dictionary click(const std::shared_ptr<DomNode>& node) {
-  return {{kWebActionNavigationTypeKey, 0},
-          {kWebActionElementKey, Dictionary{{kWebElementDomNodeKey, node}}}};
 }
 
 class NavigationPolicyTest : public ::testing::Test {
@@ -75,69 +42,31 @@ class NavigationPolicyTest : public ::testing::Test {
     controller_->view();
   }
 
-  /// The page asks to go to `url`; answers "use" or "ignore".
+  /// The page asks to go to `url`. Returns the decision, "use" or "ignore".
   std::string decide(const std::string& url, const Dictionary& actionInformation) {
     return decideIn(controller_->legacyWebView(), url, actionInformation);
   }
 
   std::string decideIn(const std::shared_ptr<WebView>& webView, const std::string& url,
                        const Dictionary& actionInformation) {
-    RecordingListener listener;
+    FakePolicyListener listener;
     controller_->webViewDecidePolicyForNavigationAction(webView, actionInformation,
                                                         Url::fromWebEngine(url), {}, listener);
-    EXPECT_EQ(listener.answers.size(), 1U) << "exactly one answer before returning";
-    return listener.answers.at(0);
+    EXPECT_EQ(listener.decisions.size(), 1U) << "exactly one answer before returning";
+    return listener.decisions.at(0);
   }
 
   FakePlatform fakes_;
-  std::shared_ptr<RecordingWorkspace> workspace_ = std::make_shared<RecordingWorkspace>();
-  std::shared_ptr<ReportingDelegate> delegate_ = std::make_shared<ReportingDelegate>();
+  std::shared_ptr<FakeWorkspace> workspace_ = std::make_shared<FakeWorkspace>();
+  std::shared_ptr<FakeControllerDelegate> delegate_ = std::make_shared<FakeControllerDelegate>();
   std::shared_ptr<MyPushAdViewController> controller_;
   std::weak_ptr<MyPushAdViewController> sender_;
   std::vector<Dictionary> announced_;
 };
 
-/// Keeps what is answered, logged, opened and reported in the order in which it happens.
-class NavigationOrderTest : public NavigationPolicyTest {
- protected:
-  struct Witness : WebPolicyDecisionListener, Log, Workspace, MyPushAdViewControllerDelegate {
-    void use() override { events.emplace_back("use"); }
-    void ignore() override { events.emplace_back("ignore"); }
-    void write(std::string_view /*line*/) override { events.emplace_back("log"); }
-    void openUrl(const Url& /*url*/) override { events.emplace_back("open"); }
-    void pushAdViewControllerCloseButtonDidClick(
-        const std::shared_ptr<MyPushAdViewController>& /*controller*/) override {
-      events.emplace_back("close");
-    }
-    void pushAdViewControllerOpenIAPButtonDidClickWithURL(
-        const std::shared_ptr<MyPushAdViewController>& /*controller*/,
-        const std::optional<Url>& /*url*/) override {
-      events.emplace_back("purchase");
-    }
-    std::vector<std::string> events;
-  };
-
-  NavigationOrderTest() {
-    auto services = fakes_.services();
-    services.log = witness_;
-    services.workspace = witness_;
-    installPlatform(std::move(services));
-    controller_->setDelegate(witness_);
-  }
-
-  std::vector<std::string> eventsOf(const std::string& url, const Dictionary& actionInformation) {
-    witness_->events.clear();
-    controller_->webViewDecidePolicyForNavigationAction(
-        controller_->legacyWebView(), actionInformation, Url::fromWebEngine(url), {}, *witness_);
-    return witness_->events;
-  }
-
-  std::shared_ptr<Witness> witness_ = std::make_shared<Witness>();
-};
-
 TEST_F(NavigationPolicyTest, aFormSubmissionIsLetThroughWhateverItsMarks) {
   for (const int type : {1, 2, 3, 4, 5}) {
-    auto action = click(element("cocoa_close_web", "zamopeniap"));
+    auto action = click(htmlElement("cocoa_close_web", "zamopeniap"));
     action[kWebActionNavigationTypeKey] = type;
     EXPECT_EQ(decide("https://example.com/?zamopeniap=1&ls=1", action), "use") << type;
   }
@@ -166,18 +95,9 @@ TEST_F(NavigationPolicyTest, aTypeIsReadAsAnIntegerWhateverNumberItIs) {
   EXPECT_EQ(delegate_->reports.size(), 2U);
 }
 
-TEST_F(NavigationOrderTest, theAnswerComesBeforeTheActionAndTheLogBeforeTheOpening) {
-  EXPECT_THAT(eventsOf("https://example.com/?ls=1", {}), ElementsAre("ignore", "log", "open"));
-  EXPECT_THAT(eventsOf("https://example.com/?zamopenout=1", {}),
-              ElementsAre("ignore", "log", "open"));
-  EXPECT_THAT(eventsOf("https://example.com/?zamopeniap=1", {}), ElementsAre("ignore", "purchase"));
-  EXPECT_THAT(eventsOf("https://example.com/", click(element("cocoa_close_web", ""))),
-              ElementsAre("ignore", "close"));
-}
-
 TEST_F(NavigationPolicyTest, anotherWebViewIsLetThroughUntouched) {
   EXPECT_EQ(decideIn(std::make_shared<FakeWebView>(), "https://example.com/?zamopeniap=1",
-                     click(element("a", "b"))),
+                     click(htmlElement("a", "b"))),
             "use");
   fakes_.runLoop->runUntilIdle();
   EXPECT_THAT(delegate_->reports, IsEmpty());
@@ -185,7 +105,7 @@ TEST_F(NavigationPolicyTest, anotherWebViewIsLetThroughUntouched) {
 }
 
 TEST_F(NavigationPolicyTest, theAppStoreMarkIgnoresLetterCaseAndReplacesTheSchemeOnly) {
-  EXPECT_EQ(decide("https://apps.example.com/app/id1?mt=12&LS=1", click(element("", ""))),
+  EXPECT_EQ(decide("https://apps.example.com/app/id1?mt=12&LS=1", click(htmlElement("", ""))),
             "ignore");
   EXPECT_THAT(workspace_->opened, ElementsAre("macappstore://apps.example.com/app/id1?mt=12&LS=1"));
   EXPECT_THAT(fakes_.log->lines(),
@@ -216,20 +136,22 @@ TEST_F(NavigationPolicyTest, theBrowserMarkInTheQueryIgnoresLetterCase) {
 }
 
 TEST_F(NavigationPolicyTest, theBrowserMarkInTheClassKeepsLetterCase) {
-  EXPECT_EQ(decide("https://example.com/", click(element("", "big-zamopenouts red"))), "ignore");
-  EXPECT_EQ(decide("https://example.com/", click(element("", "ZAMOPENOUT"))), "use");
+  EXPECT_EQ(decide("https://example.com/", click(htmlElement("", "big-zamopenouts red"))),
+            "ignore");
+  EXPECT_EQ(decide("https://example.com/", click(htmlElement("", "ZAMOPENOUT"))), "use");
   EXPECT_EQ(workspace_->opened.size(), 1U);
 }
 
 TEST_F(NavigationPolicyTest, theTextOfALinkCarriesItsClassMark) {
-  EXPECT_EQ(decide("https://example.com/", click(textIn(element("", "zamopenout")))), "ignore");
+  EXPECT_EQ(decide("https://example.com/", click(textIn(htmlElement("", "zamopenout")))), "ignore");
   EXPECT_THAT(workspace_->opened, ElementsAre("https://example.com/"));
 }
 
 TEST_F(NavigationPolicyTest, aPurchaseIsReportedWithItsFullUrl) {
-  EXPECT_EQ(decide("https://example.com/buy?id=3&ZamOpenIAP=1#now", click(element("b", ""))),
+  EXPECT_EQ(decide("https://example.com/buy?id=3&ZamOpenIAP=1#now", click(htmlElement("b", ""))),
             "ignore");
-  EXPECT_EQ(decide("https://example.com/buy", click(textIn(element("", "zamopeniap")))), "ignore");
+  EXPECT_EQ(decide("https://example.com/buy", click(textIn(htmlElement("", "zamopeniap")))),
+            "ignore");
   EXPECT_THAT(delegate_->reports,
               ElementsAre("purchase https://example.com/buy?id=3&ZamOpenIAP=1#now",
                           "purchase https://example.com/buy"));
@@ -239,36 +161,38 @@ TEST_F(NavigationPolicyTest, aPurchaseIsReportedWithItsFullUrl) {
 
 TEST_F(NavigationPolicyTest, theFirstActionThatHoldsWins) {
   decide("https://example.com/?ls=1&zamopenout=1&zamopeniap=1",
-         click(element("cocoa_close_web", "")));
+         click(htmlElement("cocoa_close_web", "")));
   EXPECT_THAT(delegate_->reports, IsEmpty());
-  decide("https://example.com/?zamopenout=1&zamopeniap=1", click(element("cocoa_close_web", "")));
+  decide("https://example.com/?zamopenout=1&zamopeniap=1",
+         click(htmlElement("cocoa_close_web", "")));
   EXPECT_THAT(delegate_->reports, IsEmpty());
   EXPECT_EQ(workspace_->opened.size(), 2U);
-  decide("https://example.com/?zamopeniap=1", click(element("cocoa_close_web", "")));
+  decide("https://example.com/?zamopeniap=1", click(htmlElement("cocoa_close_web", "")));
   EXPECT_THAT(delegate_->reports, ElementsAre("purchase https://example.com/?zamopeniap=1"));
-  decide("https://example.com/", click(element("cocoa_close_web", "zamopenout")));
+  decide("https://example.com/", click(htmlElement("cocoa_close_web", "zamopenout")));
   EXPECT_EQ(workspace_->opened.size(), 3U);
   EXPECT_EQ(delegate_->reports.size(), 1U);
 }
 
 TEST_F(NavigationPolicyTest, theCloseControlClosesOnlyWhenItIsHitItself) {
-  EXPECT_EQ(decide("https://example.com/", click(element("cocoa_close_web", ""))), "ignore");
+  EXPECT_EQ(decide("https://example.com/", click(htmlElement("cocoa_close_web", ""))), "ignore");
   EXPECT_THAT(delegate_->reports, ElementsAre("close"));
-  EXPECT_EQ(decide("https://example.com/", click(textIn(element("cocoa_close_web", "")))), "use");
-  EXPECT_EQ(decide("https://example.com/", click(element("Cocoa_close_web", ""))), "use");
-  EXPECT_EQ(decide("https://example.com/", click(element("cocoa_close_web2", ""))), "use");
+  EXPECT_EQ(decide("https://example.com/", click(textIn(htmlElement("cocoa_close_web", "")))),
+            "use");
+  EXPECT_EQ(decide("https://example.com/", click(htmlElement("Cocoa_close_web", ""))), "use");
+  EXPECT_EQ(decide("https://example.com/", click(htmlElement("cocoa_close_web2", ""))), "use");
   EXPECT_EQ(delegate_->reports.size(), 1U);
 }
 
 TEST_F(NavigationPolicyTest, aLinkWithoutMarksIsFollowed) {
-  EXPECT_EQ(decide("https://example.com/more", click(element("x", "y"))), "use");
+  EXPECT_EQ(decide("https://example.com/more", click(htmlElement("x", "y"))), "use");
   EXPECT_EQ(decide("https://example.com/zamopenout=1", {}), "use") << "only the query counts";
   EXPECT_EQ(decide("https://example.com/#?ls=1", {}), "use") << "a fragment is no query";
 }
 
 TEST_F(NavigationPolicyTest, everyLinkClickIsAnnouncedOnceAfterTheDecision) {
-  decide("https://example.com/", click(element("buy", "cta big")));
-  decide("https://example.com/?zamopenout=1", click(textIn(element("out", ""))));
+  decide("https://example.com/", click(htmlElement("buy", "cta big")));
+  decide("https://example.com/?zamopenout=1", click(textIn(htmlElement("out", ""))));
   EXPECT_THAT(announced_, IsEmpty());
   EXPECT_THAT(fakes_.runLoop->pendingDelays(), ElementsAre(0, 0));
   fakes_.runLoop->runUntilIdle();
@@ -280,7 +204,7 @@ TEST_F(NavigationPolicyTest, everyLinkClickIsAnnouncedOnceAfterTheDecision) {
 }
 
 TEST_F(NavigationPolicyTest, anAnnouncementHoldsControllerAndElement) {
-  decide("https://example.com/", click(element("buy", "")));
+  decide("https://example.com/", click(htmlElement("buy", "")));
   controller_.reset();
   fakes_.runLoop->runUntilIdle();
   ASSERT_EQ(announced_.size(), 1U);
@@ -310,7 +234,7 @@ TEST_F(NavigationPolicyTest, anAnnouncementIsPostedThroughTheMainQueue) {
       .keep();
   fakes_.runLoop->setTracksMenu(true);  // delayed performs wait, the queue does not
   fakes_.runLoop->dispatchAsync([&order] { order.emplace_back("before"); });
-  controller_->handleUserIsTriggeringNavigation(element("a", ""));
+  controller_->handleUserIsTriggeringNavigation(htmlElement("a", ""));
   fakes_.runLoop->dispatchAsync([&order] { order.emplace_back("after"); });
   EXPECT_THAT(order, IsEmpty()) << "never inside the call that posts it";
   fakes_.runLoop->runUntilIdle();
@@ -318,7 +242,7 @@ TEST_F(NavigationPolicyTest, anAnnouncementIsPostedThroughTheMainQueue) {
 }
 
 TEST_F(NavigationPolicyTest, anElementWithoutIdAndClassIsAnnouncedAlone) {
-  const auto bare = element("", "");
+  const auto bare = htmlElement("", "");
   decide("https://example.com/", click(bare));
   decide("https://example.com/",
          click(std::make_shared<DomHtmlElement>(std::nullopt, std::nullopt)));
@@ -338,7 +262,7 @@ TEST_F(NavigationPolicyTest, whatIsNoElementIsNotAnnounced) {
          {{kWebActionElementKey, Dictionary{{kWebElementDomNodeKey, "node"}}}});
   decide("https://example.com/", click(std::make_shared<OtherNode>()));
   decide("https://example.com/", click(textIn(nullptr)));
-  decide("https://example.com/", click(textIn(textIn(element("a", "b")))));
+  decide("https://example.com/", click(textIn(textIn(htmlElement("a", "b")))));
   controller_->handleUserIsTriggeringNavigation(nullptr);
   controller_->handleUserIsTriggeringNavigation(std::make_shared<FakeView>());
   fakes_.runLoop->runUntilIdle();
@@ -346,7 +270,7 @@ TEST_F(NavigationPolicyTest, whatIsNoElementIsNotAnnounced) {
 }
 
 TEST_F(NavigationPolicyTest, anAnnouncementWaitsWhileAMenuIsTracked) {
-  decide("https://example.com/", click(element("a", "")));
+  decide("https://example.com/", click(htmlElement("a", "")));
   fakes_.runLoop->setTracksMenu(true);
   fakes_.runLoop->advance(5);
   EXPECT_THAT(announced_, IsEmpty());
@@ -358,7 +282,7 @@ TEST_F(NavigationPolicyTest, anAnnouncementWaitsWhileAMenuIsTracked) {
 TEST_F(NavigationPolicyTest, anAddressWithoutAPathHasNoMarksInItsQuery) {
   EXPECT_EQ(decide("mailto:someone@example.com?subject=ls=1&zamopenout=1&zamopeniap=1", {}), "use");
   EXPECT_EQ(decide("about:blank?zamopeniap=1", {}), "use");
-  EXPECT_EQ(decide("mailto:someone@example.com?subject=a", click(element("", "zamopenout"))),
+  EXPECT_EQ(decide("mailto:someone@example.com?subject=a", click(htmlElement("", "zamopenout"))),
             "ignore")
       << "the class counts as ever";
   EXPECT_THAT(workspace_->opened, ElementsAre("mailto:someone@example.com?subject=a"));
@@ -370,7 +294,7 @@ TEST_F(NavigationPolicyTest, whatHandsOverFilesOrRunsSomethingIsNotOpened) {
     EXPECT_EQ(decide(address, {}), "ignore") << address;
   }
   for (const char* address : {"data:text/html,hello", "javascript:alert(1)"}) {
-    auto action = click(element("", "zamopenout"));
+    auto action = click(htmlElement("", "zamopenout"));
     action[kWebActionIsUserActKey] = true;
     EXPECT_EQ(decide(address, action), "ignore") << address;
   }
@@ -383,7 +307,7 @@ TEST_F(NavigationPolicyTest, whatHandsOverFilesOrRunsSomethingIsNotOpened) {
 }
 
 TEST_F(NavigationPolicyTest, theUserOpensAsMuchAsTheUserWants) {
-  Dictionary action = click(element("", ""));
+  Dictionary action = click(htmlElement("", ""));
   for (int i = 0; i < 20; ++i) {
     action[kWebActionIsUserActKey] = true;
     decide("https://example.com/?zamopenout=1", action);
@@ -394,7 +318,7 @@ TEST_F(NavigationPolicyTest, theUserOpensAsMuchAsTheUserWants) {
 }
 
 TEST_F(NavigationPolicyTest, aPageThatOpensWithoutTheUserIsStopped) {
-  Dictionary action = click(element("", ""));
+  Dictionary action = click(htmlElement("", ""));
   action[kWebActionIsUserActKey] = false;
   EXPECT_EQ(decide("https://example.com/?ls=1", action), "ignore");
   EXPECT_EQ(workspace_->opened.size(), 1U) << "a single click by script is let do so";

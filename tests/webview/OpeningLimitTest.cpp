@@ -11,7 +11,7 @@ namespace {
 using Answer = OpeningLimit::Answer;
 using ::testing::ElementsAre;
 
-/// The answers to a page that asks at those times.
+/// The decisions for a page that asks at those times.
 std::vector<Answer> answersAt(const std::vector<double>& times) {
   OpeningLimit limit;
   std::vector<Answer> answers;

@@ -15,7 +15,7 @@ namespace qorix {
 /// What identifies a program or a library on this machine. Immutable; usable on any thread.
 class QORIX_EXPORT Bundle : public Object {
  public:
-  /// `bundleIdentifier` is a reverse-DNS name such as "com.example.editor", or nothing;
+  /// `bundleIdentifier` is a reverse-DNS name such as "com.example.editor", or absent;
   /// `executableUrl` the file URL of the program's or library's own file.
   Bundle(std::optional<std::string> bundleIdentifier, Url executableUrl)
       : bundleIdentifier_(std::move(bundleIdentifier)), executableUrl_(std::move(executableUrl)) {}

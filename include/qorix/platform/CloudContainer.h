@@ -19,7 +19,7 @@ namespace qorix {
 /// A file attached to a record.
 class QORIX_EXPORT CloudAsset : public Object {
  public:
-  /// The local file that holds the asset's bytes, valid as long as the asset; nothing when it could
+  /// The local file that holds the asset's bytes, valid as long as the asset. Absent when it could
   /// not be fetched.
   virtual std::optional<Url> fileUrl() const = 0;
 };

@@ -23,7 +23,7 @@ class QORIX_EXPORT Notification : public Object {
   const std::string& name() const { return name_; }
   /// The sender; may be null.
   const std::shared_ptr<Object>& object() const { return object_; }
-  /// The details; nothing when the notification was posted without any.
+  /// The details. Absent when the notification was posted without any.
   const std::optional<Dictionary>& userInfo() const { return userInfo_; }
 
  private:

@@ -14,7 +14,7 @@
 namespace qorix {
 
 /// An observer's place in a notification center: the observer hears until this ends. Move-only; a
-/// moved-from one, and one made without a center, observes nothing. Main thread only; may outlive
+/// moved-from one, and one made without a center, observes no one. Main thread only; may outlive
 /// its center.
 class QORIX_EXPORT [[nodiscard]] NotificationObservation {
  public:
@@ -40,7 +40,7 @@ class QORIX_EXPORT [[nodiscard]] NotificationObservation {
   std::unique_ptr<Place> place_;
 };
 
-/// Delivers notifications to whoever asked for them. Main thread only.
+/// Delivers notifications to their observers. Main thread only.
 class QORIX_EXPORT NotificationCenter {
  public:
   using Handler = std::function<void(const Notification&)>;
@@ -50,7 +50,7 @@ class QORIX_EXPORT NotificationCenter {
   NotificationCenter& operator=(const NotificationCenter&) = delete;
   ~NotificationCenter();
 
-  /// Calls `handler` for each later notification of that name, whoever sends it, until the returned
+  /// Calls `handler` for each later notification of that name, from any sender, until the returned
   /// observation ends. What the handler throws is logged; the others are called all the same.
   NotificationObservation addObserver(const std::string& name, Handler handler);
 

@@ -14,14 +14,14 @@ namespace qorix {
 class QORIX_EXPORT Url {
  public:
   /// Reads `text` by the strict grammar of RFC 3986, which relative addresses ("commonad.xml") and
-  /// those without a host ("https://") have as well: whoever fetches finds that out. Answers
-  /// nothing for anything else: an empty text, blanks, control characters, brackets outside a host.
+  /// those without a host ("https://") have as well: fetching them fails. Absent for anything else:
+  /// an empty text, blanks, control characters, brackets outside a host.
   static std::optional<Url> parse(std::string_view text);
 
   /// The file URL of an absolute `path`, with every byte escaped that a URL cannot hold.
   static Url fileUrl(std::string_view path);
 
-  /// The path that a file URL names, decoded; nothing for other URLs.
+  /// The path that a file URL names, decoded. Absent for other URLs.
   std::optional<std::string> filePath() const;
 
   /// Takes over an address that a web engine has already made canonical. Engines keep characters
@@ -37,7 +37,7 @@ class QORIX_EXPORT Url {
   /// Where the address leads, as spelled, without brackets; empty when it does not say.
   std::string_view host() const;
 
-  /// What lies between the first "?" and the "#" (or the end), not decoded; nothing without "?",
+  /// What lies between the first "?" and the "#" (or the end), not decoded. Absent without "?",
   /// and in an address that has no path, as "mailto:someone?subject=a".
   std::optional<std::string_view> query() const;
 

@@ -23,8 +23,8 @@ class QORIX_EXPORT UrlSessionDelegate {
   /// The next bytes of a response's body, in the order of arrival. `data` is valid during the call.
   virtual void urlSessionDidReceiveData(std::string_view data) = 0;
 
-  /// The task has ended; nothing follows. `error` is empty when the whole body has been delivered,
-  /// whatever the HTTP status.
+  /// The task has ended; no call follows for it. `error` is absent when the whole body has been
+  /// delivered, whatever the HTTP status.
   virtual void urlSessionDidCompleteWithError(const std::optional<Error>& error) = 0;
 };
 

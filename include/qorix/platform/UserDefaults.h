@@ -20,31 +20,32 @@ inline constexpr const char* kAppleLanguagesKey = "AppleLanguages";
 /// lost power supply) when the `synchronize` after it has returned true. All values set since the
 /// last `synchronize` become durable together or not at all. What others have made durable is seen
 /// by every later read. A store that cannot write keeps its values for the life of the process, so
-/// callers need no failure path of their own; one that could not be read yet answers nothing, and
-/// what is set then gives way to what it turns out to hold.
+/// callers need no failure path of their own. A store that could not be read yet returns no values,
+/// and what is set then gives way to what the store turns out to hold.
 class QORIX_EXPORT UserDefaults {
  public:
   virtual ~UserDefaults() = default;
 
-  /// The text under `key`; nothing when there is none or it is not a text.
+  /// The text under `key`. Absent when there is none or it is not a text.
   virtual std::optional<std::string> stringForKey(const std::string& key) = 0;
 
-  /// The list of texts under `key`; nothing when there is none or it is not a list.
+  /// The list of texts under `key`. Absent when there is none or it is not a list.
   virtual std::optional<std::vector<std::string>> stringArrayForKey(const std::string& key) = 0;
 
-  /// The integer under `key`; 0 when there is none or it is not an integer.
+  /// The integer under `key`. 0 when there is none or it is not an integer.
   virtual std::int64_t integerForKey(const std::string& key) = 0;
 
+  /// Set the value under `key`, in place of whatever is there.
   virtual void setString(const std::string& value, const std::string& key) = 0;
   virtual void setStringArray(const std::vector<std::string>& value, const std::string& key) = 0;
   virtual void setInteger(std::int64_t value, const std::string& key) = 0;
 
-  /// Removes whatever is under `key`; nothing happens when there is nothing.
+  /// Removes whatever is under `key`, if there is anything.
   virtual void removeObjectForKey(const std::string& key) = 0;
 
   /// Makes every change since the last call durable with one commit; no commit when there is none.
-  /// False when not all of them are: they stay pending and the next call tries again, or a value
-  /// has given way.
+  /// Returns true when all are durable. False when they are not, and stay pending until the next
+  /// call tries again, or when a value has given way.
   virtual bool synchronize() = 0;
 
   /// From here to `endDecision`, reads rest on one look at the store, and so does what is set:

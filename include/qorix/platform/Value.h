@@ -26,7 +26,7 @@ using Dictionary = std::map<std::string, Value>;
 
 /// One value of a loosely typed dictionary: a notification's user info, the action information of a
 /// navigation, the members of a JSON object. Readers ask for the type that they need and get
-/// nothing when the value is of another one.
+/// none when the value is of another type.
 class QORIX_EXPORT Value {
  public:
   Value() = default;                  // null
@@ -52,10 +52,10 @@ class QORIX_EXPORT Value {
   bool isNumber() const;
 
   /// The number truncated toward zero; a boolean is 1 or 0; beyond 64 bits the nearest bound (NaN
-  /// is 0). Nothing when the value is not a number.
+  /// is 0). Absent when the value is not a number.
   std::optional<std::int64_t> integerValue() const;
 
-  /// Whether the number differs from 0. Nothing when the value is not a number.
+  /// Whether the number differs from 0. Absent when the value is not a number.
   std::optional<bool> booleanValue() const;
 
   /// The value as text for people: a text as it is, a number in decimal (a boolean as 1 or 0), a

@@ -17,7 +17,7 @@ inline constexpr const char* kViewFrameDidChangeNotification = "NSViewFrameDidCh
 
 /// A rectangle of a window that can hold other views. Main thread only. One native view has one
 /// View, so that identity can be tested by address. The native view may be destroyed by its owner
-/// at any moment; what is called on the View afterwards, or meanwhile, has no effect and answers
+/// at any moment; calls on the View after that, or meanwhile, have no effect and return
 /// zeros.
 class QORIX_EXPORT View : public Object {
  public:
@@ -36,7 +36,7 @@ class QORIX_EXPORT View : public Object {
   /// owns it; this view keeps it alive while it holds it.
   virtual void addSubview(const std::shared_ptr<View>& view) = 0;
 
-  /// Takes the view out of its superview; nothing happens without one.
+  /// Takes the view out of its superview, if there is one.
   virtual void removeFromSuperview() = 0;
 
   /// Whether changes of the frame's size are posted to the installed notification center as

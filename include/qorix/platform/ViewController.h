@@ -29,7 +29,7 @@ class QORIX_EXPORT ViewController : public Object {
                                const std::shared_ptr<const Bundle>& bundle);
   virtual bool initWithCoder(const Dictionary& coder);
 
-  /// What the controller was initialised with; nothing where it was not.
+  /// What the controller was initialised with; absent until then.
   const std::optional<std::string>& nibName() const { return nibName_; }
   const std::shared_ptr<const Bundle>& nibBundle() const { return nibBundle_; }
 
@@ -37,7 +37,7 @@ class QORIX_EXPORT ViewController : public Object {
   /// made, and then tried again by the next call.
   std::shared_ptr<View> view();
 
-  /// The title for people; nothing until it is set. A window made for the controller shows it.
+  /// The title for people; absent until it is set. A window made for the controller shows it.
   const std::optional<std::string>& title() const { return title_; }
   void setTitle(const std::string& title);
 

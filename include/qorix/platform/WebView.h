@@ -42,7 +42,8 @@ inline constexpr const char* kWebActionElementKey = "WebActionElementKey";
 inline constexpr const char* kWebElementDomNodeKey = "WebElementDOMNode";
 inline constexpr const char* kWebActionIsUserActKey = "WebActionIsUserActKey";
 
-/// Takes the answer to one policy question. Answer exactly once, before the question returns.
+/// Takes the decision on one navigation. Call one of the two exactly once, before the delegate's
+/// method returns.
 class QORIX_EXPORT WebPolicyDecisionListener {
  public:
   virtual ~WebPolicyDecisionListener() = default;
@@ -81,28 +82,30 @@ class QORIX_EXPORT WebView : public View {
   /// The page on show cannot refuse to go.
   virtual void loadHtmlString(const std::string& html, const Url& baseUrl) = 0;
 
-  /// Ends the page on show, a little later and without a word: its scripts, its sound, what it
-  /// fetches. Nothing is shown until another page is loaded.
+  /// Ends the page on show, a little later and silently: its scripts, its sound, what it fetches.
+  /// The view stays empty until another page is loaded.
   virtual void endPage() = 0;
 
-  /// Evaluates `script` in the main frame, together with the page's own scripts, and answers its
-  /// value as text when that is a text, a number or a boolean. Anything else, a script that fails,
-  /// and a page whose process has died answer the empty text. So does a script that takes longer
-  /// than kScriptTimeLimit, the time that the host spends in its own handlers left out: the page is
-  /// left alone with it. To be asked is no act of the user.
+  /// Evaluates `script` in the main frame, among the page's own scripts, and returns its value
+  /// as text when that is a text, a number or a boolean. Returns the empty text for any other
+  /// value, for a script that fails, and when the page's process has died. Also for a script that
+  /// takes longer than kScriptTimeLimit, not counting the time that the host spends in its own
+  /// handlers: the page then goes on with it alone. The evaluation does not count as an act of the
+  /// user.
   ///
-  /// A script given to a page that does not answer is left to it, too, and evaluated when the page
-  /// is back from those before. With 16 such scripts waiting, further ones are dropped.
+  /// A script for a page that is still busy so is queued, and evaluated when the page is done with
+  /// those before. At most 16 wait; further ones are dropped.
   ///
-  /// Returns when the answer is there. Events of the host's own windows are handled meanwhile, so
-  /// the view and whoever calls may lose their last other owner: hold what you use. Tasks of the
+  /// Events of the host's own windows are handled before it returns, so the view and the caller may
+  /// lose their last other owner: hold what you use. Tasks of the
   /// run loop port wait until it has returned, unless the host runs a modal dialog.
   virtual std::string stringByEvaluatingJavaScriptFromString(const std::string& script) = 0;
 
-  /// Whether the page has come back from all scripts that it was left alone with.
+  /// Whether the page is done with all scripts that it went on with alone.
   virtual bool isPageAnswering() const = 0;
 
-  /// Runs `task` once, as a delayed perform, when the page answers; never when it is gone before.
+  /// Runs `task` once, as a delayed perform, when the page is done with them; never when it is gone
+  /// before.
   virtual void performWhenPageAnswers(std::function<void()> task) = 0;
 
   /// Whether the view paints a background where the page paints none. When off, what lies behind

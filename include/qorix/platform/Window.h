@@ -61,7 +61,7 @@ class QORIX_EXPORT Window : public Object {
   virtual void setLevel(WindowLevel level) = 0;
   virtual void setTitle(const std::string& title) = 0;
 
-  /// Keeps whoever provides the content view alive as long as the window.
+  /// Keeps the owner of the content view alive as long as the window.
   void setContentOwner(std::shared_ptr<Object> owner) { contentOwner_ = std::move(owner); }
 
  private:

@@ -2,7 +2,7 @@
 
 #include <qorix/platform/MemoryUserDefaults.h>
 
-#include "platform/gtk/GtkTest.h"
+#include "support/gtk/GtkTest.h"
 
 namespace qorix::test {
 
@@ -17,19 +17,19 @@ void installWith(const std::string& url, const std::string& container) {
 
 }  // namespace
 
-TEST(DefaultAddresses, areTheHosts) {
+TEST(DefaultAddressesTest, areTheHosts) {
   installWith("https://ads.example.org/mac/ads/commonad.xml", "iCloud.org.example.ads");
   EXPECT_EQ(platform().defaultAdFileUrl, "https://ads.example.org/mac/ads/commonad.xml");
   EXPECT_EQ(platform().defaultCloudContainerIdentifier, "iCloud.org.example.ads");
 }
 
-TEST(DefaultAddresses, areNoneWhereTheHostNamesNone) {
+TEST(DefaultAddressesTest, areNoneWhereTheHostNamesNone) {
   installWith("", "");
   EXPECT_EQ(platform().defaultAdFileUrl, "");
   EXPECT_EQ(platform().defaultCloudContainerIdentifier, "");
 }
 
-TEST(DefaultAddresses, areNamedEachForItself) {
+TEST(DefaultAddressesTest, areNamedEachForItself) {
   installWith("", "iCloud.org.example.ads");
   EXPECT_EQ(platform().defaultAdFileUrl, "");
   EXPECT_EQ(platform().defaultCloudContainerIdentifier, "iCloud.org.example.ads");

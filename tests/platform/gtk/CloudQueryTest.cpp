@@ -10,8 +10,8 @@
 #include <qorix/gtk3.h>
 #include <qorix/platform/Platform.h>
 
-#include "platform/gtk/GtkTest.h"
 #include "support/CloudServer.h"
+#include "support/gtk/GtkTest.h"
 
 namespace qorix::test {
 namespace {
@@ -30,7 +30,7 @@ std::shared_ptr<CloudDatabase> database() {
       ->publicCloudDatabase();
 }
 
-TEST(GtkCloudQuery, theOutcomeIsHandledOnTheMainThreadWhileItsOwnThreadWaits) {
+TEST(CloudQueryTest, theOutcomeIsHandledOnTheMainThreadWhileItsOwnThreadWaits) {
   CloudServer cloud;
   installWith(cloud);
   std::atomic<bool> isHandled = false;
@@ -49,7 +49,7 @@ TEST(GtkCloudQuery, theOutcomeIsHandledOnTheMainThreadWhileItsOwnThreadWaits) {
 
 // At its end a process waits for its worker threads, for two seconds at most. One that waits for
 // the main thread must not be what it waits for.
-TEST(GtkCloudQuery, aProcessEndsAtOnceThoughAnOutcomeWaitsForTheMainThread) {
+TEST(CloudQueryTest, aProcessEndsAtOnceThoughAnOutcomeWaitsForTheMainThread) {
   testing::GTEST_FLAG(death_test_style) = "threadsafe";  // GTK has threads, which no fork survives
   EXPECT_EXIT(
       {

@@ -21,7 +21,7 @@ testing::AssertionResult isRectangle(const GdkRectangle& actual, const GdkRectan
 
 }  // namespace
 
-TEST(Coordinates, areRoundedAndNeverOverflow) {
+TEST(CoordinatesTest, areRoundedAndNeverOverflow) {
   EXPECT_EQ(gtk::wholeCoordinate(2.5), 3);
   EXPECT_EQ(gtk::wholeCoordinate(-2.5), -2);
   EXPECT_EQ(gtk::wholeCoordinate(20'000), 20'000);
@@ -30,7 +30,7 @@ TEST(Coordinates, areRoundedAndNeverOverflow) {
   EXPECT_EQ(gtk::wholeCoordinate(std::nan("")), 0);
 }
 
-TEST(Coordinates, aRectangleKeepsItsSizeHoweverFarItReaches) {
+TEST(CoordinatesTest, aRectangleKeepsItsSizeHoweverFarItReaches) {
   EXPECT_TRUE(
       isRectangle(gtk::flipped(Rect{{-16'300, 0}, {16'384, 50}}, 300), {-16'300, 250, 16'384, 50}));
   EXPECT_TRUE(isRectangle(gtk::flipped(Rect{{5e6, -5e6}, {300, 50}}, 300),
@@ -38,32 +38,32 @@ TEST(Coordinates, aRectangleKeepsItsSizeHoweverFarItReaches) {
   EXPECT_TRUE(isRectangle(gtk::flipped(Rect{{0.5, 0}, {10, 20}}, 300), {1, 280, 10, 20}));
 }
 
-TEST(Coordinates, aSideIsCutOffAtTheLongestAndNeverNegative) {
+TEST(CoordinatesTest, aSideIsCutOffAtTheLongestAndNeverNegative) {
   EXPECT_TRUE(
       isRectangle(gtk::flipped(Rect{{10, 0}, {50'000, -7}}, 300), {10, 307, gtk::kLongestSide, 0}));
   EXPECT_TRUE(isRectangle(gtk::flipped(Rect{{0, 0}, {kInfinity, std::nan("")}}, 300),
                           {0, 0, gtk::kLongestSide, 0}));
 }
 
-TEST(Coordinates, aWindowHasAPlaceThatItsCoordinatesReach) {
+TEST(CoordinatesTest, aWindowHasAPlaceThatItsCoordinatesReach) {
   EXPECT_TRUE(isRectangle(gtk::placeable({5, 6, 0, 0}), {5, 6, 1, 1}));
   EXPECT_TRUE(isRectangle(gtk::placeable({-20'000, 90'000, 30'000, 7}),
                           {-16'000, 16'000, gtk::kLongestSide, 7}));
 }
 
-TEST(Coordinates, aRectangleIsMovedNoFartherThanIntoItsArea) {
+TEST(CoordinatesTest, aRectangleIsMovedNoFartherThanIntoItsArea) {
   const Rect area{{100, 50}, {1000, 800}};
   EXPECT_EQ(gtk::movedInto({{200, 60}, {300, 200}}, area), (Rect{{200, 60}, {300, 200}}));
   EXPECT_EQ(gtk::movedInto({{900, -497}, {300, 750}}, area), (Rect{{800, 50}, {300, 750}}));
   EXPECT_EQ(gtk::movedInto({{900, 700}, {1200, 900}}, area), (Rect{{100, 50}, {1200, 900}}));
 }
 
-TEST(Coordinates, aDesktopReachesToItsLowestMonitor) {
+TEST(CoordinatesTest, aDesktopReachesToItsLowestMonitor) {
   EXPECT_EQ(gtk::lowestEdge({}), 0);
   EXPECT_EQ(gtk::lowestEdge({{0, 100, 800, 600}, {800, 0, 1920, 1080}, {0, 700, 800, 600}}), 1300);
 }
 
-TEST(Coordinates, aWindowIsOnTheMonitorWithItsLargestPart) {
+TEST(CoordinatesTest, aWindowIsOnTheMonitorWithItsLargestPart) {
   const std::vector<GdkRectangle> monitors = {{0, 0, 800, 900}, {800, 0, 800, 900}};
   EXPECT_EQ(gtk::monitorOf({700, 100, 300, 200}, monitors), 1);
   EXPECT_EQ(gtk::monitorOf({600, 100, 300, 200}, monitors), 0);

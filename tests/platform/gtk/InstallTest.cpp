@@ -1,16 +1,16 @@
 #include <gmock/gmock.h>
 
-#include "platform/gtk/GtkTest.h"
+#include "support/gtk/GtkTest.h"
 
 namespace qorix::test {
 
 namespace {
 
-class GtkInstall : public GtkTest {};
+class InstallTest : public GtkTest {};
 
 }  // namespace
 
-TEST_F(GtkInstall, aSecondInstallationIsRefusedAndWhatWaitsRuns) {
+TEST_F(InstallTest, aSecondInstallationIsRefusedAndWhatWaitsRuns) {
   const auto loop = platform().mainRunLoop;
   const auto bundle = platform().mainBundle;
   bool ran = false;

@@ -1,8 +1,8 @@
 #include <jsc/jsc.h>
 
-#include "platform/gtk/GtkTest.h"
 #include "platform/gtk/PageClicks.h"
 #include "platform/gtk/Unref.h"
+#include "support/gtk/GtkTest.h"
 
 namespace qorix::test {
 
@@ -27,7 +27,7 @@ class PageClicksTest : public GtkTest {
   }
   void over(int key, const std::string& name) { report(reportOf("clickOver", key, name)); }
 
-  /// Asks about a link; the answer joins `judged` when it is there.
+  /// Asks about a link; the answer is added to `judged` when it arrives.
   void ask(const std::string& address) {
     clicks->judge(address, [this](const gtk::PageClicks::Click* click) {
       if (click == nullptr) {
@@ -52,7 +52,7 @@ class PageClicksTest : public GtkTest {
            name + "', isMainFrame: true, isHtmlElement: true, id: '" + name + "', className: ''";
   }
 
-  // Never ended: its end runs templates of this program's, whose checks the engine does not bear.
+  // Never destroyed: the destructor runs this program's templates, whose checks the engine fails.
   static JSCContext* context() {
     static JSCContext* const context = jsc_context_new();
     return context;

@@ -4,14 +4,14 @@
 
 #include <qorix/MyPushAdUtil.h>
 
-#include "platform/gtk/GtkTest.h"
 #include "platform/gtk/MenuTracking.h"
+#include "support/gtk/GtkTest.h"
 
 namespace qorix::test {
 
 namespace {
 
-class GtkRunLoop : public GtkTest {
+class RunLoopTest : public GtkTest {
  protected:
   // Whether a delayed perform waits for what is open now, and runs once `close` has ended it.
   void expectToHoldBackPerforms(const std::function<void()>& close) {
@@ -75,7 +75,7 @@ GtkWidget* popUpMenu(const HostWindow& host) {
 
 }  // namespace
 
-TEST_F(GtkRunLoop, delayedPerformWaitsForAMenuAndDispatchDoesNot) {
+TEST_F(RunLoopTest, delayedPerformWaitsForAMenuAndDispatchDoesNot) {
   HostWindow host(300, 200);
   gtk_widget_add_events(gtk_bin_get_child(GTK_BIN(host.overlay())), GDK_BUTTON_PRESS_MASK);
   host.show();
@@ -83,7 +83,7 @@ TEST_F(GtkRunLoop, delayedPerformWaitsForAMenuAndDispatchDoesNot) {
   expectToHoldBackPerforms([&] { gtk_menu_popdown(GTK_MENU(menu)); });
 }
 
-TEST_F(GtkRunLoop, delayedPerformWaitsForAMenuOfAWindowGroupOfItsOwn) {
+TEST_F(RunLoopTest, delayedPerformWaitsForAMenuOfAWindowGroupOfItsOwn) {
   HostWindow host(300, 200);
   GtkWindowGroup* group = gtk_window_group_new();
   gtk_window_group_add_window(group, host.window());
@@ -95,7 +95,7 @@ TEST_F(GtkRunLoop, delayedPerformWaitsForAMenuOfAWindowGroupOfItsOwn) {
   g_object_unref(group);
 }
 
-TEST_F(GtkRunLoop, delayedPerformWaitsForTheMenuOfAMenuButton) {
+TEST_F(RunLoopTest, delayedPerformWaitsForTheMenuOfAMenuButton) {
   HostWindow host(300, 200);
   GMenu* model = g_menu_new();
   g_menu_append(model, "Item", nullptr);
@@ -113,7 +113,7 @@ TEST_F(GtkRunLoop, delayedPerformWaitsForTheMenuOfAMenuButton) {
   g_object_unref(model);
 }
 
-TEST_F(GtkRunLoop, aPopoverWithoutAMenuHoldsNothingBack) {
+TEST_F(RunLoopTest, aPopoverWithoutAMenuHoldsNothingBack) {
   HostWindow host(300, 200);
   host.show();
   GtkWidget* popover = gtk_popover_new(GTK_WIDGET(host.overlay()));
@@ -126,7 +126,7 @@ TEST_F(GtkRunLoop, aPopoverWithoutAMenuHoldsNothingBack) {
   EXPECT_TRUE(waitFor([&] { return performed; }));
 }
 
-TEST_F(GtkRunLoop, delayedPerformFiresInAModalDialog) {
+TEST_F(RunLoopTest, delayedPerformFiresInAModalDialog) {
   HostWindow host(300, 200);
   host.show();
   Dialog dialog(host);
@@ -140,7 +140,7 @@ TEST_F(GtkRunLoop, delayedPerformFiresInAModalDialog) {
   EXPECT_EQ(order, (std::vector{1, 2}));
 }
 
-TEST_F(GtkRunLoop, dispatchedTasksRunInAModalDialogOfTheHost) {
+TEST_F(RunLoopTest, dispatchedTasksRunInAModalDialogOfTheHost) {
   HostWindow host(300, 200);
   host.show();
   Dialog dialog(host);
@@ -148,7 +148,7 @@ TEST_F(GtkRunLoop, dispatchedTasksRunInAModalDialogOfTheHost) {
   dialog.run();
 }
 
-TEST_F(GtkRunLoop, observersHearOneNotificationAfterTheOtherThoughOneOfThemRunsAModalDialog) {
+TEST_F(RunLoopTest, observersHearOneNotificationAfterTheOtherThoughOneOfThemRunsAModalDialog) {
   HostWindow host(300, 200);
   host.show();
   Dialog dialog(host);
@@ -177,7 +177,7 @@ TEST_F(GtkRunLoop, observersHearOneNotificationAfterTheOtherThoughOneOfThemRunsA
             (std::vector<std::string>{"early first", "late first", "early second", "late second"}));
 }
 
-TEST_F(GtkRunLoop, whatATaskThrowsIsLoggedAndTheOthersRun) {
+TEST_F(RunLoopTest, whatATaskThrowsIsLoggedAndTheOthersRun) {
   std::vector<int> ran;
   loop.dispatchAsync([] { throw std::runtime_error("queued"); });
   loop.dispatchAsync([&] { ran.push_back(1); });
@@ -192,7 +192,7 @@ TEST_F(GtkRunLoop, whatATaskThrowsIsLoggedAndTheOthersRun) {
   EXPECT_EQ(log->lines().size(), 3U);
 }
 
-TEST_F(GtkRunLoop, tasksWaitWhileAScriptIsEvaluatedAndTheLoopDoesNotSpin) {
+TEST_F(RunLoopTest, tasksWaitWhileAScriptIsEvaluatedAndTheLoopDoesNotSpin) {
   Page page;
   page.loadAndWait("<p>loop</p>");
   int ran = 0;
@@ -214,7 +214,7 @@ TEST_F(GtkRunLoop, tasksWaitWhileAScriptIsEvaluatedAndTheLoopDoesNotSpin) {
   EXPECT_TRUE(waitFor([&] { return ran == 2; }));
 }
 
-TEST_F(GtkRunLoop, tasksRunInADialogThatIsOpenedWhileAScriptIsEvaluated) {
+TEST_F(RunLoopTest, tasksRunInADialogThatIsOpenedWhileAScriptIsEvaluated) {
   HostWindow host(300, 200);
   host.show();
   Page page;
@@ -248,7 +248,7 @@ TEST_F(GtkRunLoop, tasksRunInADialogThatIsOpenedWhileAScriptIsEvaluated) {
   gtk_widget_destroy(dialog);
 }
 
-TEST_F(GtkRunLoop, theHostIsServedWithoutAnyTask) {
+TEST_F(RunLoopTest, theHostIsServedWithoutAnyTask) {
   bool ran = false;
   int turns = 0;
   loop.performAfterDelay(0, [&] { ran = true; });
@@ -264,23 +264,6 @@ TEST_F(GtkRunLoop, theHostIsServedWithoutAnyTask) {
   EXPECT_FALSE(ran);
   g_source_remove(idle);
   EXPECT_TRUE(waitFor([&] { return ran; }));
-}
-
-TEST(GtkRunLoopAtTheEnd, processEndsThoughAThreadWaitsForTheMainThread) {
-  testing::GTEST_FLAG(death_test_style) = "threadsafe";  // GTK has threads, which no fork survives
-  EXPECT_EXIT(
-      {
-        gtk::install({.bundleIdentifier = "com.example.host"});
-        std::promise<void> started;
-        std::thread([&started] {
-          started.set_value();
-          platform().mainRunLoop->performAndWait([] { _exit(9); });
-        }).detach();
-        started.get_future().wait();
-        alarm(20);
-        exit(0);
-      },
-      testing::ExitedWithCode(0), "");
 }
 
 }  // namespace qorix::test

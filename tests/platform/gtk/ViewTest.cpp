@@ -1,12 +1,14 @@
-#include "platform/gtk/GtkTest.h"
+#include <stdexcept>
+
+#include "support/gtk/GtkTest.h"
 
 namespace qorix::test {
 
 namespace {
 
-class GtkView : public GtkTest {
+class ViewTest : public GtkTest {
  protected:
-  GtkView() {
+  ViewTest() {
     platform()
         .notificationCenter
         ->addObserver(
@@ -36,7 +38,7 @@ bool isRedExactlyAt(const HostWindow& host, const Rect& frame) {
 
 }  // namespace
 
-TEST_F(GtkView, bannerCoversExactlyItsFrame) {
+TEST_F(ViewTest, bannerCoversExactlyItsFrame) {
   HostWindow host(500, 300);
   host.show();
   Page page;
@@ -45,7 +47,7 @@ TEST_F(GtkView, bannerCoversExactlyItsFrame) {
   EXPECT_TRUE(waitFor([&] { return isRedExactlyAt(host, {{200, 250}, {300, 50}}); }));
 }
 
-TEST_F(GtkView, bannerIsClippedByTheHostAndNotByItsWindow) {
+TEST_F(ViewTest, bannerIsClippedByTheHostAndNotByItsWindow) {
   HostWindow host(200, 100);
   host.show();
   Page page;
@@ -59,7 +61,7 @@ TEST_F(GtkView, bannerIsClippedByTheHostAndNotByItsWindow) {
   }
 }
 
-TEST_F(GtkView, bannerOutsideOfItsHostTakesNoClicks) {
+TEST_F(ViewTest, bannerOutsideOfItsHostTakesNoClicks) {
   HostWindow host(200, 100);
   host.show();
   Page page;
@@ -78,7 +80,7 @@ TEST_F(GtkView, bannerOutsideOfItsHostTakesNoClicks) {
   EXPECT_TRUE(waitFor([&] { return page.evaluate("clicks") == "1"; }));
 }
 
-TEST_F(GtkView, hostIsClickableBesideTheBanner) {
+TEST_F(ViewTest, hostIsClickableBesideTheBanner) {
   HostWindow host(200, 100);
   int clicks = 0;
   GtkWidget* area = gtk_bin_get_child(GTK_BIN(host.overlay()));
@@ -101,7 +103,7 @@ TEST_F(GtkView, hostIsClickableBesideTheBanner) {
   EXPECT_TRUE(waitFor([&] { return clicks == 1; }));
 }
 
-TEST_F(GtkView, frameFollowsItsHostWithoutALag) {
+TEST_F(ViewTest, frameFollowsItsHostWithoutALag) {
   HostWindow host(500, 300);
   host.show();
   Page page;
@@ -148,7 +150,7 @@ TEST_F(GtkView, frameFollowsItsHostWithoutALag) {
   EXPECT_EQ(posted.back(), hostView);
 }
 
-TEST_F(GtkView, hostThatIsNotToldToPostsNothing) {
+TEST_F(ViewTest, hostThatIsNotToldToPostsNothing) {
   HostWindow host(500, 300);
   const auto hostView = host.view();
   host.show();
@@ -157,7 +159,7 @@ TEST_F(GtkView, hostThatIsNotToldToPostsNothing) {
   EXPECT_EQ(hostView->frame().size, (Size{600, 400}));
 }
 
-TEST_F(GtkView, hostShownLateTellsItsSizeThen) {
+TEST_F(ViewTest, hostShownLateTellsItsSizeThen) {
   HostWindow host(500, 300);
   const auto hostView = host.view();
   hostView->setPostsFrameChangedNotifications(true);
@@ -167,7 +169,7 @@ TEST_F(GtkView, hostShownLateTellsItsSizeThen) {
   EXPECT_FALSE(posted.empty());
 }
 
-TEST_F(GtkView, emptyFrameShowsNothingAndComesBack) {
+TEST_F(ViewTest, emptyFrameShowsNothingAndComesBack) {
   HostWindow host(300, 200);
   host.show();
   Page page;
@@ -183,7 +185,7 @@ TEST_F(GtkView, emptyFrameShowsNothingAndComesBack) {
   EXPECT_TRUE(waitFor([&] { return isRedExactlyAt(host, {{10, 10}, {100, 50}}); }));
 }
 
-TEST_F(GtkView, reparentedHostKeepsItsBanner) {
+TEST_F(ViewTest, reparentedHostKeepsItsBanner) {
   HostWindow host(300, 200);
   HostWindow other(400, 300);
   host.show();
@@ -206,7 +208,7 @@ TEST_F(GtkView, reparentedHostKeepsItsBanner) {
   EXPECT_TRUE(waitFor([&] { return isRedExactlyAt(other, {{10, 10}, {100, 50}}); }));
 }
 
-TEST_F(GtkView, bannerFollowsAHostThatIsReparentedWhileShown) {
+TEST_F(ViewTest, bannerFollowsAHostThatIsReparentedWhileShown) {
   HostWindow host(400, 300);
   host.show();
   Page page;
@@ -239,7 +241,7 @@ TEST_F(GtkView, bannerFollowsAHostThatIsReparentedWhileShown) {
   gtk_widget_destroy(other);
 }
 
-TEST_F(GtkView, addedViewIsAboveItsSiblings) {
+TEST_F(ViewTest, addedViewIsAboveItsSiblings) {
   HostWindow host(300, 200);
   gtk_overlay_add_overlay(host.overlay(), newColoredArea(kBlue));  // the host's own, over all of it
   host.show();
@@ -255,7 +257,7 @@ TEST_F(GtkView, addedViewIsAboveItsSiblings) {
   EXPECT_TRUE(waitFor([&] { return isRedExactlyAt(host, {{10, 10}, {100, 50}}); })) << "raised";
 }
 
-TEST_F(GtkView, pageSeesItsWholeSizeHoweverFarItReachesBeyondTheHost) {
+TEST_F(ViewTest, pageSeesItsWholeSizeHoweverFarItReachesBeyondTheHost) {
   HostWindow host(200, 100);
   host.show();
   Page page;
@@ -268,7 +270,7 @@ TEST_F(GtkView, pageSeesItsWholeSizeHoweverFarItReachesBeyondTheHost) {
   EXPECT_TRUE(waitFor([&] { return isRedExactlyAt(host, frame); }));
 }
 
-TEST_F(GtkView, rootHasTheSizeOfItsInterfaceFileAndMayBecomeSmaller) {
+TEST_F(ViewTest, rootHasTheSizeOfItsInterfaceFileAndMayBecomeSmaller) {
   HostWindow host(300, 200);
   host.show();
   Page page;
@@ -277,7 +279,7 @@ TEST_F(GtkView, rootHasTheSizeOfItsInterfaceFileAndMayBecomeSmaller) {
   EXPECT_TRUE(waitFor([&] { return page.webView()->frame().size == Size{30, 20}; }));
 }
 
-TEST_F(GtkView, aViewIsGoneWithItsWidget) {
+TEST_F(ViewTest, aViewIsGoneWithItsWidget) {
   HostWindow host(300, 200);
   const auto view = host.view();
   EXPECT_FALSE(view->isGone());
@@ -290,7 +292,7 @@ TEST_F(GtkView, aViewIsGoneWithItsWidget) {
   EXPECT_TRUE(view->isGone());
 }
 
-TEST_F(GtkView, destroyedHostEndsItsView) {
+TEST_F(ViewTest, destroyedHostEndsItsView) {
   auto host = std::make_unique<HostWindow>(300, 200);
   host->show();
   Page page;
@@ -308,7 +310,7 @@ TEST_F(GtkView, destroyedHostEndsItsView) {
   EXPECT_EQ(strongBanner->frame(), Rect{});
 }
 
-TEST_F(GtkView, superviewKeepsItsSubviewAlive) {
+TEST_F(ViewTest, superviewKeepsItsSubviewAlive) {
   HostWindow host(300, 200);
   host.show();
   Page page;
@@ -321,7 +323,7 @@ TEST_F(GtkView, superviewKeepsItsSubviewAlive) {
   EXPECT_TRUE(page.interface->webView.expired());
 }
 
-TEST_F(GtkView, webViewFillsTheRootWhateverItsPage) {
+TEST_F(ViewTest, webViewFillsTheRootWhateverItsPage) {
   HostWindow host(300, 200);
   host.show();
   Page page;
@@ -333,10 +335,24 @@ TEST_F(GtkView, webViewFillsTheRootWhateverItsPage) {
   EXPECT_TRUE(waitFor([&] { return page.evaluate("innerWidth + 'x' + innerHeight") == "120x90"; }));
 }
 
-TEST_F(GtkView, rootIsABoxView) {
+TEST_F(ViewTest, rootIsABoxView) {
   Page page;
   EXPECT_EQ(page.interface->view->tag(), 27921);
   EXPECT_EQ(page.webView()->superview(), page.interface->view);
+}
+
+TEST_F(ViewTest, whatAnObserverThrowsPassesNoFrameOfTheToolkit) {
+  HostWindow to(200, 100);
+  const auto target = to.view();
+  target->setPostsFrameChangedNotifications(true);
+  platform()
+      .notificationCenter
+      ->addObserver(kViewFrameDidChangeNotification,
+                    [](const Notification&) { throw std::runtime_error("of the host"); })
+      .keep();
+  to.show();
+  EXPECT_EQ(target->frame().size, (Size{200, 100}));
+  EXPECT_EQ(log->lines().at(0), "ZAM An exception was stopped: of the host");
 }
 
 }  // namespace qorix::test

@@ -7,15 +7,15 @@
 #include <filesystem>
 #include <fstream>
 
-#include "platform/gtk/GtkTest.h"
 #include "platform/gtk/WebKitView.h"
 #include "platform/gtk/WebProcessModule.h"
+#include "support/gtk/GtkTest.h"
 
 namespace qorix::test {
 
 namespace {
 
-class GtkWebView : public GtkTest {
+class WebViewTest : public GtkTest {
  protected:
   // Shows the page in a host, so that it can be clicked.
   void showAndLoad(const std::string& html) {
@@ -66,7 +66,7 @@ constexpr const char* kLinks = R"(<body style='margin:0;font:20px monospace'>
 
 }  // namespace
 
-TEST_F(GtkWebView, scriptValuesBecomeText) {
+TEST_F(WebViewTest, scriptValuesBecomeText) {
   page.loadAndWait("<p>values</p>");
   EXPECT_EQ(page.evaluate("'te\\u00e9xt'"), "te\u00e9xt");
   EXPECT_EQ(page.evaluate("''"), "");
@@ -85,7 +85,7 @@ TEST_F(GtkWebView, scriptValuesBecomeText) {
   EXPECT_EQ(page.evaluate("'x'.repeat(3000000)").size(), 3'000'000U);
 }
 
-TEST_F(GtkWebView, scriptsRunTogetherWithThePagesOwnInTheReportOfTheLoad) {
+TEST_F(WebViewTest, scriptsRunTogetherWithThePagesOwnInTheReportOfTheLoad) {
   std::string seen;
   page.delegate->onFinish = [&](const std::shared_ptr<WebView>& webView) {
     seen = webView->stringByEvaluatingJavaScriptFromString("ask()");
@@ -94,7 +94,7 @@ TEST_F(GtkWebView, scriptsRunTogetherWithThePagesOwnInTheReportOfTheLoad) {
   EXPECT_EQ(seen, "com.a.one,com.b.two");
 }
 
-TEST_F(GtkWebView, endlessScriptIsGivenUpWhileTheHostIsServed) {
+TEST_F(WebViewTest, endlessScriptIsGivenUpWhileTheHostIsServed) {
   page.loadAndWait("<p>busy</p>");
   int ticks = 0;
   const guint timer = g_timeout_add(
@@ -115,13 +115,13 @@ TEST_F(GtkWebView, endlessScriptIsGivenUpWhileTheHostIsServed) {
   EXPECT_LT(g_get_monotonic_time() - end, 1'000'000) << "the next one does not wait again";
 }
 
-TEST_F(GtkWebView, slowScriptThatComesBackFreesThePageAgain) {
+TEST_F(WebViewTest, slowScriptThatComesBackFreesThePageAgain) {
   page.loadAndWait("<p>slow</p>");
   EXPECT_EQ(page.evaluate("const end = Date.now() + 8000; while (Date.now() < end) {} 'late'"), "");
   EXPECT_TRUE(waitFor([&] { return page.evaluate("'again'") == "again"; }));
 }
 
-TEST_F(GtkWebView, scriptsLeftToABusyPageAreEvaluatedWhenItIsBack) {
+TEST_F(WebViewTest, scriptsLeftToABusyPageAreEvaluatedWhenItIsBack) {
   page.loadAndWait("<p>slow</p>");
   bool isBack = false;
   EXPECT_TRUE(page.webView()->isPageAnswering());
@@ -135,7 +135,7 @@ TEST_F(GtkWebView, scriptsLeftToABusyPageAreEvaluatedWhenItIsBack) {
   EXPECT_EQ(page.evaluate("left"), "done");
 }
 
-TEST_F(GtkWebView, timeThatTheHostSpendsInItsHandlersIsNotTheScripts) {
+TEST_F(WebViewTest, timeThatTheHostSpendsInItsHandlersIsNotTheScripts) {
   page.loadAndWait("<p>slow</p>");
   g_timeout_add(
       100,
@@ -148,7 +148,7 @@ TEST_F(GtkWebView, timeThatTheHostSpendsInItsHandlersIsNotTheScripts) {
             "late");
 }
 
-TEST_F(GtkWebView, withoutTheModuleNothingIsEvaluatedAndOneLineSaysSo) {
+TEST_F(WebViewTest, withoutTheModuleNothingIsEvaluatedAndOneLineSaysSo) {
   WebKitWebContext* context = webkit_web_context_new_ephemeral();
   GtkWidget* engine = webkit_web_view_new_with_context(context);
   const auto delegate = std::make_shared<RecordingDelegate>();
@@ -172,7 +172,7 @@ TEST_F(GtkWebView, withoutTheModuleNothingIsEvaluatedAndOneLineSaysSo) {
   gtk_widget_destroy(window);
 }
 
-TEST_F(GtkWebView, everyFrameReportsItsLoadAndTheMainFrameComesLast) {
+TEST_F(WebViewTest, everyFrameReportsItsLoadAndTheMainFrameComesLast) {
   page.loadAndWait("<iframe srcdoc='<p>one</p>'></iframe><iframe srcdoc='<p>two</p>'></iframe>");
   serveLoop();
   EXPECT_EQ(page.delegate->finishedFrames, (std::vector{false, false, true}));
@@ -182,7 +182,7 @@ TEST_F(GtkWebView, everyFrameReportsItsLoadAndTheMainFrameComesLast) {
   EXPECT_EQ(page.delegate->finishedFrames, (std::vector{true}));
 }
 
-TEST_F(GtkWebView, reportsDoNotInterruptOneAnother) {
+TEST_F(WebViewTest, reportsDoNotInterruptOneAnother) {
   int depth = 0;
   int deepest = 0;
   page.delegate->onFinish = [&](const std::shared_ptr<WebView>& webView) {
@@ -196,7 +196,7 @@ TEST_F(GtkWebView, reportsDoNotInterruptOneAnother) {
   EXPECT_EQ(deepest, 1);
 }
 
-TEST_F(GtkWebView, imageByItsBareNameComesFromTheLibrarysFolder) {
+TEST_F(WebViewTest, imageByItsBareNameComesFromTheLibrarysFolder) {
   const std::filesystem::path folder =
       std::filesystem::path(platform().libraryBundle->executableUrl().absoluteString().substr(7))
           .parent_path();
@@ -208,7 +208,7 @@ TEST_F(GtkWebView, imageByItsBareNameComesFromTheLibrarysFolder) {
   std::filesystem::remove(folder / name);
 }
 
-TEST_F(GtkWebView, filesCannotBeReadByScript) {
+TEST_F(WebViewTest, filesCannotBeReadByScript) {
   page.loadAndWait(
       "<script>var outcome = '';"
       "fetch('file:///etc/hostname').then(r => r.text()).then(t => outcome = 'read ' + t,"
@@ -221,7 +221,7 @@ TEST_F(GtkWebView, filesCannotBeReadByScript) {
   EXPECT_EQ(page.evaluate("second"), "refused");
 }
 
-TEST_F(GtkWebView, transparentPageShowsTheHost) {
+TEST_F(WebViewTest, transparentPageShowsTheHost) {
   page.webView()->setDrawsBackground(false);
   showAndLoad("<body style='margin:0'><div style='width:100px;height:100px;background:#f00'>");
   const GdkRectangle place = host.overlayOnScreen();
@@ -233,7 +233,7 @@ TEST_F(GtkWebView, transparentPageShowsTheHost) {
   }));
 }
 
-TEST_F(GtkWebView, clickNamesTheInnermostNode) {
+TEST_F(WebViewTest, clickNamesTheInnermostNode) {
   showAndLoad(kLinks);
   const std::size_t before = page.delegate->finishedFrames.size();
   clickAt(10, 12);
@@ -264,7 +264,7 @@ TEST_F(GtkWebView, clickNamesTheInnermostNode) {
   EXPECT_EQ(page.evaluate("document.getElementById('plain').textContent"), "No link here");
 }
 
-TEST_F(GtkWebView, clickByScriptNamesTheElementAndNoLaterNavigationDoes) {
+TEST_F(WebViewTest, clickByScriptNamesTheElementAndNoLaterNavigationDoes) {
   showAndLoad(kLinks);
   page.evaluate("document.getElementById('link').click()");
   ASSERT_TRUE(waitForLinkQuestions(1));
@@ -277,7 +277,7 @@ TEST_F(GtkWebView, clickByScriptNamesTheElementAndNoLaterNavigationDoes) {
   EXPECT_EQ(clickedNode(page.delegate->questions.back()), nullptr);
 }
 
-TEST_F(GtkWebView, linkFollowedByKeyboardNamesTheFocusedLink) {
+TEST_F(WebViewTest, linkFollowedByKeyboardNamesTheFocusedLink) {
   showAndLoad(kLinks);
   page.evaluate("var clicks = 0; addEventListener('click', () => ++clicks); 1");
   clickAt(10, 110);
@@ -288,7 +288,7 @@ TEST_F(GtkWebView, linkFollowedByKeyboardNamesTheFocusedLink) {
   EXPECT_EQ(clickedName(0), "text");
 }
 
-TEST_F(GtkWebView, pageCannotReachTheLibrarysWorld) {
+TEST_F(WebViewTest, pageCannotReachTheLibrarysWorld) {
   page.loadAndWait("<p>hostile</p>");
   EXPECT_EQ(page.evaluate("typeof window.webkit === 'undefined' ||"
                           "typeof window.webkit.messageHandlers === 'undefined' ||"
@@ -296,7 +296,7 @@ TEST_F(GtkWebView, pageCannotReachTheLibrarysWorld) {
             "true");
 }
 
-TEST_F(GtkWebView, scriptCannotOpenAnythingOnTheDesktop) {
+TEST_F(WebViewTest, scriptCannotOpenAnythingOnTheDesktop) {
   showAndLoad("<p>hostile</p>");
   EXPECT_EQ(page.evaluate("alert('stop'); String(confirm('?')) + String(prompt('?', 'x'))"),
             "falsenull");
@@ -319,7 +319,7 @@ TEST_F(GtkWebView, scriptCannotOpenAnythingOnTheDesktop) {
   EXPECT_EQ(visible, 1);
 }
 
-TEST_F(GtkWebView, downloadIsRefused) {
+TEST_F(WebViewTest, downloadIsRefused) {
   page.delegate->ignoresLinks = false;
   showAndLoad("<a id='link' download='qorix-download.txt' href='data:text/plain,hello'>x</a>");
   bool ended = false;
@@ -337,7 +337,7 @@ TEST_F(GtkWebView, downloadIsRefused) {
   }
 }
 
-TEST_F(GtkWebView, crashedPageIsLoggedOnceAndTheHostGoesOn) {
+TEST_F(WebViewTest, crashedPageIsLoggedOnceAndTheHostGoesOn) {
   showAndLoad("<p>crash</p>");
   GList* children = gtk_container_get_children(GTK_CONTAINER(host.overlay()));
   GtkWidget* root = GTK_WIDGET(g_list_last(children)->data);
@@ -352,7 +352,7 @@ TEST_F(GtkWebView, crashedPageIsLoggedOnceAndTheHostGoesOn) {
   EXPECT_EQ(page.evaluate("answer"), "5") << "a new page can be loaded";
 }
 
-TEST_F(GtkWebView, unreachableLinkLeavesThePageAlone) {
+TEST_F(WebViewTest, unreachableLinkLeavesThePageAlone) {
   // An address that is taken, but that nobody listens at.
   const int taken = socket(AF_INET, SOCK_STREAM, 0);
   sockaddr_in address = {};
@@ -372,7 +372,7 @@ TEST_F(GtkWebView, unreachableLinkLeavesThePageAlone) {
   close(taken);
 }
 
-TEST_F(GtkWebView, hostMayDestroyItsWindowWhileAScriptRuns) {
+TEST_F(WebViewTest, hostMayDestroyItsWindowWhileAScriptRuns) {
   showAndLoad("<p>busy</p>");
   g_timeout_add(
       200,
@@ -391,7 +391,7 @@ TEST_F(GtkWebView, hostMayDestroyItsWindowWhileAScriptRuns) {
   webView->setDrawsBackground(false);
 }
 
-TEST_F(GtkWebView, hostMayDestroyItsWindowWhileThePageLoads) {
+TEST_F(WebViewTest, hostMayDestroyItsWindowWhileThePageLoads) {
   host.show();
   page.showIn(host, {{0, 0}, {400, 300}});
   page.load("<p>loading</p><iframe srcdoc='<p>inner</p>'></iframe>");
@@ -410,13 +410,13 @@ TEST_F(GtkWebView, hostMayDestroyItsWindowWhileThePageLoads) {
   EXPECT_TRUE(page.delegate->finishedFrames.empty());
 }
 
-TEST_F(GtkWebView, hostMayDestroyItsWindowInTheReportOfALoad) {
+TEST_F(WebViewTest, hostMayDestroyItsWindowInTheReportOfALoad) {
   page.delegate->onFinish = [&](const std::shared_ptr<WebView>&) { host.destroy(); };
   showAndLoad("<p>done</p>");
   EXPECT_TRUE(page.interface->webView.expired());
 }
 
-TEST_F(GtkWebView, hostMayDestroyItsWindowInAPolicyQuestion) {
+TEST_F(WebViewTest, hostMayDestroyItsWindowInAPolicyQuestion) {
   showAndLoad(kLinks);
   page.delegate->onQuestion = [&](const std::shared_ptr<WebView>&) { host.destroy(); };
   clickAt(10, 12);
@@ -425,7 +425,7 @@ TEST_F(GtkWebView, hostMayDestroyItsWindowInAPolicyQuestion) {
   EXPECT_TRUE(page.interface->webView.expired());
 }
 
-TEST_F(GtkWebView, bannerMayBeTakenAwayInAPolicyQuestion) {
+TEST_F(WebViewTest, bannerMayBeTakenAwayInAPolicyQuestion) {
   showAndLoad(kLinks);
   page.delegate->onQuestion = [&](const std::shared_ptr<WebView>&) {
     page.interface->view->removeFromSuperview();
@@ -436,7 +436,7 @@ TEST_F(GtkWebView, bannerMayBeTakenAwayInAPolicyQuestion) {
   EXPECT_TRUE(waitFor([&] { return page.interface->webView.expired(); }));
 }
 
-TEST_F(GtkWebView, enginesObjectsAreReleasedWithTheBanner) {
+TEST_F(WebViewTest, enginesObjectsAreReleasedWithTheBanner) {
   showAndLoad("<p>short life</p>");
   page.evaluate("1");
   GList* children = gtk_container_get_children(GTK_CONTAINER(host.overlay()));
@@ -454,7 +454,7 @@ TEST_F(GtkWebView, enginesObjectsAreReleasedWithTheBanner) {
   EXPECT_TRUE(waitFor([&] { return released == 4; })) << released;
 }
 
-TEST_F(GtkWebView, unknownInterfaceFileIsLoggedOnce) {
+TEST_F(WebViewTest, unknownInterfaceFileIsLoggedOnce) {
   log->takeLines();
   EXPECT_FALSE(platform().interfaceLoader->load("Missing", *platform().libraryBundle, {}));
   EXPECT_EQ(log->takeLines().size(), 1U);

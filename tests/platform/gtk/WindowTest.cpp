@@ -1,13 +1,13 @@
-#include "platform/gtk/GtkTest.h"
 #include "platform/gtk/WidgetView.h"
+#include "support/gtk/GtkTest.h"
 
 namespace qorix::test {
 
 namespace {
 
-class GtkWindowPort : public GtkTest {
+class WindowTest : public GtkTest {
  protected:
-  GtkWindowPort() {
+  WindowTest() {
     platform()
         .notificationCenter
         ->addObserver(kWindowWillCloseNotification,
@@ -55,11 +55,9 @@ class GtkWindowPort : public GtkTest {
   std::vector<Closing> closings;
 };
 
-class TwoMonitors : public GtkWindowPort {};
-
 }  // namespace
 
-TEST_F(GtkWindowPort, contentLiesExactlyWhereAskedAfterTheFirstShow) {
+TEST_F(WindowTest, contentLiesExactlyWhereAskedAfterTheFirstShow) {
   makeWindow({200, 150});
   page.load(kRedPage);
   window->makeKeyAndOrderFront();
@@ -75,7 +73,7 @@ TEST_F(GtkWindowPort, contentLiesExactlyWhereAskedAfterTheFirstShow) {
   EXPECT_GT(window->frame().size.height, 300) << "there is a title bar";
 }
 
-TEST_F(GtkWindowPort, frameSetBeforeTheFirstShowHolds) {
+TEST_F(WindowTest, frameSetBeforeTheFirstShowHolds) {
   makeWindow({200, 150});
   page.load(kRedPage);
   window->setFrame(window->frameRectForContentRect({{100, 100}, {300, 200}}));
@@ -84,7 +82,7 @@ TEST_F(GtkWindowPort, frameSetBeforeTheFirstShowHolds) {
   EXPECT_EQ(content(), (Rect{{100, 100}, {300, 200}}));
 }
 
-TEST_F(GtkWindowPort, decorationsAreKnownBeforeTheFirstShow) {
+TEST_F(WindowTest, decorationsAreKnownBeforeTheFirstShow) {
   makeWindow({200, 150});
   const Rect before = window->frameRectForContentRect({{0, 0}, {100, 100}});
   EXPECT_GT(before.size.height, 110);
@@ -94,7 +92,7 @@ TEST_F(GtkWindowPort, decorationsAreKnownBeforeTheFirstShow) {
   EXPECT_EQ(window->contentRectForFrameRect(before), (Rect{{0, 0}, {100, 100}}));
 }
 
-TEST_F(GtkWindowPort, fractionsAreKept) {
+TEST_F(WindowTest, fractionsAreKept) {
   makeWindow({200, 150});
   window->makeKeyAndOrderFront();
   const Rect asked = {{520, 311.5}, {400, 300}};
@@ -104,7 +102,7 @@ TEST_F(GtkWindowPort, fractionsAreKept) {
   EXPECT_EQ(content(), asked);
 }
 
-TEST_F(GtkWindowPort, closingByTheUserIsToldOnceAndTheWindowCanBeShownAgain) {
+TEST_F(WindowTest, closingByTheUserIsToldOnceAndTheWindowCanBeShownAgain) {
   makeWindow({200, 150});
   page.load(kRedPage);
   window->setFrame(window->frameRectForContentRect({{100, 100}, {300, 200}}));
@@ -126,7 +124,7 @@ TEST_F(GtkWindowPort, closingByTheUserIsToldOnceAndTheWindowCanBeShownAgain) {
   EXPECT_EQ(closings.size(), 3U) << "a hidden window is not closed";
 }
 
-TEST_F(GtkWindowPort, windowClosedByItsOwnClosingIsToldOnce) {
+TEST_F(WindowTest, windowClosedByItsOwnClosingIsToldOnce) {
   makeWindow({200, 150});
   platform()
       .notificationCenter
@@ -138,7 +136,7 @@ TEST_F(GtkWindowPort, windowClosedByItsOwnClosingIsToldOnce) {
   EXPECT_EQ(closings.size(), 1U);
 }
 
-TEST_F(GtkWindowPort, floatingLevelSurvivesHiding) {
+TEST_F(WindowTest, floatingLevelSurvivesHiding) {
   makeWindow({300, 200});
   page.load(kRedPage);
   window->setLevel(WindowLevel::floating);
@@ -155,7 +153,7 @@ TEST_F(GtkWindowPort, floatingLevelSurvivesHiding) {
   }
 }
 
-TEST_F(GtkWindowPort, followsWhereTheUserMovesIt) {
+TEST_F(WindowTest, followsWhereTheUserMovesIt) {
   makeWindow({300, 200});
   page.load(kRedPage);
   window->setFrame(window->frameRectForContentRect({{100, 100}, {300, 200}}));
@@ -173,7 +171,7 @@ TEST_F(GtkWindowPort, followsWhereTheUserMovesIt) {
   })) << "and comes back there";
 }
 
-TEST_F(GtkWindowPort, becomesSmallerThanItsPage) {
+TEST_F(WindowTest, becomesSmallerThanItsPage) {
   makeWindow({300, 200});
   page.loadAndWait("<body style='margin:0;background:#f00;width:2000px;height:2000px'></body>");
   window->makeKeyAndOrderFront();
@@ -182,7 +180,7 @@ TEST_F(GtkWindowPort, becomesSmallerThanItsPage) {
   EXPECT_EQ(content().size, (Size{120, 60}));
 }
 
-TEST_F(GtkWindowPort, screenIsTheWorkAreaAndNullBesideIt) {
+TEST_F(WindowTest, screenIsTheWorkAreaAndNullBesideIt) {
   makeWindow({300, 200});
   const auto screen = window->screen();
   ASSERT_NE(screen, nullptr);
@@ -193,7 +191,7 @@ TEST_F(GtkWindowPort, screenIsTheWorkAreaAndNullBesideIt) {
   EXPECT_EQ(window->frame(), (Rect{{590, 462}, {100, 100}}));
 }
 
-TEST_F(GtkWindowPort, borderlessWindowStaysHiddenAndItsPageLoads) {
+TEST_F(WindowTest, borderlessWindowStaysHiddenAndItsPageLoads) {
   const auto stub = platform().windows->createBorderlessWindow({{10000, 10000}, {100, 100}});
   ASSERT_NE(stub, nullptr);
   EXPECT_FALSE(stub->isVisible());
@@ -207,7 +205,7 @@ TEST_F(GtkWindowPort, borderlessWindowStaysHiddenAndItsPageLoads) {
   EXPECT_EQ(page.interface->view->superview(), stub->contentView());
 }
 
-TEST_F(GtkWindowPort, destroyedByTheHostItIsClosedAndTheNextShowingMakesAnotherOne) {
+TEST_F(WindowTest, destroyedByTheHostItIsClosedAndTheNextShowingMakesAnotherOne) {
   makeWindow({300, 200});
   page.load(kRedPage);
   window->setLevel(WindowLevel::floating);
@@ -228,7 +226,7 @@ TEST_F(GtkWindowPort, destroyedByTheHostItIsClosedAndTheNextShowingMakesAnotherO
   EXPECT_EQ(page.delegate->mainLoads(), 1) << "the page goes on";
 }
 
-TEST_F(GtkWindowPort, withoutItsNativeWindowItKeepsWhatItIsTold) {
+TEST_F(WindowTest, withoutItsNativeWindowItKeepsWhatItIsTold) {
   makeWindow({300, 200});
   destroyNative();
   EXPECT_TRUE(closings.empty()) << "it was not visible";
@@ -246,7 +244,7 @@ TEST_F(GtkWindowPort, withoutItsNativeWindowItKeepsWhatItIsTold) {
   EXPECT_FALSE(run({"xprop", "-name", "Another", "WM_NAME"}).empty());
 }
 
-TEST_F(GtkWindowPort, destroyedByTheObserverOfItsClosingItIsVisibleToTheOthersStill) {
+TEST_F(WindowTest, destroyedByTheObserverOfItsClosingItIsVisibleToTheOthersStill) {
   makeWindow({300, 200});
   window->makeKeyAndOrderFront();
   bool wasVisible = false;
@@ -265,7 +263,7 @@ TEST_F(GtkWindowPort, destroyedByTheObserverOfItsClosingItIsVisibleToTheOthersSt
   EXPECT_EQ(closings.size(), 1U);
 }
 
-TEST_F(GtkWindowPort, minimisedItIsNotVisibleAndComesToTheFront) {
+TEST_F(WindowTest, minimisedItIsNotVisibleAndComesToTheFront) {
   makeWindow({300, 200});
   page.load(kRedPage);
   const auto minimise = [this] {
@@ -288,7 +286,7 @@ TEST_F(GtkWindowPort, minimisedItIsNotVisibleAndComesToTheFront) {
       << "and not as an icon";
 }
 
-TEST_F(GtkWindowPort, isShownInFrontAndWithTheKeyboard) {
+TEST_F(WindowTest, isShownInFrontAndWithTheKeyboard) {
   HostWindow host(900, 700);
   makeWindow({300, 200});
   page.load(kRedPage);
@@ -302,14 +300,14 @@ TEST_F(GtkWindowPort, isShownInFrontAndWithTheKeyboard) {
   }
 }
 
-TEST_F(GtkWindowPort, aWindowWithoutExtentIsOnTheScreenThatItLiesOn) {
+TEST_F(WindowTest, aWindowWithoutExtentIsOnTheScreenThatItLiesOn) {
   makeWindow({0, 0});
   EXPECT_NE(window->screen(), nullptr);
   window->setFrame({{100, 100}, {0, 0}});
   EXPECT_NE(window->screen(), nullptr);
 }
 
-TEST_F(GtkWindowPort, releasedWindowLeavesItsContentAlone) {
+TEST_F(WindowTest, releasedWindowLeavesItsContentAlone) {
   makeWindow({300, 200});
   window->makeKeyAndOrderFront();
   serveLoop();
@@ -318,7 +316,7 @@ TEST_F(GtkWindowPort, releasedWindowLeavesItsContentAlone) {
   page.loadAndWait("<p>still here</p>");
 }
 
-TEST_F(TwoMonitors, screenIsTheOneThatMostOfTheWindowIsOn) {
+TEST_F(WindowTest, onTwoMonitorsTheScreenIsTheOneThatHoldsMostOfTheWindow) {
   makeWindow({300, 200});
   page.load(kRedPage);
   window->makeKeyAndOrderFront();

@@ -1,17 +1,17 @@
 #include <filesystem>
 #include <fstream>
 
-#include "platform/gtk/GtkTest.h"
 #include "platform/linux/UserFolders.h"
+#include "support/gtk/GtkTest.h"
 
 namespace qorix::test {
 
 namespace {
 
 /// A desktop on which a program of the test's opens some schemes: it writes down what it gets.
-class GtkWorkspace : public GtkTest {
+class WorkspaceTest : public GtkTest {
  protected:
-  GtkWorkspace() {
+  WorkspaceTest() {
     const std::filesystem::path applications =
         std::filesystem::path(userDataFolder()) / "applications";
     std::filesystem::create_directories(applications);
@@ -39,7 +39,7 @@ class GtkWorkspace : public GtkTest {
 
 }  // namespace
 
-TEST_F(GtkWorkspace, handsTheExactAddressToTheHandlerOfItsScheme) {
+TEST_F(WorkspaceTest, handsTheExactAddressToTheHandlerOfItsScheme) {
   const std::vector<std::string> addresses = {
       "https://example.com/more?a=1&zamopenout=1&q=%20%41'\"#top",
       "macappstore://apps.example.com/app/id1?mt=12&LS=1", "qorixtest:anything|at;all$HOME"};
@@ -51,7 +51,7 @@ TEST_F(GtkWorkspace, handsTheExactAddressToTheHandlerOfItsScheme) {
   }
 }
 
-TEST_F(GtkWorkspace, anAddressThatNothingOpensIsDroppedSilently) {
+TEST_F(WorkspaceTest, anAddressThatNothingOpensIsDroppedSilently) {
   platform().workspace->openUrl(Url::fromWebEngine("nobody-opens-this:x"));
   platform().workspace->openUrl(Url::fromWebEngine("no address at all"));
   platform().workspace->openUrl(Url::fromWebEngine(""));

@@ -64,7 +64,7 @@ class CurlUrlSessionTest : public ::testing::Test {
 
   void start(const std::string& url) { session_->startDataTask(Url::parse(url).value()); }
 
-  /// Fetches `url` and answers how that ended.
+  /// Fetches `url` and returns the outcome.
   std::optional<Error> fetch(const std::string& url) {
     if (session_ == nullptr) {
       open();
@@ -410,11 +410,13 @@ TEST_F(CurlUrlSessionTest, aHandshakeThatNeverEndsEndsAtTheIdleLimit) {
 TEST_F(CurlUrlSessionTest, theIdleLimitIsNoLimitOnTheWhole) {
   constexpr auto kLimit = std::chrono::milliseconds(1'500);
   const auto end = Clock::now() + 2 * kLimit;
-  RawServer server([end](RawServer::Connection& connection) {
+  RawServer server([this, end](RawServer::Connection& connection) {
     connection.readRequest();
     connection.send("HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n");
-    while (Clock::now() < end && connection.send("1\r\nx\r\n")) {
-      std::this_thread::yield();
+    // Each piece is waited for, so that the body stays small.
+    for (std::size_t size = 1;
+         Clock::now() < end && connection.send("1\r\nx\r\n") && delegate_->waitForBodySize(size);
+         ++size) {
     }
     connection.send("0\r\n\r\n");
   });
@@ -764,7 +766,11 @@ TEST_F(CurlUrlSessionTest, aTaskTakesADelegateThatOwnsItsSessionAlong) {
   };
   server_.setAnswer("/ad.xml",
                     {.body = {"te", "xt"}, .isChunked = true, .waitsBetweenPieces = true});
-  auto owner = std::make_shared<Owner>();
+  const auto gone = std::make_shared<std::promise<void>>();
+  std::shared_ptr<Owner> owner(new Owner, [gone](const Owner* each) {
+    delete each;
+    gone->set_value();
+  });
   const std::weak_ptr<Owner> watch = owner;
   std::promise<std::string> body;
   owner->onCompletion = [&body, raw = owner.get()] { body.set_value(raw->body()); };
@@ -775,11 +781,7 @@ TEST_F(CurlUrlSessionTest, aTaskTakesADelegateThatOwnsItsSessionAlong) {
   EXPECT_FALSE(watch.expired());
   server_.releasePiece();
   EXPECT_EQ(body.get_future().get(), "text");
-  const auto deadline = Clock::now() + std::chrono::seconds(10);
-  while (!watch.expired() && Clock::now() < deadline) {
-    std::this_thread::yield();
-  }
-  EXPECT_TRUE(watch.expired());
+  EXPECT_EQ(gone->get_future().wait_for(std::chrono::seconds(10)), std::future_status::ready);
 }
 
 TEST_F(CurlUrlSessionTest, nothingIsFetchedForADelegateThatIsGone) {
@@ -808,25 +810,24 @@ TEST_F(CurlUrlSessionTest, manySessionsComeAndGo) {
 
 // The end of the process.
 
-class CurlUrlSessionDeathTest : public CurlUrlSessionTest {
- protected:
-  CurlUrlSessionDeathTest() { ::testing::FLAGS_gtest_death_test_style = "threadsafe"; }
+/// The code that exits runs in a new process, not in a fork: a fork has no threads.
+void endInAProcessOfItsOwn() { GTEST_FLAG_SET(death_test_style, "threadsafe"); }
 
-  /// Leaves a transfer under way and returns; as in a host, its objects are never destroyed.
-  static void leaveTransferUnderWay(Security security) {
-    static auto& server = *new LoopbackServer(security);
-    server.setAnswer("/ad.xml", {.body = {"first"}, .ending = Ending::stall});
-    static auto& delegate = *new std::shared_ptr<RecordingUrlSessionDelegate>(
-        std::make_shared<RecordingUrlSessionDelegate>());
-    static auto& session = *new std::shared_ptr<UrlSession>(
-        CurlUrlSessionFactory({.certificateAuthorityFile = server.certificateFile()})
-            .createEphemeralSession(delegate));
-    session->startDataTask(Url::parse(server.url("/ad.xml")).value());
-    delegate->waitForBodySize(5);
-  }
-};
+/// Leaves a transfer under way and returns; as in a host, its objects are never destroyed.
+void leaveTransferUnderWay(Security security) {
+  static auto& server = *new LoopbackServer(security);
+  server.setAnswer("/ad.xml", {.body = {"first"}, .ending = Ending::stall});
+  static auto& delegate = *new std::shared_ptr<RecordingUrlSessionDelegate>(
+      std::make_shared<RecordingUrlSessionDelegate>());
+  static auto& session = *new std::shared_ptr<UrlSession>(
+      CurlUrlSessionFactory({.certificateAuthorityFile = server.certificateFile()})
+          .createEphemeralSession(delegate));
+  session->startDataTask(Url::parse(server.url("/ad.xml")).value());
+  delegate->waitForBodySize(5);
+}
 
-TEST_F(CurlUrlSessionDeathTest, exitEndsTransfersUnderWay) {
+TEST_F(CurlUrlSessionTest, exitEndsTransfersUnderWay) {
+  endInAProcessOfItsOwn();
   EXPECT_EXIT(
       {
         leaveTransferUnderWay(Security::plain);
@@ -835,7 +836,8 @@ TEST_F(CurlUrlSessionDeathTest, exitEndsTransfersUnderWay) {
       ::testing::ExitedWithCode(0), "");
 }
 
-TEST_F(CurlUrlSessionDeathTest, exitEndsEncryptedTransfersUnderWay) {
+TEST_F(CurlUrlSessionTest, exitEndsEncryptedTransfersUnderWay) {
+  endInAProcessOfItsOwn();
   EXPECT_EXIT(
       {
         leaveTransferUnderWay(Security::tls);
@@ -844,7 +846,8 @@ TEST_F(CurlUrlSessionDeathTest, exitEndsEncryptedTransfersUnderWay) {
       ::testing::ExitedWithCode(0), "");
 }
 
-TEST_F(CurlUrlSessionDeathTest, exitMayBeCalledInsideACallOfTheDelegate) {
+TEST_F(CurlUrlSessionTest, exitMayBeCalledInsideACallOfTheDelegate) {
+  endInAProcessOfItsOwn();
   EXPECT_EXIT(
       {
         static auto& server = *new LoopbackServer;
@@ -872,7 +875,7 @@ constexpr bool kLimitsMemory = false;
 constexpr bool kLimitsMemory = true;
 #endif
 
-/// From now on the process has so many bytes of memory left.
+/// From now on the process can allocate `bytes` bytes more.
 void limitMemory(::rlim_t bytes) {
   if (kLimitsMemory) {
     ::rlim_t pages = 0;
@@ -883,7 +886,8 @@ void limitMemory(::rlim_t bytes) {
   }
 }
 
-TEST_F(CurlUrlSessionDeathTest, aBombIsAnErrorWhereMemoryIsShort) {
+TEST_F(CurlUrlSessionTest, aBombIsAnErrorWhereMemoryIsShort) {
+  endInAProcessOfItsOwn();
   EXPECT_EXIT(
       {
         std::string bomb;  // of 400 MiB

@@ -14,14 +14,14 @@ std::string pathOf(const Bundle& bundle) {
   return text.substr(std::string("file://").size());
 }
 
-TEST(HostBundle, isTheRunningProgramUnderItsIdentifier) {
+TEST(LinuxBundleTest, isTheRunningProgramUnderItsIdentifier) {
   const auto bundle = hostBundle("com.example.editor");
   EXPECT_EQ(bundle->bundleIdentifier(), "com.example.editor");
   EXPECT_EQ(bundle->executableUrl(),
             Url::fileUrl(std::filesystem::read_symlink("/proc/self/exe").string()));
 }
 
-TEST(LibraryBundle, isTheFileThatHoldsTheLibrary) {
+TEST(LinuxBundleTest, isTheFileThatHoldsTheLibrary) {
   const auto bundle = libraryBundle();
   EXPECT_EQ(bundle->bundleIdentifier(), std::nullopt);
   const std::filesystem::path path = pathOf(*bundle);
@@ -29,7 +29,7 @@ TEST(LibraryBundle, isTheFileThatHoldsTheLibrary) {
   EXPECT_EQ(path.filename(), "qorix-linux-tests");  // it holds all that it tests
 }
 
-TEST(LibraryBundle, doesNotDependOnTheCurrentFolder) {
+TEST(LinuxBundleTest, doesNotDependOnTheCurrentFolder) {
   const std::string before = pathOf(*libraryBundle());
   ASSERT_EQ(::chdir("/"), 0);
   EXPECT_EQ(pathOf(*libraryBundle()), before);

@@ -11,7 +11,7 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::Optional;
 
-TEST(LanguageTag, isBcp47WithTheRegion) {
+TEST(PreferredLanguagesTest, isBcp47WithTheRegion) {
   const std::pair<const char*, const char*> kCases[] = {
       {"pt_BR.UTF-8", "pt-BR"},
       {"de_DE@euro", "de-DE"},
@@ -30,7 +30,7 @@ TEST(LanguageTag, isBcp47WithTheRegion) {
   }
 }
 
-TEST(LanguageTag, chineseCarriesItsScript) {
+TEST(PreferredLanguagesTest, chineseCarriesItsScript) {
   const std::pair<const char*, const char*> kCases[] = {
       {"zh_CN.UTF-8", "zh-Hans-CN"}, {"zh_SG", "zh-Hans-SG"},      {"zh_TW", "zh-Hant-TW"},
       {"zh_HK.UTF-8", "zh-Hant-HK"}, {"zh_MO", "zh-Hant-MO"},      {"zh", "zh-Hans"},
@@ -41,7 +41,7 @@ TEST(LanguageTag, chineseCarriesItsScript) {
   }
 }
 
-TEST(LanguageTag, isNothingForWhatIsNoLanguage) {
+TEST(PreferredLanguagesTest, isNothingForWhatIsNoLanguage) {
   for (const char* locale :
        {"", "C", "POSIX", "C.UTF-8", "_DE", "d", "deutsch", "de_DEU", "de_D", "de_DE_1996", "12_DE",
         "d\xC3\xA9_FR", "/usr/share/locale/de", "../de", ".UTF-8", "@euro"}) {
@@ -49,12 +49,12 @@ TEST(LanguageTag, isNothingForWhatIsNoLanguage) {
   }
 }
 
-TEST(PreferredLanguages, theListComesFirstInItsOrder) {
+TEST(PreferredLanguagesTest, theListComesFirstInItsOrder) {
   EXPECT_THAT(preferredLanguages({.language = "pt_BR:pt:en", .lcAll = "de_DE.UTF-8"}),
               Optional(ElementsAre("pt-BR", "pt", "en")));
 }
 
-TEST(PreferredLanguages, theFirstLocaleThatIsSetDecidesWithoutAList) {
+TEST(PreferredLanguagesTest, theFirstLocaleThatIsSetDecidesWithoutAList) {
   EXPECT_THAT(preferredLanguages({.lcAll = "de_DE", .lcMessages = "fr_FR", .lang = "it_IT"}),
               Optional(ElementsAre("de-DE")));
   EXPECT_THAT(preferredLanguages({.lcMessages = "fr_FR", .lang = "it_IT"}),
@@ -62,31 +62,31 @@ TEST(PreferredLanguages, theFirstLocaleThatIsSetDecidesWithoutAList) {
   EXPECT_THAT(preferredLanguages({.lang = "it_IT"}), Optional(ElementsAre("it-IT")));
 }
 
-TEST(PreferredLanguages, theListIsIgnoredInTheCLocale) {
+TEST(PreferredLanguagesTest, theListIsIgnoredInTheCLocale) {
   EXPECT_EQ(preferredLanguages({.language = "de:en", .lcAll = "C"}), std::nullopt);
   EXPECT_EQ(preferredLanguages({.language = "de:en", .lang = "POSIX"}), std::nullopt);
   EXPECT_EQ(preferredLanguages({.language = "de", .lcMessages = "C", .lang = "fr_FR"}),
             std::nullopt);
 }
 
-TEST(PreferredLanguages, theListCountsInTheCLocaleWithACharacterSetAndWithoutAnyLocale) {
+TEST(PreferredLanguagesTest, theListCountsInTheCLocaleWithACharacterSetAndWithoutAnyLocale) {
   EXPECT_THAT(preferredLanguages({.language = "de", .lang = "C.UTF-8"}),
               Optional(ElementsAre("de")));
   EXPECT_THAT(preferredLanguages({.language = "de"}), Optional(ElementsAre("de")));
 }
 
-TEST(PreferredLanguages, entriesThatAreNoLanguageAreDropped) {
+TEST(PreferredLanguagesTest, entriesThatAreNoLanguageAreDropped) {
   EXPECT_THAT(preferredLanguages({.language = ":C::de_DE:POSIX:nonsense:en:", .lang = "de_DE"}),
               Optional(ElementsAre("de-DE", "en")));
 }
 
-TEST(PreferredLanguages, areAbsentWhenNothingRemains) {
+TEST(PreferredLanguagesTest, areAbsentWhenNothingRemains) {
   EXPECT_EQ(preferredLanguages({}), std::nullopt);
   EXPECT_EQ(preferredLanguages({.lang = "C.UTF-8"}), std::nullopt);
   EXPECT_EQ(preferredLanguages({.language = "C:nonsense", .lang = "de_DE"}), std::nullopt);
 }
 
-TEST(PreferredLanguages, areReadFromTheEnvironment) {
+TEST(PreferredLanguagesTest, areReadFromTheEnvironment) {
   ::setenv("LANGUAGE", "zh_TW:en", 1);
   ::setenv("LC_ALL", "", 1);
   ::setenv("LC_MESSAGES", "", 1);

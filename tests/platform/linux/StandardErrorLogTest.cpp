@@ -22,7 +22,7 @@ std::vector<std::string> linesOf(const std::string& text) {
   return lines;
 }
 
-TEST(StandardErrorLog, writesTimeAndProcessBeforeTheMessage) {
+TEST(StandardErrorLogTest, writesTimeAndProcessBeforeTheMessage) {
   CaptureStderr();
   StandardErrorLog().write("ZAM dSuccess");
   const std::string process = "\\[" + std::to_string(::getpid()) + "\\]";
@@ -32,7 +32,7 @@ TEST(StandardErrorLog, writesTimeAndProcessBeforeTheMessage) {
                                                            process + " ZAM dSuccess\n"));
 }
 
-TEST(StandardErrorLog, aMessageCannotLookLikeTwoLines) {
+TEST(StandardErrorLogTest, aMessageCannotLookLikeTwoLines) {
   CaptureStderr();
   StandardErrorLog().write("first\n2024-01-01 00:00:00.000 host[1] second\r\n");
   const auto lines = linesOf(GetCapturedStderr());
@@ -41,17 +41,17 @@ TEST(StandardErrorLog, aMessageCannotLookLikeTwoLines) {
               ::testing::HasSubstr("first\\n2024-01-01 00:00:00.000 host[1] second\\r\\n"));
 }
 
-TEST(StandardErrorLog, writesControlCharactersOut) {
+TEST(StandardErrorLogTest, writesControlCharactersOut) {
   EXPECT_EQ(escapedForLog(std::string("a\0b\x1B[31m\tc\x7F", 11)), "a\\x00b\\x1B[31m\\tc\\x7F");
   EXPECT_EQ(escapedForLog("next\xC2\x85line \xC2\x9B"), "next\\xC2\\x85line \\xC2\\x9B");
 }
 
-TEST(StandardErrorLog, leavesEveryOtherTextAlone) {
+TEST(StandardErrorLogTest, leavesEveryOtherTextAlone) {
   const std::string text = "\"\\n\" 100% \xC2\xA9 \xC3\xA4\xE4\xB8\xAD\xF0\x9F\x98\x80 \xC2";
   EXPECT_EQ(escapedForLog(text), text);
 }
 
-TEST(StandardErrorLog, linesOfSeveralThreadsStayWhole) {
+TEST(StandardErrorLogTest, linesOfSeveralThreadsStayWhole) {
   CaptureStderr();
   StandardErrorLog log;
   std::vector<std::thread> threads;

@@ -3,9 +3,9 @@
 #include <qorix/MyPushAdManager.h>
 #include <qorix/MyPushAdNotifications.h>
 
-#include "platform/gtk/GtkTest.h"
 #include "support/LoopbackServer.h"
 #include "support/Records.h"
+#include "support/gtk/GtkTest.h"
 
 namespace qorix::test {
 
@@ -14,9 +14,9 @@ namespace {
 enum class End { destroyView, destroyWindow };
 
 /// The test's process is the host: the manager and the shared window live as they do there.
-class HostLife : public GtkTest, public testing::WithParamInterface<End> {
+class HostLifeTest : public GtkTest, public testing::WithParamInterface<End> {
  protected:
-  HostLife() {
+  HostLifeTest() {
     host_.show();
     platform()
         .notificationCenter
@@ -67,7 +67,7 @@ class HostLife : public GtkTest, public testing::WithParamInterface<End> {
     isDestroyed_ = true;
   }
 
-  /// Ends the host's part; whatever was under way goes on and must find everything that it needs.
+  /// The host ends its part. What was under way continues and must still find all it needs.
   void end() {
     destroy();
     bool isLater = false;
@@ -84,31 +84,31 @@ class HostLife : public GtkTest, public testing::WithParamInterface<End> {
 
 }  // namespace
 
-TEST_P(HostLife, whileWaitingForADefinition) {
+TEST_P(HostLifeTest, whileWaitingForADefinition) {
   MyPushAdManager::sharedPushAdManager()->prepareAndShowAdWithHostView(
       host_.view(), MyPushAdFileHostModeWebServer, "http://127.0.0.1:9/");
   end();
 }
 
-TEST_P(HostLife, whileTheShowingIsScheduled) {
+TEST_P(HostLifeTest, whileTheShowingIsScheduled) {
   request({.embed = 1, .delay = 0}, kPage);
   end();
 }
 
-TEST_P(HostLife, whileThePageIsLoading) {
+TEST_P(HostLifeTest, whileThePageIsLoading) {
   request({.embed = 1}, kPage);
   waitForShowing();
   end();
 }
 
-TEST_P(HostLife, whileABannerIsShown) {
+TEST_P(HostLifeTest, whileABannerIsShown) {
   request({.embed = 1}, kPage);
   waitForShowing();
   waitForPage();
   end();
 }
 
-TEST_P(HostLife, afterABannerWasClosed) {
+TEST_P(HostLifeTest, afterABannerWasClosed) {
   request({.embed = 1}, kPage);
   waitForShowing();
   waitForPage();
@@ -116,15 +116,15 @@ TEST_P(HostLife, afterABannerWasClosed) {
   end();
 }
 
-TEST_P(HostLife, whileAPopupIsShown) {
+TEST_P(HostLifeTest, whileAPopupIsShown) {
   request({.embed = 0}, kPage);
   waitForShowing();
   waitForPage();
   end();
 }
 
-TEST_P(HostLife, whileAScriptOfThePageRuns) {
-  // The page tells the server that it has been asked, and then takes its time; the host acts
+TEST_P(HostLifeTest, whileAScriptOfThePageRuns) {
+  // The page reports to the server that it was called, and then is slow; the host acts
   // meanwhile.
   LoopbackServer server;
   request({.embed = 1},
@@ -153,7 +153,7 @@ TEST_P(HostLife, whileAScriptOfThePageRuns) {
   ASSERT_TRUE(waitFor([&isLater] { return isLater; }));
 }
 
-INSTANTIATE_TEST_SUITE_P(Ends, HostLife, testing::Values(End::destroyView, End::destroyWindow),
+INSTANTIATE_TEST_SUITE_P(Ends, HostLifeTest, testing::Values(End::destroyView, End::destroyWindow),
                          [](const auto& each) {
                            return each.param == End::destroyView ? "destroyView" : "destroyWindow";
                          });

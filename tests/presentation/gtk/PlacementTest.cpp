@@ -8,10 +8,10 @@
 #include <qorix/MyPushAdNotifications.h>
 #include <qorix/MyPushAdOperator.h>
 
-#include "platform/gtk/GtkTest.h"
 #include "platform/gtk/WidgetView.h"
 #include "presentation/AdFrameLayout.h"
 #include "support/Records.h"
+#include "support/gtk/GtkTest.h"
 
 namespace qorix::test {
 
@@ -24,9 +24,9 @@ std::string describe(const GdkRectangle& box) {
          std::to_string(box.width) + ", " + std::to_string(box.height) + ")";
 }
 
-class Placement : public GtkTest {
+class PlacementTest : public GtkTest {
  protected:
-  Placement() {
+  PlacementTest() {
     for (const char* name : {kPushAdWillShowNotification, kPushAdDidCloseNotification}) {
       platform()
           .notificationCenter
@@ -108,23 +108,21 @@ class Placement : public GtkTest {
   std::vector<std::string> events;
 };
 
-class TwoMonitorsPlacement : public Placement {};
-
 }  // namespace
 
 // A page draws nothing below a few pixels, so the numbers leave something to be seen everywhere.
 
-TEST_F(Placement, topRightBannerFollowsItsHost) { expectBannerToFollowItsHost(1); }
-TEST_F(Placement, rightBannerFollowsItsHost) { expectBannerToFollowItsHost(2); }
-TEST_F(Placement, bottomRightBannerFollowsItsHost) { expectBannerToFollowItsHost(3); }
-TEST_F(Placement, bottomBannerFollowsItsHost) { expectBannerToFollowItsHost(4); }
-TEST_F(Placement, bottomLeftBannerFollowsItsHost) { expectBannerToFollowItsHost(5); }
-TEST_F(Placement, leftBannerFollowsItsHost) { expectBannerToFollowItsHost(6); }
-TEST_F(Placement, topLeftBannerFollowsItsHost) { expectBannerToFollowItsHost(7); }
-TEST_F(Placement, topBannerFollowsItsHost) { expectBannerToFollowItsHost(8); }
-TEST_F(Placement, fallbackBannerFollowsItsHost) { expectBannerToFollowItsHost(9); }
+TEST_F(PlacementTest, topRightBannerFollowsItsHost) { expectBannerToFollowItsHost(1); }
+TEST_F(PlacementTest, rightBannerFollowsItsHost) { expectBannerToFollowItsHost(2); }
+TEST_F(PlacementTest, bottomRightBannerFollowsItsHost) { expectBannerToFollowItsHost(3); }
+TEST_F(PlacementTest, bottomBannerFollowsItsHost) { expectBannerToFollowItsHost(4); }
+TEST_F(PlacementTest, bottomLeftBannerFollowsItsHost) { expectBannerToFollowItsHost(5); }
+TEST_F(PlacementTest, leftBannerFollowsItsHost) { expectBannerToFollowItsHost(6); }
+TEST_F(PlacementTest, topLeftBannerFollowsItsHost) { expectBannerToFollowItsHost(7); }
+TEST_F(PlacementTest, topBannerFollowsItsHost) { expectBannerToFollowItsHost(8); }
+TEST_F(PlacementTest, fallbackBannerFollowsItsHost) { expectBannerToFollowItsHost(9); }
 
-TEST_F(Placement, aBannerOfAHostThatIsShownLateIsThereWithIt) {
+TEST_F(PlacementTest, aBannerOfAHostThatIsShownLateIsThereWithIt) {
   const RecordOf values{.embed = 1, .width = 100, .height = 60};
   HostWindow host(400, 300);
   present(host.view(), redRecord(values));
@@ -133,7 +131,7 @@ TEST_F(Placement, aBannerOfAHostThatIsShownLateIsThereWithIt) {
   expectBanner(host, values, "once the host is shown");
 }
 
-TEST_F(Placement, aBannerGoesWithAHostThatIsReparented) {
+TEST_F(PlacementTest, aBannerGoesWithAHostThatIsReparented) {
   const RecordOf values{.embed = 3, .width = 100, .height = 60};
   HostWindow host(400, 300);
   host.show();
@@ -166,7 +164,7 @@ TEST_F(Placement, aBannerGoesWithAHostThatIsReparented) {
   gtk_widget_destroy(other);
 }
 
-TEST_F(Placement, thePopupsContentIsInTheMiddleOfTheWorkArea) {
+TEST_F(PlacementTest, thePopupsContentIsInTheMiddleOfTheWorkArea) {
   const auto presenter = present(nullptr, redRecord({.embed = 0, .width = 400, .height = 300}));
   expectRed({(1280 - 400) / 2, (1024 - 300) / 2, 400, 300}, "content");
   const Window& window = *presenter->popupAdWindow();
@@ -174,7 +172,7 @@ TEST_F(Placement, thePopupsContentIsInTheMiddleOfTheWorkArea) {
   EXPECT_GT(window.frame().size.height, 300) << "the title bar sits above";
 }
 
-TEST_F(Placement, panelsOfTheDesktopTakeTheirPartOfTheWorkArea) {
+TEST_F(PlacementTest, panelsOfTheDesktopTakeTheirPartOfTheWorkArea) {
   constexpr int kPanelHeight = 40;
   GtkWidget* panel = gtk_window_new(GTK_WINDOW_TOPLEVEL);
   gtk_window_set_type_hint(GTK_WINDOW(panel), GDK_WINDOW_TYPE_HINT_DOCK);
@@ -196,7 +194,7 @@ TEST_F(Placement, panelsOfTheDesktopTakeTheirPartOfTheWorkArea) {
   gtk_widget_destroy(panel);
 }
 
-TEST_F(Placement, thePopupFloatsOverOrdinaryWindows) {
+TEST_F(PlacementTest, thePopupFloatsOverOrdinaryWindows) {
   present(nullptr, redRecord({.embed = 0, .width = 400, .height = 300}));
   expectRed({(1280 - 400) / 2, (1024 - 300) / 2, 400, 300}, "content");
   HostWindow host(900, 800);
@@ -207,7 +205,7 @@ TEST_F(Placement, thePopupFloatsOverOrdinaryWindows) {
   expectRed({(1280 - 400) / 2, (1024 - 300) / 2, 400, 300}, "above the host's window");
 }
 
-TEST_F(Placement, thePopupIsClosedByItsUserAndShownAgainByALaterPresenter) {
+TEST_F(PlacementTest, thePopupIsClosedByItsUserAndShownAgainByALaterPresenter) {
   const auto first = present(nullptr, redRecord({.embed = 0, .width = 400, .height = 300}));
   expectRed({(1280 - 400) / 2, (1024 - 300) / 2, 400, 300}, "content");
   run({"wmctrl", "-F", "-c", "Pop-up"});
@@ -223,7 +221,7 @@ TEST_F(Placement, thePopupIsClosedByItsUserAndShownAgainByALaterPresenter) {
   EXPECT_EQ(events.size(), 3U);
 }
 
-TEST_F(Placement, aPopupWithoutASizeCanBeSeenAndClosed) {
+TEST_F(PlacementTest, aPopupWithoutASizeCanBeSeenAndClosed) {
   const auto presenter = present(nullptr, redRecord({.embed = 0, .width = 0, .height = 300}));
   const Window& window = *presenter->popupAdWindow();
   const Size outer = window.frame().size;
@@ -247,7 +245,7 @@ TEST_F(Placement, aPopupWithoutASizeCanBeSeenAndClosed) {
   expectRed({(1280 - 300) / 2, (1024 - 200) / 2, 300, 200}, "a later one");
 }
 
-TEST_F(Placement, aPopupWhoseWindowIsDestroyedIsClosedOnceAndALaterOneIsSeen) {
+TEST_F(PlacementTest, aPopupWhoseWindowIsDestroyedIsClosedOnceAndALaterOneIsSeen) {
   const auto first = present(nullptr, redRecord({.embed = 0, .width = 400, .height = 300}));
   expectRed({(1280 - 400) / 2, (1024 - 300) / 2, 400, 300}, "content");
   gtk_widget_destroy(toplevelOf(*first));
@@ -263,7 +261,7 @@ TEST_F(Placement, aPopupWhoseWindowIsDestroyedIsClosedOnceAndALaterOneIsSeen) {
   EXPECT_EQ(std::count(events.begin(), events.end(), kPushAdDidCloseNotification), 3);
 }
 
-TEST_F(Placement, aLaterPopupBringsAMinimisedOneToTheFront) {
+TEST_F(PlacementTest, aLaterPopupBringsAMinimisedOneToTheFront) {
   const auto first = present(nullptr, redRecord({.embed = 0, .width = 400, .height = 300}));
   expectRed({(1280 - 400) / 2, (1024 - 300) / 2, 400, 300}, "content");
   gtk_window_iconify(GTK_WINDOW(toplevelOf(*first)));
@@ -273,7 +271,7 @@ TEST_F(Placement, aLaterPopupBringsAMinimisedOneToTheFront) {
   expectRed({(1280 - 300) / 2, (1024 - 200) / 2, 300, 200}, "in front");
 }
 
-TEST_F(Placement, nothingIsToldOrLoadedForAHostThatIsDestroyedBeforeTheShowing) {
+TEST_F(PlacementTest, nothingIsToldOrLoadedForAHostThatIsDestroyedBeforeTheShowing) {
   HostWindow host(400, 300);
   host.show();
   const auto held = host.view();
@@ -292,7 +290,7 @@ TEST_F(Placement, nothingIsToldOrLoadedForAHostThatIsDestroyedBeforeTheShowing) 
       "");
 }
 
-TEST_F(TwoMonitorsPlacement, thePopupIsInTheMiddleOfItsOwnMonitor) {
+TEST_F(PlacementTest, onTwoMonitorsThePopupIsInTheMiddleOfItsOwn) {
   const auto presenter = present(nullptr, redRecord({.embed = 0, .width = 400, .height = 300}));
   presenter->popupAdWindow()->setFrame({{900, 300}, {300, 200}});  // on the second, before it shows
   expectRed({800 + 200, (900 - 300) / 2, 400, 300}, "on the second monitor");

@@ -2,12 +2,12 @@
 
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <cstdlib>
 #include <memory>
 #include <string>
 
 #include "support/ChildProcess.h"
+#include "support/Wait.h"
 
 namespace qorix::test {
 
@@ -45,14 +45,13 @@ int screenWidth() { return picture()->width(); }
 int screenHeight() { return picture()->height(); }
 
 PixelBox waitForColor(const Pixel& color, int width, int height) {
-  const auto deadline = std::chrono::steady_clock::now() + std::chrono::duration<double>(kPatience);
-  for (;;) {
-    const PixelBox box = picture()->boxOf(color);
-    if ((box.width == width && box.height == height) ||
-        std::chrono::steady_clock::now() > deadline) {
-      return box;
-    }
-  }
+  PixelBox box;
+  const auto isThere = [&] {
+    box = picture()->boxOf(color);
+    return box.width == width && box.height == height;
+  };
+  waitUntil(isThere, kPatience);
+  return box;
 }
 
 void clickAt(int x, int y) {

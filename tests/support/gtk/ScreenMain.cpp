@@ -4,7 +4,7 @@
 
 #include "support/Screen.h"
 
-// Every run has a display of its own; a list of the tests needs none.
+// Every run starts its own display. Listing the tests needs none.
 int main(int argc, char** argv) {
   testing::InitGoogleTest(&argc, argv);
   if (testing::GTEST_FLAG(list_tests)) {

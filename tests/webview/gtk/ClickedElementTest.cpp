@@ -12,7 +12,7 @@ using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 
-class ClickedElement : public ControllerTest {
+class ClickedElementTest : public ControllerTest {
  protected:
   /// A link that fills the line, as tall as 40 pixels, with text at its left end.
   static std::string link(const std::string& attributes, const std::string& content = "Link") {
@@ -31,7 +31,7 @@ class ClickedElement : public ControllerTest {
 
 }  // namespace
 
-TEST_F(ClickedElement, textThatCannotBeSelectedIsStillText) {
+TEST_F(ClickedElementTest, textThatCannotBeSelectedIsStillText) {
   show(link("id='cocoa_close_web' href='" + server.url("/followed") + "'") +
        "<style>#cocoa_close_web { user-select: none; -webkit-user-select: none; }</style>");
   clickText("cocoa_close_web");
@@ -40,7 +40,7 @@ TEST_F(ClickedElement, textThatCannotBeSelectedIsStillText) {
   EXPECT_EQ(server.requests().size(), 1U);
 }
 
-TEST_F(ClickedElement, textBetweenOtherContentIsText) {
+TEST_F(ClickedElementTest, textBetweenOtherContentIsText) {
   show(link("id='cocoa_close_web' href='" + server.url("/followed") + "'",
             "<!-- x --><i></i><b style='float:right'>b</b>Text<br>"));
   clickText("cocoa_close_web");
@@ -48,7 +48,7 @@ TEST_F(ClickedElement, textBetweenOtherContentIsText) {
   EXPECT_THAT(delegate->reports, IsEmpty());
 }
 
-TEST_F(ClickedElement, aMarkThatTheLinksOwnHandlerAddsCounts) {
+TEST_F(ClickedElementTest, aMarkThatTheLinksOwnHandlerAddsCounts) {
   show(link("id='a' href='https://example.com/a' onclick=\"this.className = 'zamopenout';"
             " this.id = 'changed'; event.stopImmediatePropagation()\"") +
        link("id='b' class='zamopenout' href='" + server.url("/followed") +
@@ -62,7 +62,7 @@ TEST_F(ClickedElement, aMarkThatTheLinksOwnHandlerAddsCounts) {
   EXPECT_EQ(server.requests().size(), 1U) << "a mark that it takes away does not count";
 }
 
-TEST_F(ClickedElement, aMarkThatAHandlerAroundTheLinkAddsCounts) {
+TEST_F(ClickedElementTest, aMarkThatAHandlerAroundTheLinkAddsCounts) {
   show(link("id='a' href='https://example.com/a'") + link("id='b' href='https://example.com/b'") +
        "<script>const mark = (event) => { event.target.className = 'zamopeniap'; };"
        "addEventListener('click', mark);"
@@ -76,7 +76,7 @@ TEST_F(ClickedElement, aMarkThatAHandlerAroundTheLinkAddsCounts) {
               ElementsAre("purchase https://example.com/a", "purchase https://example.com/b"));
 }
 
-TEST_F(ClickedElement, aMarkAddedOnTheWayOfAScriptsClickCounts) {
+TEST_F(ClickedElementTest, aMarkAddedOnTheWayOfAScriptsClickCounts) {
   show(link("id='a' href='https://example.com/a' onclick=\"this.className = 'zamopenout'\"") +
        link("id='b' href='https://example.com/b' onclick=\"this.className = 'zamopenout';"
             " event.stopImmediatePropagation()\""));
@@ -87,7 +87,7 @@ TEST_F(ClickedElement, aMarkAddedOnTheWayOfAScriptsClickCounts) {
   EXPECT_THAT(workspace->opened, ElementsAre("https://example.com/a", "https://example.com/b"));
 }
 
-TEST_F(ClickedElement, theAnnouncementReadsTheElementLaterThanTheQuestion) {
+TEST_F(ClickedElementTest, theAnnouncementReadsTheElementLaterThanTheQuestion) {
   show(link("id='a' class='zamopenout' href='https://example.com/a'") +
        link("id='b' class='zamopenout' href='https://example.com/b'"));
   evaluate(
@@ -100,14 +100,14 @@ TEST_F(ClickedElement, theAnnouncementReadsTheElementLaterThanTheQuestion) {
                                      "{(idName is b-later)(className is none)}"));
 }
 
-TEST_F(ClickedElement, aScriptsClickIsDecidedThoughTheScriptGoesOn) {
+TEST_F(ClickedElementTest, aScriptsClickIsDecidedThoughTheScriptGoesOn) {
   show(link("id='a' class='zamopenout' href='https://example.com/a'"));
   evaluate("setTimeout(() => { document.getElementById('a').click(); for (;;) {} }, 0); 1");
   ASSERT_TRUE(waitFor([&] { return announced.size() == 1; }));
   EXPECT_THAT(workspace->opened, ElementsAre("https://example.com/a"));
 }
 
-TEST_F(ClickedElement, namesInThePageHideNoTextAndNoMark) {
+TEST_F(ClickedElementTest, namesInThePageHideNoTextAndNoMark) {
   std::string names;
   for (const char* name : {"caretRangeFromPoint", "createRange", "webkit", "composedPath", "Range",
                            "MessageChannel", "MutationObserver"}) {
@@ -135,7 +135,7 @@ TEST_F(ClickedElement, namesInThePageHideNoTextAndNoMark) {
                                      "{(idName is cocoa_close_web)}"));
 }
 
-TEST_F(ClickedElement, theKeyboardActivatesTheFocusedLink) {
+TEST_F(ClickedElementTest, theKeyboardActivatesTheFocusedLink) {
   show(link("id='a' class='big zamopenout' href='https://example.com/a'") +
        link("id='cocoa_close_web' href='https://example.com/close'"));
   gtk_widget_child_focus(GTK_WIDGET(host.window()), GTK_DIR_TAB_FORWARD);
@@ -148,7 +148,7 @@ TEST_F(ClickedElement, theKeyboardActivatesTheFocusedLink) {
   EXPECT_THAT(delegate->reports, ElementsAre("close"));
 }
 
-TEST_F(ClickedElement, aMiddleClickCarriesItsMark) {
+TEST_F(ClickedElementTest, aMiddleClickCarriesItsMark) {
   show(link("id='a' class='zamopenout' href='https://example.com/a'"));
   click("a", 10, 15, 2);
   ASSERT_TRUE(waitForActs(1));
@@ -156,7 +156,7 @@ TEST_F(ClickedElement, aMiddleClickCarriesItsMark) {
   EXPECT_THAT(announced, ElementsAre("{(idName is a)(className is zamopenout)}"));
 }
 
-TEST_F(ClickedElement, aClickThatLeadsNowhereIsGivenToNoOtherNavigation) {
+TEST_F(ClickedElementTest, aClickThatLeadsNowhereIsGivenToNoOtherNavigation) {
   show(link("id='a' class='zamopenout' href='https://example.com/a' "
             "onclick=\"event.preventDefault(); frames[0].document.getElementById('b').click()\"") +
        "<iframe srcdoc=\"<a id='b' href='" + server.url("/followed") + "'>b</a>\"></iframe>");
@@ -166,7 +166,7 @@ TEST_F(ClickedElement, aClickThatLeadsNowhereIsGivenToNoOtherNavigation) {
   EXPECT_THAT(announced, ElementsAre("{(idName is b)}"));
 }
 
-TEST_F(ClickedElement, aLinkOutsideTheDocumentHasItsElement) {
+TEST_F(ClickedElementTest, aLinkOutsideTheDocumentHasItsElement) {
   show(
       "<script>var unchanged = 0; addEventListener('probe', () => ++unchanged);"
       "const probe = dispatchEvent(new Event('probe')) && window.dispatchEvent(new Event('probe'));"
@@ -185,7 +185,7 @@ TEST_F(ClickedElement, aLinkOutsideTheDocumentHasItsElement) {
               ElementsAre("{(idName is later)(className is zamopenout)}", "{(idName is b)}"));
 }
 
-TEST_F(ClickedElement, aLinkIsReportedOnceWhenItComesIntoTheDocument) {
+TEST_F(ClickedElementTest, aLinkIsReportedOnceWhenItComesIntoTheDocument) {
   show(
       "<script>const link = document.createElement('a'); link.className = 'zamopenout';"
       "link.href = 'https://example.com/a'; link.addEventListener('click', (event) => {"
@@ -195,7 +195,7 @@ TEST_F(ClickedElement, aLinkIsReportedOnceWhenItComesIntoTheDocument) {
   EXPECT_THAT(announced, ElementsAre("{(className is zamopenout)}"));
 }
 
-TEST_F(ClickedElement, eachOfManyRapidClicksHasItsOwnState) {
+TEST_F(ClickedElementTest, eachOfManyRapidClicksHasItsOwnState) {
   constexpr std::size_t kClicks = 120;
   show("<script>var count = 0;</script>" +
        link("id='a' href='https://example.com/' onclick=\"this.id = 'a' + ++count;"

@@ -10,8 +10,10 @@
 #include <qorix/MyPushAdUtil.h>
 #include <qorix/MyPushAdViewController.h>
 
-#include "platform/gtk/GtkTest.h"
+#include "fakes/FakeControllerDelegate.h"
+#include "fakes/FakeWorkspace.h"
 #include "support/LoopbackServer.h"
+#include "support/gtk/GtkTest.h"
 
 namespace qorix::test {
 
@@ -21,7 +23,7 @@ class ControllerTest : public GtkTest {
  protected:
   ControllerTest();
 
-  /// Shows the page as a banner and waits until it has loaded and the after-load work is done.
+  /// Shows the page as a banner and waits until it has loaded and was handled.
   void show(const std::string& html);
 
   /// Waits until the page on show has that title.
@@ -36,32 +38,14 @@ class ControllerTest : public GtkTest {
   static std::vector<pid_t> webProcesses();
   static void killWebProcesses();
 
-  /// Waits until the user's acts have brought that many reports, openings or requests altogether.
+  /// Waits until the user's acts have caused that many reports, openings and requests in total.
   bool waitForActs(std::size_t count);
   std::size_t acts() const;
 
-  /// Serves the loop until what a click queues has arrived.
+  /// Runs the loop until the results of a click have arrived.
   void settle();
 
-  struct Delegate : MyPushAdViewControllerDelegate {
-    void pushAdViewControllerCloseButtonDidClick(
-        const std::shared_ptr<MyPushAdViewController>& /*controller*/) override {
-      reports.emplace_back("close");
-    }
-    void pushAdViewControllerOpenIAPButtonDidClickWithURL(
-        const std::shared_ptr<MyPushAdViewController>& /*controller*/,
-        const std::optional<Url>& url) override {
-      reports.push_back("purchase " + url->absoluteString());
-    }
-    std::vector<std::string> reports;
-  };
-
-  struct RecordingWorkspace : Workspace {
-    void openUrl(const Url& url) override { opened.push_back(url.absoluteString()); }
-    std::vector<std::string> opened;
-  };
-
-  /// Counts the pages whose after-load work is done.
+  /// Counts the pages that have loaded and were handled.
   struct WatchedController : MyPushAdViewController {
     void webViewDidFinishLoadForFrame(const std::shared_ptr<WebView>& webView,
                                       const WebFrame& frame) override {
@@ -73,8 +57,8 @@ class ControllerTest : public GtkTest {
 
   LoopbackServer server;
   HostWindow host{400, 300};
-  std::shared_ptr<Delegate> delegate = std::make_shared<Delegate>();
-  std::shared_ptr<RecordingWorkspace> workspace = std::make_shared<RecordingWorkspace>();
+  std::shared_ptr<FakeControllerDelegate> delegate = std::make_shared<FakeControllerDelegate>();
+  std::shared_ptr<FakeWorkspace> workspace = std::make_shared<FakeWorkspace>();
   std::shared_ptr<WatchedController> controller =
       MyPushAdViewController::createInstanceWithPushAdMode<WatchedController>(MyPushAdModeBanner);
   std::vector<std::string> announced;  // the elements, described

@@ -1,4 +1,4 @@
-// Pages that mean no good: the host goes on.
+// Hostile pages. The host must continue to work.
 
 #include <gmock/gmock.h>
 
@@ -12,9 +12,9 @@ using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 
-class HostilePage : public ControllerTest {
+class HostilePageTest : public ControllerTest {
  protected:
-  /// A page whose list function is `list` and which keeps what it is told.
+  /// A page whose list function is `list`, and which records what it receives.
   static std::string pageWithList(const std::string& list) {
     return "<script>var told = 'nothing'; function cocoa_obtain_promo_app_ids() {" + list +
            "} function cocoa_post_promo_app_info(host, ids, flags) {"
@@ -42,31 +42,31 @@ class HostilePage : public ControllerTest {
 
 }  // namespace
 
-TEST_F(HostilePage, aListThatNeverEndsIsGivenUpWhileTheHostIsServed) {
+TEST_F(HostilePageTest, aListThatNeverEndsIsGivenUpWhileTheHostIsServed) {
   host.show();
   const Ticks ticks;
   host.view()->addSubview(controller->view());
   controller->view()->setFrame({{0, 0}, {400, 300}});
   controller->loadDataWithTitle(std::nullopt,
                                 "<body style='background:#f00'>" + pageWithList("for (;;) {}"));
-  // The exchange begins when the page has loaded: from then on its script answers nothing.
+  // The exchange starts when the page has loaded. From then on its script does not respond.
   ASSERT_TRUE(waitFor([&] { return evaluate("'awake'") == "awake"; }));
   ASSERT_TRUE(waitFor([&] { return evaluate("'awake'").empty(); }));
   EXPECT_GT(ticks.count, 20);
 }
 
-TEST_F(HostilePage, aListThatThrowsIsAnEmptyOne) {
+TEST_F(HostilePageTest, aListThatThrowsIsAnEmptyOne) {
   show(pageWithList("throw new Error('no');"));
   EXPECT_EQ(evaluate("told"), "0 0");
 }
 
-TEST_F(HostilePage, aListOfMegabytesIsLoggedAndTakenAsEmpty) {
+TEST_F(HostilePageTest, aListOfMegabytesIsLoggedAndTakenAsEmpty) {
   show(pageWithList("return 'com.example.a,'.repeat(500000);"));
   EXPECT_EQ(evaluate("told"), "0 0");
   EXPECT_THAT(log->lines(), Contains(HasSubstr("list of applications is too long")));
 }
 
-TEST_F(HostilePage, redefinedMethodsOfTheDocumentHideNoClick) {
+TEST_F(HostilePageTest, redefinedMethodsOfTheDocumentHideNoClick) {
   show(
       "<a id='a' class='zamopenout' href='https://example.com/' "
       "style='display:block;height:60px;font:30px monospace'>More</a><script>"
@@ -82,7 +82,7 @@ TEST_F(HostilePage, redefinedMethodsOfTheDocumentHideNoClick) {
   EXPECT_THAT(announced, ElementsAre("{(idName is a)(className is zamopenout)}"));
 }
 
-TEST_F(HostilePage, aPageMayNavigateWhileItIsAsked) {
+TEST_F(HostilePageTest, aPageMayNavigateWhileItIsAsked) {
   server.setAnswer("/next", {.headers = {{"Content-Type", "text/html"}},
                              .body = {"<title>next</title>", "<p>another page</p>"}});
   host.show();
@@ -94,12 +94,12 @@ TEST_F(HostilePage, aPageMayNavigateWhileItIsAsked) {
   EXPECT_TRUE(waitForTitle("next"));
 }
 
-TEST_F(HostilePage, dialogsOpenedWhileItIsAskedDoNotStopTheExchange) {
+TEST_F(HostilePageTest, dialogsOpenedWhileItIsAskedDoNotStopTheExchange) {
   show(pageWithList("alert('a'); confirm('b'); prompt('c'); return 'com.example.a';"));
   EXPECT_EQ(evaluate("told"), "1 1");
 }
 
-TEST_F(HostilePage, whatNeedsPermissionIsRefused) {
+TEST_F(HostilePageTest, whatNeedsPermissionIsRefused) {
   show(
       "<script>var answers = [];"
       "navigator.geolocation.getCurrentPosition(() => answers.push('place'),"
@@ -113,7 +113,7 @@ TEST_F(HostilePage, whatNeedsPermissionIsRefused) {
   EXPECT_EQ(evaluate("answers.sort().join()"), "no camera,no place,notifications denied");
 }
 
-TEST_F(HostilePage, beingAskedIsNoActOfTheUser) {
+TEST_F(HostilePageTest, beingAskedIsNoActOfTheUser) {
   GtkClipboard* clipboard = gtk_clipboard_get(GDK_SELECTION_CLIPBOARD);
   gtk_clipboard_set_text(clipboard, "the user's", -1);
   show(
@@ -147,12 +147,12 @@ TEST_F(HostilePage, beingAskedIsNoActOfTheUser) {
   EXPECT_EQ(gtk_grab_get_current(), nullptr);
 }
 
-TEST_F(HostilePage, aPageThatClosesItselfStays) {
+TEST_F(HostilePageTest, aPageThatClosesItselfStays) {
   show("<script>window.close(); self.close(); top.close();</script><p id='p'>here</p>");
   EXPECT_EQ(evaluate("document.getElementById('p').textContent"), "here");
 }
 
-TEST_F(HostilePage, aCrashedWebProcessIsOneLogLineAndABlankBanner) {
+TEST_F(HostilePageTest, aCrashedWebProcessIsOneLogLineAndABlankBanner) {
   show("<body style='background:#f00'>");
   log->takeLines();
   killWebProcesses();
@@ -165,7 +165,7 @@ TEST_F(HostilePage, aCrashedWebProcessIsOneLogLineAndABlankBanner) {
 }
 
 // On a busy machine the engine may notice the death late; waiting would take the limit each time.
-TEST_F(HostilePage, aWebProcessThatDiesWhileItIsAskedIsNotWaitedFor) {
+TEST_F(HostilePageTest, aWebProcessThatDiesWhileItIsAskedIsNotWaitedFor) {
   bool isWaitedFor = true;
   for (int attempt = 0; attempt < 10 && isWaitedFor; ++attempt) {
     show("<p>short life</p>");

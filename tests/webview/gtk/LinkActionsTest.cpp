@@ -11,7 +11,7 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-class LinkActions : public ControllerTest {
+class LinkActionsTest : public ControllerTest {
  protected:
   /// A link that fills the line, as tall as 40 pixels.
   static std::string link(const std::string& attributes, const std::string& content) {
@@ -37,7 +37,7 @@ class LinkActions : public ControllerTest {
 
 }  // namespace
 
-TEST_F(LinkActions, theTextOfALinkCarriesItsClassMark) {
+TEST_F(LinkActionsTest, theTextOfALinkCarriesItsClassMark) {
   show(link("id='out' class='big zamopenout' href='https://example.com/more?a=1'", "More"));
   click("out", 30, 30);
   ASSERT_TRUE(waitForActs(1));
@@ -46,7 +46,7 @@ TEST_F(LinkActions, theTextOfALinkCarriesItsClassMark) {
   EXPECT_THAT(delegate->reports, IsEmpty());
 }
 
-TEST_F(LinkActions, thePaddingOfALinkIsTheLinkItself) {
+TEST_F(LinkActionsTest, thePaddingOfALinkIsTheLinkItself) {
   show(link("id='buy' class='zamopeniap' href='https://example.com/buy'", "Buy"));
   click("buy", 5, 5);
   ASSERT_TRUE(waitForActs(1));
@@ -54,7 +54,7 @@ TEST_F(LinkActions, thePaddingOfALinkIsTheLinkItself) {
   EXPECT_THAT(announced, ElementsAre("{(idName is buy)(className is zamopeniap)}"));
 }
 
-TEST_F(LinkActions, anImageInALinkIsWhatIsHit) {
+TEST_F(LinkActionsTest, anImageInALinkIsWhatIsHit) {
   const std::string image = "<img id='picture' class='wide' width='100' height='30'>";
   show(link("href='https://example.com/buy?zamopeniap=1'", image) +
        link("id='marked' class='zamopenout' href='" + server.url("/followed") + "'",
@@ -69,7 +69,7 @@ TEST_F(LinkActions, anImageInALinkIsWhatIsHit) {
               ElementsAre("{(idName is picture)(className is wide)}", "{(idName is other)}"));
 }
 
-TEST_F(LinkActions, linksInInnerFramesActLikeThoseInThePage) {
+TEST_F(LinkActionsTest, linksInInnerFramesActLikeThoseInThePage) {
   show(
       "<iframe id='frame' width='300' height='100' srcdoc=\"<body style='margin:0'><a id='inner' "
       "style='display:block;height:90px' href='https://example.com/in?zamopeniap=1'></a>\">"
@@ -80,7 +80,7 @@ TEST_F(LinkActions, linksInInnerFramesActLikeThoseInThePage) {
   EXPECT_THAT(announced, ElementsAre("{(idName is inner)}"));
 }
 
-TEST_F(LinkActions, aCloseControlThatIsAnImageCloses) {
+TEST_F(LinkActionsTest, aCloseControlThatIsAnImageCloses) {
   show(link("href='https://example.com/close'",
             "<img id='cocoa_close_web' width='40' height='30'>"));
   click("cocoa_close_web");
@@ -89,7 +89,7 @@ TEST_F(LinkActions, aCloseControlThatIsAnImageCloses) {
   EXPECT_THAT(announced, ElementsAre("{(idName is cocoa_close_web)}"));
 }
 
-TEST_F(LinkActions, theTextInsideACloseControlDoesNotClose) {
+TEST_F(LinkActionsTest, theTextInsideACloseControlDoesNotClose) {
   show(link("id='cocoa_close_web' href='" + server.url("/followed") + "'", "Close"));
   click("cocoa_close_web", 30, 30);
   ASSERT_TRUE(waitForActs(1));
@@ -97,7 +97,7 @@ TEST_F(LinkActions, theTextInsideACloseControlDoesNotClose) {
   EXPECT_THAT(delegate->reports, IsEmpty());
 }
 
-TEST_F(LinkActions, marksInTheQueryIgnoreLetterCaseAndThoseInTheClassKeepIt) {
+TEST_F(LinkActionsTest, marksInTheQueryIgnoreLetterCaseAndThoseInTheClassKeepIt) {
   show(link("id='a' href='https://apps.example.com/id1?mt=12&LS=1'", "") +
        link("id='b' href='https://example.com/?ZAMOPENOUT=1'", "") +
        link("id='c' href='https://example.com/?ZamOpenIAP=1'", ""));
@@ -112,7 +112,7 @@ TEST_F(LinkActions, marksInTheQueryIgnoreLetterCaseAndThoseInTheClassKeepIt) {
   EXPECT_THAT(delegate->reports, ElementsAre("purchase https://example.com/?ZamOpenIAP=1"));
 }
 
-TEST_F(LinkActions, aClassMarkInCapitalsIsNone) {
+TEST_F(LinkActionsTest, aClassMarkInCapitalsIsNone) {
   show(link("id='a' class='ZAMOPENOUT ZAMOPENIAP' href='" + server.url("/followed") + "'", ""));
   click("a");
   ASSERT_TRUE(waitForActs(1));
@@ -121,7 +121,7 @@ TEST_F(LinkActions, aClassMarkInCapitalsIsNone) {
   EXPECT_THAT(announced, ElementsAre("{(idName is a)(className is ZAMOPENOUT ZAMOPENIAP)}"));
 }
 
-TEST_F(LinkActions, formsReloadsAndStepsBackAreLetThroughWhateverTheirMarks) {
+TEST_F(LinkActionsTest, formsReloadsAndStepsBackAreLetThroughWhateverTheirMarks) {
   for (const char* name : {"answer", "elsewhere"}) {
     server.setAnswer(std::string("/") + name,
                      {.headers = {{"Content-Type", "text/html"}},
@@ -146,7 +146,7 @@ TEST_F(LinkActions, formsReloadsAndStepsBackAreLetThroughWhateverTheirMarks) {
   EXPECT_THAT(announced, IsEmpty());
 }
 
-TEST_F(LinkActions, aScriptsClickNamesTheElement) {
+TEST_F(LinkActionsTest, aScriptsClickNamesTheElement) {
   show(link("id='a' class='zamopenout' href='https://example.com/'", "More"));
   evaluate("document.getElementById('a').click(); 1");
   ASSERT_TRUE(waitForActs(1));
@@ -154,7 +154,7 @@ TEST_F(LinkActions, aScriptsClickNamesTheElement) {
   EXPECT_THAT(announced, ElementsAre("{(idName is a)(className is zamopenout)}"));
 }
 
-TEST_F(LinkActions, aLinkForANewWindowOpensNone) {
+TEST_F(LinkActionsTest, aLinkForANewWindowOpensNone) {
   show(link("id='a' target='_blank' href='" + server.url("/window") + "'", "") +
        link("id='b' href='https://example.com/?zamopeniap=1'", ""));
   const std::size_t windows = countWindows();
@@ -166,7 +166,7 @@ TEST_F(LinkActions, aLinkForANewWindowOpensNone) {
   EXPECT_EQ(countWindows(), windows);
 }
 
-TEST_F(LinkActions, aLinkWithoutIdAndClassIsAnnouncedOnceAndAlone) {
+TEST_F(LinkActionsTest, aLinkWithoutIdAndClassIsAnnouncedOnceAndAlone) {
   show("<a href='" + server.url("/followed") +
        "' style='display:block;height:100px'></a><p id='below'></p>");
   click("below", 10, -50);
@@ -175,7 +175,7 @@ TEST_F(LinkActions, aLinkWithoutIdAndClassIsAnnouncedOnceAndAlone) {
   EXPECT_THAT(announced, ElementsAre("{}"));
 }
 
-TEST_F(LinkActions, aPageStaysWhereItIsAfterAnAction) {
+TEST_F(LinkActionsTest, aPageStaysWhereItIsAfterAnAction) {
   show(link("id='a' href='" + server.url("/buy?zamopeniap=1") + "'", ""));
   click("a");
   ASSERT_TRUE(waitForActs(1));

@@ -25,7 +25,7 @@ using ::testing::SizeIs;
 
 namespace fs = std::filesystem;
 
-class PageIsolation : public ControllerTest {
+class PageIsolationTest : public ControllerTest {
  protected:
   /// Files of all kinds that a page can load.
   static void writeFiles(const fs::path& folder, const std::string& name) {
@@ -102,7 +102,7 @@ class FilesBesideLibrary {
 
 }  // namespace
 
-TEST_F(PageIsolation, noFileOutsideOfTheLibrarysFolderIsLoaded) {
+TEST_F(PageIsolationTest, noFileOutsideOfTheLibrarysFolderIsLoaded) {
   const TemporaryFolder outside;
   writeFiles(outside.path(), "file");
   show("<p>first page</p>");
@@ -110,7 +110,7 @@ TEST_F(PageIsolation, noFileOutsideOfTheLibrarysFolderIsLoaded) {
   EXPECT_EQ(evaluate("String(ran)"), "false");
 }
 
-TEST_F(PageIsolation, theFirstPageOfAProcessIsCovered) {
+TEST_F(PageIsolationTest, theFirstPageOfAProcessIsCovered) {
   const TemporaryFolder outside;
   writeFiles(outside.path(), "file");
   const std::string address = Url::fileUrl((outside.path() / "file").string()).absoluteString();
@@ -119,7 +119,7 @@ TEST_F(PageIsolation, theFirstPageOfAProcessIsCovered) {
   EXPECT_EQ(evaluate("outcome"), "refused");
 }
 
-TEST_F(PageIsolation, filesOutsideAreNeitherShownInFramesNorInPlaceOfThePage) {
+TEST_F(PageIsolationTest, filesOutsideAreNeitherShownInFramesNorInPlaceOfThePage) {
   const TemporaryFolder outside;
   writeFiles(outside.path(), "file");
   const std::string address = Url::fileUrl((outside.path() / "file").string()).absoluteString();
@@ -140,7 +140,7 @@ TEST_F(PageIsolation, filesOutsideAreNeitherShownInFramesNorInPlaceOfThePage) {
   EXPECT_EQ(evaluate("document.title"), "loaded");
 }
 
-TEST_F(PageIsolation, bareNamesOfTheLibrarysFolderAreLoaded) {
+TEST_F(PageIsolationTest, bareNamesOfTheLibrarysFolderAreLoaded) {
   const FilesBesideLibrary files(libraryFolder());
   writeFiles(libraryFolder(), files.name());
   show(
@@ -151,7 +151,7 @@ TEST_F(PageIsolation, bareNamesOfTheLibrarysFolderAreLoaded) {
   EXPECT_EQ(evaluate("heard"), "shown");
 }
 
-TEST_F(PageIsolation, noWayLeadsOutOfTheLibrarysFolder) {
+TEST_F(PageIsolationTest, noWayLeadsOutOfTheLibrarysFolder) {
   const TemporaryFolder outside;
   writeFiles(outside.path(), "file");
   const std::string path = (outside.path() / "file").string();
@@ -174,13 +174,13 @@ TEST_F(PageIsolation, noWayLeadsOutOfTheLibrarysFolder) {
   }
 }
 
-TEST_F(PageIsolation, theRulesHoldForAnyFolder) {
+TEST_F(PageIsolationTest, theRulesHoldForAnyFolder) {
   const std::string rules = gtk::fileRules(Url::fileUrl("/opt/a.b (c)+/lib/libqorix.so"));
   EXPECT_THAT(rules, HasSubstr(R"("^file:///opt/a\\.b%20%28c%29%2B/lib/[^/]+$")"));
   EXPECT_EQ(gtk::fileRules(Url::fileUrl("/opt/a.b (c)+/bin/../lib/libqorix.so")), rules);
 }
 
-TEST_F(PageIsolation, aFilterThatCannotBeMadeLeavesPagesWithoutFiles) {
+TEST_F(PageIsolationTest, aFilterThatCannotBeMadeLeavesPagesWithoutFiles) {
   setenv("TMPDIR", "/nowhere/at/all", 1);
   const FilesBesideLibrary files(libraryFolder());
   writeFiles(libraryFolder(), files.name());
@@ -191,7 +191,7 @@ TEST_F(PageIsolation, aFilterThatCannotBeMadeLeavesPagesWithoutFiles) {
             "");
 }
 
-TEST_F(PageIsolation, aPageCannotRefuseToBeLeftByALink) {
+TEST_F(PageIsolationTest, aPageCannotRefuseToBeLeftByALink) {
   server.setAnswer("/next",
                    {.headers = {{"Content-Type", "text/html"}}, .body = {"<title>next</title>"}});
   show("<a id='a' href='" + server.url("/next") +
@@ -203,7 +203,7 @@ TEST_F(PageIsolation, aPageCannotRefuseToBeLeftByALink) {
   EXPECT_THAT(announced, ElementsAre("{(idName is a)}"));
 }
 
-TEST_F(PageIsolation, aPageCannotRefuseToBeReplaced) {
+TEST_F(PageIsolationTest, aPageCannotRefuseToBeReplaced) {
   show(
       "<p id='p' style='height:50px'>page</p><script>var clicks = 0;"
       "addEventListener('click', () => ++clicks); addEventListener('beforeunload', (event) => {"
@@ -214,7 +214,7 @@ TEST_F(PageIsolation, aPageCannotRefuseToBeReplaced) {
   EXPECT_TRUE(waitForTitle("replaced"));
 }
 
-TEST_F(PageIsolation, aPageThatNeverAnswersIsEndedAndReplaced) {
+TEST_F(PageIsolationTest, aPageThatNeverAnswersIsEndedAndReplaced) {
   show("<script>setTimeout(() => { for (;;) {} }, 200)</script>");
   ASSERT_TRUE(waitFor([&] { return evaluate("'awake'").empty(); }));
   log->takeLines();
@@ -225,7 +225,7 @@ TEST_F(PageIsolation, aPageThatNeverAnswersIsEndedAndReplaced) {
   EXPECT_THAT(log->lines(), Not(Contains(HasSubstr("ended"))));
 }
 
-TEST_F(PageIsolation, aPageThatIsBusyForAWhileIsLetBe) {
+TEST_F(PageIsolationTest, aPageThatIsBusyForAWhileIsLetBe) {
   show(
       "<script>setTimeout(() => { const end = Date.now() + 7000; while (Date.now() < end) {}"
       " document.title = 'done'; }, 200)</script>");
@@ -233,7 +233,7 @@ TEST_F(PageIsolation, aPageThatIsBusyForAWhileIsLetBe) {
   EXPECT_THAT(log->lines(), Not(Contains(HasSubstr("ended"))));
 }
 
-TEST_F(PageIsolation, aBannerWithoutAPageLetsThePointerThrough) {
+TEST_F(PageIsolationTest, aBannerWithoutAPageLetsThePointerThrough) {
   int presses = 0;
   GtkWidget* behind = gtk_bin_get_child(GTK_BIN(host.overlay()));
   gtk_widget_add_events(behind, GDK_BUTTON_PRESS_MASK);
@@ -263,7 +263,7 @@ TEST_F(PageIsolation, aBannerWithoutAPageLetsThePointerThrough) {
   EXPECT_EQ(presses, 0);
 }
 
-TEST_F(PageIsolation, anEndedPageDoesNothingMoreWithoutAWord) {
+TEST_F(PageIsolationTest, anEndedPageDoesNothingMoreWithoutAWord) {
   show("<script>setInterval(() => fetch('" + server.url("/alive") +
        "', { mode: 'no-cors' }), 20)</script>");
   ASSERT_TRUE(waitFor([&] { return server.requests().size() >= 3; }));
@@ -281,7 +281,7 @@ TEST_F(PageIsolation, anEndedPageDoesNothingMoreWithoutAWord) {
   EXPECT_EQ(controller->view()->frame(), (Rect{{7, 8}, {90, 60}}));
 }
 
-TEST_F(PageIsolation, aPageLoadedAfterTheEndStays) {
+TEST_F(PageIsolationTest, aPageLoadedAfterTheEndStays) {
   show("<p>page</p>");
   controller->endPage();
   show("<p>another</p>");
@@ -289,7 +289,7 @@ TEST_F(PageIsolation, aPageLoadedAfterTheEndStays) {
   EXPECT_EQ(evaluate("document.title"), "loaded");
 }
 
-TEST_F(PageIsolation, onePagesEndIsNotAnothers) {
+TEST_F(PageIsolationTest, onePagesEndIsNotAnothers) {
   show("<p>page</p>");
   Page other;
   other.loadAndWait("<p>other</p>");
@@ -298,7 +298,7 @@ TEST_F(PageIsolation, onePagesEndIsNotAnothers) {
   EXPECT_EQ(other.evaluate("1 + 1"), "2");
 }
 
-TEST_F(PageIsolation, aPageOfTooMuchMemoryIsEndedWithTheReason) {
+TEST_F(PageIsolationTest, aPageOfTooMuchMemoryIsEndedWithTheReason) {
   show("<p>page</p>");
   log->takeLines();
   evaluate(
@@ -309,7 +309,7 @@ TEST_F(PageIsolation, aPageOfTooMuchMemoryIsEndedWithTheReason) {
                                         std::to_string(gtk::kPageMemoryLimit) + " MB of memory"));
 }
 
-TEST_F(PageIsolation, pagesRunInASandboxOrTheLogSaysWhyNot) {
+TEST_F(PageIsolationTest, pagesRunInASandboxOrTheLogSaysWhyNot) {
   show("<p>page</p>");
   ASSERT_THAT(webProcesses(), SizeIs(1));
   const auto namespaceOf = [](const std::string& process) {
@@ -319,7 +319,7 @@ TEST_F(PageIsolation, pagesRunInASandboxOrTheLogSaysWhyNot) {
   EXPECT_NE(isApart, testing::Value(log->lines(), Contains(HasSubstr("without a sandbox"))));
 }
 
-TEST_F(PageIsolation, withoutTheToolsOfTheSandboxPagesAreShownAllTheSame) {
+TEST_F(PageIsolationTest, withoutTheToolsOfTheSandboxPagesAreShownAllTheSame) {
   setenv("PATH", "/nowhere/at/all", 1);
   controller->view();
   controller->loadDataWithTitle(std::nullopt, "<title>loaded</title>");
@@ -328,7 +328,7 @@ TEST_F(PageIsolation, withoutTheToolsOfTheSandboxPagesAreShownAllTheSame) {
               Contains("ZAM Ad pages run without a sandbox: this system cannot make one"));
 }
 
-TEST_F(PageIsolation, aFrameThatClicksInALoopIsStopped) {
+TEST_F(PageIsolationTest, aFrameThatClicksInALoopIsStopped) {
   show(
       "<iframe srcdoc=\"<a id='a' href='https://example.com/?zamopenout=1'>x</a><script>"
       "setInterval(() => { document.getElementById('a').click(); top.clicks = ++window.n || (n = "
@@ -343,7 +343,7 @@ TEST_F(PageIsolation, aFrameThatClicksInALoopIsStopped) {
             1);
 }
 
-TEST_F(PageIsolation, theUsersClicksOpenWithoutLimit) {
+TEST_F(PageIsolationTest, theUsersClicksOpenWithoutLimit) {
   show("<a id='a' href='https://example.com/?zamopenout=1' style='display:block;height:50px'></a>");
   for (std::size_t i = 1; i <= 2 * OpeningLimit::kPerPage; ++i) {
     click("a");
@@ -352,7 +352,7 @@ TEST_F(PageIsolation, theUsersClicksOpenWithoutLimit) {
   EXPECT_THAT(log->lines(), Not(Contains(HasSubstr("too many"))));
 }
 
-TEST_F(PageIsolation, oneClickOfTheUserIsNoLeaveForMore) {
+TEST_F(PageIsolationTest, oneClickOfTheUserIsNoLeaveForMore) {
   show(
       "<a id='a' href='https://example.com/?zamopenout=1' style='display:block;height:50px'></a>"
       "<p id='p' style='height:50px'></p><script>"

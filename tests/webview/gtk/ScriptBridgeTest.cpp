@@ -19,7 +19,7 @@ namespace {
 using ::testing::Contains;
 using ::testing::Not;
 
-class ScriptBridge : public ControllerTest {
+class ScriptBridgeTest : public ControllerTest {
  protected:
   /// A page that keeps each call of its function, and whose list function is `list`.
   static std::string pageWithList(const std::string& list) {
@@ -43,7 +43,7 @@ constexpr const char* kUnsupported = "ZAM not support pad filter feature...";
 
 }  // namespace
 
-TEST_F(ScriptBridge, theInstalledApplicationsReachThePage) {
+TEST_F(ScriptBridgeTest, theInstalledApplicationsReachThePage) {
   const std::filesystem::path entries =
       std::filesystem::path(std::getenv("XDG_DATA_HOME")) / "applications";
   std::filesystem::create_directories(entries);
@@ -58,7 +58,7 @@ TEST_F(ScriptBridge, theInstalledApplicationsReachThePage) {
   EXPECT_EQ(evaluate("told"), "|com.example.viewer,com.example.none|1,0");
 }
 
-TEST_F(ScriptBridge, applicationsForAllUsersAreInstalledToo) {
+TEST_F(ScriptBridgeTest, applicationsForAllUsersAreInstalledToo) {
   const TemporaryFolder allUsers;
   const std::filesystem::path entries = allUsers.path() / "applications";
   std::filesystem::create_directories(entries);
@@ -69,7 +69,7 @@ TEST_F(ScriptBridge, applicationsForAllUsersAreInstalledToo) {
   EXPECT_EQ(calls(), R"(["",["com.example.painter","com.example.none"],["1","0"]])");
 }
 
-TEST_F(ScriptBridge, aPageWithOneFunctionOnlyIsLeftAlone) {
+TEST_F(ScriptBridgeTest, aPageWithOneFunctionOnlyIsLeftAlone) {
   show(
       "<script>var asked = 0; function cocoa_obtain_promo_app_ids() { ++asked; return 'a'; }"
       "</script>");
@@ -77,39 +77,39 @@ TEST_F(ScriptBridge, aPageWithOneFunctionOnlyIsLeftAlone) {
   EXPECT_THAT(log->lines(), Contains("ZAM not support pad filter feature..."));
 }
 
-TEST_F(ScriptBridge, aListReturnedAsAnArrayIsEmpty) {
+TEST_F(ScriptBridgeTest, aListReturnedAsAnArrayIsEmpty) {
   show(pageWithList("return ['com.a.one', 'com.b.two'];"));
   EXPECT_EQ(calls(), R"(["",[],[]])");
 }
 
-TEST_F(ScriptBridge, blanksAndEmptyItemsOfTheListAreDropped) {
+TEST_F(ScriptBridgeTest, blanksAndEmptyItemsOfTheListAreDropped) {
   show(pageWithList("return ' com.a.one ,,\\tcom.b.two, ';"));
   EXPECT_EQ(calls(), R"(["",["com.a.one","com.b.two"],["0","0"]])");
 }
 
-TEST_F(ScriptBridge, thePageLearnsItsHostsIdentifier) {
+TEST_F(ScriptBridgeTest, thePageLearnsItsHostsIdentifier) {
   MyPushAdManager::sharedPushAdManager()->configureWithAppBundle(platform().mainBundle);
   show(pageWithList("return '';"));
   EXPECT_EQ(calls(), R"(["com.example.host",[],[]])");
 }
 
-TEST_F(ScriptBridge, eachFrameThatHasLoadedRepeatsTheExchange) {
+TEST_F(ScriptBridgeTest, eachFrameThatHasLoadedRepeatsTheExchange) {
   show(pageWithList("return 'a';") + "<iframe srcdoc='<p>one</p>'></iframe>");
   EXPECT_TRUE(waitFor([&] { return evaluate("calls.length") == "2"; })) << calls();
 }
 
-TEST_F(ScriptBridge, aQuoteInAnIdentifierSpoilsTheCallSilently) {
+TEST_F(ScriptBridgeTest, aQuoteInAnIdentifierSpoilsTheCallSilently) {
   show(pageWithList("return \"it's\";"));
   EXPECT_EQ(calls(), "");
   EXPECT_EQ(evaluate("document.title"), "loaded");
 }
 
-TEST_F(ScriptBridge, inABannerTheCloseControlStays) {
+TEST_F(ScriptBridgeTest, inABannerTheCloseControlStays) {
   show(kCloseControl);
   EXPECT_EQ(closeControlDisplay(), "block");
 }
 
-TEST_F(ScriptBridge, inThePopupTheCloseControlIsHiddenAfterEachLoad) {
+TEST_F(ScriptBridgeTest, inThePopupTheCloseControlIsHiddenAfterEachLoad) {
   controller->setPushAdMode(MyPushAdModePopup);
   show(kCloseControl);
   EXPECT_EQ(closeControlDisplay(), "none");
@@ -117,14 +117,14 @@ TEST_F(ScriptBridge, inThePopupTheCloseControlIsHiddenAfterEachLoad) {
   EXPECT_EQ(closeControlDisplay(), "none");
 }
 
-TEST_F(ScriptBridge, aListThatTakesTooLongIsEmptyAndTheRestFollowsWhenThePageIsBack) {
+TEST_F(ScriptBridgeTest, aListThatTakesTooLongIsEmptyAndTheRestFollowsWhenThePageIsBack) {
   controller->setPushAdMode(MyPushAdModePopup);
   show(kCloseControl + std::string(kBusyFunction) + pageWithList("busy(); return 'a';"));
   EXPECT_TRUE(waitFor([&] { return calls() == R"(["",[],[]])"; })) << calls();
   EXPECT_TRUE(waitFor([&] { return closeControlDisplay() == "none"; }));
 }
 
-TEST_F(ScriptBridge, aPageThatIsBusyAfterItsLoadIsAskedWhenItIsBack) {
+TEST_F(ScriptBridgeTest, aPageThatIsBusyAfterItsLoadIsAskedWhenItIsBack) {
   controller->setPushAdMode(MyPushAdModePopup);
   show(kCloseControl + std::string(kBusyFunction) + pageWithList("return 'a';") +
        "<script>addEventListener('load', () => setTimeout(busy, 0));</script>");
@@ -133,7 +133,7 @@ TEST_F(ScriptBridge, aPageThatIsBusyAfterItsLoadIsAskedWhenItIsBack) {
   EXPECT_THAT(log->lines(), Not(Contains(kUnsupported)));
 }
 
-TEST_F(ScriptBridge, aPageThatIsTooSlowToSayWhetherItTakesPartIsAskedAgain) {
+TEST_F(ScriptBridgeTest, aPageThatIsTooSlowToSayWhetherItTakesPartIsAskedAgain) {
   show(kBusyFunction +
        std::string("<script>var calls = []; var times = 0;"
                    "Object.defineProperty(window, 'cocoa_obtain_promo_app_ids', { get() {"
@@ -144,7 +144,7 @@ TEST_F(ScriptBridge, aPageThatIsTooSlowToSayWhetherItTakesPartIsAskedAgain) {
   EXPECT_THAT(log->lines(), Not(Contains(kUnsupported)));
 }
 
-TEST_F(ScriptBridge, aPageLoadedAfterADeadLinkGetsItsExchange) {
+TEST_F(ScriptBridgeTest, aPageLoadedAfterADeadLinkGetsItsExchange) {
   show("<a id='dead' href='https://127.0.0.1:1/'>dead</a>");
   evaluate("document.getElementById('dead').click()");
   settle();
@@ -152,7 +152,7 @@ TEST_F(ScriptBridge, aPageLoadedAfterADeadLinkGetsItsExchange) {
   EXPECT_TRUE(waitFor([&] { return calls() == R"(["",["a"],["0"]])"; })) << calls();
 }
 
-TEST_F(ScriptBridge, aDialogOfTheHostDuringTheExchangeFreezesNothing) {
+TEST_F(ScriptBridgeTest, aDialogOfTheHostDuringTheExchangeFreezesNothing) {
   GtkWidget* dialog = gtk_message_dialog_new(host.window(), GTK_DIALOG_MODAL, GTK_MESSAGE_INFO,
                                              GTK_BUTTONS_OK, "Wait");
   struct Seen {

@@ -11,7 +11,7 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-class ScriptlessFrame : public ControllerTest {
+class ScriptlessFrameTest : public ControllerTest {
  protected:
   /// An inner frame that fills the line, 100 pixels high, and shows `html`, which has no double
   /// quotes.
@@ -30,7 +30,7 @@ class ScriptlessFrame : public ControllerTest {
 
 }  // namespace
 
-TEST_F(ScriptlessFrame, aClickInItHasItsElement) {
+TEST_F(ScriptlessFrameTest, aClickInItHasItsElement) {
   show(frame("id='frame' sandbox", link("id='a' class='zamopenout' href='https://example.com/a'") +
                                        link("id='cocoa_close_web' href='https://example.com/b'")));
   click("frame", 10, 15);
@@ -42,7 +42,7 @@ TEST_F(ScriptlessFrame, aClickInItHasItsElement) {
   EXPECT_THAT(delegate->reports, ElementsAre("close"));
 }
 
-TEST_F(ScriptlessFrame, textInItIsText) {
+TEST_F(ScriptlessFrameTest, textInItIsText) {
   show(frame("id='frame' sandbox",
              "<style>a { user-select: none; -webkit-user-select: none }</style>"
              "<p style='height:30px;margin:0'>above</p>" +
@@ -54,14 +54,14 @@ TEST_F(ScriptlessFrame, textInItIsText) {
   EXPECT_THAT(announced, ElementsAre("{(idName is cocoa_close_web)}"));
 }
 
-TEST_F(ScriptlessFrame, aMiddleClickInItCarriesItsMark) {
+TEST_F(ScriptlessFrameTest, aMiddleClickInItCarriesItsMark) {
   show(frame("id='frame' sandbox", link("id='a' class='zamopeniap' href='https://example.com/a'")));
   click("frame", 10, 15, 2);
   ASSERT_TRUE(waitForActs(1));
   EXPECT_THAT(delegate->reports, ElementsAre("purchase https://example.com/a"));
 }
 
-TEST_F(ScriptlessFrame, framesInItAreFramesToo) {
+TEST_F(ScriptlessFrameTest, framesInItAreFramesToo) {
   show(frame("id='frame' sandbox",
              "<iframe width='300' height='90' src='data:text/html,<a id=a class=zamopeniap href="
              "https://example.com/a style=display:block;height:90px></a>'></iframe>"));
@@ -71,7 +71,7 @@ TEST_F(ScriptlessFrame, framesInItAreFramesToo) {
   EXPECT_THAT(announced, ElementsAre("{(idName is a)(className is zamopeniap)}"));
 }
 
-TEST_F(ScriptlessFrame, itsLoadAndThatOfEachFrameInItAreReported) {
+TEST_F(ScriptlessFrameTest, itsLoadAndThatOfEachFrameInItAreReported) {
   show(kCounter + frame("sandbox", "<iframe srcdoc='one'></iframe><iframe srcdoc='two'></iframe>") +
        frame("sandbox='allow-scripts'", "three") + frame("", "four"));
   ASSERT_TRUE(waitFor([&] { return evaluate("loads") == "6"; })) << evaluate("loads");
@@ -79,7 +79,7 @@ TEST_F(ScriptlessFrame, itsLoadAndThatOfEachFrameInItAreReported) {
   EXPECT_EQ(evaluate("loads"), "6");
 }
 
-TEST_F(ScriptlessFrame, whatItShowsNextIsWatchedToo) {
+TEST_F(ScriptlessFrameTest, whatItShowsNextIsWatchedToo) {
   server.setAnswer("/next", {.headers = {{"Content-Type", "text/html"}},
                              .body = {"<body style='margin:0'><a id='b' class='zamopeniap' "
                                       "href='https://example.com/b' style='display:block;"
@@ -94,7 +94,7 @@ TEST_F(ScriptlessFrame, whatItShowsNextIsWatchedToo) {
               ElementsAre("{(idName is a)}", "{(idName is b)(className is zamopeniap)}"));
 }
 
-TEST_F(ScriptlessFrame, aScriptOfThePageMayClickInIt) {
+TEST_F(ScriptlessFrameTest, aScriptOfThePageMayClickInIt) {
   show(frame("sandbox='allow-same-origin'",
              link("id='a' href='https://example.com/?zamopeniap=1'")));
   evaluate("frames[0].document.getElementById('a').click(); 1");

@@ -19,11 +19,6 @@ using Lines = std::vector<std::string>;
 
 inline constexpr const char* kEditor = "com.example.editor";
 
-/// A document with these table lines and advertisements.
-inline std::string documentText(const std::string& table, const std::string& ads) {
-  return "<rootcfg><data><file_version>1</file_version>" + table + "</data>" + ads + "</rootcfg>";
-}
-
 /// Installs a platform whose host, log, settings and applications folder the test can see.
 class DefinitionTest : public testing::Test {
  protected:

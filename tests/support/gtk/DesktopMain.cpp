@@ -5,9 +5,9 @@
 #include <cstdlib>
 #include <string_view>
 
-#include "platform/gtk/GtkTest.h"
+#include "support/gtk/GtkTest.h"
 
-// Every run has a desktop of its own.
+// Every run starts its own desktop.
 int main(int argc, char** argv) {
   const bool onlyLists = std::any_of(argv, argv + argc, [](const char* argument) {
     return std::string_view(argument) == "--gtest_list_tests";

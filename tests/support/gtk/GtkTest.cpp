@@ -1,4 +1,4 @@
-#include "platform/gtk/GtkTest.h"
+#include "support/gtk/GtkTest.h"
 
 #include <gdk/gdkx.h>
 
@@ -31,7 +31,7 @@ gboolean paint(GtkWidget* /*area*/, cairo_t* cairo, gpointer color) {
 }  // namespace
 
 std::unique_ptr<VirtualDisplay> startDesktop() {
-  const bool twoMonitors = testing::GTEST_FLAG(filter).rfind("TwoMonitors", 0) == 0;
+  const bool twoMonitors = testing::GTEST_FLAG(filter).find(".onTwoMonitors") != std::string::npos;
   auto display = twoMonitors ? VirtualDisplay::start({.width = 1600, .height = 900, .monitors = 2})
                              : VirtualDisplay::start();
   if (display != nullptr) {

@@ -1,4 +1,4 @@
-#include "end-to-end/HostProcess.h"
+#include "support/HostProcess.h"
 
 #include <algorithm>
 #include <utility>

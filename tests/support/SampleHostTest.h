@@ -12,10 +12,10 @@
 
 #include <qorix/platform/Platform.h>
 
-#include "end-to-end/HostProcess.h"
 #include "fakes/RecordingLog.h"
 #include "platform/linux/SqliteUserDefaults.h"
 #include "support/Documents.h"
+#include "support/HostProcess.h"
 #include "support/LoopbackServer.h"
 #include "support/Screen.h"
 
@@ -60,7 +60,7 @@ class SampleHostTest : public ::testing::Test {
     return all;
   }
 
-  /// The host is asked to quit and does so properly.
+  /// Asks the host to quit, and expects that it does so properly.
   static void expectProperQuit(HostProcess& host) {
     host.sendSignal(SIGTERM);
     ASSERT_TRUE(host.waitForEnd());
@@ -70,8 +70,8 @@ class SampleHostTest : public ::testing::Test {
     EXPECT_EQ(host.countLog("-CRITICAL **"), 0);
   }
 
-  /// One launch that ends when the advertisement was shown; false when it was not within so many
-  /// seconds of the decision.
+  /// Launches the host until the advertisement is shown. Returns false if it is not shown within
+  /// `patience` seconds of the decision.
   bool isShownInOneLaunch(double patience = kPatience) {
     HostProcess host(arguments());
     // Once the definition is cached the decision has been taken, and a due one is shown at once.

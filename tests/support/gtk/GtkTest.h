@@ -41,7 +41,8 @@ inline constexpr double kPatience =
     40;  // seconds; sanitized and beside others, a page takes its time
 
 /// Starts the display that the tests of this process use. Two monitors side by side, each of
-/// 800 x 900, when the only test to run asks for them by its suite's name ("TwoMonitors").
+/// 800 x 900, when the only test to run asks for them by its name, which begins with
+/// "onTwoMonitors".
 std::unique_ptr<VirtualDisplay> startDesktop();
 
 /// What the display shows now.
@@ -50,10 +51,10 @@ Picture screenPicture();
 /// The colour of the display at a point, y downwards.
 Pixel colorAt(int x, int y);
 
-/// Serves the main loop until `condition` holds; false when it does not within `seconds`.
+/// Runs the main loop until `condition` holds. Returns false if it does not within `seconds`.
 bool waitFor(const std::function<bool()>& condition, double seconds = kPatience);
 
-/// Serves the main loop for what is there to do now.
+/// Runs the main loop until there is nothing left to do now.
 void serveLoop();
 
 /// Runs a program and returns what it wrote. Fails the test when the program fails.
@@ -101,7 +102,7 @@ class GtkTest : public testing::Test {
   std::shared_ptr<RecordingLog> log = std::make_shared<RecordingLog>();
 };
 
-/// Hears and answers what a web view asks.
+/// Records the questions of a web view and answers them.
 class RecordingDelegate : public WebViewDelegate {
  public:
   struct Question {
