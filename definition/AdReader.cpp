@@ -9,21 +9,18 @@ namespace qorix {
 
 namespace {
 
-/// Logged for a field whose element is missing or empty: one number each, in the fields' order.
-constexpr int kFirstFieldLine = 127;
-
-/// The text of the first child of that name; empty when there is none.
+/// The text of the first child of that name; empty if there is none.
 std::string_view childText(XmlElement element, std::string_view name) {
   const auto child = element.firstChildNamed(name);
   return child ? child->text() : std::string_view();
 }
 
-/// The first child of that name, or the element itself when it has none: where a defect lies.
+/// The first child of that name, or the element itself if it has none: where a defect lies.
 XmlElement childOrSelf(XmlElement element, std::string_view name) {
   return element.firstChildNamed(name).value_or(element);
 }
 
-/// Reads step by step; each step answers whether all is well so far.
+/// Reads step by step. Each step returns whether the document can be used so far.
 class AdReader {
  public:
   bool readFileVersion(XmlElement root);
@@ -35,8 +32,8 @@ class AdReader {
   AdReading takeReading() { return std::move(reading_); }
 
  private:
-  bool refuse(int line, XmlElement element) {
-    reading_.defect = {line, element};
+  bool refuse(refusal::Number number, XmlElement element) {
+    reading_.defect = {number, element};
     return false;
   }
 
@@ -47,34 +44,35 @@ class AdReader {
   AdReading reading_;
 };
 
-/// It only has to be there: nothing compares it with anything.
+/// The version only has to be there: it is compared with nothing.
 bool AdReader::readFileVersion(XmlElement root) {
-  if (root.name() != "rootcfg") {
-    return refuse(94, root);
+  if (root.name() != tag::kRoot) {
+    return refuse(refusal::noFileVersion, root);
   }
-  for (const XmlElement data : root.childrenNamed("data")) {
-    if (const auto version = data.firstChildNamed("file_version")) {
-      return !version->text().empty() || refuse(94, *version);
+  for (const XmlElement data : root.childrenNamed(tag::kData)) {
+    if (const auto version = data.firstChildNamed(tag::kFileVersion)) {
+      return !version->text().empty() || refuse(refusal::noFileVersion, *version);
     }
   }
-  return refuse(94, root);
+  return refuse(refusal::noFileVersion, root);
 }
 
 bool AdReader::readTableLine(XmlElement line) {
-  if (childText(line, "appid").empty()) {
-    return refuse(103, childOrSelf(line, "appid"));
+  if (childText(line, tag::kAppId).empty()) {
+    return refuse(refusal::tableLineWithoutAppId, childOrSelf(line, tag::kAppId));
   }
-  return !childText(line, "adid").empty() || refuse(104, childOrSelf(line, "adid"));
+  return !childText(line, tag::kAdId).empty() ||
+         refuse(refusal::tableLineWithoutAdId, childOrSelf(line, tag::kAdId));
 }
 
-/// Lines behind the host's own are not looked at, those before it must be sound.
+/// Lines after the host's own are not looked at; those before it must be sound.
 bool AdReader::readTable(XmlElement root, const std::optional<std::string>& host) {
-  for (const XmlElement data : root.childrenNamed("data")) {
-    for (const XmlElement line : data.childrenNamed("push_ad_config")) {
+  for (const XmlElement data : root.childrenNamed(tag::kData)) {
+    for (const XmlElement line : data.childrenNamed(tag::kTableLine)) {
       if (!readTableLine(line)) {
         return false;
       }
-      if (host && childText(line, "appid") == *host) {
+      if (host && childText(line, tag::kAppId) == *host) {
         reading_.tableLine = line;
         return true;
       }
@@ -83,41 +81,41 @@ bool AdReader::readTable(XmlElement root, const std::optional<std::string>& host
   return true;
 }
 
-/// The first advertisement of the identifier that the table names, or else the first of all.
+/// The first advertisement with the identifier that the table names for the host; the first of all
+/// if it names none.
 bool AdReader::chooseAd(XmlElement root) {
   const auto identifier =
-      reading_.tableLine ? childText(*reading_.tableLine, "adid") : std::string_view();
-  const auto ads = root.childrenNamed("push_ad");
+      reading_.tableLine ? childText(*reading_.tableLine, tag::kAdId) : std::string_view();
+  const auto ads = root.childrenNamed(tag::kAd);
   if (ads.empty()) {
-    return refuse(119, root);
+    return refuse(refusal::noAd, root);
   }
   for (const XmlElement ad : ads) {
-    const auto adid = childText(ad, "adid");
+    const auto adid = childText(ad, tag::kAdId);
     if (adid.empty()) {
-      return refuse(122, childOrSelf(ad, "adid"));
+      return refuse(refusal::adWithoutId, childOrSelf(ad, tag::kAdId));
     }
     if (identifier.empty() || adid == identifier) {
       reading_.ad = ad;
       return true;
     }
   }
-  return refuse(166, childOrSelf(*reading_.tableLine, "adid"));
+  return refuse(refusal::unknownAdId, childOrSelf(*reading_.tableLine, tag::kAdId));
 }
 
 bool AdReader::readFields(XmlElement ad) {
-  int line = kFirstFieldLine;
-  for (const std::string_view name : kFieldNames) {
-    const auto element = ad.firstChildNamed(name);
-    if (!element || element->text().empty()) {
-      return refuse(line, element.value_or(ad));
+  for (std::size_t index = 0; index < kFieldNames.size(); ++index) {
+    const auto found = ad.firstChildNamed(kFieldNames[index]);
+    if (!found || found->text().empty()) {
+      return refuse(refusal::ofField(index), found.value_or(ad));
     }
-    reading_.fields.push_back(*element);
-    ++line;
+    reading_.fields.push_back(*found);
   }
   return true;
 }
 
-/// One for each child element that holds text; the last of a name counts.
+/// One for each child element that holds text. Of several with one name the last counts, in the
+/// place of the first.
 std::vector<XmlElement> languagesIn(XmlElement parent) {
   std::vector<XmlElement> languages;
   std::map<std::string_view, std::size_t> indexes;
@@ -136,7 +134,7 @@ std::vector<XmlElement> languagesIn(XmlElement parent) {
 }
 
 void AdReader::readPromotedNames(XmlElement ad) {
-  for (const XmlElement name : ad.childrenNamed("promo_app_name")) {
+  for (const XmlElement name : ad.childrenNamed(tag::kPromotedName)) {
     auto& names =
         reading_.promotedNames ? *reading_.promotedNames : reading_.promotedNames.emplace();
     if (!name.text().empty()) {
@@ -150,22 +148,22 @@ bool AdReader::readAd(XmlElement ad) {
   if (!readFields(ad)) {
     return false;
   }
-  const auto title = ad.firstChildNamed("title");
+  const auto title = ad.firstChildNamed(tag::kTitle);
   if (!title) {
-    return refuse(138, ad);
+    return refuse(refusal::noTitle, ad);
   }
-  const auto page = ad.firstChildNamed("html_contents");
+  const auto page = ad.firstChildNamed(tag::kPages);
   if (!page) {
-    return refuse(139, ad);
+    return refuse(refusal::noPages, ad);
   }
   reading_.titles = languagesIn(*title);
   reading_.pages = languagesIn(*page);
   readPromotedNames(ad);
-  // The texts of the fields, which are numbers 166 to 175 here, were looked at above.
+  // That the fields hold texts was seen above.
   if (reading_.titles.empty()) {
-    return refuse(176, *title);
+    return refuse(refusal::noTitleText, *title);
   }
-  return !reading_.pages.empty() || refuse(177, *page);
+  return !reading_.pages.empty() || refuse(refusal::noPageText, *page);
 }
 
 LocalizedTexts textsOf(const std::vector<XmlElement>& languages) {

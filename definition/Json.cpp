@@ -22,7 +22,7 @@ namespace {
 constexpr std::size_t kDeepestNesting = 512;
 constexpr std::string_view kDigits = "0123456789";
 
-/// What the reader says is wrong, without its name and place, and without the text it has read:
+/// What is wrong according to the reader's `message`, without name, place and the text read:
 /// "... syntax error while parsing value - invalid literal; last read: 'tru}'".
 std::string reasonIn(std::string_view message) {
   constexpr std::string_view kMark = " - ";
@@ -33,7 +33,7 @@ std::string reasonIn(std::string_view message) {
   return std::string(message.substr(0, message.find("; last read: ")));
 }
 
-/// Builds a value from the reader's events; answering false stops the reader.
+/// Builds a value from the reader's events. Returning false stops the reader.
 class JsonBuilder : public nlohmann::json_sax<nlohmann::json> {
  public:
   explicit JsonBuilder(JsonDefect* defect) : defect_(defect) {}
@@ -46,7 +46,7 @@ class JsonBuilder : public nlohmann::json_sax<nlohmann::json> {
   bool null() override { return addScalar({}); }
   bool boolean(bool value) override { return addScalar(value); }
   bool number_integer(std::int64_t value) override { return addScalar(value); }
-  // Comes only for what is not negative, so it may fit a signed integer after all.
+  // Called for every integer that is not negative: it may fit a signed one.
   bool number_unsigned(std::uint64_t value) override {
     constexpr std::uint64_t kLargest = std::numeric_limits<std::int64_t>::max();
     return value <= kLargest ? addScalar(static_cast<std::int64_t>(value))
@@ -56,7 +56,7 @@ class JsonBuilder : public nlohmann::json_sax<nlohmann::json> {
     return addScalar(value);
   }
   bool string(std::string& value) override { return addScalar(std::move(value)); }
-  bool binary(binary_t& /*value*/) override { return false; }  // no part of JSON texts
+  bool binary(binary_t& /*value*/) override { return false; }  // does not occur in JSON texts
 
   bool start_object(std::size_t /*count*/) override { return open(true); }
   bool key(std::string& name) override {
@@ -71,7 +71,7 @@ class JsonBuilder : public nlohmann::json_sax<nlohmann::json> {
                    const nlohmann::detail::exception& error) override {
     constexpr int kNumberOverflow = 406;
     stoppedAtHugeNumber_ = error.id == kNumberOverflow;
-    if (defect_ != nullptr) {  // the position counts the bytes read, the wrong one included
+    if (defect_ != nullptr) {  // the position counts the bytes read, including the wrong one
       *defect_ = {reasonIn(error.what()), position == 0 ? 0 : position - 1};
     }
     return false;
@@ -130,7 +130,7 @@ class JsonBuilder : public nlohmann::json_sax<nlohmann::json> {
     return true;
   }
 
-  JsonDefect* const defect_;  // null when nobody wants it
+  JsonDefect* const defect_;  // null if nobody wants it
   std::vector<Container> open_;
   Value value_;
   bool stoppedAtHugeNumber_ = false;
@@ -180,13 +180,13 @@ bool isHugeNumber(std::string_view token) {
   if (result.ec == std::errc()) {
     return std::isinf(value);
   }
-  // Out of range, too small or too large: where the first digit stands tells.
+  // Out of range: too small or too large, depending on where the first digit stands.
   const auto magnitude = token.front() == '0' ? -static_cast<std::int64_t>(leadingZeros)
                                               : static_cast<std::int64_t>(integerEnd);
   return magnitude + exponent > 0;
 }
 
-/// The index behind the string that begins at `begin`.
+/// The index after the string that begins at `begin`.
 std::size_t skipString(std::string_view text, std::size_t begin) {
   std::size_t index = begin + 1;
   while (index < text.size() && text[index] != '"') {
@@ -195,8 +195,8 @@ std::size_t skipString(std::string_view text, std::size_t begin) {
   return std::min(index + 1, text.size());
 }
 
-/// `text` with the numbers that are too large for a double replaced by the largest of their sign,
-/// which take no more room, and blanks: all else stays where it is.
+/// `text` with each number that is too large for a double replaced by a very large one of its sign
+/// and blanks, so that everything else stays where it is.
 std::string withHugeNumbersBounded(std::string_view text) {
   std::string bounded;
   bounded.reserve(text.size());

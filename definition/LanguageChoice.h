@@ -8,14 +8,14 @@
 
 namespace qorix {
 
-/// The language of the texts that serve whoever has none of his own.
+/// The language of the texts for users whose own language has none.
 inline constexpr std::string_view kDefaultLanguage = "default";
 
-/// The user's first preferred language, or English. Main thread (reads the settings).
+/// The user's first preferred language; "en" if there is none. Main thread (reads the settings).
 std::string preferredLanguage();
 
-/// The entry that serves `language`: the first whose code it begins with, else the one under
-/// "default". Null when there is neither.
+/// The entry for `language`: the first with a code that `language` begins with, else the one under
+/// "default". Null if there is neither.
 const std::pair<std::string, std::string>* entryForLanguage(const LocalizedTexts& texts,
                                                             std::string_view language);
 

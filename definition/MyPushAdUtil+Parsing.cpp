@@ -9,8 +9,8 @@ namespace qorix {
 
 namespace {
 
-/// Logs the defect that makes the document unusable, and is what the caller returns.
-std::nullptr_t refuse(int line) {
+/// Logs why the document cannot be used. Returns what the caller is to return.
+std::nullptr_t refuse(refusal::Number line) {
   logCheck("+[MyPushAdUtil parseXMLWithString:]", line, kFatalError);
   return nullptr;
 }
@@ -21,11 +21,11 @@ std::shared_ptr<MyPushAdInfo> MyPushAdUtil::parseXMLWithString(
     const std::optional<std::string>& text) {
   const auto& host = platform().mainBundle->bundleIdentifier();
   if (!text) {
-    return refuse(87);
+    return refuse(refusal::noText);
   }
   const auto document = XmlDocument::parse(*text);
   if (!document) {
-    return refuse(91);
+    return refuse(refusal::notWellFormed);
   }
   const AdReading reading = readAdForHost(*document, host);
   const bool areAllInstalled =
@@ -36,7 +36,7 @@ std::shared_ptr<MyPushAdInfo> MyPushAdUtil::parseXMLWithString(
   auto info = createRecord(reading);
   info->doParseCustomizationAndMerge();
   if (areAllInstalled) {
-    // Behind the customisation, which therefore cannot switch it on again.
+    // After the customisation, which therefore cannot switch it on again.
     logLine("ZAM: All po-apps installed, Disable it.");
     info->setEnable(false);
   }

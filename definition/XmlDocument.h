@@ -16,17 +16,17 @@ class XmlSourceMap;
 /// the name); attributes, comments and processing instructions are dropped.
 class XmlDocument {
  public:
-  /// Reads a UTF-8 document. Nothing when it is not well formed, when its entities expand to much
-  /// more than the document itself, or when there is not enough memory. Opens no file and no
-  /// connection, whatever the document says: external entities count as empty. Time and memory are
-  /// proportional to the text.
+  /// Reads a UTF-8 document. Returns nullopt if it is not well formed, if its entities expand to
+  /// much more than the document itself, or if there is not enough memory. Opens no file and no
+  /// connection, whatever the document says: external entities count as empty. Takes time and
+  /// memory in proportion to the text.
   ///
-  /// The text is handed to the parser in pieces of `pieceSize` bytes at most; where they are cut
-  /// makes no difference to the result.
+  /// The parser gets the text in pieces of at most `pieceSize` bytes. Where they are cut makes no
+  /// difference to the result.
   static std::optional<XmlDocument> parse(std::string_view text,
                                           std::size_t pieceSize = kLargestPiece);
 
-  /// The same, more slowly: notes where everything stands in `sourceMap`, a new one.
+  /// The same, more slowly: notes in `sourceMap`, which must be new, where everything stands.
   static std::optional<XmlDocument> parse(std::string_view text, XmlSourceMap& sourceMap,
                                           std::size_t pieceSize = kLargestPiece);
 
@@ -37,33 +37,30 @@ class XmlDocument {
   friend class XmlReader;
   friend class XmlSourceMap;
 
-  static std::optional<XmlDocument> read(std::string_view text, XmlSourceMap* sourceMap,
-                                         std::size_t pieceSize);
-
   static constexpr std::size_t kLargestPiece = std::size_t{1} << 30;
 
   struct Element {
     std::size_t nameBegin;
     std::size_t textBegin;
     std::size_t textEnd;
-    std::size_t subtreeEnd;  // the index behind the last descendant
+    std::size_t subtreeEnd;  // the index after the last descendant
   };
 
-  // The elements stand in document order, so a subtree is a run of elements, and all the text in it
+  // The elements are in document order, so a subtree is a run of elements, and all the text in it
   // is a run of the text. The names lie side by side: each ends where the next begins.
   std::string text_;
   std::string names_;
   std::deque<Element> elements_;  // grows without being copied
 };
 
-/// One element of a document that must outlive it and must not be moved meanwhile. Cheap to copy.
+/// One element of a document, which must outlive it and must not be moved. Cheap to copy.
 class XmlElement {
  public:
   class Children;
 
   std::string_view name() const;
 
-  /// All the text inside the element and its descendants, joined, with nothing trimmed.
+  /// All the text inside the element and its descendants, joined and untrimmed.
   std::string_view text() const;
 
   /// The child elements, in document order.
@@ -96,7 +93,7 @@ class XmlElement::Children {
     std::size_t index_;
   };
 
-  /// An empty `name` admits every child: no element has an empty name.
+  /// An empty `name` stands for every child: no element has an empty name.
   Children(const XmlDocument& document, std::size_t parent, std::string_view name);
 
   Iterator begin() const { return {*this, first_}; }

@@ -13,7 +13,7 @@ std::size_t XmlSourceMap::offsetInText(XmlElement element, std::size_t offset) c
   if (length == 0) {
     return offsetOf(element);
   }
-  // Behind the end stands what follows the last byte, not what another element begins with.
+  // After the end comes what follows the last byte, not what another element begins with.
   return offset < length ? sourceOf(place.textBegin + offset) : sourceOf(place.textEnd - 1) + 1;
 }
 

@@ -9,9 +9,9 @@
 
 namespace qorix {
 
-/// Where the contents of a document stand in the source that it was read from, for those who
-/// explain documents to their authors. Filled by `XmlDocument::parse` on request. Offsets are bytes
-/// of the source, a byte order mark included.
+/// Where the contents of a document stand in its source, for programs that explain documents to
+/// their authors. Filled by `XmlDocument::parse` on request. Offsets are bytes of the source, a
+/// byte order mark included.
 class XmlSourceMap {
  public:
   /// Why a document is not well formed, and where that was noticed.
@@ -20,22 +20,21 @@ class XmlSourceMap {
     std::size_t offset = 0;
   };
 
-  /// Nothing when the document was read.
+  /// Absent if the document was read.
   const std::optional<Error>& error() const { return error_; }
 
-  /// Where the start tag of `element` begins. What stands in an entity lies where the entity is
-  /// named.
+  /// Where the start tag of `element` begins. Inside an entity: where the entity is named.
   std::size_t offsetOf(XmlElement element) const;
 
   /// Where the byte `offset` of `element.text()` comes from: the character itself, or the reference
-  /// that stands for it. An offset behind the last byte gives what follows the place of the last
-  /// byte, and the element's start tag when it has no text.
+  /// that stands for it. For an offset after the last byte: what follows the place of the last
+  /// byte, or the element's start tag if it has no text.
   std::size_t offsetInText(XmlElement element, std::size_t offset) const;
 
  private:
   friend class XmlReader;
 
-  // A part of the document's text that comes from one place: byte for byte, or all of it from a
+  // A part of the document's text that comes from one place: byte for byte, or as a whole from one
   // reference.
   struct Run {
     std::size_t text;

@@ -7,9 +7,9 @@
 
 namespace qorix {
 
-/// The decimal integer that `text` begins with: leading ASCII white space is skipped, a sign may
-/// follow, then the digits up to the first other character; beyond `Integer` the nearest bound.
-/// 0 when the text does not begin so.
+/// The decimal integer that `text` begins with: leading ASCII white space, perhaps a sign, then the
+/// digits up to the first other character. Beyond the range of `Integer` the nearest bound; 0 if
+/// the text does not begin with an integer.
 template <class Integer>
 Integer leadingInteger(std::string_view text) {
   const auto start = text.find_first_not_of(" \t\n\v\f\r");
@@ -24,7 +24,7 @@ Integer leadingInteger(std::string_view text) {
       return 0;
     }
   }
-  Integer value = 0;  // from_chars leaves it alone when there are no digits
+  Integer value = 0;  // from_chars leaves it if there are no digits
   const auto result = std::from_chars(text.data(), text.data() + text.size(), value);
   if (result.ec == std::errc::result_out_of_range) {
     using Limits = std::numeric_limits<Integer>;

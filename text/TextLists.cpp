@@ -4,7 +4,9 @@ namespace qorix {
 
 namespace {
 
-// The blanks that the system trims: the tab and the space separators of Unicode, no line breaks.
+// What is trimmed: the tab and Unicode's space separators, but no line breaks. GLib knows the
+// separators, too, but walks from either end through well-formed UTF-8 only, which a page's list
+// need not be.
 constexpr std::string_view kBlanks[] = {
     "\t",     " ",      "\u00A0", "\u1680", "\u2000", "\u2001", "\u2002", "\u2003", "\u2004",
     "\u2005", "\u2006", "\u2007", "\u2008", "\u2009", "\u200A", "\u202F", "\u205F", "\u3000",

@@ -5,9 +5,20 @@
 #include <qorix/platform/WebView.h>
 
 #include "text/AsciiCase.h"
-#include "webview/PageScripts.h"
 
 namespace qorix {
+
+namespace {
+
+/// The innermost node under the click; null if there was none.
+std::shared_ptr<DomNode> clickedNode(const Dictionary& actionInformation) {
+  const Value* element = find(actionInformation, kWebActionElementKey);
+  const auto* dictionary = element == nullptr ? nullptr : element->as<Dictionary>();
+  const Value* node = dictionary == nullptr ? nullptr : find(*dictionary, kWebElementDomNodeKey);
+  return node == nullptr ? nullptr : node->object<DomNode>();
+}
+
+}  // namespace
 
 bool queryHoldsMark(const Url& url, std::string_view mark) {
   const auto query = url.query();
@@ -27,13 +38,6 @@ bool isLinkClick(const Dictionary& actionInformation) {
 bool isUserAct(const Dictionary& actionInformation) {
   const Value* isUsers = find(actionInformation, kWebActionIsUserActKey);
   return isUsers == nullptr || isUsers->booleanValue().value_or(true);
-}
-
-std::shared_ptr<DomNode> clickedNode(const Dictionary& actionInformation) {
-  const Value* element = find(actionInformation, kWebActionElementKey);
-  const auto* dictionary = element == nullptr ? nullptr : element->as<Dictionary>();
-  const Value* node = dictionary == nullptr ? nullptr : find(*dictionary, kWebElementDomNodeKey);
-  return node == nullptr ? nullptr : node->object<DomNode>();
 }
 
 std::shared_ptr<DomHtmlElement> clickedElement(const Dictionary& actionInformation) {

@@ -14,12 +14,12 @@ namespace qorix {
 
 namespace {
 
-/// The page's list; nothing when it is longer than any page has applications to promote, since each
-/// is looked up while the host waits: there is room for 264 of the longest identifiers that a file
-/// system can hold, and for more than a thousand as they are.
+/// The page's list; empty if it is longer than any page needs, since the host waits while each
+/// entry is looked up. There is room for 264 of the longest identifiers that a file system can
+/// hold, and for more than a thousand ordinary ones.
 std::string listOfPage(WebView& webView) {
   constexpr std::size_t kLongestList = 65536;
-  std::string list = webView.stringByEvaluatingJavaScriptFromString(kListPromoAppsScript);
+  std::string list = webView.stringByEvaluatingJavaScriptFromString(listPromoAppsScript());
   if (list.size() > kLongestList) {
     logLine("ZAM Ad page's list of applications is too long: " + std::to_string(list.size()) +
             " bytes");
@@ -38,7 +38,7 @@ bool isInstalled(const Value& appId) {
 
 bool MyPushAdViewController::isSupportAdFilterFeature(const std::shared_ptr<WebView>& webView) {
   return webView != nullptr &&
-         webView->stringByEvaluatingJavaScriptFromString(kFilterSupportScript) == "support";
+         webView->stringByEvaluatingJavaScriptFromString(filterSupportScript()) == "support";
 }
 
 void MyPushAdViewController::processAdFilterFeatureIfNeeded(
@@ -64,7 +64,7 @@ void MyPushAdViewController::processAdFilterFeatureIfNeeded(
                              convertToJSArrayWithStringArray(installFlags)));
 }
 
-/// Whether the page has given no answer because it is busy. One that is again each time it is asked
+/// Whether the page gave no answer because it is busy. A page that is busy each time it is asked
 /// does not take part.
 bool MyPushAdViewController::putOffAdFilterFeature(const WebView& webView) {
   constexpr int kMostPutOffs = 5;
@@ -83,7 +83,7 @@ Array MyPushAdViewController::parseArrayWithJSString(const Value& value) {
 
 Array MyPushAdViewController::findAppInstallFlagsWithAppIds(const std::optional<Array>& appIds) {
   using Clock = std::chrono::steady_clock;
-  constexpr auto kLongestSlice = std::chrono::milliseconds(20);  // in which the host is not served
+  constexpr auto kLongestSlice = std::chrono::milliseconds(20);  // while the host is not served
   Array flags;
   auto sliceEnd = Clock::now() + kLongestSlice;
   for (const Value& appId : appIds.value_or(Array())) {

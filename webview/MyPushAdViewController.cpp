@@ -81,7 +81,7 @@ void MyPushAdViewController::handleOpenIAPButtonClickedWithURL(const std::option
   }
 }
 
-// Inner frames count like the main one: the work below is done for each frame that has loaded.
+// The same is done for each frame that has loaded, main or inner.
 void MyPushAdViewController::webViewDidFinishLoadForFrame(const std::shared_ptr<WebView>& webView,
                                                           const WebFrame& frame) {
   const auto ownWebView = legacyWebView();

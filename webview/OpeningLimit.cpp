@@ -10,8 +10,8 @@ namespace qorix {
 
 namespace {
 
-// In order. Besides what the name says: the engine's own pages, the schemes under which desktops
-// reach files and settings, and those whose programs run what they are given.
+// Sorted. Schemes of the engine's own pages, those under which desktops reach files and settings,
+// and those whose programs run what they are given.
 constexpr std::array<std::string_view, 32> kClosedSchemes = {
     "about", "admin",    "afc",      "afp",        "archive",  "blob",       "burn",
     "cdda",  "computer", "data",     "dav",        "davs",     "file",       "filesystem",

@@ -5,8 +5,8 @@
 
 namespace qorix {
 
-/// How often one page may open addresses outside of it when no act of the user stands behind that:
-/// a script that clicks once is let do so, one that clicks without end is not.
+/// How often one page may open outside addresses without an act of the user: a script that clicks
+/// once may do so, one that clicks without end may not.
 class OpeningLimit {
  public:
   static constexpr std::size_t kPerSecond = 2;
@@ -14,22 +14,22 @@ class OpeningLimit {
 
   enum class Answer {
     open,
-    refuseFirst,  // the limit has just been reached
+    refuseFirst,  // the limit was reached just now
     refuse,
   };
 
-  /// May the page open another address at the time `now` (seconds, never less than the time
-  /// before)? Counts it when it may.
+  /// Whether the page may open another address at the time `now` (seconds, never less than in the
+  /// call before). Counts it if it may.
   Answer ask(double now);
 
  private:
   std::size_t opened_ = 0;
-  std::deque<double> times_;  // of the last kPerSecond openings, the oldest first
+  std::deque<double> times_;  // of the last kPerSecond openings, oldest first
   bool hasRefused_ = false;
 };
 
-/// Whether a page may have addresses of that scheme opened at all, in whatever letter case: not
-/// those that hand over files of the user's, or that are a program or a document by themselves.
+/// Whether a page may have addresses of that scheme opened at all, in any letter case: not those
+/// that give access to the user's files, or that are a program or a document by themselves.
 bool mayBeOpened(std::string_view scheme);
 
 }  // namespace qorix

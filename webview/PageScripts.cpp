@@ -2,6 +2,32 @@
 
 namespace qorix {
 
+namespace {
+
+std::string call(std::string_view function, std::string_view arguments) {
+  std::string script(function);
+  script += '(';
+  script += arguments;
+  script += ");";
+  return script;
+}
+
+std::string isFunction(std::string_view name) {
+  std::string condition = "(typeof(";
+  condition += name;
+  condition += ") === 'function')";
+  return condition;
+}
+
+}  // namespace
+
+std::string filterSupportScript() {
+  return "( " + isFunction(kObtainPromoAppIds) + " && " + isFunction(kPostPromoAppInfo) +
+         " ) ? 'support' : 'unimplemented';";
+}
+
+std::string listPromoAppsScript() { return call(kObtainPromoAppIds, ""); }
+
 std::string hideElementScript(std::string_view elementId) {
   std::string script = "var ele = document.getElementById('";
   script += elementId;
@@ -11,14 +37,13 @@ std::string hideElementScript(std::string_view elementId) {
 
 std::string postPromoAppInfoScript(std::string_view hostIdentifier, std::string_view appIds,
                                    std::string_view installFlags) {
-  std::string script = "cocoa_post_promo_app_info('";
-  script += hostIdentifier;
-  script += "', ";
-  script += appIds;
-  script += ", ";
-  script += installFlags;
-  script += ");";
-  return script;
+  std::string arguments = "'";
+  arguments += hostIdentifier;
+  arguments += "', ";
+  arguments += appIds;
+  arguments += ", ";
+  arguments += installFlags;
+  return call(kPostPromoAppInfo, arguments);
 }
 
 }  // namespace qorix

@@ -15,7 +15,7 @@ double rounded(double value) { return std::floor(value + 0.5); }
 
 int sideBetween(double low, double high) {
   const double side = rounded(high) - rounded(low);
-  // Written so that a NaN is no side.
+  // Written so that a NaN gives 0.
   return side > 0 ? static_cast<int>(std::min(side, double{kLongestSide})) : 0;
 }
 

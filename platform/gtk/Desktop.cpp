@@ -43,7 +43,7 @@ class MonitorScreen : public Screen {
 
 }  // namespace
 
-// Not the root window's: there is none on Wayland.
+// Not the root window's height: there is no such window on Wayland.
 int desktopHeight() { return lowestEdge(monitorGeometries()); }
 
 std::shared_ptr<Screen> screenOfFrame(const Rect& frame) {
@@ -74,7 +74,7 @@ std::optional<Decorations> decorationsOfWindow(GdkWindow* window) {
                        gdk_atom_intern_static_string("CARDINAL"), 0, 4 * sizeof(std::int32_t),
                        FALSE, nullptr, nullptr, &length, &data) != FALSE;
   std::optional<Decorations> decorations;
-  // Items of 32 bits arrive as longs.
+  // GDK returns items of 32 bits as longs.
   if (found && length == static_cast<gint>(4 * sizeof(long))) {
     const auto* extents = reinterpret_cast<const long*>(data);
     const double scale = gdk_window_get_scale_factor(window);

@@ -10,7 +10,7 @@ using GdkWindow = struct _GdkWindow;
 
 namespace qorix::gtk {
 
-/// What the window manager puts around a window's content.
+/// The widths of what the window manager puts around a window's content.
 struct Decorations {
   double left = 0;
   double right = 0;
@@ -19,22 +19,22 @@ struct Decorations {
   bool operator==(const Decorations&) const = default;
 };
 
-/// Height of the whole desktop, all monitors together.
+/// The height of the whole desktop, all monitors together.
 int desktopHeight();
 
-/// The monitor that the largest part of `frame` (in screen coordinates) is on, or null. A frame
-/// without extent is on the monitor that it lies on.
+/// The monitor with the largest part of `frame` (in screen coordinates); null if no part is on any.
+/// A frame without extent counts as one point large.
 std::shared_ptr<Screen> screenOfFrame(const Rect& frame);
 
-/// The monitor where windows appear that nobody has placed; null when there is no monitor.
+/// The monitor on which windows appear that nobody has placed; null if there is no monitor.
 std::shared_ptr<Screen> primaryScreen();
 
-/// What the window manager says that it has put, or is going to put, around `window`; nothing when
-/// it does not say.
+/// What the window manager says it has put, or will put, around `window`; absent if it does not
+/// say.
 std::optional<Decorations> decorationsOfWindow(GdkWindow* window);
 
-/// Asks the window manager to say so for a window that has not been shown yet, and waits a moment
-/// for the answer.
+/// Asks the window manager what it will put around a window that has not been shown yet, and waits
+/// a moment for the answer.
 void requestDecorations(GdkWindow* window);
 
 }  // namespace qorix::gtk

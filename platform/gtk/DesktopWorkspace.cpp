@@ -6,7 +6,7 @@ namespace qorix::gtk {
 
 void DesktopWorkspace::openUrl(const Url& url) {
   GdkAppLaunchContext* context = gdk_display_get_app_launch_context(gdk_display_get_default());
-  // Without a callback: what nobody opens is dropped.
+  // No callback: an address that no program opens is dropped.
   g_app_info_launch_default_for_uri_async(url.absoluteString().c_str(),
                                           G_APP_LAUNCH_CONTEXT(context), nullptr, nullptr, nullptr);
   g_object_unref(context);

@@ -4,7 +4,7 @@
 
 namespace qorix::gtk {
 
-/// Opens addresses with what the user's desktop has registered for their schemes.
+/// Opens addresses with the programs that the user's desktop has registered for their schemes.
 class DesktopWorkspace : public Workspace {
  public:
   void openUrl(const Url& url) override;

@@ -23,7 +23,7 @@ std::string rule(const std::string& pattern, const char* action) {
   return R"({"trigger":{"url-filter":")" + pattern + R"("},"action":{"type":")" + action + R"("}})";
 }
 
-// As a pattern inside of a JSON text: what is no plain character there is escaped in both.
+// As a pattern in a JSON text: special characters are escaped for both.
 std::string asPattern(std::string_view text) {
   std::string pattern;
   for (const char c : text) {
@@ -35,14 +35,14 @@ std::string asPattern(std::string_view text) {
   return pattern;
 }
 
-/// What the engine is given to make a filter with, and given back.
+/// What is passed along while the engine makes a filter.
 struct Making {
   FileFilter& filter;
   std::filesystem::path folder;
 };
 
-/// A private folder that the engine writes the filter to before it uses it; gone with the object,
-/// the filter stays.
+/// A private folder to which the engine writes the filter before it uses it. The filter stays when
+/// the folder is gone.
 std::filesystem::path newPrivateFolder(GError** error) {
   const std::unique_ptr<char, decltype(&g_free)> folder(g_dir_make_tmp("qorix-XXXXXX", error),
                                                         &g_free);
@@ -61,8 +61,8 @@ void logFailure(const std::string& reason) {
 
 }  // namespace
 
-// The later rule counts. An escaped slash would lead out of the folder. The engine takes the dots
-// out of addresses before it looks at them.
+// Later rules override earlier ones. An escaped slash would lead out of the folder. The engine
+// resolves the dots of an address before it applies the rules.
 std::string fileRules(const Url& base) {
   const std::filesystem::path file(base.filePath().value_or("/"));
   const Url address = Url::fileUrl(file.lexically_normal().string());

@@ -10,23 +10,23 @@ using WebKitUserContentFilter = struct _WebKitUserContentFilter;
 
 namespace qorix::gtk {
 
-/// The rules of a FileFilter, as the engine reads them.
+/// The rules of the FileFilter for `base`, in the engine's JSON.
 std::string fileRules(const Url& base);
 
-/// Keeps pages away from the user's files: of all file addresses those of files directly in the
-/// folder of `base` can be loaded, and no other, by whatever a page loads with. The engine makes
-/// the filter a few milliseconds after it was asked for. Main thread only.
+/// Keeps pages away from the user's files: of all file addresses, only those of files directly in
+/// the folder of `base` can be loaded, by whatever means a page loads. The engine needs a few
+/// milliseconds to make the filter. Main thread only.
 class FileFilter {
  public:
-  /// The one for pages of the library, made when it is first asked for. Never destroyed.
+  /// The one for pages of the library. Made by the first call, never destroyed.
   static FileFilter& ofLibrary();
 
   explicit FileFilter(const Url& base);
   FileFilter(const FileFilter&) = delete;
   FileFilter& operator=(const FileFilter&) = delete;
 
-  /// Runs `task` when the filter is there, at once when it is; with null, after one log line, when
-  /// it cannot be made.
+  /// Runs `task` with the filter when it has been made, at once if it has been already. With null,
+  /// after one log line, if it cannot be made.
   void whenMade(std::function<void(WebKitUserContentFilter*)> task);
 
  private:

@@ -10,17 +10,17 @@
 
 namespace qorix::gtk {
 
-/// The finished loads of one web view's frames on their way to the delegate: one at a time, in
-/// their order, from a delayed perform, and each when the page answers. Those of a page that is
-/// gone are dropped. Main thread only.
+/// Reports the finished loads of one web view's frames to the delegate: one at a time, in their
+/// order, from a delayed perform, and each when the page answers. Reports about a page that is gone
+/// are dropped. Main thread only.
 ///
-/// A page can load inner frames without end, so the work for one is followed by a pause of the same
-/// length, and when too many wait, further ones are left out.
+/// A page can load inner frames without end, so each report is followed by a pause as long as its
+/// handling took, and if too many wait, further inner frames are left out.
 class LoadReports : public std::enable_shared_from_this<LoadReports> {
  public:
   static constexpr std::size_t kMostWaiting = 100;
 
-  /// Calls what it is given once: with true when the page answers, with false when it is gone.
+  /// Calls its argument once: with true when the page answers, with false if it is gone before.
   using WhenPageAnswers = std::function<void(std::function<void(bool isThere)>)>;
   using Deliver = std::function<void(const WebFrame&)>;
 

@@ -21,13 +21,13 @@ constexpr std::int64_t kMenuCheckInterval = 15'000;  // microseconds
 std::int64_t timeAfter(double seconds) {
   constexpr double kLongest = 1e17;  // three thousand years, far from any overflow
   const double microseconds = std::ceil(seconds * 1e6);
-  // Written so that a NaN is no delay.
+  // Written so that a NaN gives no delay.
   const double delay = microseconds > 0 ? std::min(microseconds, kLongest) : 0;
   return g_get_monotonic_time() + static_cast<std::int64_t>(delay);
 }
 
-// Those who wait for the main thread must not wait for one that has left its loop for good. Never
-// destroyed: they may look at it till the very end.
+// Threads that wait for the main thread must not wait after it has left its loop for good. Never
+// destroyed: they may look at it until the very end.
 struct ProcessEnd {
   std::mutex mutex;
   std::condition_variable changed;
@@ -47,7 +47,7 @@ void beginProcessEnd() {
 
 // What a waiting thread shares with the task that it waits for.
 struct Wait {
-  std::function<void()> task;  // taken by whoever comes first, the run or the end
+  std::function<void()> task;  // taken by the loop, or dropped by the waiting thread
   bool isDone = false;
 };
 
@@ -61,14 +61,14 @@ void runAwaitedTask(Wait& wait) {
     return;
   }
   callGuarded(task);
-  task = nullptr;  // what it holds is released before its owner goes on
+  task = nullptr;  // what it holds is released before the waiting thread goes on
   const std::lock_guard lock(processEnd().mutex);
   wait.isDone = true;
   processEnd().changed.notify_all();
 }
 
-// A source without conditions of its own: it is ready at the time that it has been given. While a
-// task of a source that does not recurse runs a modal dialog, the others of that source wait.
+// A source that is ready at the time that was set. If it does not recurse, its other tasks wait
+// while one of them runs a modal dialog.
 GSource* newTimedSource(GSourceFunc run, MainContextRunLoop* loop, bool recurses) {
   static GSourceFuncs functions = {
       nullptr,
@@ -137,7 +137,7 @@ void MainContextRunLoop::performAndWait(std::function<void()> task) {
   performAt(timeAfter(0), [wait] { runAwaitedTask(*wait); });
   std::unique_lock lock(processEnd().mutex);
   processEnd().changed.wait(lock, [&] { return wait->isDone || processEnd().hasBegun; });
-  wait->task = nullptr;  // it may refer to what the caller is about to destroy
+  wait->task = nullptr;  // it may refer to what the caller destroys next
 }
 
 void MainContextRunLoop::performAt(std::int64_t time, std::function<void()> task) {
@@ -146,7 +146,7 @@ void MainContextRunLoop::performAt(std::int64_t time, std::function<void()> task
   updateSources();
 }
 
-// One task at a time: between two the loop serves the host, too.
+// One task at a time: between two the loop also serves the host.
 void MainContextRunLoop::runQueued() {
   std::function<void()> task;
   {
@@ -180,14 +180,14 @@ void MainContextRunLoop::runDue() {
   callGuarded(task);
 }
 
-// With the mutex held. A source that must not run is not ready, so that the loop sleeps.
+// The caller holds the mutex. A source that must not run is not ready, so that the loop sleeps.
 void MainContextRunLoop::updateSources() {
   g_source_set_ready_time(queueSource_, areSourcesHeld_ || queue_.empty() ? -1 : 0);
   g_source_set_ready_time(timeSource_,
                           areSourcesHeld_ || performs_.empty() ? -1 : performs_.begin()->first);
 }
 
-// A source that was found ready before the held turns began is called in the first of them.
+// Needed for a source that was ready before the held turns began: the first of them calls it.
 bool MainContextRunLoop::isHeld() const { return heldDepth_ > 0 && g_main_depth() == heldDepth_; }
 
 void MainContextRunLoop::setSourcesHeld(bool areHeld) {
@@ -197,7 +197,7 @@ void MainContextRunLoop::setSourcesHeld(bool areHeld) {
 }
 
 void MainContextRunLoop::serveHost() {
-  constexpr std::int64_t kLongest = 100'000;  // microseconds; the host may always have more to do
+  constexpr std::int64_t kLongest = 100'000;  // microseconds; the host may have work without end
   HeldTurns turns(*this);
   const std::int64_t end = g_get_monotonic_time() + kLongest;
   while (turns.take(0) && g_get_monotonic_time() < end) {
@@ -220,7 +220,7 @@ bool MainContextRunLoop::HeldTurns::take(int milliseconds) {
   return isReady;
 }
 
-// Finds out which sources are ready, as an ordinary turn does; those of the tasks are not.
+// Finds out which sources are ready, as an ordinary turn does. Those of the tasks are held back.
 bool MainContextRunLoop::HeldTurns::gather(GMainContext* context, int milliseconds) {
   loop_.setSourcesHeld(true);
   int priority = 0;

@@ -4,7 +4,6 @@
 #include <deque>
 #include <functional>
 #include <map>
-#include <memory>
 #include <mutex>
 #include <thread>
 
@@ -15,11 +14,11 @@ using GSource = struct _GSource;
 
 namespace qorix::gtk {
 
-/// The run loop port on GLib's default main context, whoever iterates it: the host's main loop,
-/// a modal dialog. What a task throws is logged and goes no further.
+/// The run loop port on GLib's default main context, whether the host's main loop or a modal dialog
+/// runs it. What a task throws is logged and stopped.
 class MainContextRunLoop : public RunLoop {
  public:
-  /// Made on the main thread, and destroyed there (tasks that have not run are dropped).
+  /// To be made and destroyed on the main thread. Tasks that have not run by then are dropped.
   MainContextRunLoop();
   ~MainContextRunLoop() override;
   MainContextRunLoop(const MainContextRunLoop&) = delete;
@@ -30,9 +29,9 @@ class MainContextRunLoop : public RunLoop {
   void performAndWait(std::function<void()> task) override;
   void serveHost() override;
 
-  /// Takes turns of the main context in which no task runs: what is waited for inside of a call
-  /// lets nothing else of this library happen. What the host runs from such a turn, a modal dialog,
-  /// has the tasks again. Main thread only.
+  /// Runs the main context, turn by turn, without any task: while a call waits for something,
+  /// nothing else of this library happens. In what the host runs from such a turn, a modal dialog,
+  /// say, tasks run again. Main thread only.
   class HeldTurns {
    public:
     explicit HeldTurns(MainContextRunLoop& loop);
@@ -40,8 +39,8 @@ class MainContextRunLoop : public RunLoop {
     HeldTurns(const HeldTurns&) = delete;
     HeldTurns& operator=(const HeldTurns&) = delete;
 
-    /// One turn, which waits that many milliseconds at most for something to do; false when there
-    /// was nothing.
+    /// Takes one turn, which waits at most that many milliseconds for something to do. Returns
+    /// false if there was nothing to do.
     bool take(int milliseconds);
 
    private:
@@ -62,9 +61,9 @@ class MainContextRunLoop : public RunLoop {
   const std::thread::id mainThread_;
   GSource* queueSource_;
   GSource* timeSource_;
-  int heldDepth_ = 0;  // how deep in the main context's calls the held turns do theirs; 0: none
+  int heldDepth_ = 0;  // the depth of the main context at which the held turns call; 0: none
 
-  std::mutex mutex_;  // guards what follows
+  std::mutex mutex_;  // guards the members below
   bool areSourcesHeld_ = false;
   std::deque<std::function<void()>> queue_;
   std::multimap<std::int64_t, std::function<void()>> performs_;  // by time due, in microseconds

@@ -15,7 +15,7 @@ void noteMenuItem(GtkWidget* widget, gpointer found) {
   }
 }
 
-// A menu made from a model may be shown by a popover of no particular kind: its items tell it.
+// A menu made from a model may be shown by a plain popover, which its items give away.
 bool isMenu(GtkWidget* widget) {
   if (GTK_IS_MENU_SHELL(widget) || GTK_IS_POPOVER_MENU(widget)) {
     return true;
@@ -29,7 +29,7 @@ bool isMenu(GtkWidget* widget) {
 
 }  // namespace
 
-// Whoever tracks the user has the grab of its window group.
+// An open menu has the grab of its window group.
 bool isMenuTracked() {
   GList* windows = gtk_window_list_toplevels();
   bool isTracked = false;

@@ -2,7 +2,7 @@
 
 namespace qorix::gtk {
 
-/// Whether the user has a menu open, in whichever of the process's windows. Main thread only.
+/// Whether the user has a menu open, in any window of the process. Main thread only.
 bool isMenuTracked();
 
 }  // namespace qorix::gtk

@@ -1,6 +1,6 @@
-// Runs in the page's own world in every frame, before the page's scripts. A click on what is not in
-// the document passes nothing of the document, where the watcher could hear it: it can only come of
-// a script's call, so the two calls that make one tell the watcher before.
+// Runs in the page's own world in every frame, before the page's scripts. A click on a node outside
+// the document passes through nothing where the watcher listens. Only a script can make one, by one
+// of two calls, so both are made to tell the watcher first.
 (() => {
   'use strict';
   const {apply} = Reflect;

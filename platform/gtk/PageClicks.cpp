@@ -13,7 +13,7 @@ namespace qorix::gtk {
 
 namespace {
 
-// A script that clicks in an endless loop fills no more than that.
+// The most that a script can fill by clicking in an endless loop.
 constexpr std::size_t kMostClicks = 64;
 
 }  // namespace
@@ -56,11 +56,11 @@ struct PageClicks::Reported {
 
   const double key;
   const bool isScripted;
-  const std::shared_ptr<DomHtmlElement> element;  // null when it is none of HTML
+  const std::shared_ptr<DomHtmlElement> element;  // null if it is no HTML element
   Click click;
-  std::string link;          // where it leads; empty: not known
-  bool isSeenToEnd = false;  // by the watcher: no listener has stopped it on its way
-  bool isGiven = false;      // to the navigation that came of it
+  std::string link;          // where it leads; empty: unknown
+  bool isSeenToEnd = false;  // by the watcher: no listener stopped it on its way
+  bool isGiven = false;      // to the navigation that it led to
   Judge waiting;
   guint timer = 0;
 };
@@ -95,7 +95,7 @@ void PageClicks::take(JSCValue* report) {
   }
 }
 
-// What made of a script's click that some listener stopped is only seen now.
+// If a listener stopped a script's click, what became of the element is only seen now.
 void PageClicks::end(const std::shared_ptr<Reported>& click, JSCValue* report) {
   if (!click->isSeenToEnd) {
     click->renewElement(report);
@@ -105,7 +105,7 @@ void PageClicks::end(const std::shared_ptr<Reported>& click, JSCValue* report) {
 }
 
 void PageClicks::judge(const std::string& address, Judge judge) {
-  // An image that is a map puts the place that was hit behind the link's own address.
+  // For an image map the engine puts the point that was hit after the link's own address.
   const auto place = std::find_if(clicks_.begin(), clicks_.end(), [&address](const auto& each) {
     return !each->isGiven && address.starts_with(each->link);
   });

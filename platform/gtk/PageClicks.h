@@ -11,21 +11,21 @@ using JSCValue = struct _JSCValue;
 
 namespace qorix::gtk {
 
-/// Which click is behind a page's wish to follow a link. The page's watcher reports each click on a
-/// link, first when it begins and again when it is over.
+/// Finds the click that made a page ask to follow a link. The page's watcher reports each click on
+/// a link, first when it begins and again when it is over.
 ///
-/// A user's click is over for the page when the engine asks whether the link may be followed. A
-/// script's is not: the script goes on, while the question is already here. It waits until the
-/// script has ended, so that the element can be looked at twice: as it was when the engine asked,
-/// and as it is afterwards.
+/// When the engine asks whether the link may be followed, the page has finished with a user's
+/// click, but not with a script's: the script is still running. Its question waits until the script
+/// has ended, so that the element can be read twice: as it was when the engine asked, and as it is
+/// afterwards.
 class PageClicks {
  public:
   struct Click {
     bool isInMainFrame = true;
-    std::shared_ptr<DomNode> node;  // the innermost that was hit
+    std::shared_ptr<DomNode> node;  // the innermost one that was hit
   };
-  /// Judges a link to be followed. Called once with the click behind it, or null when none is
-  /// known.
+  /// Decides about a link to be followed. Called once, with the click that led to it, or with null
+  /// if none is known.
   using Judge = std::function<void(const Click* click)>;
 
   PageClicks() = default;
@@ -36,11 +36,11 @@ class PageClicks {
   /// Takes a report of the page's watcher. May call judges.
   void take(JSCValue* report);
 
-  /// Has `judge` called with the click on the link to `address`, at once or when it is over. A
-  /// script that goes on for longer than kScriptTimeLimit is not waited for.
+  /// Calls `judge` with the click on the link to `address`, at once or when the click is over, but
+  /// after kScriptTimeLimit at the latest.
   void judge(const std::string& address, Judge judge);
 
-  /// No click has any effect any more. Calls the judges that wait.
+  /// Forgets all clicks. Calls the judges that wait.
   void endAll();
 
  private:

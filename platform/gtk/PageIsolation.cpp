@@ -21,8 +21,8 @@ WebKitMemoryPressureSettings* newMemoryLimit() {
   return settings;
 }
 
-// The engine ends the host when it cannot make the sandbox that it was told to use, so whether it
-// can is tried out first, with the engine's own tools and what it asks of the system.
+// The engine ends the host if it cannot make the sandbox that it was told to use. So the same is
+// tried first, with the engine's own tools.
 bool canMakeSandbox() {
   const std::unique_ptr<char, decltype(&g_free)> proxy(g_find_program_in_path("xdg-dbus-proxy"),
                                                        &g_free);

@@ -10,7 +10,7 @@ namespace qorix::gtk {
 
 namespace {
 
-constexpr unsigned kTicks = 2;  // that a question may wait
+constexpr unsigned kTicks = 2;  // for which a question may wait
 
 }  // namespace
 
@@ -24,7 +24,7 @@ PageWatchdog::PageWatchdog(WebKitWebView* webView, std::function<void()> onSilen
 
 PageWatchdog::~PageWatchdog() { stop(); }
 
-// The timer is of low priority: an answer that has come is seen before it.
+// The timer has a low priority: an answer that has come is handled before it.
 void PageWatchdog::start() {
   if (timer_ == 0) {
     timer_ = g_timeout_add_seconds_full(G_PRIORITY_LOW, kTimeLimit / kTicks,
@@ -39,8 +39,7 @@ void PageWatchdog::stop() {
   }
 }
 
-// Whether something could be copied is known in the page's process only, and asking changes
-// nothing.
+// Only the page's process knows whether something could be copied, and asking changes nothing.
 void PageWatchdog::ask() {
   const auto finish = [](GObject* /*webView*/, GAsyncResult* /*result*/, gpointer data) {
     const std::unique_ptr<std::shared_ptr<Question>> answered(
@@ -66,7 +65,7 @@ int PageWatchdog::onTick(void* self) {
     return G_SOURCE_CONTINUE;
   }
   watchdog->timer_ = 0;
-  const auto onSilence = watchdog->onSilence_;  // the watchdog may go meanwhile
+  const auto onSilence = watchdog->onSilence_;  // the call may destroy the watchdog
   callGuarded(onSilence);
   return G_SOURCE_REMOVE;
 }

@@ -1,12 +1,12 @@
 // Runs in a world of its own in every frame of a page: the page's scripts can neither see nor
-// disturb it. Tells the library what its web engine does not.
+// disturb it. Reports to the library what the web engine does not.
 (() => {
   'use strict';
   const library = window.webkit.messageHandlers.qorix;
   const isMainFrame = window === window.top;
 
-  // What a page names like a method of its document or of a form hides that method, in every world.
-  // Here they are as nothing can hide them.
+  // An element with the name of a method of the document or of a form hides that method, in every
+  // world. The functions below cannot be hidden.
   const method = (type, name) => Function.prototype.call.bind(type.prototype[name]);
   const getter = (type, name) =>
     Function.prototype.call.bind(Object.getOwnPropertyDescriptor(type.prototype, name).get);
@@ -34,7 +34,7 @@
   const isLink = (target) =>
     isElement(target) && attributeNames(target).some((name) => /^(xlink:)?href$/.test(name));
 
-  // Where the link leads, if it is one whose address is easily had.
+  // Where the link leads; empty for a kind of link whose address is not easily read.
   const addressOf = (link) => {
     for (const address of [addressOfA, addressOfArea]) {
       try {
@@ -53,7 +53,7 @@
       (rect) => x >= rect.left && x < rect.right && y >= rect.top && y < rect.bottom);
   };
 
-  // Whether at the point, which hit `element` and nothing inside of it, there is its own text.
+  // Whether the point, which hit `element` and no element inside it, lies on its own text.
   const hasTextAt = (element, point) => {
     for (let node = firstChild(element); node !== null; node = nextSibling(node)) {
       if (nodeType(node) === Node.TEXT_NODE && isTextAt(node, point)) {
@@ -63,7 +63,7 @@
     return false;
   };
 
-  // A task of its own, as soon as what runs now has ended. Unlike a timer it is never held back.
+  // Runs `task` as soon as what runs now has ended. Unlike a timer it is never delayed.
   const tasks = [];
   const {port1: doorbell, port2: porch} = new MessageChannel();
   porch.onmessage = () => tasks.shift()();
@@ -72,10 +72,10 @@
     doorbell.postMessage(null);
   };
 
-  // The engine asks whether it may follow the link when every listener has been called: what the
-  // page's own ones have made of the element by then counts. A user's click is reported anew after
-  // each that changes the element. A script's click is reported when it has come to its end, and
-  // that there was no end to be seen is told too.
+  // The engine asks whether it may follow the link after every listener has been called: what the
+  // page's own listeners have made of the element by then counts. So a user's click is reported
+  // again after each listener that changes the element. A script's click is reported again when it
+  // has passed all listeners; if one stopped it, that is reported, too.
   const beginClick = ({target, link, last, type, inMainFrame, isScripted, textPoint}) => {
     if (link === undefined || !isElement(target)) {
       return;
@@ -113,7 +113,7 @@
     });
   };
 
-  // The keyboard clicks too, but hits no text.
+  // A click by the keyboard hits no text.
   const textPointOf = (isByPointer, x, y) => (isByPointer ? {x, y} : null);
 
   const watchClick = (event) => {
@@ -129,7 +129,7 @@
     });
   };
 
-  // In a frame that runs no scripts only the user clicks, or a script of another frame.
+  // In a frame that runs no scripts, clicks come from the user or from a script of another frame.
   const watchClickInFrame = (target, isByPointer, x, y) => {
     let link = target;
     while (link !== null && !isLink(link)) {
@@ -150,7 +150,7 @@
 
   window.addEventListener('click', watchClick, true);
   window.addEventListener('auxclick', watchClick, true);
-  // A script is about to click on something that hangs below `root`, outside the document.
+  // A script is about to click on something below `root`, outside the document.
   window.addEventListener('qorixclick', ({relatedTarget: root}) => {
     listen(root, 'click', watchClick, {capture: true, once: true});
   }, true);
@@ -158,8 +158,8 @@
     window.addEventListener('load', reportLoad);
   }
 
-  // Frames that run no scripts run none of these listeners either. The library's module in the web
-  // process listens there; it has no functions for a frame that is such a one itself.
+  // In frames that run no scripts none of these listeners is called. The library's module in the
+  // web process listens there. In such a frame itself, its functions are missing.
   const {qorixOwnsFrame: ownsFrame, qorixWatchFrame: watchFrame} = window;
   if (ownsFrame !== undefined) {
     ownsFrame(document);

@@ -6,6 +6,7 @@
 #include <qorix/MyPushAdBoxView.h>
 #include <qorix/platform/Platform.h>
 
+#include "platform/gtk/AdWebContext.h"
 #include "platform/gtk/Unref.h"
 #include "platform/gtk/WebKitView.h"
 #include "platform/gtk/WidgetView.h"

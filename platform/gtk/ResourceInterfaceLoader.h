@@ -10,13 +10,12 @@
 
 namespace qorix::gtk {
 
-/// Makes views from the GtkBuilder files among this library's resources; they stand for the
-/// interface files of the installed platform's library bundle, and other bundles have none.
+/// Makes views from the GtkBuilder files among this library's resources. They are the interface
+/// files of the installed platform's library bundle; other bundles have none.
 ///
-/// An interface file gives the id "view" to its root, a GtkOverlay that becomes a MyPushAdBoxView;
-/// the size that it requests for it is the one that the view has at first, and no least size. It
-/// gives the id "webView" to a WebKitWebView inside of it, and finds the web context to use under
-/// the id "adContext".
+/// In an interface file the root, a GtkOverlay that becomes a MyPushAdBoxView, has the id "view".
+/// The size that it requests is the view's first size, not its least. A WebKitWebView inside it has
+/// the id "webView". The file finds the web context to use under the id "adContext".
 class ResourceInterfaceLoader : public InterfaceLoader {
  public:
   explicit ResourceInterfaceLoader(std::shared_ptr<MainContextRunLoop> runLoop);

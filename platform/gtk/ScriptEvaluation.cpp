@@ -22,7 +22,7 @@ struct ScriptEvaluation::Pending {
 
 namespace {
 
-/// Takes the text of a script's value; nothing when the page is gone.
+/// Takes the text of a script's value; absent if the page is gone.
 using Finish = std::function<void(std::optional<std::string> text)>;
 
 std::string bytesOf(WebKitUserMessage* reply) {
@@ -73,7 +73,7 @@ ScriptEvaluation::ScriptEvaluation(std::shared_ptr<MainContextRunLoop> runLoop)
     : runLoop_(std::move(runLoop)) {}
 
 std::string ScriptEvaluation::evaluate(WebKitWebView* webView, const std::string& script) {
-  // Asked for its page, a web view without a process would start one, with an empty page.
+  // Asked for its page, a web view without a process would start one with an empty page.
   if (!hasPage_) {
     return {};
   }
@@ -89,8 +89,8 @@ std::string ScriptEvaluation::evaluate(WebKitWebView* webView, const std::string
     pending->result = text.value_or("");
     pending->isDone = true;
   });
-  // A turn in which the host works for longer counts as one in which it waits: its time is not the
-  // script's.
+  // A turn in which the host works for longer counts as one that only waits: the host's time is not
+  // the script's.
   constexpr int kTurn = 50;  // milliseconds
   MainContextRunLoop::HeldTurns turns(*runLoop_);
   gint64 left = isWaitedFor ? static_cast<gint64>(kScriptTimeLimit * 1e6) : 0;

@@ -25,34 +25,6 @@ GdkRectangle nativePlace(const Rect& contentRect) {
   return placeable(flipped(contentRect, desktopHeight()));
 }
 
-GQuark ownerQuark() {
-  static const GQuark quark = g_quark_from_static_string("qorix-window");
-  return quark;
-}
-
-// A GtkWindow that tells its owner before anything of it is gone: when "destroy" is emitted it is
-// already hidden.
-GObjectClass* parentClass = nullptr;
-
-void disposeWindow(GObject* window) {
-  if (auto* owner = static_cast<ToplevelWindow*>(g_object_get_qdata(window, ownerQuark()))) {
-    callGuarded([owner] { owner->nativeWillBeDestroyed(); });
-  }
-  parentClass->dispose(window);
-}
-
-void initWindowClass(gpointer windowClass, gpointer /*data*/) {
-  parentClass = G_OBJECT_CLASS(g_type_class_peek_parent(windowClass));
-  G_OBJECT_CLASS(windowClass)->dispose = disposeWindow;
-}
-
-GtkWindow* newWindow() {
-  static const GType type =
-      g_type_register_static_simple(GTK_TYPE_WINDOW, "QorixWindow", sizeof(GtkWindowClass),
-                                    initWindowClass, sizeof(GtkWindow), nullptr, GTypeFlags{});
-  return static_cast<GtkWindow*>(g_object_new(type, "type", GTK_WINDOW_TOPLEVEL, nullptr));
-}
-
 }  // namespace
 
 ToplevelWindow::ToplevelWindow(std::shared_ptr<View> contentView, bool isDecorated)
@@ -72,10 +44,9 @@ ToplevelWindow::~ToplevelWindow() {
 }
 
 void ToplevelWindow::makeNative() {
-  window_ = newWindow();
-  g_object_set_qdata(G_OBJECT(window_), ownerQuark(), this);
+  window_ = newNoticedWindow(this);
   gtk_window_set_decorated(window_, isDecorated_ ? TRUE : FALSE);
-  // The content's own place is what is asked for, whatever is put around it.
+  // The place that is asked for is the content's, whatever is put around it.
   gtk_window_set_gravity(window_, GDK_GRAVITY_STATIC);
   takeContent();
   g_signal_connect(window_, "delete-event", G_CALLBACK((guarded<onDelete, TRUE>)), this);
@@ -102,14 +73,14 @@ void ToplevelWindow::nativeWillBeDestroyed() {
   if (window_ != nullptr) {
     letGoOfNative();
   }
-  if (window_ != nullptr) {  // another one, for who shows the window meanwhile
+  if (window_ != nullptr) {  // a new one: somebody showed the window during its closing
     takeContent();
   }
 }
 
 void ToplevelWindow::letGoOfNative() {
   GtkWindow* window = std::exchange(window_, nullptr);
-  g_object_set_qdata(G_OBJECT(window), ownerQuark(), nullptr);
+  forgetOwnerOf(window);
   g_signal_handlers_disconnect_by_data(window, this);
   GtkWidget* content = gtk_bin_get_child(GTK_BIN(window));
   if (content != nullptr) {
@@ -160,7 +131,7 @@ void ToplevelWindow::makeKeyAndOrderFront() {
     makeNative();
   }
   if (!isOpen()) {
-    placeContent(contentRect_);  // hiding has made the window manager forget
+    placeContent(contentRect_);  // the window manager forgot the place when the window was hidden
   }
   gtk_window_deiconify(window_);
   gtk_window_present(window_);
@@ -193,7 +164,7 @@ void ToplevelWindow::setTitle(const std::string& title) {
   }
 }
 
-// Shown by itself, or minimised by its user.
+// Whether it was shown and not closed; its user may have minimised it.
 bool ToplevelWindow::isOpen() const {
   return window_ != nullptr && gtk_widget_get_visible(GTK_WIDGET(window_)) != FALSE;
 }
@@ -201,7 +172,7 @@ bool ToplevelWindow::isOpen() const {
 Decorations ToplevelWindow::decorations() const {
   GdkWindow* native = window_ == nullptr ? nullptr : gtk_widget_get_window(GTK_WIDGET(window_));
   if (native != nullptr && isDecorated_) {
-    // While it takes a window up again, a window manager may call it undecorated for a moment.
+    // While a window is shown again, a window manager may call it undecorated for a moment.
     const auto current = decorationsOfWindow(native);
     if (current && *current != Decorations()) {
       decorations_ = *current;
@@ -225,7 +196,7 @@ int ToplevelWindow::onDelete(GtkWidget* /*widget*/, GdkEvent* /*event*/, void* s
   return TRUE;
 }
 
-// The user and the window manager move the window, too.
+// The user and the window manager move the window as well.
 int ToplevelWindow::onConfigure(GtkWidget* widget, GdkEvent* /*event*/, void* self) {
   auto* window = static_cast<ToplevelWindow*>(self);
   const GdkRectangle asked = nativePlace(window->askedRect_);

@@ -7,21 +7,22 @@
 #include <qorix/platform/Window.h>
 
 #include "platform/gtk/Desktop.h"
+#include "platform/gtk/NoticedWindow.h"
 
 using GtkWidget = struct _GtkWidget;
-using GtkWindow = struct _GtkWindow;
 using GdkEvent = union _GdkEvent;
 
 namespace qorix::gtk {
 
-/// A window of its own on the desktop. Its GtkWindow is made for the first showing at the latest,
-/// and made anew when somebody has destroyed it; what it showed is kept for the next one. On
-/// Wayland, where nobody says where a window is, it counts as being where it was asked to be, as
-/// far as it is on its screen there.
-class ToplevelWindow : public Window, public std::enable_shared_from_this<ToplevelWindow> {
+/// A window on the desktop, around a GtkWindow. If somebody destroys that, the next showing makes
+/// another one with the same content. On Wayland, where a program cannot learn where its windows
+/// are, it counts as being where it was asked to be, as far as that is on the screen.
+class ToplevelWindow : public Window,
+                       public std::enable_shared_from_this<ToplevelWindow>,
+                       private NoticedWindowOwner {
  public:
-  /// A hidden window around `contentView` (a view on a widget), as large as that view's frame, in
-  /// the middle of the primary screen.
+  /// A hidden window around `contentView` (a view on a widget), of the size of that view's frame,
+  /// in the middle of the primary screen.
   ToplevelWindow(std::shared_ptr<View> contentView, bool isDecorated);
   ~ToplevelWindow() override;
 
@@ -38,10 +39,10 @@ class ToplevelWindow : public Window, public std::enable_shared_from_this<Toplev
   void setLevel(WindowLevel level) override;
   void setTitle(const std::string& title) override;
 
-  /// Somebody is destroying the GtkWindow: the window is closed, and lets go of it.
-  void nativeWillBeDestroyed();
-
  private:
+  /// Closes the window and releases its content.
+  void nativeWillBeDestroyed() override;
+
   void makeNative();
   void takeContent();
   void letGoOfNative();
@@ -52,14 +53,14 @@ class ToplevelWindow : public Window, public std::enable_shared_from_this<Toplev
   static int onDelete(GtkWidget* widget, GdkEvent* event, void* self);
   static int onConfigure(GtkWidget* widget, GdkEvent* event, void* self);
 
-  GtkWindow* window_ = nullptr;  // null while there is none
+  GtkWindow* window_ = nullptr;  // null after somebody has destroyed it
   std::shared_ptr<View> contentView_;
   const bool isDecorated_;
   WindowLevel level_ = WindowLevel::normal;
   std::string title_;
-  Rect askedRect_;                   // of the content, with its fractions
-  Rect contentRect_;                 // the same, until the window turns out to be somewhere else
-  mutable Decorations decorations_;  // as last heard: a hidden window may have lost them
+  Rect askedRect_;    // of the content, as asked for
+  Rect contentRect_;  // where it is; as asked for unless it turns out to be elsewhere
+  mutable Decorations decorations_;  // the last known: a hidden window may have lost them
   std::optional<bool> isVisibleWhileClosing_;
 };
 

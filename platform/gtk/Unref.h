@@ -4,7 +4,7 @@
 
 namespace qorix::gtk {
 
-/// Gives a reference to a GObject back: the deleter of a std::unique_ptr that holds one.
+/// Releases a reference to a GObject: the deleter of a std::unique_ptr that holds one.
 struct Unref {
   void operator()(gpointer object) const { g_object_unref(object); }
 };

@@ -5,20 +5,20 @@ using GdkEvent = union _GdkEvent;
 
 namespace qorix::gtk {
 
-/// What the user does in one widget, by pointer, keys or touch: so that it can be told which of a
-/// page's wishes have an act of the user behind them. Main thread only.
+/// Notes what the user does in one widget, by pointer, keys or touch, so that it is known which
+/// navigations of its page the user caused. Main thread only.
 class UserActs {
  public:
-  /// Seconds after which an act stands behind nothing any more.
+  /// Seconds after which an act counts for nothing any more.
   static constexpr double kLasts = 5;
 
-  /// Listens until the widget is destroyed, or `stop` is called, which must be before this ends.
+  /// Listens to `widget` until `stop`, which must be called before this object is destroyed.
   explicit UserActs(GtkWidget* widget);
   UserActs(const UserActs&) = delete;
   UserActs& operator=(const UserActs&) = delete;
   void stop(GtkWidget* widget);
 
-  /// Is there an act that nothing has been done for yet? One thing is done for each.
+  /// Whether there is an act that has not been used yet. Uses one.
   bool take();
 
  private:

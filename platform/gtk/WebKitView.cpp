@@ -8,11 +8,11 @@
 #include <qorix/platform/Log.h>
 
 #include "platform/Guarded.h"
+#include "platform/gtk/EngineFaults.h"
 #include "platform/gtk/FileFilter.h"
 #include "platform/gtk/PageIsolation.h"
+#include "platform/gtk/PageRequests.h"
 #include "platform/gtk/ScriptObject.h"
-#include "platform/gtk/Unref.h"
-#include "platform/gtk/WebProcessModule.h"
 #include "platform/gtk/webprocess/Messages.h"
 
 namespace qorix::gtk {
@@ -23,75 +23,6 @@ constexpr const char* kHandlerName = "qorix";
 constexpr const char* kMessageSignal = "script-message-received::qorix";
 constexpr const char* kPageWatcherPath = "/qorix/PageWatcher.js";
 constexpr const char* kOutsideClicksPath = "/qorix/OutsideClicks.js";
-
-gboolean refuse() { return TRUE; }
-
-// No dialog is shown, and a page that asks whether it may be left is always left.
-gboolean answerScriptDialog(WebKitWebView*, WebKitScriptDialog* dialog) {
-  if (webkit_script_dialog_get_dialog_type(dialog) == WEBKIT_SCRIPT_DIALOG_BEFORE_UNLOAD_CONFIRM) {
-    webkit_script_dialog_confirm_set_confirmed(dialog, TRUE);
-  }
-  return TRUE;
-}
-
-gboolean denyPermission(WebKitWebView*, WebKitPermissionRequest* request) {
-  webkit_permission_request_deny(request);
-  return TRUE;
-}
-
-gboolean cancelAuthentication(WebKitWebView*, WebKitAuthenticationRequest* request) {
-  webkit_authentication_request_cancel(request);
-  return TRUE;
-}
-
-gboolean cancelFileChooser(WebKitWebView*, WebKitFileChooserRequest* request) {
-  webkit_file_chooser_request_cancel(request);
-  return TRUE;
-}
-
-gboolean cancelColorChooser(WebKitWebView*, WebKitColorChooserRequest* request) {
-  webkit_color_chooser_request_cancel(request);
-  return TRUE;
-}
-
-void cancelDownload(WebKitWebContext*, WebKitDownload* download) {
-  webkit_download_cancel(download);
-}
-
-// Asked for a part of its view, the engine paints the part that is as far from the other end, top
-// for bottom: it is asked for all of it, and what is needed is taken from that.
-gboolean drawAll(GtkWidget* widget, cairo_t* cairo) {
-  const GdkRectangle all = {0, 0, gtk_widget_get_allocated_width(widget),
-                            gtk_widget_get_allocated_height(widget)};
-  GdkRectangle part;
-  if (gdk_cairo_get_clip_rectangle(cairo, &part) == FALSE ||
-      gdk_rectangle_equal(&part, &all) != FALSE) {
-    return FALSE;
-  }
-  const cairo_rectangle_t extents = {0, 0, static_cast<double>(all.width),
-                                     static_cast<double>(all.height)};
-  cairo_surface_t* recording = cairo_recording_surface_create(CAIRO_CONTENT_COLOR_ALPHA, &extents);
-  cairo_t* recorder = cairo_create(recording);
-  GTK_WIDGET_GET_CLASS(widget)->draw(widget, recorder);
-  cairo_destroy(recorder);
-  cairo_set_source_surface(cairo, recording, 0, 0);
-  cairo_paint(cairo);
-  cairo_surface_destroy(recording);
-  return TRUE;
-}
-
-// Together with its native window, when the host moves it to another place, the engine's view loses
-// its picture, and a page that does not change would not be painted again. A background that
-// differs and does not makes it paint.
-void paintAnew(GtkWidget* widget, gpointer) {
-  WebKitWebView* webView = WEBKIT_WEB_VIEW(widget);
-  GdkRGBA color;
-  webkit_web_view_get_background_color(webView, &color);
-  GdkRGBA other = color;
-  other.blue = color.blue > 0.5 ? color.blue - 0.01 : color.blue + 0.01;
-  webkit_web_view_set_background_color(webView, &other);
-  webkit_web_view_set_background_color(webView, &color);
-}
 
 std::string description(WebKitWebProcessTerminationReason reason) {
   switch (reason) {
@@ -105,18 +36,8 @@ std::string description(WebKitWebProcessTerminationReason reason) {
   return "unknown reason";
 }
 
-WebKitNavigationAction* actionOf(WebKitPolicyDecision* decision) {
-  return webkit_navigation_policy_decision_get_navigation_action(
-      WEBKIT_NAVIGATION_POLICY_DECISION(decision));
-}
-
-std::string requestedUri(WebKitPolicyDecision* decision) {
-  const char* uri =
-      webkit_uri_request_get_uri(webkit_navigation_action_get_request(actionOf(decision)));
-  return uri == nullptr ? "" : uri;
-}
-
-// A script of the library that runs in every frame before the page's own; no world is the page's.
+// Adds a script of the library that runs in every frame before the page's own. A null `world` is
+// the page's.
 void addScript(WebKitUserContentManager* manager, const char* path, const char* world) {
   GBytes* source = g_resources_lookup_data(path, G_RESOURCE_LOOKUP_FLAGS_NONE, nullptr);
   const auto* text = static_cast<const char*>(g_bytes_get_data(source, nullptr));
@@ -131,37 +52,7 @@ void addScript(WebKitUserContentManager* manager, const char* path, const char* 
   g_bytes_unref(source);
 }
 
-class PolicyListener : public WebPolicyDecisionListener {
- public:
-  explicit PolicyListener(WebKitPolicyDecision* decision) : decision_(decision) {}
-  ~PolicyListener() override { use(); }  // unless the delegate has answered
-  PolicyListener(const PolicyListener&) = delete;
-  PolicyListener& operator=(const PolicyListener&) = delete;
-
-  void use() override { answer(webkit_policy_decision_use); }
-  void ignore() override { answer(webkit_policy_decision_ignore); }
-
- private:
-  void answer(void (*send)(WebKitPolicyDecision*)) {
-    if (decision_ != nullptr) {
-      send(std::exchange(decision_, nullptr));
-    }
-  }
-
-  WebKitPolicyDecision* decision_;
-};
-
 }  // namespace
-
-WebKitWebContext* adWebContext() {
-  static WebKitWebContext* const context = [] {
-    WebKitWebContext* fresh = newIsolatedWebContext();
-    loadModuleIntoWebProcesses(fresh);
-    g_signal_connect(fresh, "download-started", G_CALLBACK(cancelDownload), nullptr);
-    return fresh;
-  }();
-  return context;
-}
 
 std::shared_ptr<WebKitView> WebKitView::create(WebKitWebView* webView,
                                                std::shared_ptr<MainContextRunLoop> runLoop,
@@ -178,29 +69,16 @@ WebKitView::WebKitView(WebKitWebView* webView, std::shared_ptr<MainContextRunLoo
       loadReports_(std::make_shared<LoadReports>(
           runLoop_, [this](auto act) { whenPageAnswers(std::move(act)); },
           [this](const WebFrame& frame) { reportFinishedLoad(frame); })),
-      userActs_(GTK_WIDGET(webView)),
+      navigation_(GTK_WIDGET(webView), delegate_),
       watchdog_(webView, [this] { replaceSilentPage(); }) {
   g_signal_connect(webView, "load-changed", G_CALLBACK(guarded<onLoadChanged>), this);
   g_signal_connect(webView, "load-failed", G_CALLBACK((guarded<onLoadFailed, TRUE>)), this);
   g_signal_connect(webView, "decide-policy", G_CALLBACK(guarded<onDecidePolicy>), this);
   g_signal_connect(webView, "web-process-terminated", G_CALLBACK(guarded<onProcessTerminated>),
                    this);
-  g_signal_connect(webView, "draw", G_CALLBACK(drawAll), nullptr);
-  g_signal_connect_after(webView, "map", G_CALLBACK(paintAnew), nullptr);
-  refuseRequests();
+  correctPainting(webView);
+  refuseRequests(webView);
   watchPage();
-}
-
-// An advertisement opens nothing of its own on the user's desktop and learns nothing from it.
-void WebKitView::refuseRequests() {
-  for (const char* signal : {"context-menu", "print", "enter-fullscreen", "show-notification"}) {
-    g_signal_connect(widget(), signal, G_CALLBACK(refuse), nullptr);
-  }
-  g_signal_connect(widget(), "script-dialog", G_CALLBACK(answerScriptDialog), nullptr);
-  g_signal_connect(widget(), "permission-request", G_CALLBACK(denyPermission), nullptr);
-  g_signal_connect(widget(), "authenticate", G_CALLBACK(cancelAuthentication), nullptr);
-  g_signal_connect(widget(), "run-file-chooser", G_CALLBACK(cancelFileChooser), nullptr);
-  g_signal_connect(widget(), "run-color-chooser", G_CALLBACK(cancelColorChooser), nullptr);
 }
 
 void WebKitView::watchPage() {
@@ -214,9 +92,8 @@ void WebKitView::watchPage() {
 
 void WebKitView::widgetWillBeDestroyed() {
   scripts_.endPage();
-  scripts_.endPage();
   watchdog_.stop();
-  userActs_.stop(widget());
+  navigation_.stop(widget());
   g_signal_handlers_disconnect_by_data(widget(), this);
   g_signal_handlers_disconnect_by_data(webkit_web_view_get_user_content_manager(webView()), this);
 }
@@ -236,7 +113,7 @@ void WebKitView::loadHtmlString(const std::string& html, const Url& baseUrl) {
       });
 }
 
-// Without the filter the page has no folder, and so no way to files at all.
+// Without the filter the page gets no folder, and so has no way to any file.
 void WebKitView::loadWantedPage(WebKitUserContentFilter* fileFilter) {
   if (webView() == nullptr || !wantedPage_ || std::exchange(wantedPage_->isAskedFor, true)) {
     return;
@@ -252,7 +129,7 @@ void WebKitView::loadWantedPage(WebKitUserContentFilter* fileFilter) {
       fileFilter == nullptr ? nullptr : wantedPage_->baseUrl.absoluteString().c_str());
 }
 
-// Later: the page may be waiting for an answer to what it was ended for.
+// Later: the page may be waiting for the decision that led here.
 void WebKitView::endPage() {
   isPageToEnd_ = true;
   wantedPage_.reset();
@@ -273,7 +150,7 @@ void WebKitView::endWebProcess(const std::string& reason) {
   }
 }
 
-// The page that takes its place, if there is one, waits for it in vain.
+// Another page that is to take its place, if there is one, has waited for it in vain.
 void WebKitView::replaceSilentPage() {
   const auto held = self();
   endWebProcess("no answer for " + std::to_string(PageWatchdog::kTimeLimit) + " seconds");
@@ -282,7 +159,8 @@ void WebKitView::replaceSilentPage() {
   }
 }
 
-// Hidden, a banner lets the pointer through to what lies behind it. A window can be closed.
+// While hidden, a banner lets the pointer through to what lies behind it. A window stays: its user
+// can close it.
 void WebKitView::setHolderHidden(bool isHidden) {
   GtkWidget* holder = widget() == nullptr ? nullptr : gtk_widget_get_parent(widget());
   if (holder == nullptr || isHidden == isHolderHidden_ ||
@@ -329,47 +207,6 @@ void WebKitView::performWhenPageAnswers(std::function<void()> task) {
   });
 }
 
-bool WebKitView::decideNavigation(WebKitPolicyDecision* decision) {
-  if (delegate_.expired()) {
-    return false;
-  }
-  WebKitNavigationAction* action = actionOf(decision);
-  const int type = static_cast<int>(webkit_navigation_action_get_navigation_type(action));
-  Dictionary information = {{kWebActionNavigationTypeKey, type}};
-  if (type != static_cast<int>(WebNavigationType::linkClicked)) {
-    askDelegate(decision, std::move(information), nullptr);
-    return true;
-  }
-  information[kWebActionIsUserActKey] =
-      webkit_navigation_action_is_user_gesture(action) != FALSE && userActs_.take();
-  const std::shared_ptr<WebKitPolicyDecision> kept(
-      static_cast<WebKitPolicyDecision*>(g_object_ref(decision)), Unref());
-  clicks_.judge(requestedUri(decision), [view = std::weak_ptr<View>(self()), kept,
-                                         information](const PageClicks::Click* click) {
-    if (const auto self = std::static_pointer_cast<WebKitView>(view.lock())) {
-      self->askDelegate(kept.get(), information, click);
-    }
-  });
-  return true;
-}
-
-void WebKitView::askDelegate(WebKitPolicyDecision* decision, Dictionary information,
-                             const PageClicks::Click* click) {
-  PolicyListener listener(decision);
-  const auto delegate = delegate_.lock();
-  if (delegate == nullptr) {
-    return;
-  }
-  WebFrame frame;
-  if (click != nullptr) {
-    frame.isMainFrame = click->isInMainFrame;
-    information[kWebActionElementKey] = Dictionary{{kWebElementDomNodeKey, click->node}};
-  }
-  delegate->webViewDecidePolicyForNavigationAction(
-      std::static_pointer_cast<WebKitView>(self()), information,
-      Url::fromWebEngine(requestedUri(decision)), frame, listener);
-}
-
 void WebKitView::onLoadChanged(WebKitWebView* /*webView*/, int event, void* data) {
   auto* view = static_cast<WebKitView*>(data);
   if (event == WEBKIT_LOAD_STARTED) {
@@ -397,8 +234,8 @@ gboolean WebKitView::onDecidePolicy(WebKitWebView* /*webView*/, WebKitPolicyDeci
     return FALSE;
   }
   auto* view = static_cast<WebKitView*>(data);
-  const auto held = view->self();
-  return view->decideNavigation(decision) ? TRUE : FALSE;
+  const auto held = std::static_pointer_cast<WebKitView>(view->self());
+  return view->navigation_.answer(decision, held) ? TRUE : FALSE;
 }
 
 void WebKitView::onMessage(WebKitUserContentManager* /*manager*/, WebKitJavascriptResult* message,
@@ -410,7 +247,7 @@ void WebKitView::onMessage(WebKitUserContentManager* /*manager*/, WebKitJavascri
   if (event == "load") {
     view->loadReports_->add({.isMainFrame = false});
   } else {
-    view->clicks_.take(value);
+    view->navigation_.takeClick(value);
   }
 }
 
@@ -418,7 +255,7 @@ void WebKitView::onProcessTerminated(WebKitWebView* /*webView*/, int reason, voi
   auto* view = static_cast<WebKitView*>(data);
   const auto held = view->self();
   view->scripts_.endPage();
-  view->clicks_.endAll();
+  view->navigation_.endPage();
   view->watchdog_.stop();
   if (!view->isPageToEnd_) {
     logLine("ZAM Ad page's web process ended: " +

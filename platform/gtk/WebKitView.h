@@ -9,10 +9,9 @@
 
 #include "platform/gtk/LoadReports.h"
 #include "platform/gtk/MainContextRunLoop.h"
-#include "platform/gtk/PageClicks.h"
+#include "platform/gtk/NavigationQuestions.h"
 #include "platform/gtk/PageWatchdog.h"
 #include "platform/gtk/ScriptEvaluation.h"
-#include "platform/gtk/UserActs.h"
 #include "platform/gtk/WidgetView.h"
 
 using gboolean = int;
@@ -21,25 +20,20 @@ using WebKitJavascriptResult = struct _WebKitJavascriptResult;
 using WebKitPolicyDecision = struct _WebKitPolicyDecision;
 using WebKitUserContentFilter = struct _WebKitUserContentFilter;
 using WebKitUserContentManager = struct _WebKitUserContentManager;
-using WebKitWebContext = struct _WebKitWebContext;
 using WebKitWebView = struct _WebKitWebView;
 
 namespace qorix::gtk {
 
-/// What all web views of advertisements share: nothing of it is ever stored, and nothing is ever
-/// downloaded. Owned by the process.
-WebKitWebContext* adWebContext();
-
 /// The web view port on a WebKitWebView, which owns it.
 ///
-/// Loads are reported when the page answers, and never while a script is being evaluated. Of the
-/// delegate's methods mouse moves and the start of a load are never called: nobody listens to them.
+/// Loads are reported when the page answers, and never while a script is being evaluated. The
+/// delegate's methods for mouse moves and the start of a load are never called: nobody uses them.
 ///
-/// A page that answers nothing for PageWatchdog::kTimeLimit is ended. Where there is no page any
-/// more, the view that holds this one is hidden until the next is loaded: it takes no pointer.
+/// A page that does not answer for PageWatchdog::kTimeLimit is ended. While there is no page, the
+/// view that holds this one is hidden, so that it does not take the pointer.
 class WebKitView : public WidgetView<WebView> {
  public:
-  /// The View of `webView`, new to the page: nothing has been loaded into it.
+  /// The View of `webView`, into which nothing has been loaded yet.
   static std::shared_ptr<WebKitView> create(WebKitWebView* webView,
                                             std::shared_ptr<MainContextRunLoop> runLoop,
                                             std::weak_ptr<WebViewDelegate> delegate);
@@ -55,7 +49,7 @@ class WebKitView : public WidgetView<WebView> {
   void setDrawsBackground(bool draws) override;
 
  private:
-  /// What is to be loaded, until it begins to come.
+  /// What is to be loaded, until the load is committed.
   struct WantedPage {
     std::string html;
     Url baseUrl;
@@ -68,13 +62,9 @@ class WebKitView : public WidgetView<WebView> {
   void endWebProcess(const std::string& reason);
   void replaceSilentPage();
   void setHolderHidden(bool isHidden);
-  void refuseRequests();
   void watchPage();
   void reportFinishedLoad(const WebFrame& frame);
   void whenPageAnswers(std::function<void(bool isThere)> act);
-  bool decideNavigation(WebKitPolicyDecision* decision);
-  void askDelegate(WebKitPolicyDecision* decision, Dictionary information,
-                   const PageClicks::Click* click);
 
   static void onLoadChanged(WebKitWebView* webView, int event, void* self);
   static gboolean onLoadFailed(WebKitWebView* webView, int event, const char* uri, GError* error,
@@ -89,13 +79,12 @@ class WebKitView : public WidgetView<WebView> {
   const std::weak_ptr<WebViewDelegate> delegate_;
   ScriptEvaluation scripts_;
   const std::shared_ptr<LoadReports> loadReports_;
-  PageClicks clicks_;
   bool hasLoadFailed_ = false;
   std::optional<WantedPage> wantedPage_;
   bool isPageToEnd_ = false;
   std::string endReason_;
   bool isHolderHidden_ = false;
-  UserActs userActs_;
+  NavigationQuestions navigation_;
   PageWatchdog watchdog_;
 };
 

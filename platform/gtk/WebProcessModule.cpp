@@ -14,7 +14,7 @@ namespace fs = std::filesystem;
 fs::path libraryFolder() {
   std::error_code error;
   Dl_info info{};
-  // A relative name is as the process found it: also that of the program when it holds the library.
+  // The name may be relative: to where the process found the library, or the program that holds it.
   if (::dladdr(reinterpret_cast<const void*>(&loadModuleIntoWebProcesses), &info) != 0 &&
       info.dli_fname != nullptr) {
     const fs::path file = fs::canonical(info.dli_fname, error);
@@ -31,7 +31,7 @@ std::string webProcessModulePath() {
   return (libraryFolder() / "qorix-gtk3" / "qorix-webprocess.so").string();
 }
 
-// The engine loads whatever is in the folder, which a sandbox would not show it by itself.
+// The engine loads every module in the folder, which it cannot see from its sandbox otherwise.
 void loadModuleIntoWebProcesses(WebKitWebContext* context) {
   const fs::path folder = fs::path(webProcessModulePath()).parent_path();
   webkit_web_context_set_web_extensions_directory(context, folder.c_str());

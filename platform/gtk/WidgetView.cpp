@@ -21,7 +21,7 @@ bool hasBeenAllocated(const GtkAllocation& allocation) {
          allocation.height != 1;
 }
 
-// Where its container has put the widget, in the container's own coordinates.
+// Where its container put the widget, in the container's coordinates.
 Rect allocatedFrame(GtkWidget* widget) {
   GtkAllocation allocation;
   gtk_widget_get_allocation(widget, &allocation);
@@ -103,7 +103,7 @@ void NativeView::setNativeFrame(const Rect& frame) {
   if (!isPlaced_ && parent != nullptr) {
     return;
   }
-  NativeView* superview = of(parent);  // gone before its subviews
+  NativeView* superview = of(parent);  // null if it is gone already
   if (superview != nullptr && frame != frame_) {
     superview->layOutAgain();
   }
@@ -120,7 +120,7 @@ void NativeView::changeFrame(const Rect& frame) {
 
 void NativeView::layOutAgain() {
   if (isAllocating_) {
-    needsLayout_ = true;  // a request would be lost now
+    needsLayout_ = true;  // a request would be lost at this point
   } else {
     gtk_widget_queue_resize(widget_);
   }
@@ -131,7 +131,7 @@ std::shared_ptr<View> NativeView::nativeSuperview() const {
   return parent == nullptr ? nullptr : parent->self();
 }
 
-// Moving a view tells others, who may destroy or move it or this one.
+// Moving a view notifies others, who may destroy or move it or this one.
 void NativeView::addNativeSubview(const std::shared_ptr<View>& view) {
   const auto held = self();
   auto* child = dynamic_cast<NativeView*>(view.get());
@@ -170,8 +170,8 @@ bool NativeView::isNativeGone() const {
   return widget_ == nullptr || gtk_widget_in_destruction(widget_) != FALSE;
 }
 
-// A visible widget that is not mapped though its parent is, is just leaving it (or coming): moved
-// meanwhile it would leave twice.
+// A visible widget that is not mapped although its parent is, is just leaving it (or coming). If it
+// were moved now, it would leave twice.
 bool NativeView::canBeMoved() const {
   if (isNativeGone()) {
     return false;
@@ -202,8 +202,8 @@ void NativeView::onParentSet(GtkWidget* widget, GtkWidget* /*previousParent*/, v
   }
 }
 
-// Runs when the widget and its children have been allocated, before anything is drawn. Whoever
-// hears of the new size may move the subviews: they are then allocated once more, at once.
+// Runs after the widget and its children have been allocated, before anything is drawn. Observers
+// of the new size may move the subviews, which are then allocated once more, at once.
 void NativeView::onSizeAllocate(GtkWidget* widget, GtkAllocation* allocation, void* data) {
   auto* native = static_cast<NativeView*>(data);
   const auto held = native->self();
@@ -229,13 +229,13 @@ bool NativeView::takesPlacedChild(GtkWidget* child) const {
   return native != nullptr && native->isPlaced_ && gtk_widget_get_parent(child) == widget_;
 }
 
-// An empty view lies, one unit large, just outside of the overlay.
+// An empty view lies just outside the overlay, one unit large.
 gboolean NativeView::onGetChildPosition(GtkOverlay* overlay, GtkWidget* child,
                                         GdkRectangle* allocation, void* data) {
   if (!static_cast<NativeView*>(data)->takesPlacedChild(child)) {
     return FALSE;
   }
-  gtk_widget_get_preferred_size(child, nullptr, nullptr);  // asked for, as a widget expects it
+  gtk_widget_get_preferred_size(child, nullptr, nullptr);  // GTK expects this before an allocation
   const GdkRectangle place =
       flipped(of(child)->frame_, gtk_widget_get_allocated_height(GTK_WIDGET(overlay)));
   *allocation = place.width > 0 && place.height > 0 ? place : GdkRectangle{-1, -1, 1, 1};
@@ -246,8 +246,8 @@ void NativeView::onRealize(GtkWidget* /*widget*/, void* data) {
   static_cast<NativeView*>(data)->clipSubviews();
 }
 
-// What sticks out of an overlay is not drawn, but would take the pointer: an overlay has no window
-// of its own that clips those of its children.
+// The part of a subview outside the overlay is not drawn, but would take the pointer: an overlay
+// has no window of its own that clips those of its children.
 void NativeView::clipSubviews() {
   if (!GTK_IS_OVERLAY(widget_)) {
     return;

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstdint>
 #include <memory>
 #include <utility>
 
@@ -18,18 +17,17 @@ enum class Ownership {
   viewOwnsWidget,  // the widget is destroyed with the View; a parent widget keeps the View alive
 };
 
-/// What all views on widgets have in common. One widget has at most one of them.
+/// What all views on widgets have in common. A widget has at most one view.
 ///
-/// A GtkOverlay holds subviews above its main child, each in exactly the frame that it has been
-/// given; any other widget holds none. The frame of a view that no view has been asked to hold is
-/// up to its container.
+/// A GtkOverlay holds subviews above its main child, each in exactly the frame that it was given;
+/// any other widget holds none. The frame of a view that is no subview is up to its container.
 class NativeView {
  public:
   NativeView(const NativeView&) = delete;
   NativeView& operator=(const NativeView&) = delete;
   virtual ~NativeView();
 
-  /// The one of `widget`, or null.
+  /// The view of `widget`; null if it has none.
   static NativeView* of(GtkWidget* widget);
 
   /// Null once the widget has been destroyed.
@@ -41,7 +39,7 @@ class NativeView {
  protected:
   NativeView(GtkWidget* widget, Ownership ownership);
 
-  /// The widget is being destroyed; it is no longer the view's afterwards.
+  /// The widget is being destroyed. After this call the view has none any more.
   virtual void widgetWillBeDestroyed() {}
 
   const Rect& nativeFrame() const { return frame_; }
@@ -74,12 +72,12 @@ class NativeView {
   GtkWidget* widget_;
   const Ownership ownership_;
   std::weak_ptr<View> self_;
-  std::shared_ptr<View> kept_;  // itself, as long as its widget or its parent keeps it
+  std::shared_ptr<View> kept_;  // itself, as long as its widget or its parent owns it
   Rect frame_;
-  bool isPlaced_ = false;  // in a superview, which follows frame_
+  bool isPlaced_ = false;  // in a superview that follows frame_
   bool posts_ = false;
   bool isAllocating_ = false;
-  bool needsLayout_ = false;  // a subview has moved while this was being allocated
+  bool needsLayout_ = false;  // a subview moved while this was being allocated
 };
 
 /// A View of the kind `ViewClass` on a widget. Made by `makeNativeView`.

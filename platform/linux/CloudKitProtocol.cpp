@@ -2,7 +2,6 @@
 
 #include <utf8.h>
 
-#include <algorithm>
 #include <nlohmann/json.hpp>
 #include <utility>
 
@@ -20,7 +19,7 @@ constexpr int kOk = 200;
 constexpr int kMostDepth = 32;
 constexpr std::size_t kMostValues = 1'000'000;  // names and brackets count as well
 
-/// The member of that name; null when there is none or `parent` is no object. Nothing is copied: a
+/// The member of that name; null if there is none or `parent` is no object. Nothing is copied: a
 /// copy of a hostile answer could be too deep for the stack.
 const json* member(const json& parent, const char* name) {
   const auto found = parent.find(name);
@@ -52,7 +51,7 @@ bool hasScheme(const Url& url, std::string_view scheme) {
   return equalIgnoringCase(url.scheme(), scheme);
 }
 
-/// Enough of a text for one line of a log.
+/// As much of a text as suits a log line.
 std::string_view excerpt(std::string_view text) {
   const auto piece = text.substr(0, 500);
   return {piece.begin(), utf8::find_invalid(piece.begin(), piece.end())};
@@ -91,7 +90,7 @@ RecordValues recordValues(const json& record) {
   return values;
 }
 
-/// The error that `answer`, the whole of it or one record, holds in place of what was asked for.
+/// The error that `answer`, the whole or one record, holds in place of what was asked for.
 std::optional<Error> serverError(const json& answer, int status) {
   const auto* code = textMember(answer, "serverErrorCode");
   if (code == nullptr) {
@@ -156,7 +155,7 @@ std::string queryBody(const CloudQuery& query,
 }
 
 std::variant<Page, Error> readAnswer(int status, std::string_view body) {
-  // What lies deeper, or comes after too much, is left out and costs no memory.
+  // What lies deeper, or comes after too many values, is left out and costs no memory.
   std::size_t values = 0;
   const auto isWanted = [&values](int depth, json::parse_event_t, const json&) {
     return depth < kMostDepth && ++values <= kMostValues;

@@ -11,7 +11,7 @@ namespace qorix {
 
 namespace {
 
-// Far beyond what anybody publishes, and little enough for a host's memory and patience.
+// Far more than anybody publishes, and little enough for a host's memory and patience.
 constexpr std::size_t kMostPages = 1000;
 constexpr std::size_t kMostAssets = 16;
 
@@ -181,7 +181,7 @@ void CloudKitQuery::checkAsset(int status) {
   }
 }
 
-// The end. Nothing is held on to, so that an asset's file goes with its record.
+// The end. Nothing is kept, so that an asset's file is gone with its record.
 
 void CloudKitQuery::succeed() { report(std::exchange(records_, {}), std::nullopt); }
 
@@ -192,7 +192,7 @@ void CloudKitQuery::fail(const Error& error) {
   report(std::nullopt, error);
 }
 
-// When the completion throws, the request at hand fails, and so does the query.
+// If the completion throws, the current request fails, and so does the query.
 void CloudKitQuery::report(std::optional<Records> records, const std::optional<Error>& error) {
   completion_(std::move(records), error);
   completion_ = nullptr;

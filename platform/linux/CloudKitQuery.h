@@ -15,13 +15,13 @@
 namespace qorix {
 
 /// One query under way: page after page, then the last record's assets one by one. Keeps itself
-/// alive until its end. Everything but `run` happens where the queue reports.
+/// alive until its end. Everything but `run` happens on the thread on which the queue reports.
 class CloudKitQuery : public std::enable_shared_from_this<CloudKitQuery> {
  public:
   CloudKitQuery(std::shared_ptr<HttpQueue> queue, Url address, CloudQuery query,
                 CloudDatabase::Completion completion);
 
-  /// Call it once.
+  /// Starts the query. To be called once.
   void run();
 
  private:
@@ -29,7 +29,7 @@ class CloudKitQuery : public std::enable_shared_from_this<CloudKitQuery> {
   class Record;
   using Records = std::vector<std::shared_ptr<CloudRecord>>;
 
-  /// Runs a request whose failure is the query's; `ended` gets its HTTP status otherwise.
+  /// Runs a request. If it fails, so does the query; otherwise `ended` gets its HTTP status.
   void start(HttpRequest request, std::function<void(int status)> ended);
   void requestPage(const std::optional<std::string>& continuationMarker);
   void handleAnswer(int status, const std::string& body,
@@ -49,9 +49,9 @@ class CloudKitQuery : public std::enable_shared_from_this<CloudKitQuery> {
   std::size_t pages_ = 0;
   std::size_t pageBytes_ = 0;  // of all pages
   Records records_;
-  std::vector<std::shared_ptr<Asset>> assets_;  // of the last record, those still to be fetched
+  std::vector<std::shared_ptr<Asset>> assets_;  // of the last record, still to be fetched
   std::shared_ptr<Asset> asset_;                // the one that is being fetched
-  std::optional<Error> ownError_;               // why the query itself gave a request up
+  std::optional<Error> ownError_;               // why the query itself ended a request
 };
 
 }  // namespace qorix

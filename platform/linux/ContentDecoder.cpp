@@ -7,7 +7,7 @@
 #include <initializer_list>
 #include <limits>
 #include <new>
-#include <utility>
+#include <string>
 
 #include "text/AsciiCase.h"
 
@@ -33,8 +33,8 @@ std::string withoutBlanks(std::string_view text) {
 
 }  // namespace
 
-/// Undoes gzip, which may be several streams one after the other, or deflate, whether it has the
-/// frame of zlib or, as many servers send it, none. What follows the last stream is no part of it.
+/// Undoes gzip, which may be several streams one after the other, or deflate, with zlib's frame or,
+/// as many servers send it, without. Bytes after the last stream are ignored.
 class ContentDecoder::Inflater {
  public:
   Inflater(bool mayLackFrame, std::size_t mostBytes)
@@ -43,7 +43,7 @@ class ContentDecoder::Inflater {
   Inflater& operator=(const Inflater&) = delete;
   ~Inflater() { inflateEnd(&stream_); }
 
-  template <class Take>  // takes decoded bytes and answers a Result
+  template <class Take>  // takes decoded bytes and returns a Result
   Result decode(std::string_view bytes, const Take& take) {
     while (!bytes.empty() && state_ != State::over) {
       if (state_ == State::beginning) {
@@ -68,18 +68,19 @@ class ContentDecoder::Inflater {
 
   bool isComplete() const {
     return state_ == State::over ||
-           (state_ == State::beginning && (isBehindStream_ || beginning_.empty()));
+           (state_ == State::beginning && (isAfterStream_ || beginning_.empty()));
   }
 
  private:
   enum class State { beginning, inside, over };
 
-  /// Looks at the first two bytes of what may be a stream; false when it is none but must be.
+  /// Looks at the first two bytes of what may be a stream. Returns false if it must be one and is
+  /// not.
   bool begin() {
     constexpr int kGzipOrZlib = MAX_WBITS + 32;
     constexpr int kNoFrame = -MAX_WBITS;
     const bool isGzip = beginning_ == kGzipMark;
-    if (isBehindStream_) {
+    if (isAfterStream_) {
       state_ = isGzip ? State::inside : State::over;
       return !isGzip || inflateReset(&stream_) == Z_OK;
     }
@@ -100,12 +101,12 @@ class ContentDecoder::Inflater {
     return (first & 15) == Z_DEFLATED && (first * 256 + second) % 31 == 0;
   }
 
-  /// Takes from `bytes` what belongs to the stream.
+  /// Decodes the beginning of `bytes` that belongs to the stream, and removes it.
   template <class Take>
   Result inflateSome(std::string_view& bytes, const Take& take) {
     while (state_ == State::inside) {
       const auto piece = bytes.substr(0, std::numeric_limits<uInt>::max());
-      // zlib does not write to its input; its interface is older than const.
+      // zlib does not write to its input, but its interface lacks the const.
       stream_.next_in = const_cast<Bytef*>(reinterpret_cast<const Bytef*>(piece.data()));
       stream_.avail_in = static_cast<uInt>(piece.size());
       stream_.next_out = reinterpret_cast<Bytef*>(buffer_.data());
@@ -128,11 +129,11 @@ class ContentDecoder::Inflater {
         return result;
       }
       if (code == Z_STREAM_END) {
-        isBehindStream_ = true;
+        isAfterStream_ = true;
         beginning_.clear();
         state_ = isGzip_ ? State::beginning : State::over;
       } else if (bytes.empty() && stream_.avail_out > 0) {
-        break;  // a full buffer may leave bytes inside the stream even when the input is used up
+        break;  // after a full buffer there may be more output, even if the input is used up
       }
     }
     return Result::ok;
@@ -142,7 +143,7 @@ class ContentDecoder::Inflater {
   const std::size_t mostBytes_;
   State state_ = State::beginning;
   std::string beginning_;
-  bool isBehindStream_ = false;
+  bool isAfterStream_ = false;
   bool isGzip_ = false;
   z_stream stream_{};
   std::size_t decodedBytes_ = 0;

@@ -8,7 +8,7 @@
 
 namespace qorix {
 
-/// Sessions over libcurl, each with a queue of its own, whose errors they pass on.
+/// Sessions over libcurl. Each has a queue of its own, whose errors it passes on.
 class CurlUrlSessionFactory : public UrlSessionFactory {
  public:
   using Options = HttpOptions;
@@ -17,7 +17,7 @@ class CurlUrlSessionFactory : public UrlSessionFactory {
   explicit CurlUrlSessionFactory(Options options);
 
   /// A delegate call that has begun may still be running when the session's destructor returns;
-  /// none begins after it. The destructor may run inside a delegate call.
+  /// none begins later. The destructor may run inside a delegate call.
   std::shared_ptr<UrlSession> createEphemeralSession(
       std::weak_ptr<UrlSessionDelegate> delegate) override;
 

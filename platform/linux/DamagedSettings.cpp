@@ -11,7 +11,7 @@ namespace qorix {
 
 namespace {
 
-constexpr int kPause = 5;  // milliseconds between two looks at the lock
+constexpr int kPause = 5;  // milliseconds between two attempts to take the lock
 
 std::string folderOf(const std::string& path) {
   const auto slash = path.rfind('/');
@@ -53,8 +53,8 @@ SettingsFolderLock::~SettingsFolderLock() {
 
 std::optional<std::string> keepDamagedSettings(const std::string& path) {
   const std::string name = unusedName(path);
-  // The companions first: a process that is killed in between leaves a damaged file, to be found
-  // again, and never a new file beside the companions of the old one.
+  // The companions first: if the process is killed in between, the damaged file is found again, and
+  // there is never a new file beside the companions of the old one.
   for (const char* companion : {"-wal", "-shm"}) {
     ::rename((path + companion).c_str(), (name + companion).c_str());
   }

@@ -5,7 +5,8 @@
 
 namespace qorix {
 
-/// Keeps other processes of ours from moving settings of the same folder, as long as it lives.
+/// As long as it is held, no other process that uses this library moves settings of the same
+/// folder.
 class SettingsFolderLock {
  public:
   /// Waits at most `patience` milliseconds for another process.
@@ -21,9 +22,9 @@ class SettingsFolderLock {
   bool isHeld_ = false;
 };
 
-/// Moves the settings file at `path` and what SQLite keeps beside it to "<path>.damaged-<n>", the
-/// first that is not taken, and answers that name; nothing, with the reason in errno, when it
-/// cannot be moved. Nothing that has been kept is overwritten. The caller holds the folder's lock.
+/// Moves the settings file at `path` and what SQLite keeps beside it to "<path>.damaged-<n>", with
+/// the first n that is not taken, and returns that name. Returns nullopt, with the reason in errno,
+/// if the file cannot be moved. Overwrites nothing. The caller holds the folder's lock.
 std::optional<std::string> keepDamagedSettings(const std::string& path);
 
 }  // namespace qorix

@@ -16,13 +16,16 @@ namespace {
 
 namespace fs = std::filesystem;
 
+// GLib's g_desktop_app_info_new finds entries, too. It keeps the folders of the first look-up,
+// misses what has been added or removed since, and leaves out an entry whose program is not there.
+
 std::string environment(const char* name, const std::string& fallback) {
   const char* value = g_getenv(name);
   return value == nullptr || *value == '\0' ? fallback : value;
 }
 
-/// The folders that hold "applications" folders, most important first. Flatpak's are usually among
-/// those of the environment, but not in every session.
+/// The folders that hold "applications" folders, most important first. The environment usually
+/// names Flatpak's, but not in every session.
 std::vector<fs::path> dataFolders() {
   const fs::path home = userDataFolder();
   std::vector<fs::path> folders{home};
@@ -37,7 +40,7 @@ std::vector<fs::path> dataFolders() {
   return folders;
 }
 
-/// The entry of that id in `folder`, where each dash may stand for a slash.
+/// The entry with that id in `folder`; each dash of the id may stand for a slash.
 std::optional<fs::path> findEntry(const fs::path& folder, const std::string& id) {
   std::error_code error;
   if (const fs::path entry = folder / id; fs::is_regular_file(entry, error)) {
@@ -73,14 +76,14 @@ bool isApplication(const fs::path& entry) {
 
 std::vector<Url> DesktopEntryRegistry::applicationUrlsForBundleIdentifier(
     const std::string& identifier) {
-  // Identifiers come from pages: what cannot be the name of an entry is not looked for.
+  // Identifiers come from pages: one that cannot be the name of an entry is not looked for.
   constexpr std::size_t kLongestIdentifier = 255;
   if (identifier.empty() || identifier.size() > kLongestIdentifier ||
       identifier.find_first_of(std::string_view("/\0", 2)) != std::string::npos) {
     return {};
   }
   for (const fs::path& folder : dataFolders()) {
-    // The first entry of an id hides those behind it, also when it only says that it is removed.
+    // The first entry of an id hides the later ones, even if all it says is that it is removed.
     if (const auto entry = findEntry(folder / "applications", identifier + ".desktop")) {
       return isApplication(*entry) ? std::vector{Url::fileUrl(entry->string())}
                                    : std::vector<Url>();

@@ -4,10 +4,9 @@
 
 namespace qorix {
 
-inline constexpr char kHexadecimalDigits[] = "0123456789ABCDEF";
-
-/// Appends `c` as two digits.
+/// Appends `c` as two hexadecimal digits.
 inline void appendHexadecimal(std::string& text, char c) {
+  constexpr char kHexadecimalDigits[] = "0123456789ABCDEF";
   const auto byte = static_cast<unsigned char>(c);
   text += kHexadecimalDigits[byte >> 4];
   text += kHexadecimalDigits[byte & 15];

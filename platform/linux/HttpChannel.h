@@ -10,7 +10,7 @@ namespace qorix {
 class HttpTransfer;
 using HttpTransfers = std::list<HttpTransfer>;
 
-/// What a queue and its thread share. Any thread.
+/// What a queue and its thread share. All functions may be called on any thread.
 class HttpChannel {
  public:
   HttpChannel();
@@ -18,15 +18,15 @@ class HttpChannel {
   HttpChannel& operator=(const HttpChannel&) = delete;
   ~HttpChannel();
 
-  /// Takes what is to be started.
+  /// Adds transfers for the queue's thread to start.
   void add(HttpTransfers&& transfers);
   HttpTransfers takeTransfers();
 
-  /// No function of a request is called from now on.
+  /// From now on no function of a request is called.
   void stop();
   bool isStopped() const;
 
-  /// The handle whose waiting ends when something happens here; null when there is none any more.
+  /// The handle to wake when something happens here; null if there is none.
   void setMulti(CURLM* multi);
 
  private:

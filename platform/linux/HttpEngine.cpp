@@ -60,8 +60,8 @@ void HttpEngine::endFinished() {
   }
 }
 
-/// Ends what has been idle for too long, or has become too large; answers how many milliseconds the
-/// rest may wait.
+/// Ends transfers that have been idle for too long or have become too large. Returns how many
+/// milliseconds the others may wait.
 int HttpEngine::endIdle() {
   using Seconds = std::chrono::duration<double>;
   const Seconds limit(options_.idleLimitSeconds);

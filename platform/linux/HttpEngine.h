@@ -13,7 +13,7 @@ namespace qorix {
 /// What a queue's thread does.
 class HttpEngine {
  public:
-  /// Throws when there is no memory for it.
+  /// Throws if there is not enough memory.
   HttpEngine(std::shared_ptr<HttpChannel> channel, HttpOptions options);
   HttpEngine(const HttpEngine&) = delete;
   HttpEngine& operator=(const HttpEngine&) = delete;
@@ -35,7 +35,8 @@ class HttpEngine {
   const HttpOptions options_;
   const std::unique_ptr<CURLM, CleanUp> multi_;
   HttpTransfers transfers_;
-  /// A call that takes long makes no other transfer older: only this time counts.
+  /// How long the queue has waited for its connections altogether. Only this time makes transfers
+  /// idle, not the time spent in the functions of requests.
   HttpTransfer::Clock::duration waited_{};
 };
 

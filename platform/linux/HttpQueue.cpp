@@ -35,7 +35,7 @@ class HttpQueue::Implementation {
     }
   }
 
-  /// As there is no thread to report it on, the main one does.
+  /// Reports on the main thread, as there is no other.
   void failLater(const HttpRequest& request, const std::string& reason) {
     platform().mainRunLoop->dispatchAsync(
         [channel = channel_, complete = request.complete,

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdlib>
+#include <thread>
 #include <utility>
 
 #include "platform/linux/HttpEngine.h"
@@ -24,7 +25,7 @@ HttpThreads& HttpThreads::shared() {
 
 HttpThreads::HttpThreads() {
   curl_global_init(CURL_GLOBAL_DEFAULT);
-  // Later than the handlers of libcurl and of the library below it, so it runs before them.
+  // Registered after the handlers of libcurl and of the libraries below it, so it runs before them.
   std::atexit([] { shared().end(); });
 }
 
@@ -63,7 +64,7 @@ void HttpThreads::joinFinished() {
 }
 
 void HttpThreads::end() {
-  constexpr auto kMost = std::chrono::seconds(2);  // a call may take long
+  constexpr auto kMost = std::chrono::seconds(2);  // a request's function may take long
   std::unique_lock lock(mutex_);
   isEnding_ = true;
   for (const auto& worker : workers_) {

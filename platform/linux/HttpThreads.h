@@ -3,7 +3,6 @@
 #include <condition_variable>
 #include <memory>
 #include <mutex>
-#include <thread>
 #include <vector>
 
 #include "platform/linux/HttpChannel.h"
@@ -11,14 +10,14 @@
 
 namespace qorix {
 
-/// The threads of all queues of the process, which are ended before the process is.
+/// The threads of all queues of the process. They are ended before the process exits.
 class HttpThreads {
  public:
   /// The first call sets libcurl up. Never destroyed: queues may live until the process ends.
   static HttpThreads& shared();
 
-  /// Starts a thread that runs the channel's transfers until the channel is stopped. Throws when
-  /// none can be made; false when the process is ending.
+  /// Starts a thread that runs the channel's transfers until the channel is stopped. Throws if none
+  /// can be made; returns false if the process is ending.
   bool start(const std::shared_ptr<HttpChannel>& channel, const HttpOptions& options);
 
  private:

@@ -17,7 +17,7 @@ constexpr const char* kTooLargeText = "The response holds more than can be taken
 void logOutcomeLost() noexcept {
   try {
     logLine("The outcome of a transfer could not be handled.");
-  } catch (...) {  // nothing is left to say it with
+  } catch (...) {  // there is no other way to report it
   }
 }
 
@@ -35,7 +35,7 @@ HttpTransfer::HttpTransfer(HttpRequest&& request, std::shared_ptr<HttpChannel> c
 CURLcode HttpTransfer::prepare(Clock::duration now) noexcept {
   lastArrival_ = now;
   try {
-    // libcurl would guess what an address lacks, and take a path for a host.
+    // libcurl would guess a missing scheme, and take a path for a host.
     if (!equalIgnoringCase(request_.url.scheme(), "http") &&
         !equalIgnoringCase(request_.url.scheme(), "https")) {
       return fail(CURLE_UNSUPPORTED_PROTOCOL, "The address is neither http nor https");
@@ -59,7 +59,7 @@ void HttpTransfer::look(Clock::duration now) {
   curl_off_t bodySize = 0;
   curl_easy_getinfo(easy_.get(), CURLINFO_HEADER_SIZE, &headerSize);
   curl_easy_getinfo(easy_.get(), CURLINFO_SIZE_DOWNLOAD_T, &bodySize);
-  // They start again from nothing at each redirect, hence "another" rather than "more".
+  // Both start again from 0 at each redirect, so they are compared for equality, not for more.
   if (headerSize != headerSize_ || bodySize != bodySize_) {
     headerSize_ = headerSize;
     bodySize_ = bodySize;
@@ -97,13 +97,13 @@ void HttpTransfer::configure() {
   curl_easy_setopt(easy, CURLOPT_REDIR_PROTOCOLS_STR, "http,https");
   curl_easy_setopt(easy, CURLOPT_FOLLOWLOCATION, request_.followsRedirects ? 1L : 0L);
   curl_easy_setopt(easy, CURLOPT_MAXREDIRS, 20L);
-  // A body whose announced length is too large need not begin to arrive.
+  // Ends a transfer early whose announced length is too large.
   curl_easy_setopt(easy, CURLOPT_MAXFILESIZE_LARGE, static_cast<curl_off_t>(options_.mostBytes));
   curl_easy_setopt(easy, CURLOPT_PREREQFUNCTION, &HttpTransfer::handleRequest);
   curl_easy_setopt(easy, CURLOPT_PREREQDATA, this);
   curl_easy_setopt(easy, CURLOPT_WRITEFUNCTION, &HttpTransfer::handleData);
   curl_easy_setopt(easy, CURLOPT_WRITEDATA, this);
-  // The idle limit alone says how long to wait.
+  // Only the idle limit says how long to wait.
   curl_easy_setopt(easy, CURLOPT_CONNECTTIMEOUT, 1'000'000L);
   if (!options_.certificateAuthorityFile.empty()) {
     curl_easy_setopt(easy, CURLOPT_CAINFO, options_.certificateAuthorityFile.c_str());
@@ -112,7 +112,7 @@ void HttpTransfer::configure() {
 
 void HttpTransfer::configureMethod() {
   addHeader("Cache-Control: no-cache");
-  // The body is decoded here, as libcurl takes a compressed body that is cut off for a whole one.
+  // The body is decoded here: libcurl takes a compressed body that is cut off for a whole one.
   addHeader(std::string("Accept-Encoding: ") + ContentDecoder::kAcceptedEncodings);
   for (const std::string& header : request_.headers) {
     addHeader(header);
@@ -135,7 +135,7 @@ void HttpTransfer::addHeader(const std::string& header) {
   headers_.reset(whole);
 }
 
-/// Called before each request, those of redirects included.
+/// Called before each request, also after a redirect.
 int HttpTransfer::handleRequest(void* transfer, char* /*remoteAddress*/, char* /*localAddress*/,
                                 int /*remotePort*/, int /*localPort*/) {
   CURL* easy = static_cast<HttpTransfer*>(transfer)->easy();
@@ -147,7 +147,7 @@ int HttpTransfer::handleRequest(void* transfer, char* /*remoteAddress*/, char* /
   return CURL_PREREQFUNC_OK;
 }
 
-/// Called for the final response's body only, not for that of a redirect.
+/// Called for the body of the final response only, not for that of a redirect.
 std::size_t HttpTransfer::handleData(char* bytes, std::size_t /*one*/, std::size_t size,
                                      void* transfer) {
   return static_cast<HttpTransfer*>(transfer)->receive({bytes, size}) ? size : CURL_WRITEFUNC_ERROR;
@@ -218,7 +218,7 @@ int HttpTransfer::status() const {
   return static_cast<int>(status);
 }
 
-/// The value of each such header line, joined.
+/// The values of all such header lines, joined.
 std::string HttpTransfer::contentEncodings() const {
   std::string encodings;
   curl_header* header = nullptr;
@@ -231,7 +231,7 @@ std::string HttpTransfer::contentEncodings() const {
   return encodings;
 }
 
-/// Keeps our own reason, which libcurl's code for an ended transfer would hide.
+/// Notes our own reason, which libcurl's code for an aborted transfer would hide.
 CURLcode HttpTransfer::fail(CURLcode code, const char* text) noexcept {
   failureCode_ = code;
   failureText_ = text;

@@ -14,32 +14,33 @@
 
 namespace qorix {
 
-/// One request under way. Nothing that its functions throw leaves it: it ends the request with an
+/// One request under way. What its functions throw does not leave it, but ends the request with an
 /// error.
 class HttpTransfer {
  public:
   using Clock = std::chrono::steady_clock;
 
-  /// Leaves the request as it is when there is no memory for the transfer.
+  /// Leaves `request` as it is if there is no memory for the transfer.
   HttpTransfer(HttpRequest&& request, std::shared_ptr<HttpChannel> channel,
                const HttpOptions& options);
   HttpTransfer(const HttpTransfer&) = delete;
   HttpTransfer& operator=(const HttpTransfer&) = delete;
 
-  /// Makes `easy` ready to be performed; otherwise answers what to complete with. Times are what
-  /// the queue has waited for its connections altogether.
+  /// Makes `easy` ready to be performed. If it cannot, returns the code to complete with. All times
+  /// are how long the queue has waited for its connections altogether.
   CURLcode prepare(Clock::duration now) noexcept;
 
   CURL* easy() const { return easy_.get(); }
 
   /// Notes what has arrived since the last call.
   void look(Clock::duration now);
-  /// When something had last arrived.
+  /// When something arrived last.
   Clock::duration lastArrival() const { return lastArrival_; }
-  /// Whether more has arrived than may: bodies of redirects count, which nobody receives.
+  /// Whether more has arrived than is allowed. The bodies of redirects count, though nobody
+  /// receives them.
   bool isTooLarge() const;
 
-  /// Reports how it ended.
+  /// Report how the transfer ended.
   void complete(CURLcode code) noexcept;
   void completeIdle() noexcept;
   void completeTooLarge() noexcept;
@@ -72,9 +73,9 @@ class HttpTransfer {
   const HttpRequest request_;
   std::unique_ptr<ContentDecoder> decoder_;
   CURLcode failureCode_ = CURLE_OK;
-  const char* failureText_ = nullptr;  // null as long as it is not we who give up
+  const char* failureText_ = nullptr;  // null unless we ended the transfer
   long headerSize_ = 0;
-  curl_off_t bodySize_ = 0;        // of the response under way, that of a redirect, say
+  curl_off_t bodySize_ = 0;        // of the response under way, which may be a redirect
   std::size_t receivedBytes_ = 0;  // of the final response's body
   Clock::duration lastArrival_{};
 };

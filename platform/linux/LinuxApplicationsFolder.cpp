@@ -37,7 +37,8 @@ bool hasBundleName(std::string_view name) {
 
 bool hasEntryName(std::string_view name) { return name.ends_with(".desktop"); }
 
-/// The type in the manner of d_type; DT_UNKNOWN when it cannot be read, 0 being no other type.
+/// The type, as d_type has it. DT_UNKNOWN, which is 0, if it cannot be read; a link that leads
+/// nowhere is DT_LNK.
 unsigned char typeOf(DIR* directory, const char* name, int flags) {
   struct stat status {};
   if (::fstatat(::dirfd(directory), name, &status, flags) == 0) {
@@ -49,7 +50,7 @@ unsigned char typeOf(DIR* directory, const char* name, int flags) {
 
 struct Kind {
   std::optional<bool> isPackage;
-  bool isFolder = false;  // an ordinary directory, to be entered
+  bool isFolder = false;  // an ordinary directory, to be read as well
 };
 
 Kind kindOf(DIR* directory, const dirent& entry) {
@@ -59,7 +60,7 @@ Kind kindOf(DIR* directory, const dirent& entry) {
     type = typeOf(directory, entry.d_name, AT_SYMLINK_NOFOLLOW);
   }
   const bool isLink = type == DT_LNK;
-  // Only a link that bears a package's name is worth asking where it leads.
+  // Where a link leads matters only if it has a package's name.
   if (isLink && (hasBundleName(name) || hasEntryName(name))) {
     type = typeOf(directory, entry.d_name, 0);
   }
@@ -100,7 +101,7 @@ std::optional<std::vector<ApplicationsFolder::Item>> LinuxApplicationsFolder::it
     return std::nullopt;
   }
   std::vector<Item> items;
-  // The folders yet to be read, not a recursion: a tree may be deeper than the stack.
+  // A list of the folders still to be read, not a recursion: a tree may be deeper than the stack.
   std::vector<std::string> folders;
   readFolder(opened.get(), directory, items, folders);
   while (!folders.empty()) {

@@ -7,11 +7,11 @@
 namespace qorix {
 
 /// The folder where the system keeps its desktop entries. A package is a desktop entry file
-/// ("*.desktop"), or a bundle directory whose name ends in ".app" or ".AppDir"; symbolic links to
-/// either count, while links to ordinary directories are not followed.
+/// ("*.desktop"), or a bundle directory whose name ends in ".app" or ".AppDir". Symbolic links to
+/// either count; links to ordinary directories are not followed.
 class LinuxApplicationsFolder : public ApplicationsFolder {
  public:
-  /// An empty `folder` stands for a system that has none.
+  /// An empty `folder` stands for a system without one.
   explicit LinuxApplicationsFolder(std::string folder = "/usr/share/applications");
 
   std::vector<std::string> directories() override;

@@ -27,7 +27,8 @@ std::string libraryPath() {
   if (info.dli_fname[0] == '/') {
     return info.dli_fname;
   }
-  // Found through a relative search path, or linked into a program started by a bare name.
+  // The library was found by a relative search path, or is part of a program started by a bare
+  // name.
   const std::unique_ptr<char, decltype(&::free)> path(::realpath(info.dli_fname, nullptr), &::free);
   return path == nullptr ? programPath() : path.get();
 }

@@ -8,11 +8,11 @@
 
 namespace qorix {
 
-/// The host application: its program file, and the identifier that it goes by.
+/// The host application: its program file and its identifier.
 std::shared_ptr<const Bundle> hostBundle(std::optional<std::string> bundleIdentifier);
 
-/// This library: no identifier, and the file that holds its code (the shared library, or the
-/// program when it is linked in).
+/// This library: the file that holds its code (the shared library, or the program if it is linked
+/// statically), and no identifier.
 std::shared_ptr<const Bundle> libraryBundle();
 
 }  // namespace qorix

@@ -22,7 +22,7 @@ bool isRegion(std::string_view text) {
          (text.size() == 3 && std::ranges::all_of(text, isAsciiDigit));
 }
 
-/// Takes the part before the first of `separators` off the front of `text`.
+/// Removes the part before the first of `separators` from the front of `text` and returns it.
 std::string_view takePart(std::string_view& text, const char* separators) {
   const auto end = text.find_first_of(separators);
   const auto part = text.substr(0, end);

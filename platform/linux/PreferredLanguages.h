@@ -7,7 +7,7 @@
 
 namespace qorix {
 
-/// The environment variables that name the user's languages; empty counts as unset.
+/// The environment variables that name the user's languages. An empty one counts as unset.
 struct LocaleVariables {
   std::string language = {};    // LANGUAGE, a list separated by colons
   std::string lcAll = {};       // LC_ALL
@@ -15,17 +15,20 @@ struct LocaleVariables {
   std::string lang = {};        // LANG
 };
 
-/// One locale name of the platform ("zh_TW.UTF-8", "sr_RS@latin") as a BCP 47 tag ("zh-Hant-TW",
-/// "sr-Latn-RS"); Chinese always carries its script. Nothing for names that are no language, such
-/// as C and POSIX.
+/// A locale name ("zh_TW.UTF-8", "sr_RS@latin") as a BCP 47 tag ("zh-Hant-TW", "sr-Latn-RS"). A tag
+/// for Chinese always has the script. Absent for a name that is no language, such as C and POSIX.
 std::optional<std::string> languageTag(std::string_view localeName);
 
-/// The user's languages, most preferred first, as BCP 47 tags: the first variable that is set
-/// decides. LANGUAGE is ignored when the other ones ask for the C locale, as message catalogues do.
-/// Nothing when no language remains.
+/// The user's languages, most preferred first, as BCP 47 tags. LANGUAGE decides if it is set, else
+/// the first of the others that is. As for message catalogues, LANGUAGE does not count if the
+/// others ask for the C locale. Absent if no language remains.
+///
+/// GLib's g_get_language_names reads the same variables. It puts shorter forms after each language,
+/// "zh" after "zh_TW", which would count as another language here, and lets LANGUAGE count in the C
+/// locale.
 std::optional<std::vector<std::string>> preferredLanguages(const LocaleVariables& variables);
 
-/// The same for the variables of this process. No other thread may change them meanwhile.
+/// The same for the variables of this process. No other thread may change them during the call.
 std::optional<std::vector<std::string>> preferredLanguagesFromEnvironment();
 
 }  // namespace qorix

@@ -48,7 +48,7 @@ bool PrivateFile::append(std::string_view bytes) {
 }
 
 Url PrivateFile::url() const {
-  // Opening it anew reads from the beginning, without a say in where others read or write.
+  // Each opening starts at the beginning and has a position of its own.
   return Url::fileUrl("/proc/self/fd/" + std::to_string(descriptor_));
 }
 

@@ -2,52 +2,28 @@
 
 #include <errno.h>
 #include <fcntl.h>
+#include <glib.h>
 #include <sqlite3.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <charconv>
 #include <cstring>
-#include <string_view>
+#include <filesystem>
 #include <utility>
+
+#include "platform/linux/SettingColumns.h"
 
 namespace qorix {
 
 namespace {
 
-// A value is an integer, a text or, for a list, a blob; its storage class tells which.
 constexpr char kCreateTable[] =
     "BEGIN IMMEDIATE;"
     "CREATE TABLE IF NOT EXISTS settings (key TEXT PRIMARY KEY NOT NULL, value NOT NULL);"
     "COMMIT";
 
-/// A list as one blob: each text as its length, ":", its bytes, ",". Texts may hold any byte.
-std::string encodeList(const std::vector<std::string>& list) {
-  std::string blob;
-  for (const std::string& text : list) {
-    blob += std::to_string(text.size()) + ':' + text + ',';
-  }
-  return blob;
-}
-
-std::optional<std::vector<std::string>> decodeList(std::string_view blob) {
-  std::vector<std::string> list;
-  while (!blob.empty()) {
-    std::size_t size = 0;
-    const auto [end, error] = std::from_chars(blob.data(), blob.data() + blob.size(), size);
-    blob.remove_prefix(static_cast<std::size_t>(end - blob.data()));
-    if (error != std::errc() || blob.size() < 2 || size > blob.size() - 2 || blob.front() != ':' ||
-        blob[size + 1] != ',') {
-      return std::nullopt;
-    }
-    list.emplace_back(blob.substr(1, size));
-    blob.remove_prefix(size + 2);
-  }
-  return list;
-}
-
 /// Our statements are right for our own files, so a plain SQLITE_ERROR means that the file has
-/// tables of its own; a busy file or a full disk passes.
+/// other tables. A busy file or a full disk is no damage.
 SettingsFile::Result resultOf(int code) {
   switch (code & 0xFF) {
     case SQLITE_OK:
@@ -63,15 +39,7 @@ SettingsFile::Result resultOf(int code) {
   }
 }
 
-/// Creates the folders above `path` that do not exist yet.
-void createParents(const std::string& path) {
-  for (auto slash = path.find('/', 1); slash != std::string::npos;
-       slash = path.find('/', slash + 1)) {
-    ::mkdir(path.substr(0, slash).c_str(), 0700);
-  }
-}
-
-/// Ends what a statement has begun, a read or write transaction of its own included.
+/// Ends a statement's run, and with it the transaction that it may have begun by itself.
 class StatementRun {
  public:
   explicit StatementRun(sqlite3_stmt* statement) : statement_(statement) {}
@@ -85,30 +53,6 @@ class StatementRun {
  private:
   sqlite3_stmt* statement_;
 };
-
-int bindText(sqlite3_stmt* statement, int index, const std::string& text) {
-  return sqlite3_bind_text64(statement, index, text.data(), text.size(), SQLITE_STATIC,
-                             SQLITE_UTF8);
-}
-
-std::string columnBytes(sqlite3_stmt* statement, int index) {
-  const auto* bytes = static_cast<const char*>(sqlite3_column_blob(statement, index));
-  const auto size = static_cast<std::size_t>(sqlite3_column_bytes(statement, index));
-  return bytes == nullptr ? std::string() : std::string(bytes, size);
-}
-
-std::optional<Setting> columnSetting(sqlite3_stmt* statement, int index) {
-  switch (sqlite3_column_type(statement, index)) {
-    case SQLITE_INTEGER:
-      return sqlite3_column_int64(statement, index);
-    case SQLITE_TEXT:
-      return columnBytes(statement, index);
-    case SQLITE_BLOB:
-      return decodeList(columnBytes(statement, index));
-    default:
-      return std::nullopt;
-  }
-}
 
 }  // namespace
 
@@ -141,7 +85,7 @@ SettingsFile::Result SettingsFile::read(std::optional<Settings>& settings) {
   Settings all;
   code = readAll(all);
   if (code == SQLITE_OK) {
-    // What somebody commits between the two looks is read once more.
+    // What was committed between the two statements is read once more by the next call.
     lastVersion_ = version;
     settings = std::move(all);
   }
@@ -164,7 +108,7 @@ SettingsFile::Result SettingsFile::write(const SettingChanges& changes) {
   return resultOf(code);
 }
 
-/// Our reader keeps what it has read: one copy is enough. And damage shows at the next look.
+/// The caller keeps what was read, so one copy is enough. Also, damage then shows at the next read.
 void SettingsFile::forgetPages() { sqlite3_db_release_memory(database_.get()); }
 
 void SettingsFile::leaveAsIs() {
@@ -172,9 +116,9 @@ void SettingsFile::leaveAsIs() {
 }
 
 int SettingsFile::create(const std::string& path) {
-  createParents(path);
-  // Only ever opened here when it is new: closing a descriptor of a file drops all locks that this
-  // process holds on it.
+  g_mkdir_with_parents(std::filesystem::path(path).parent_path().c_str(), 0700);
+  // Only a new file is opened here: closing any descriptor of a file drops all locks that this
+  // process has on it.
   const int descriptor = ::open(path.c_str(), O_CREAT | O_EXCL | O_WRONLY | O_CLOEXEC, 0600);
   if (descriptor < 0) {
     return errno == EEXIST ? SQLITE_OK : systemFault(SQLITE_CANTOPEN);
@@ -204,7 +148,7 @@ int SettingsFile::connect(const std::string& path, int patience) {
   return checked(code);
 }
 
-/// Nothing is written before it is sure that the file is new or ours.
+/// Writes nothing before it is certain that the file is new or ours.
 int SettingsFile::openTable() {
   bool isNew = false;
   int code = checkForTables(isNew);
@@ -260,7 +204,7 @@ int SettingsFile::execute(const char* text) {
   return code;
 }
 
-/// A number that changes with each commit of anybody else.
+/// Reads the number that changes with each commit of any other connection.
 int SettingsFile::readVersion(int& version) {
   const StatementRun run(version_.get());
   const int code = checked(sqlite3_step(version_.get()));
@@ -290,18 +234,10 @@ int SettingsFile::writeAll(const SettingChanges& changes) {
 
 int SettingsFile::writeOne(const std::string& key, const std::optional<Setting>& setting) {
   sqlite3_stmt* statement = setting.has_value() ? write_.get() : remove_.get();
-  std::string blob;
   const StatementRun run(statement);
   int code = bindText(statement, 1, key);
   if (setting.has_value()) {
-    if (const auto* integer = std::get_if<std::int64_t>(&*setting)) {
-      code |= sqlite3_bind_int64(statement, 2, *integer);
-    } else if (const auto* text = std::get_if<std::string>(&*setting)) {
-      code |= bindText(statement, 2, *text);
-    } else {
-      blob = encodeList(std::get<std::vector<std::string>>(*setting));
-      code |= sqlite3_bind_blob64(statement, 2, blob.data(), blob.size(), SQLITE_STATIC);
-    }
+    code |= bindSetting(statement, 2, *setting);
   }
   code = checked(code == SQLITE_OK ? sqlite3_step(statement) : SQLITE_TOOBIG);
   return code == SQLITE_DONE ? SQLITE_OK : code;

@@ -2,30 +2,24 @@
 
 #include <sys/types.h>
 
-#include <cstdint>
-#include <map>
 #include <memory>
 #include <optional>
 #include <string>
-#include <variant>
-#include <vector>
+
+#include "platform/linux/Setting.h"
 
 struct sqlite3;
 struct sqlite3_stmt;
 
 namespace qorix {
 
-using Setting = std::variant<std::int64_t, std::string, std::vector<std::string>>;
-using Settings = std::map<std::string, Setting>;
-using SettingChanges = std::map<std::string, std::optional<Setting>>;  // nothing: removed
-
 /// One connection to one SQLite file of settings. For one thread.
 class SettingsFile {
  public:
   enum class Result {
     done,
-    unusable,  // locked, full, not to be opened: another time, perhaps
-    damaged,   // what the file holds is at fault
+    unusable,  // locked, full, cannot be opened: may work another time
+    damaged,   // the file's contents are at fault
   };
 
   SettingsFile() = default;
@@ -39,20 +33,21 @@ class SettingsFile {
   /// How many milliseconds a call waits for another process.
   void setPatience(int milliseconds);
 
-  /// Whether `path` still leads to this file: another process may have moved it aside.
+  /// Whether this file is still the one at `path`: another process may have moved it aside.
   bool isAt(const std::string& path) const;
 
-  /// Sets `settings` to all that the file holds, unless nobody else has changed that since the last
-  /// call; otherwise, and when that fails, leaves it as it is.
+  /// Sets `settings` to all that the file holds. Leaves it as it is on failure, and if nobody else
+  /// has changed the file since the last call.
   Result read(std::optional<Settings>& settings);
 
   /// Makes the changes durable, all of them or none.
   Result write(const SettingChanges& changes);
 
-  /// Closing then neither writes to the file nor removes its log, which may be another's by now.
+  /// From now on closing neither writes to the file nor removes its log, which by now may belong to
+  /// another file.
   void leaveAsIs();
 
-  /// Why the last call was not done.
+  /// Why the last call did not return `done`.
   const std::string& lastFault() const { return lastFault_; }
 
  private:
@@ -62,7 +57,7 @@ class SettingsFile {
   };
   using Statement = std::unique_ptr<sqlite3_stmt, Close>;
 
-  // These answer an SQLite result code.
+  // These return an SQLite result code.
   int create(const std::string& path);
   int connect(const std::string& path, int patience);
   int openTable();

@@ -87,14 +87,14 @@ void SqliteUserDefaults::set(Setting setting, const std::string& key) {
   if (!held_) {
     look(0);
   }
-  // What an earlier change of ours has left is no secret.
+  // A key that we have changed before is not set blindly.
   if (!held_ && !pending_.contains(key)) {
     blind_.insert(key);
   }
   pending_.insert_or_assign(key, std::move(setting));
 }
 
-// Nobody removes what he believes not to be there: no look is needed.
+// A removal assumes nothing about what the file holds, so the file need not be read first.
 void SqliteUserDefaults::removeObjectForKey(const std::string& key) {
   blind_.erase(key);
   pending_.insert_or_assign(key, std::nullopt);
@@ -150,14 +150,15 @@ SqliteUserDefaults::Result SqliteUserDefaults::commit(SettingsFile& file) {
   return result;
 }
 
-/// Runs `operation` on the open file; on a new one when it turns out to be damaged.
+/// Runs `operation` on the open file, or on a new one if that file turns out to be damaged.
 bool SqliteUserDefaults::perform(int patience,
                                  const std::function<Result(SettingsFile&)>& operation) {
   for (int attempt = 0; attempt < 2; ++attempt) {
     const Result opening = open(patience);
     const Result result = opening == Result::done ? operation(*file_) : opening;
     if (result == Result::done) {
-      isInTrouble_ = isInTrouble_ && !pending_.empty();  // what can be read may still be locked
+      isInTrouble_ =
+          isInTrouble_ && !pending_.empty();  // a file that can be read may still be locked
       return true;
     }
     const std::string why = file_->lastFault();
@@ -175,7 +176,7 @@ bool SqliteUserDefaults::perform(int patience,
   return false;
 }
 
-/// Opens the file, unless the one that is open is still the one at the path.
+/// Opens the file unless the open one is still the one at the path.
 SqliteUserDefaults::Result SqliteUserDefaults::open(int patience) {
   if (file_ != nullptr && file_->isAt(path_)) {
     file_->setPatience(patience);
@@ -189,10 +190,10 @@ SqliteUserDefaults::Result SqliteUserDefaults::open(int patience) {
 }
 
 void SqliteUserDefaults::setAside(const std::string& why) {
-  // A folder that stays locked is waited for once.
+  // Waits only once for a folder that stays locked.
   const SettingsFolderLock lock(path_, isInTrouble_ ? 0 : kSettingsPatience);
   file_->leaveAsIs();
-  const bool isOurs = file_->isAt(path_);  // else another process has been faster
+  const bool isOurs = file_->isAt(path_);  // else another process was faster
   file_.reset();
   if (!isOurs) {
     return;

@@ -15,29 +15,29 @@
 namespace qorix {
 
 /// The settings file of the application `bundleIdentifier`:
-/// $XDG_CONFIG_HOME/qorix/<identifier>.sqlite, below ~/.config when that variable holds no absolute
-/// path. The identifier is one path component, whatever is in it.
+/// $XDG_CONFIG_HOME/qorix/<identifier>.sqlite, or below ~/.config if that variable is not an
+/// absolute path. The identifier makes one path component, whatever it contains.
 std::string defaultSettingsPath(const std::string& bundleIdentifier);
 
 /// Settings in one SQLite file, which several processes may use at once.
 ///
-/// Reads are answered from memory, which is renewed when another process has committed: they never
-/// wait, and while the file cannot be read they answer what it last held. Changes are pending, and
-/// seen by reads, until `synchronize` writes all of them with one durable commit; while the file
-/// cannot be written they stay pending. The first look at the file, and each commit, wait a quarter
-/// of a second at most for another process.
+/// Reads are served from memory, which is renewed after another process has committed. They never
+/// wait; while the file cannot be read they return what it held last. Changes are pending, and seen
+/// by reads, until `synchronize` writes all of them in one durable commit; while the file cannot be
+/// written they stay pending. Opening the file and each commit wait at most a quarter of a second
+/// for another process.
 ///
-/// A value that is set before the file could be read at all rests on its being empty: it gives way
-/// when the file turns out to hold one. Every other change stands.
+/// A value that was set before the file could be read at all assumes that the file is empty: it is
+/// dropped if the file turns out to hold one for its key. Every other change stands.
 ///
-/// A damaged file is kept aside as "<file>.damaged-<n>" and a new one begun. That, and a file that
-/// cannot be used, is logged with one line.
+/// A damaged file is kept as "<file>.damaged-<n>" and a new one begun. That is logged with one
+/// line, and so is a file that cannot be used.
 ///
 /// The languages under `kAppleLanguagesKey` are the environment's unless a list has been stored.
 class SqliteUserDefaults : public UserDefaults {
  public:
   /// Opens or creates the file at `path` and the folders that lead to it, for this user only.
-  /// `log` hears of faults; without it they go to the installed platform's log.
+  /// Faults go to `log`; if it is null, to the installed platform's log.
   explicit SqliteUserDefaults(std::string path, std::shared_ptr<Log> log = nullptr);
 
   /// Writes what is pending.
@@ -72,12 +72,12 @@ class SqliteUserDefaults : public UserDefaults {
   std::string path_;
   std::shared_ptr<Log> log_;
   std::unique_ptr<SettingsFile> file_;
-  std::optional<Settings> held_;  // by the file, when it was last read; nothing: never read
+  std::optional<Settings> held_;  // by the file when it was last read; absent: never read
   SettingChanges pending_;
   std::set<std::string> blind_;  // keys of pending values that were set before any look
-  bool hasGivenWay_ = false;     // since the last `synchronize`: a value has, to what the file held
-  int decisions_ = 0;            // under way
-  bool isInTrouble_ = false;     // the file could not be used last time, and that has been logged
+  bool hasGivenWay_ = false;     // a value was dropped for the file's, since the last `synchronize`
+  int decisions_ = 0;            // begun and not ended
+  bool isInTrouble_ = false;     // the file could not be used last time, which has been logged
 };
 
 }  // namespace qorix

@@ -33,7 +33,7 @@ void appendEscape(std::string& text, char c) {
 
 bool isControl(unsigned char byte) { return byte < 0x20 || byte == 0x7F; }
 
-/// U+0080 to U+009F, which terminals obey as well; in UTF-8 two bytes.
+/// Whether U+0080 to U+009F come next, two bytes in UTF-8: terminals obey them as well.
 bool isSecondControl(std::string_view rest) {
   return rest.size() > 1 && rest[0] == '\xC2' && static_cast<unsigned char>(rest[1]) < 0xA0;
 }

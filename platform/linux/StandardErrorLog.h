@@ -7,18 +7,18 @@
 
 namespace qorix {
 
-/// The message with every control character written out (\n, \t, \r, \x1B, ...), so that it is one
-/// line whatever is in it.
+/// The message with every control character escaped (\n, \t, \r, \x1B, ...), so that it is one line
+/// whatever it contains.
 std::string escapedForLog(std::string_view message);
 
 /// Writes each message as one line "YYYY-MM-DD HH:MM:SS.mmm name[pid] message" to standard error,
-/// in local time. Whatever text a message quotes, it cannot look like a second line.
+/// in local time. No message, whatever it quotes, can look like two lines.
 class StandardErrorLog : public Log {
  public:
   void write(std::string_view message) override;
 
  private:
-  std::mutex mutex_;  // keeps a line whole that the system takes in several pieces
+  std::mutex mutex_;  // keeps a line whole that the system writes in several pieces
 };
 
 }  // namespace qorix

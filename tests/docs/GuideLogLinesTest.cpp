@@ -75,36 +75,36 @@ class GuideLogLinesTest : public GuideTest {
 TEST_F(GuideLogLinesTest, everyRefusalIsExplained) {
   const std::string appid = element("appid", kEditor);
   EXPECT_EQ(MyPushAdUtil::parseXMLWithString(std::nullopt), nullptr);
-  EXPECT_THAT(numbersOf(kParser, log_->takeLines()), ElementsAre(87));
+  EXPECT_THAT(numbersOf(kParser, log_->takeLines()), ElementsAre(refusal::noText));
   EXPECT_EQ(parse(minimal_ + "<"), nullptr);
-  EXPECT_THAT(numbersOf(kParser, log_->takeLines()), ElementsAre(91));
-  seen_ = {87, 91};
+  EXPECT_THAT(numbersOf(kParser, log_->takeLines()), ElementsAre(refusal::notWellFormed));
+  seen_ = {refusal::noText, refusal::notWellFormed};
 
-  expectRefused("<html/>", 94, "rootcfg");
-  expectRefused(minimalWith("file_version", ""), 94, "file_version");
-  expectRefused(minimalHolding("file_version", ""), 94, "file_version");
-  expectRefused(minimalWithLine("<adid>1</adid>"), 103, "appid");
-  expectRefused(minimalWithLine(appid), 104, "adid");
-  expectRefused(minimalWith("push_ad", ""), 119, "push_ad");
-  expectRefused(minimalWith("adid", ""), 122, "adid");
-  expectRefused(minimalWith("data", "<data><file_version>1</file_version></data><push_ad/>"), 122,
-                "push_ad");
+  expectRefused("<html/>", refusal::noFileVersion, "rootcfg");
+  expectRefused(minimalWith("file_version", ""), refusal::noFileVersion, "file_version");
+  expectRefused(minimalHolding("file_version", ""), refusal::noFileVersion, "file_version");
+  expectRefused(minimalWithLine("<adid>1</adid>"), refusal::tableLineWithoutAppId, "appid");
+  expectRefused(minimalWithLine(appid), refusal::tableLineWithoutAdId, "adid");
+  expectRefused(minimalWith("push_ad", ""), refusal::noAd, "push_ad");
+  expectRefused(minimalWith("adid", ""), refusal::adWithoutId, "adid");
+  expectRefused(minimalWith("data", "<data><file_version>1</file_version></data><push_ad/>"),
+                refusal::adWithoutId, "push_ad");
   for (std::size_t index = field::enable; index < kFieldNames.size(); ++index) {
     const std::string name(kFieldNames.at(index));
-    const int number = 127 + static_cast<int>(index);
+    const int number = refusal::ofField(index);
     expectRefused(minimalWith(name, ""), number, name);
     expectRefused(minimalHolding(name, ""), number, name);
   }
-  expectRefused(minimalWith("title", ""), 138, "title");
-  expectRefused(minimalWith("html_contents", ""), 139, "html_contents");
-  expectRefused(minimalWithLine(appid + "<adid>2</adid>"), 166, "adid");
-  expectRefused(minimalHolding("title", "text"), 176, "title");
-  expectRefused(minimalHolding("html_contents", "<en></en>"), 177, "html_contents");
+  expectRefused(minimalWith("title", ""), refusal::noTitle, "title");
+  expectRefused(minimalWith("html_contents", ""), refusal::noPages, "html_contents");
+  expectRefused(minimalWithLine(appid + "<adid>2</adid>"), refusal::unknownAdId, "adid");
+  expectRefused(minimalHolding("title", "text"), refusal::noTitleText, "title");
+  expectRefused(minimalHolding("html_contents", "<en></en>"), refusal::noPageText, "html_contents");
 
   // The reader has a number for an advertisement without identifier, but never gets so far.
   const auto document = XmlDocument::parse("<push_ad/>");
-  EXPECT_EQ(readAd(document->root()).defect->line, 127);
-  seen_.insert(127);
+  EXPECT_EQ(readAd(document->root()).defect->line, refusal::firstField);
+  seen_.insert(refusal::firstField);
 
   EXPECT_EQ(std::vector<int>(seen_.begin(), seen_.end()), numbersIn(refusals_));
 }

@@ -179,8 +179,7 @@ TEST_F(GuidePageTest, theCloseControlAndTheFunctionsAreThoseOfTheLibrary) {
   std::set<std::string> inScripts;
   const std::regex function("cocoa_\\w+(?=[()])");
   for (const std::string& script :
-       {std::string(kFilterSupportScript), std::string(kListPromoAppsScript),
-        postPromoAppInfoScript("", "[]", "[]")}) {
+       {filterSupportScript(), listPromoAppsScript(), postPromoAppInfoScript("", "[]", "[]")}) {
     for (std::sregex_iterator each(script.begin(), script.end(), function), end; each != end;
          ++each) {
       inScripts.insert(each->str());
@@ -200,9 +199,9 @@ TEST_F(GuidePageTest, theLimitsOfThePagesListAreThoseOfTheLibrary) {
   const auto answerTo = [&](const std::string& list) {
     const auto webView = std::make_shared<FakeWebView>();
     webView->page = [list](const std::string& script) {
-      return script == kListPromoAppsScript   ? list
-             : script == kFilterSupportScript ? std::string("support")
-                                              : std::string();
+      return script == listPromoAppsScript()   ? list
+             : script == filterSupportScript() ? std::string("support")
+                                               : std::string();
     };
     controller_->processAdFilterFeatureIfNeeded(webView);
     return webView->scripts.back();

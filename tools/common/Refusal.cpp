@@ -8,25 +8,22 @@ namespace qorix::tools {
 
 namespace {
 
-constexpr int kNotWellFormed = 91;
-constexpr int kFirstFieldLine = 127;
-
 /// The child that the defect of that number is about.
-std::string_view childFor(int line) {
-  switch (line) {
-    case 94:
-      return "file_version";
-    case 103:
-      return "appid";
-    case 104:
-    case 122:
-      return "adid";
-    case 138:
-      return "title";
-    case 139:
-      return "html_contents";
+std::string_view childFor(refusal::Number number) {
+  switch (number) {
+    case refusal::noFileVersion:
+      return tag::kFileVersion;
+    case refusal::tableLineWithoutAppId:
+      return tag::kAppId;
+    case refusal::tableLineWithoutAdId:
+    case refusal::adWithoutId:
+      return tag::kAdId;
+    case refusal::noTitle:
+      return tag::kTitle;
+    case refusal::noPages:
+      return tag::kPages;
     default:
-      return kFieldNames.at(static_cast<std::size_t>(line - kFirstFieldLine));
+      return kFieldNames.at(static_cast<std::size_t>(number - refusal::firstField));
   }
 }
 
@@ -35,17 +32,17 @@ std::string_view childFor(int line) {
 std::string wordsFor(const AdReading::Defect& defect) {
   const std::string name(defect.element.name());
   switch (defect.line) {
-    case 94:
-      if (name != "rootcfg" && name != "file_version") {
+    case refusal::noFileVersion:
+      if (name != tag::kRoot && name != tag::kFileVersion) {
         return "the root element is " + printable(name) + ", not rootcfg";
       }
       break;
-    case 119:
+    case refusal::noAd:
       return "there is no push_ad";
-    case 166:
+    case refusal::unknownAdId:
       return "no push_ad has the adid " + inQuotes(defect.element.text()) + " that this line names";
-    case 176:
-    case 177:
+    case refusal::noTitleText:
+    case refusal::noPageText:
       return name + " has no child element with a text";
     default:
       break;
@@ -57,7 +54,8 @@ std::string wordsFor(const AdReading::Defect& defect) {
 HostReading readForHost(const SourceDocument& source, const std::optional<std::string>& app) {
   if (source.document() == nullptr) {
     const auto& error = source.map().error().value();
-    return {{}, Refusal{kNotWellFormed, error.offset, "not well-formed XML: " + error.message}};
+    return {{},
+            Refusal{refusal::notWellFormed, error.offset, "not well-formed XML: " + error.message}};
   }
   HostReading host{readAdForHost(*source.document(), app), std::nullopt};
   if (const auto& defect = host.reading.defect) {

@@ -10,6 +10,7 @@
 #include "tools/preview/DecisionReason.h"
 #include "tools/preview/Lines.h"
 #include "tools/preview/Painting.h"
+#include "webview/PageContract.h"
 
 namespace qorix::tools::preview {
 
@@ -40,25 +41,22 @@ class ReportingListener : public WebPolicyDecisionListener {
   std::function<void(bool use)> report_;
 };
 
-// The functions that a page defines to take part in the exchange about installed applications.
-constexpr const char* kListFunction = "cocoa_obtain_promo_app_ids";
-constexpr const char* kPostFunction = "cocoa_post_promo_app_info";
-
 /// Why the page takes no part. Evaluates one more script, which calls none of the page's functions.
 std::string missingFunctions(WebView& webView) {
-  const auto isMissing = [&webView](const std::string& name) {
-    return webView.stringByEvaluatingJavaScriptFromString("typeof(" + name + ") !== 'function'") ==
-           "true";
+  const auto isMissing = [&webView](std::string_view name) {
+    return webView.stringByEvaluatingJavaScriptFromString("typeof(" + std::string(name) +
+                                                          ") !== 'function'") == "true";
   };
-  const bool isListMissing = isMissing(kListFunction);
-  const bool isPostMissing = isMissing(kPostFunction);
+  const bool isListMissing = isMissing(kObtainPromoAppIds);
+  const bool isPostMissing = isMissing(kPostPromoAppInfo);
   if (isListMissing && isPostMissing) {
     return "it defines neither function";
   }
   if (!isListMissing && !isPostMissing) {
     return "it gives no answer";
   }
-  return std::string("it defines no function ") + (isListMissing ? kListFunction : kPostFunction);
+  return "it defines no function " +
+         std::string(isListMissing ? kObtainPromoAppIds : kPostPromoAppInfo);
 }
 
 /// Whether the identifier breaks the script that reports to the page: nothing in it is escaped.
@@ -116,7 +114,7 @@ std::string PreviewController::describeBridge(WebView& webView) {
   std::string breaking = breaksAnswer(host) ? host : "";
   const auto lookups = registry_->takeLookups();
   if (lookups.empty()) {
-    text += std::string("nothing: ") + kListFunction +
+    text += "nothing: " + std::string(kObtainPromoAppIds) +
             " gave no text that names any (a list is none: join it with commas)";
   }
   const char* between = "";

@@ -2,13 +2,13 @@
 
 namespace qorix::gtk {
 
-// What the library and its module in the engine's web process say to each other about a page.
+// The messages between the library and its module in the engine's web process.
 
-/// The world of the page's watcher.
+/// The script world of the page's watcher.
 inline constexpr const char* kWorldName = "qorix";
 
-/// To the module: evaluate the script that is the message's bytes ("ay"). The reply, of the same
-/// name, holds the text of its value ("ay").
+/// Asks the module to evaluate a script, which is the message's bytes ("ay"). The reply, of the
+/// same name, holds the text of its value ("ay").
 inline constexpr const char* kEvaluateMessage = "qorix-evaluate";
 
 }  // namespace qorix::gtk

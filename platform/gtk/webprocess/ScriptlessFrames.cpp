@@ -7,8 +7,8 @@
 #include "platform/gtk/Unref.h"
 #include "platform/gtk/webprocess/Messages.h"
 
-// The engine's own objects for a page's nodes are deprecated in favour of scripts. Where no script
-// can listen there is nothing else.
+// The engine's own objects for a page's nodes are deprecated in favour of scripts, but where no
+// script can listen there is no other way.
 G_GNUC_BEGIN_IGNORE_DEPRECATIONS
 
 namespace qorix::gtk {
@@ -23,8 +23,8 @@ WebKitScriptWorld* world() {
   return watchersWorld;
 }
 
-/// What the watcher of a frame is told of the frames in it that run no scripts. Keeps neither the
-/// watcher nor its frame alive.
+/// Reports the events of frames that run no scripts to the watcher of the frame around them. Keeps
+/// neither the watcher nor its frame alive.
 class Listener {
  public:
   Listener(WebKitFrame* frame, JSCValue* onClick, JSCValue* onLoad)
@@ -71,7 +71,7 @@ class Listener {
 
 using SharedListener = std::shared_ptr<Listener>;
 
-/// The document that a frame's element shows; null when it is none.
+/// The document that a frame's element shows; null if `element` is no such element.
 WebKitDOMDocument* documentIn(gpointer element) {
   if (WEBKIT_DOM_IS_HTML_IFRAME_ELEMENT(element)) {
     return webkit_dom_html_iframe_element_get_content_document(
@@ -122,7 +122,7 @@ void onPointer(WebKitDOMEventTarget* /*document*/, WebKitDOMEvent* event,
   watchFrame(webkit_dom_event_get_target(event), *listener);
 }
 
-// What has loaded before it could be heard of.
+// For frames that loaded before they were watched.
 void watchFramesIn(WebKitDOMDocument* document, const SharedListener& listener) {
   for (const char* tag : {"iframe", "frame", "object"}) {
     const std::unique_ptr<WebKitDOMHTMLCollection, Unref> elements(

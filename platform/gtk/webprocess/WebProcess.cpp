@@ -25,8 +25,8 @@ GBytes* textOf(JSCValue* value) {
   return text == nullptr ? g_bytes_new(nullptr, 0) : text;
 }
 
-// The engine's own call for the application lets every script act as if the user had just clicked.
-// One that is evaluated here is given no such right.
+// The engine's own call for applications lets a script act as if the user had just clicked. A
+// script that is evaluated here gets no such right.
 GBytes* evaluate(WebKitWebPage* page, const char* script, gsize size) {
   const std::unique_ptr<JSCContext, Unref> context(webkit_frame_get_js_context(mainFrame(page)));
   const std::unique_ptr<JSCValue, Unref> value(

@@ -1,0 +1,296 @@
+// The limits on entities are declared only to those who say that expat was built with them.
+#define XML_DTD
+
+#include "definition/XmlReader.h"
+
+#include <expat.h>
+
+#include <algorithm>
+#include <exception>
+#include <memory>
+#include <new>
+#include <type_traits>
+#include <utility>
+#include <vector>
+
+#include "definition/XmlSection.h"
+
+namespace qorix {
+
+namespace {
+
+// The text is UTF-8, whatever its XML declaration says.
+constexpr const char* kEncoding = "UTF-8";
+
+// What entities may add: enough for pages that several languages share, too little for a bomb.
+constexpr std::size_t kEntityBytes = std::size_t{8} << 20;
+constexpr std::size_t kEntityFactor = 4;
+constexpr std::size_t kEntityElements = std::size_t{1} << 18;
+// "<x/>"
+constexpr std::size_t kSmallestElement = 4;
+// What attributes with default values may add, to the number of bytes in the document.
+constexpr std::size_t kDefaultAttributes = std::size_t{1} << 20;
+
+bool isVersionOne(std::string_view version) {
+  return version.starts_with("1.") && version.size() > 2 &&
+         version.find_first_not_of("0123456789", 2) == std::string_view::npos;
+}
+
+}  // namespace
+
+/// Builds a document from expat's events.
+class XmlReader {
+  struct ParserDeleter {
+    void operator()(XML_Parser parser) const { XML_ParserFree(parser); }
+  };
+  using ParserPointer = std::unique_ptr<std::remove_pointer_t<XML_Parser>, ParserDeleter>;
+
+ public:
+  XmlReader(std::string_view text, XmlSourceMap* sourceMap)
+      : parser_(XML_ParserCreate(kEncoding)),
+        input_(text),
+        sourceMap_(sourceMap),
+        mostElements_(text.size() / kSmallestElement + kEntityElements),
+        mostDefaultAttributes_(text.size() + kDefaultAttributes) {}
+
+  std::optional<XmlDocument> read(std::size_t pieceSize) {
+    pieceSize_ = pieceSize;
+    // The parser would take such a beginning for UTF-16; it refuses zero bytes further on.
+    if (parser_ == nullptr || input_.substr(0, 4).find('\0') != input_.npos) {
+      noteError("a zero byte near the beginning", 0);
+      return std::nullopt;
+    }
+    prepareParser();
+    // Enough unless entities add to it; memory that is not used costs nothing.
+    document_.text_.reserve(input_.size());
+    document_.names_.reserve(input_.size() / 2);
+    if (sourceMap_ != nullptr) {
+      return readNoting();
+    }
+    return parse() ? std::optional(std::move(document_)) : std::nullopt;
+  }
+
+ private:
+  // Every byte passes through the parser, so that it knows where each event stands.
+  std::optional<XmlDocument> readNoting() {
+    XML_SetElementHandler(parser_.get(), startElementNoting, endElement);
+    XML_SetCharacterDataHandler(parser_.get(), characterDataNoting);
+    if (feed(input_, XML_TRUE)) {
+      return std::move(document_);
+    }
+    const XML_Error code = XML_GetErrorCode(parser_.get());
+    noteError(stopReason_ != nullptr ? stopReason_ : XML_ErrorString(code), sourceOffset());
+    return std::nullopt;
+  }
+
+  void noteError(const char* message, std::size_t offset) {
+    if (sourceMap_ != nullptr) {
+      sourceMap_->error_ = {message, offset};
+    }
+  }
+
+  /// Where the parser's current event or error stands.
+  std::size_t sourceOffset() const {
+    return static_cast<std::size_t>(std::max(XML_GetCurrentByteIndex(parser_.get()), XML_Index{0}));
+  }
+
+  void prepareParser() {
+    XML_Parser parser = parser_.get();
+    XML_SetUserData(parser, this);
+    XML_SetElementHandler(parser, startElement, endElement);
+    XML_SetCharacterDataHandler(parser, characterData);
+    XML_SetCdataSectionHandler(parser, startSection, endSection);
+    XML_SetXmlDeclHandler(parser, xmlDeclaration);
+    XML_SetParamEntityParsing(parser, XML_PARAM_ENTITY_PARSING_ALWAYS);
+    XML_SetExternalEntityRefHandler(parser, readAsBlank);
+    XML_SetEndDoctypeDeclHandler(parser, endDoctype);
+    XML_SetSkippedEntityHandler(parser, skippedEntity);
+    // No default handler: with one, internal entities would not be expanded.
+    XML_SetBillionLaughsAttackProtectionActivationThreshold(
+        parser, kEntityFactor * input_.size() + kEntityBytes);
+    XML_SetBillionLaughsAttackProtectionMaximumAmplification(parser, 1);
+  }
+
+  // Pages stand in CDATA sections. As only "]]>" ends a section, its inside need not pass through
+  // the parser, which would take several times as long as the check of the characters here.
+  bool parse() {
+    constexpr std::string_view kSectionStart = "[CDATA[";
+    constexpr std::size_t kWorthIt = 1024;
+    std::string_view rest = input_;
+    std::size_t from = 0;
+    while (true) {
+      const std::size_t start = rest.find(kSectionStart, from);
+      const std::size_t end = rest.find("]]>", start);
+      if (end == rest.npos) {
+        return feed(rest, XML_TRUE);
+      }
+      const std::size_t begin = start + kSectionStart.size();
+      if (end < begin + kWorthIt) {
+        from = end;
+        continue;
+      }
+      if (!feed(rest.substr(0, begin), XML_FALSE)) {
+        return false;
+      }
+      if (!isInSection_) {
+        // It is part of a comment, say, which the parser may reread each time: look less often.
+        rest.remove_prefix(begin);
+        from = 2 * begin;
+        continue;
+      }
+      if (!appendSection(document_.text_, rest.substr(begin, end - begin))) {
+        return false;
+      }
+      rest.remove_prefix(end);
+      from = 0;
+    }
+  }
+
+  bool feed(std::string_view text, XML_Bool isLast) {
+    const auto feedPiece = [this](std::string_view piece, XML_Bool isFinal) {
+      return XML_Parse(parser_.get(), piece.data(), static_cast<int>(piece.size()), isFinal) ==
+             XML_STATUS_OK;
+    };
+    for (; text.size() > pieceSize_; text.remove_prefix(pieceSize_)) {
+      if (!feedPiece(text.substr(0, pieceSize_), XML_FALSE)) {
+        return false;
+      }
+    }
+    return feedPiece(text, isLast);
+  }
+
+  // A few declarations can give every element thousands.
+  void countDefaultAttributes(const XML_Char** attributes) {
+    for (attributes += XML_GetSpecifiedAttributeCount(parser_.get()); *attributes != nullptr;
+         attributes += 2) {
+      ++defaultAttributes_;
+    }
+  }
+
+  void stop(const char* reason) {
+    stopReason_ = reason;
+    XML_StopParser(parser_.get(), XML_FALSE);
+  }
+
+  /// Does the work of a callback. The parser is written in C: no exception may reach it. After it
+  /// was stopped it may still call, which then has no effect.
+  template <class Work>
+  static void handle(void* userData, Work work) noexcept {
+    auto& self = *static_cast<XmlReader*>(userData);
+    try {
+      if (self.stopReason_ == nullptr) {
+        work(self);
+      }
+    } catch (const std::exception&) {
+      self.stop("there is not enough memory");
+    }
+  }
+
+  void addElement(const XML_Char* name, const XML_Char** attributes) {
+    countDefaultAttributes(attributes);
+    if (document_.elements_.size() == mostElements_ ||
+        defaultAttributes_ > mostDefaultAttributes_) {
+      stop("entities or default attributes add too much");
+      return;
+    }
+    open_.push_back(document_.elements_.size());
+    document_.elements_.push_back({document_.names_.size(), document_.text_.size(), 0, 0});
+    document_.names_ += name;
+  }
+
+  static XmlReader& reader(void* userData) { return *static_cast<XmlReader*>(userData); }
+
+  static void XMLCALL startElement(void* userData, const XML_Char* name,
+                                   const XML_Char** attributes) {
+    handle(userData, [&](XmlReader& self) { self.addElement(name, attributes); });
+  }
+
+  static void XMLCALL endElement(void* userData, const XML_Char* /*name*/) {
+    handle(userData, [](XmlReader& self) {
+      XmlDocument& document = self.document_;
+      XmlDocument::Element& element = document.elements_[self.open_.back()];
+      self.open_.pop_back();
+      element.textEnd = document.text_.size();
+      element.subtreeEnd = document.elements_.size();
+    });
+  }
+
+  static void XMLCALL characterData(void* userData, const XML_Char* text, int length) {
+    handle(userData, [&](XmlReader& self) {
+      self.document_.text_.append(text, static_cast<std::size_t>(length));
+    });
+  }
+
+  static void XMLCALL startElementNoting(void* userData, const XML_Char* name,
+                                         const XML_Char** attributes) {
+    handle(userData, [&](XmlReader& self) {
+      self.sourceMap_->addElement(self.sourceOffset());
+      self.addElement(name, attributes);
+    });
+  }
+
+  static void XMLCALL characterDataNoting(void* userData, const XML_Char* text, int length) {
+    handle(userData, [&](XmlReader& self) {
+      const std::string_view piece(text, static_cast<std::size_t>(length));
+      const std::size_t source = self.sourceOffset();
+      self.sourceMap_->addText(
+          {self.document_.text_.size(), source, self.input_.substr(source, piece.size()) == piece});
+      self.document_.text_ += piece;
+    });
+  }
+
+  static void XMLCALL startSection(void* userData) { reader(userData).isInSection_ = true; }
+  static void XMLCALL endSection(void* userData) { reader(userData).isInSection_ = false; }
+
+  static void XMLCALL xmlDeclaration(void* userData, const XML_Char* version,
+                                     const XML_Char* /*encoding*/, int /*standalone*/) {
+    if (version == nullptr || !isVersionOne(version)) {
+      reader(userData).stop("a version of XML other than 1.x");
+    }
+  }
+
+  // From here on external entities are general ones, which are skipped. With a handler the parser
+  // would search all entities for each.
+  static void XMLCALL endDoctype(void* userData) {
+    XML_SetExternalEntityRefHandler(reader(userData).parser_.get(), nullptr);
+  }
+
+  // After an unknown parameter entity the parser ignores all declarations.
+  static void XMLCALL skippedEntity(void* userData, const XML_Char* /*name*/, int isParameter) {
+    if (isParameter != 0) {
+      reader(userData).stop("an unknown parameter entity");
+    }
+  }
+
+  // Called for the parameter entities of a document type only. Each is read as a blank, so that the
+  // declarations after it count, as they would with the entity at hand.
+  static int XMLCALL readAsBlank(XML_Parser parser, const XML_Char* context,
+                                 const XML_Char* /*base*/, const XML_Char* /*systemId*/,
+                                 const XML_Char* /*publicId*/) {
+    const ParserPointer entity(XML_ExternalEntityParserCreate(parser, context, kEncoding));
+    return entity == nullptr ? XML_STATUS_ERROR : XML_Parse(entity.get(), " ", 1, XML_TRUE);
+  }
+
+  const ParserPointer parser_;
+  const std::string_view input_;
+  XmlSourceMap* const sourceMap_;  // null if nobody wants it
+  const std::size_t mostElements_;
+  const std::size_t mostDefaultAttributes_;
+  std::size_t pieceSize_ = 0;
+  std::size_t defaultAttributes_ = 0;
+  bool isInSection_ = false;
+  const char* stopReason_ = nullptr;  // null unless we stopped the parser
+  XmlDocument document_;
+  std::vector<std::size_t> open_;
+};
+
+std::optional<XmlDocument> readXml(std::string_view text, XmlSourceMap* sourceMap,
+                                   std::size_t pieceSize) {
+  try {
+    return XmlReader(text, sourceMap).read(pieceSize);
+  } catch (const std::bad_alloc&) {
+    return std::nullopt;
+  }
+}
+
+}  // namespace qorix
