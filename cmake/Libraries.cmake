@@ -60,7 +60,6 @@ add_library(qorix::gtk3 ALIAS qorix-gtk3)
 # The functions of text/ are not exported; they have no state, so this library has its own.
 target_link_libraries(qorix-gtk3 PUBLIC qorix PRIVATE qorix-room-text ${gtkLibraries})
 qorix_library(qorix-gtk3)
-add_dependencies(qorix-gtk3 qorix-webprocess)
 
 # All rooms of the library proper, with what they keep to themselves: for the tests and the tools.
 add_library(qorix-inside INTERFACE)
