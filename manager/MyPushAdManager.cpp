@@ -38,7 +38,7 @@ std::optional<std::string> installedAddress(const std::string& address, const ch
 bool alreadyAllocatedOneInstanceOfMyPushAdManager = false;
 
 // What pages are told of the host is asked for below this room.
-[[maybe_unused]] const bool hostIdentifierHasItsSource = [] {
+[[maybe_unused]] const bool kHostIdentifierHasItsSource = [] {
   HostIdentifier::setSource([] {
     const auto manager = MyPushAdManager::sharedPushAdManager();
     return manager == nullptr ? std::nullopt : manager->appBundleIdentifier();

@@ -74,6 +74,7 @@ std::optional<MyPushAdEvent> MyPushAdEvent::read(const Notification& notificatio
 std::vector<NotificationObservation> MyPushAdEvent::observe(
     const std::function<void(const MyPushAdEvent&)>& handler) {
   std::vector<NotificationObservation> observations;
+  observations.reserve(kKinds.size());
   for (const auto& [name, kind] : kKinds) {
     observations.push_back(platform().notificationCenter->addObserver(
         name, [handler](const Notification& notification) {

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <exception>
 
 #include "tools/common/display/PrivateDisplay.h"
 #include "tools/preview/Preview.h"
@@ -58,4 +59,11 @@ int runPreview(int argc, char** argv) {
 
 }  // namespace qorix::tools::preview
 
-int main(int argc, char** argv) { return qorix::tools::preview::runPreview(argc, argv); }
+int main(int argc, char** argv) {
+  try {
+    return qorix::tools::preview::runPreview(argc, argv);
+  } catch (const std::exception& exception) {
+    std::fprintf(stderr, "qorix-preview: %s\n", exception.what());
+    return 1;
+  }
+}
