@@ -39,8 +39,8 @@ target_include_directories(qorix-build-stamp PRIVATE ${PROJECT_SOURCE_DIR})
 set_target_properties(qorix-build-stamp PROPERTIES
   POSITION_INDEPENDENT_CODE ON CXX_VISIBILITY_PRESET hidden UNITY_BUILD OFF)
 
-# The interface of a library that hosts link. Any release may change the size of a class or the
-# order of its virtual methods, so the soname has both numbers of the version.
+# The interface of a library that hosts link. <qorix/Export.h> says why its soname has both numbers
+# of the version.
 function(qorix_library target)
   target_include_directories(${target} PUBLIC
     $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>

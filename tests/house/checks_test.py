@@ -99,6 +99,7 @@ class Layering(House):
 
     def test_toolkit_in_a_tool_that_needs_no_display(self):
         self.assert_refused("tools/adcheck/main.cpp", "<gtk/gtk.h>")
+        self.assert_refused("tools/common/Streams.cpp", "<gtk/gtk.h>")
 
     def test_toolkit_in_a_public_header(self):
         self.assert_refused("include/qorix/MyPushAdManager.h", "<gtk/gtk.h>")

@@ -31,7 +31,8 @@ def may_use_toolkit(rooms, path):
     """The GTK platform, the programs that start it, and its own tests."""
     return (
         rooms.of(path) in ("platform/gtk", "examples")
-        or path.parts[:2] in (("tools", "preview"), ("tools", "common"))
+        or path.parts[:2] == ("tools", "preview")
+        or path.parts[:3] == ("tools", "common", "display")
         or path.parts[0] in ("tests", "bench")
         and "gtk" in str(path).lower()
     )
