@@ -6,6 +6,7 @@
 #include <qorix/platform/Geometry.h>
 #include <qorix/platform/Screen.h>
 
+using GdkEventProperty = struct _GdkEventProperty;
 using GdkWindow = struct _GdkWindow;
 
 namespace qorix::gtk {
@@ -33,8 +34,11 @@ std::shared_ptr<Screen> primaryScreen();
 /// say.
 std::optional<Decorations> decorationsOfWindow(GdkWindow* window);
 
-/// Asks the window manager what it will put around a window that has not been shown yet, and waits
-/// a moment for the answer.
-void requestDecorations(GdkWindow* window);
+/// Asks the window manager what it will put around a window that has not been shown yet. Returns
+/// false if there is none that says so. It answers by a property of the window.
+bool requestDecorations(GdkWindow* window);
+
+/// Whether the window manager has just said what it puts around a window.
+bool isAboutDecorations(const GdkEventProperty& event);
 
 }  // namespace qorix::gtk

@@ -51,12 +51,24 @@ void ToplevelWindow::makeNative() {
   takeContent();
   g_signal_connect(window_, "delete-event", G_CALLBACK((guarded<onDelete, TRUE>)), this);
   g_signal_connect(window_, "configure-event", G_CALLBACK(guarded<onConfigure>), this);
+  g_signal_connect(window_, "property-notify-event", G_CALLBACK(guarded<onPropertyNotify>), this);
   setTitle(title_);
   setLevel(level_);
   placeContent(contentRect_);
   if (isDecorated_ && decorations_ == Decorations()) {
-    gtk_widget_realize(GTK_WIDGET(window_));
-    requestDecorations(gtk_widget_get_window(GTK_WIDGET(window_)));
+    learnDecorations();
+  }
+}
+
+// The host does not wait for the window manager's answer.
+void ToplevelWindow::learnDecorations() {
+  gtk_widget_add_events(GTK_WIDGET(window_), GDK_PROPERTY_CHANGE_MASK);
+  gtk_widget_realize(GTK_WIDGET(window_));
+  const bool isAsked = requestDecorations(gtk_widget_get_window(GTK_WIDGET(window_)));
+  if (!isAsked) {
+    early_.reset();
+  } else if (!early_) {
+    early_.emplace();
   }
 }
 
@@ -88,34 +100,63 @@ void ToplevelWindow::letGoOfNative() {
   }
 }
 
-Rect ToplevelWindow::frame() const { return frameRectForContentRect(contentRect_); }
+Rect ToplevelWindow::frame() const {
+  const Rect frame = frameAround(contentRect_);
+  if (early_) {
+    early_->noteTold(frame.size);
+  }
+  return frame;
+}
 
-void ToplevelWindow::setFrame(const Rect& frame) { placeContent(contentRectForFrameRect(frame)); }
+void ToplevelWindow::setFrame(const Rect& frame) {
+  if (early_) {
+    early_->noteSet(frame);
+  }
+  placeContent(contentWithin(frame));
+}
 
 Rect ToplevelWindow::frameRectForContentRect(const Rect& contentRect) const {
+  if (early_) {
+    early_->noteMadeFor(contentRect);
+  }
+  return frameAround(contentRect);
+}
+
+Rect ToplevelWindow::contentRectForFrameRect(const Rect& frameRect) const {
+  return contentWithin(frameRect);
+}
+
+Rect ToplevelWindow::frameAround(const Rect& contentRect) const {
   const Decorations around = decorations();
   return {{contentRect.origin.x - around.left, contentRect.origin.y - around.bottom},
           {contentRect.size.width + around.left + around.right,
            contentRect.size.height + around.top + around.bottom}};
 }
 
-Rect ToplevelWindow::contentRectForFrameRect(const Rect& frameRect) const {
+Rect ToplevelWindow::contentWithin(const Rect& frameRect) const {
   const Decorations around = decorations();
   return {{frameRect.origin.x + around.left, frameRect.origin.y + around.bottom},
           {frameRect.size.width - around.left - around.right,
            frameRect.size.height - around.top - around.bottom}};
 }
 
-std::shared_ptr<Screen> ToplevelWindow::screen() const { return screenOfFrame(frame()); }
+std::shared_ptr<Screen> ToplevelWindow::screen() const {
+  return screenOfFrame(frameAround(contentRect_));
+}
 
 void ToplevelWindow::center() {
   auto area = screen();
   if (area == nullptr) {
     area = primaryScreen();
   }
-  if (area != nullptr) {
-    setFrame(centeredIn(area->visibleFrame(), frame().size));
+  if (area == nullptr) {
+    return;
   }
+  const Rect frame = centeredIn(area->visibleFrame(), frameAround(contentRect_).size);
+  if (early_) {
+    early_->noteCentered(frame);
+  }
+  placeContent(contentWithin(frame));
 }
 
 bool ToplevelWindow::isVisible() const {
@@ -170,6 +211,9 @@ bool ToplevelWindow::isOpen() const {
 }
 
 Decorations ToplevelWindow::decorations() const {
+  if (early_) {
+    return {};
+  }
   GdkWindow* native = window_ == nullptr ? nullptr : gtk_widget_get_window(GTK_WIDGET(window_));
   if (native != nullptr && isDecorated_) {
     // While a window is shown again, a window manager may call it undecorated for a moment.
@@ -215,6 +259,17 @@ int ToplevelWindow::onConfigure(GtkWidget* widget, GdkEvent* /*event*/, void* se
   const auto screen = isPlaceKnown ? nullptr : primaryScreen();
   if (screen != nullptr) {
     window->contentRect_ = movedInto(window->contentRect_, screen->visibleFrame());
+  }
+  return FALSE;
+}
+
+int ToplevelWindow::onPropertyNotify(GtkWidget* /*widget*/, GdkEventProperty* event, void* self) {
+  auto* window = static_cast<ToplevelWindow*>(self);
+  if (window->early_ && isAboutDecorations(*event)) {
+    const EarlyFrames early = *std::exchange(window->early_, std::nullopt);
+    if (const auto content = early.contentWithin(window->decorations())) {
+      window->placeContent(*content);
+    }
   }
   return FALSE;
 }

@@ -7,10 +7,12 @@
 #include <qorix/platform/Window.h>
 
 #include "platform/gtk/Desktop.h"
+#include "platform/gtk/EarlyFrames.h"
 #include "platform/gtk/NoticedWindow.h"
 
 using GtkWidget = struct _GtkWidget;
 using GdkEvent = union _GdkEvent;
+using GdkEventProperty = struct _GdkEventProperty;
 
 namespace qorix::gtk {
 
@@ -48,10 +50,14 @@ class ToplevelWindow : public Window,
   void letGoOfNative();
   bool isOpen() const;
   Decorations decorations() const;
+  void learnDecorations();
+  Rect frameAround(const Rect& contentRect) const;
+  Rect contentWithin(const Rect& frameRect) const;
   void placeContent(const Rect& contentRect);
 
   static int onDelete(GtkWidget* widget, GdkEvent* event, void* self);
   static int onConfigure(GtkWidget* widget, GdkEvent* event, void* self);
+  static int onPropertyNotify(GtkWidget* widget, GdkEventProperty* event, void* self);
 
   GtkWindow* window_ = nullptr;  // null after somebody has destroyed it
   std::shared_ptr<View> contentView_;
@@ -60,7 +66,8 @@ class ToplevelWindow : public Window,
   std::string title_;
   Rect askedRect_;    // of the content, as asked for
   Rect contentRect_;  // where it is; as asked for unless it turns out to be elsewhere
-  mutable Decorations decorations_;  // the last known: a hidden window may have lost them
+  mutable Decorations decorations_;           // the last known: a hidden window may have lost them
+  mutable std::optional<EarlyFrames> early_;  // until the window manager has named them
   std::optional<bool> isVisibleWhileClosing_;
 };
 

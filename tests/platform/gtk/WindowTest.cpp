@@ -1,5 +1,6 @@
 #include "platform/gtk/WidgetView.h"
 #include "support/gtk/GtkTest.h"
+#include "support/gtk/StoppedWindowManager.h"
 
 namespace qorix::test {
 
@@ -21,6 +22,11 @@ class WindowTest : public GtkTest {
     page.interface->view->setFrame({{0, 0}, size});
     window = platform().windows->createWindowWithContentView(page.interface->view);
     window->setTitle("Pop-up");
+  }
+
+  /// Waits for the window manager's word.
+  bool waitForDecorations() const {
+    return waitFor([this] { return window->frame().size != content().size; });
   }
 
   Rect content() const { return window->contentRectForFrameRect(window->frame()); }
@@ -82,14 +88,52 @@ TEST_F(WindowTest, frameSetBeforeTheFirstShowHolds) {
   EXPECT_EQ(content(), (Rect{{100, 100}, {300, 200}}));
 }
 
-TEST_F(WindowTest, decorationsAreKnownBeforeTheFirstShow) {
+TEST_F(WindowTest, decorationsBecomeKnownBeforeTheFirstShow) {
   makeWindow({200, 150});
+  ASSERT_TRUE(waitForDecorations());
   const Rect before = window->frameRectForContentRect({{0, 0}, {100, 100}});
   EXPECT_GT(before.size.height, 110);
   window->makeKeyAndOrderFront();
   ASSERT_TRUE(waitFor([] { return !run({"wmctrl", "-l"}).empty(); }));
   EXPECT_EQ(window->frameRectForContentRect({{0, 0}, {100, 100}}), before);
   EXPECT_EQ(window->contentRectForFrameRect(before), (Rect{{0, 0}, {100, 100}}));
+}
+
+TEST_F(WindowTest, aFrameSetBeforeTheDecorationsAreKnownHoldsAfterwards) {
+  makeWindow({200, 150});
+  const Rect frame = {{100, 200}, {300, 250}};
+  window->setFrame(frame);
+  EXPECT_EQ(content(), frame) << "nobody has waited for the window manager";
+  ASSERT_TRUE(waitForDecorations());
+  EXPECT_EQ(window->frame(), frame);
+  window->center();
+  const Rect centered = window->frame();
+  window.reset();
+  makeWindow({200, 150});
+  window->setFrame({{5000, 5000}, {300, 250}});
+  window->center();
+  ASSERT_TRUE(waitForDecorations());
+  EXPECT_EQ(content().size, (Size{300, 250}));
+  EXPECT_EQ(window->frame().origin.x + window->frame().size.width / 2,
+            centered.origin.x + centered.size.width / 2);
+  EXPECT_EQ(window->frame().origin.y + window->frame().size.height / 2,
+            centered.origin.y + centered.size.height / 2);
+}
+
+TEST_F(WindowTest, aWindowManagerThatDoesNotAnswerHoldsNobodyUp) {
+  const StoppedWindowManager manager;
+  constexpr double kHardlyNoticed = 0.1;  // seconds
+  double fastest = kPatience;
+  for (int round = 0; round < 5; ++round) {  // the machine may be busy, too
+    const gint64 begin = g_get_monotonic_time();
+    makeWindow({200, 150});
+    window->makeKeyAndOrderFront();
+    window->setFrame(window->frameRectForContentRect({{100, 100}, {300, 200}}));
+    fastest = std::min(fastest, static_cast<double>(g_get_monotonic_time() - begin) / 1e6);
+    EXPECT_TRUE(window->isVisible());
+    window.reset();
+  }
+  EXPECT_LT(fastest, kHardlyNoticed);
 }
 
 TEST_F(WindowTest, fractionsAreKept) {
@@ -209,6 +253,7 @@ TEST_F(WindowTest, destroyedByTheHostItIsClosedAndTheNextShowingMakesAnotherOne)
   makeWindow({300, 200});
   page.load(kRedPage);
   window->setLevel(WindowLevel::floating);
+  ASSERT_TRUE(waitForDecorations());
   for (std::size_t round = 1; round <= 2; ++round) {
     const Rect frame = window->frameRectForContentRect({{100, 100}, {300, 200}});
     window->setFrame(frame);
