@@ -21,10 +21,6 @@ Rect centeredIn(const Rect& area, const Size& size) {
           size};
 }
 
-GdkRectangle nativePlace(const Rect& contentRect) {
-  return placeable(flipped(contentRect, desktopHeight()));
-}
-
 }  // namespace
 
 ToplevelWindow::ToplevelWindow(std::shared_ptr<View> contentView, bool isDecorated)
@@ -51,11 +47,12 @@ void ToplevelWindow::makeNative() {
   takeContent();
   g_signal_connect(window_, "delete-event", G_CALLBACK((guarded<onDelete, TRUE>)), this);
   g_signal_connect(window_, "configure-event", G_CALLBACK(guarded<onConfigure>), this);
+  g_signal_connect(window_, "size-allocate", G_CALLBACK(guarded<onSizeAllocate>), this);
   g_signal_connect(window_, "property-notify-event", G_CALLBACK(guarded<onPropertyNotify>), this);
   setTitle(title_);
   setLevel(level_);
   placeContent(contentRect_);
-  if (isDecorated_ && decorations_ == Decorations()) {
+  if (isDecorated_) {
     learnDecorations();
   }
 }
@@ -64,8 +61,10 @@ void ToplevelWindow::makeNative() {
 void ToplevelWindow::learnDecorations() {
   gtk_widget_add_events(GTK_WIDGET(window_), GDK_PROPERTY_CHANGE_MASK);
   gtk_widget_realize(GTK_WIDGET(window_));
-  const bool isAsked = requestDecorations(gtk_widget_get_window(GTK_WIDGET(window_)));
-  if (!isAsked) {
+  if (decorations() != Decorations()) {
+    return;
+  }
+  if (!requestDecorations(gtk_widget_get_window(GTK_WIDGET(window_)))) {
     early_.reset();
   } else if (!early_) {
     early_.emplace();
@@ -92,6 +91,7 @@ void ToplevelWindow::nativeWillBeDestroyed() {
 
 void ToplevelWindow::letGoOfNative() {
   GtkWindow* window = std::exchange(window_, nullptr);
+  client_.reset();
   forgetOwnerOf(window);
   g_signal_handlers_disconnect_by_data(window, this);
   GtkWidget* content = gtk_bin_get_child(GTK_BIN(window));
@@ -172,6 +172,7 @@ void ToplevelWindow::makeKeyAndOrderFront() {
     makeNative();
   }
   if (!isOpen()) {
+    gtk_window_unmaximize(window_);
     placeContent(contentRect_);  // the window manager forgot the place when the window was hidden
   }
   gtk_window_deiconify(window_);
@@ -211,18 +212,27 @@ bool ToplevelWindow::isOpen() const {
 }
 
 Decorations ToplevelWindow::decorations() const {
-  if (early_) {
-    return {};
-  }
   GdkWindow* native = window_ == nullptr ? nullptr : gtk_widget_get_window(GTK_WIDGET(window_));
-  if (native != nullptr && isDecorated_) {
+  if (native == nullptr || !isDecorated_ || early_) {
+    return decorations_;
+  }
+  if (client_) {
+    decorations_ = client_->seen;
+  } else if (const auto current = decorationsOfWindow(native)) {
     // While a window is shown again, a window manager may call it undecorated for a moment.
-    const auto current = decorationsOfWindow(native);
-    if (current && *current != Decorations()) {
-      decorations_ = *current;
-    }
+    decorations_ = *current == Decorations() ? decorations_ : *current;
   }
   return decorations_;
+}
+
+// The place of the native window, but the size of its content: GTK itself counts in this way.
+GdkRectangle ToplevelWindow::nativePlace(const Rect& contentRect) const {
+  GdkRectangle place = placeable(flipped(contentRect, desktopHeight()));
+  if (client_) {
+    place.x -= client_->left;
+    place.y -= client_->top;
+  }
+  return place;
 }
 
 void ToplevelWindow::placeContent(const Rect& contentRect) {
@@ -235,32 +245,60 @@ void ToplevelWindow::placeContent(const Rect& contentRect) {
   }
 }
 
+// Not if it is maximised: it lies where the desktop has put it.
+bool ToplevelWindow::isWhereAsked() const {
+  return contentRect_ == askedRect_ && gtk_window_is_maximized(window_) == FALSE;
+}
+
+// The user and the window manager move the window as well.
+void ToplevelWindow::noteWhereItIs() {
+  const GdkRectangle asked = nativePlace(askedRect_);
+  GdkRectangle place = asked;
+  GdkWindow* native = gtk_widget_get_window(GTK_WIDGET(window_));
+  const bool isPlaceKnown = GDK_IS_X11_WINDOW(native);
+  if (isPlaceKnown) {
+    gdk_window_get_origin(native, &place.x, &place.y);
+  }
+  gtk_window_get_size(window_, &place.width, &place.height);
+  if (gdk_rectangle_equal(&place, &asked) != FALSE) {
+    contentRect_ = askedRect_;
+    return;
+  }
+  if (client_) {
+    place.x += client_->left;
+    place.y += client_->top;
+  }
+  contentRect_ = flipped(place, desktopHeight());
+  const auto screen = isPlaceKnown ? nullptr : primaryScreen();
+  if (screen != nullptr) {
+    contentRect_ = movedInto(contentRect_, screen->visibleFrame());
+  }
+}
+
 int ToplevelWindow::onDelete(GtkWidget* /*widget*/, GdkEvent* /*event*/, void* self) {
   static_cast<ToplevelWindow*>(self)->close();
   return TRUE;
 }
 
-// The user and the window manager move the window as well.
-int ToplevelWindow::onConfigure(GtkWidget* widget, GdkEvent* /*event*/, void* self) {
-  auto* window = static_cast<ToplevelWindow*>(self);
-  const GdkRectangle asked = nativePlace(window->askedRect_);
-  GdkRectangle place = asked;
-  GdkWindow* native = gtk_widget_get_window(widget);
-  const bool isPlaceKnown = GDK_IS_X11_WINDOW(native);
-  if (isPlaceKnown) {
-    gdk_window_get_origin(native, &place.x, &place.y);
-  }
-  gtk_window_get_size(GTK_WINDOW(widget), &place.width, &place.height);
-  if (gdk_rectangle_equal(&place, &asked) != FALSE) {
-    window->contentRect_ = window->askedRect_;
-    return FALSE;
-  }
-  window->contentRect_ = flipped(place, desktopHeight());
-  const auto screen = isPlaceKnown ? nullptr : primaryScreen();
-  if (screen != nullptr) {
-    window->contentRect_ = movedInto(window->contentRect_, screen->visibleFrame());
-  }
+int ToplevelWindow::onConfigure(GtkWidget* /*widget*/, GdkEvent* /*event*/, void* self) {
+  static_cast<ToplevelWindow*>(self)->noteWhereItIs();
   return FALSE;
+}
+
+// What GTK draws around the content changes with the state of the window, after its size.
+void ToplevelWindow::onSizeAllocate(GtkWidget* widget, GdkRectangle* /*allocation*/, void* self) {
+  auto* window = static_cast<ToplevelWindow*>(self);
+  const auto client = clientDecorationsOf(window->window_);
+  if (client == window->client_) {
+    return;
+  }
+  const bool isWhereAsked = window->isWhereAsked();
+  window->client_ = client;
+  if (isWhereAsked) {
+    window->placeContent(window->askedRect_);
+  } else if (gtk_widget_get_mapped(widget) != FALSE) {
+    window->noteWhereItIs();
+  }
 }
 
 int ToplevelWindow::onPropertyNotify(GtkWidget* /*widget*/, GdkEventProperty* event, void* self) {

@@ -6,11 +6,13 @@
 
 #include <qorix/platform/Window.h>
 
+#include "platform/gtk/ClientDecorations.h"
 #include "platform/gtk/Desktop.h"
 #include "platform/gtk/EarlyFrames.h"
 #include "platform/gtk/NoticedWindow.h"
 
 using GtkWidget = struct _GtkWidget;
+using cairo_rectangle_int_t = struct _cairo_rectangle_int;
 using GdkEvent = union _GdkEvent;
 using GdkEventProperty = struct _GdkEventProperty;
 
@@ -49,14 +51,18 @@ class ToplevelWindow : public Window,
   void takeContent();
   void letGoOfNative();
   bool isOpen() const;
+  bool isWhereAsked() const;
   Decorations decorations() const;
   void learnDecorations();
   Rect frameAround(const Rect& contentRect) const;
   Rect contentWithin(const Rect& frameRect) const;
+  cairo_rectangle_int_t nativePlace(const Rect& contentRect) const;
   void placeContent(const Rect& contentRect);
+  void noteWhereItIs();
 
   static int onDelete(GtkWidget* widget, GdkEvent* event, void* self);
   static int onConfigure(GtkWidget* widget, GdkEvent* event, void* self);
+  static void onSizeAllocate(GtkWidget* widget, cairo_rectangle_int_t* allocation, void* self);
   static int onPropertyNotify(GtkWidget* widget, GdkEventProperty* event, void* self);
 
   GtkWindow* window_ = nullptr;  // null after somebody has destroyed it
@@ -64,7 +70,8 @@ class ToplevelWindow : public Window,
   const bool isDecorated_;
   WindowLevel level_ = WindowLevel::normal;
   std::string title_;
-  Rect askedRect_;    // of the content, as asked for
+  std::optional<ClientDecorations> client_;  // at the last allocation
+  Rect askedRect_;                           // of the content, as asked for
   Rect contentRect_;  // where it is; as asked for unless it turns out to be elsewhere
   mutable Decorations decorations_;           // the last known: a hidden window may have lost them
   mutable std::optional<EarlyFrames> early_;  // until the window manager has named them

@@ -42,6 +42,31 @@ class WindowTest : public GtkTest {
     return gdk_rectangle_equal(&area, &expected) != FALSE;
   }
 
+  /// Shows the window `rounds` times, as a presenter does. Its user closes it each time, and
+  /// resizes or maximises it before now and then.
+  void expectSamePlaceEachTime(const GdkRectangle& place, int rounds) {
+    constexpr Rect kAsked = {{200, 150}, {240, 180}};
+    makeWindow(kAsked.size);
+    page.load(kRedPage);
+    for (int round = 0; round < rounds; ++round) {
+      window->makeKeyAndOrderFront();
+      window->setFrame(window->frameRectForContentRect(kAsked));
+      ASSERT_TRUE(waitFor([&] { return isRedExactlyAt(place); }))
+          << "round " << round << ": " << redArea().x << " " << redArea().y << " "
+          << redArea().width << " " << redArea().height;
+      EXPECT_EQ(content(), kAsked);
+      if (round == 1) {
+        run({"wmctrl", "-r", "Pop-up", "-e", "10,100,100,900,700"});
+        ASSERT_TRUE(waitFor([] { return redArea().width > 800; }));
+      } else if (round == 2) {
+        run({"wmctrl", "-r", "Pop-up", "-b", "add,maximized_vert,maximized_horz"});
+        ASSERT_TRUE(waitFor([] { return redArea().width > 1200; }));
+      }
+      closeByUser();
+      ASSERT_TRUE(waitFor([this] { return !window->isVisible(); }));
+    }
+  }
+
   GtkWindow* native() const {
     return GTK_WINDOW(
         gtk_widget_get_toplevel(dynamic_cast<gtk::NativeView&>(*window->contentView()).widget()));
@@ -77,6 +102,70 @@ TEST_F(WindowTest, contentLiesExactlyWhereAskedAfterTheFirstShow) {
   EXPECT_EQ(content(), asked);
   EXPECT_EQ(page.interface->view->frame().size, (Size{400, 300}));
   EXPECT_GT(window->frame().size.height, 300) << "there is a title bar";
+}
+
+TEST_F(WindowTest, contentLiesExactlyWhereAskedWithClientDecorations) {
+  makeWindow({200, 150});
+  page.load(kRedPage);
+  const Rect early = {{100, 100}, {300, 200}};
+  const Rect frame = window->frameRectForContentRect(early);
+  EXPECT_GT(frame.size.height, 210) << "the title bar is known at once";
+  EXPECT_EQ(frame.size.width, 300) << "nobody sees the border for the shadow";
+  EXPECT_EQ(frame.origin, early.origin);
+  window->setFrame(frame);
+  window->makeKeyAndOrderFront();
+  EXPECT_TRUE(waitFor([] { return isRedExactlyAt({100, 1024 - 100 - 200, 300, 200}); }));
+  EXPECT_EQ(window->frame(), frame);
+  const Rect asked = {{321, 234}, {400, 300}};
+  window->setFrame(window->frameRectForContentRect(asked));
+  EXPECT_TRUE(waitFor([] { return isRedExactlyAt({321, 1024 - 234 - 300, 400, 300}); }));
+  EXPECT_EQ(content(), asked);
+  EXPECT_EQ(page.interface->view->frame(), (Rect{{0, 0}, {400, 300}}));
+}
+
+TEST_F(WindowTest, followsItsUserWithClientDecorations) {
+  makeWindow({300, 200});
+  page.load(kRedPage);
+  window->setFrame(window->frameRectForContentRect({{100, 100}, {300, 200}}));
+  window->makeKeyAndOrderFront();
+  ASSERT_TRUE(waitFor([] { return isRedExactlyAt({100, 1024 - 100 - 200, 300, 200}); }));
+  run({"wmctrl", "-r", "Pop-up", "-e", "10,500,400,400,300"});
+  ASSERT_TRUE(waitFor([&] { return content().origin.x > 500; }));
+  EXPECT_TRUE(waitFor([&] {
+    const PixelBox seen = screenPicture().boxOf(kRed);
+    return PixelBox{500 + 26, 400 + 60, 400 - 52, 300 - 89} == seen &&
+           content() == Rect{{526, 1024.0 - 460 - 211}, {348, 211}};
+  })) << "a shadow of 26 points, 23 above, and a title bar of 37";
+  run({"wmctrl", "-r", "Pop-up", "-b", "add,maximized_vert,maximized_horz"});
+  EXPECT_TRUE(waitFor([&] {
+    return window->frame() == Rect{{0, 0}, {1280, 1024}};
+  })) << "without any shadow";
+  closeByUser();
+  ASSERT_TRUE(waitFor([&] { return !window->isVisible(); }));
+}
+
+TEST_F(WindowTest, onAFineScreenContentLiesExactlyWhereAsked) {
+  makeWindow({200, 150});
+  page.load(kRedPage);
+  ASSERT_TRUE(waitForDecorations());
+  window->setFrame(window->frameRectForContentRect({{50, 60}, {200, 100}}));
+  window->makeKeyAndOrderFront();
+  EXPECT_TRUE(waitFor([] { return isRedExactlyAt({100, 1024 - 120 - 200, 400, 200}); }));
+  const Rect asked = {{80, 90}, {300, 150}};
+  window->setFrame(window->frameRectForContentRect(asked));
+  EXPECT_TRUE(waitFor([] { return isRedExactlyAt({160, 1024 - 180 - 300, 600, 300}); }));
+  EXPECT_EQ(content(), asked);
+  EXPECT_EQ(window->screen()->visibleFrame(), (Rect{{0, 0}, {640, 512}}));
+}
+
+TEST_F(WindowTest, onAFineScreenContentLiesExactlyWhereAskedWithClientDecorations) {
+  makeWindow({200, 150});
+  page.load(kRedPage);
+  const Rect asked = {{80, 90}, {300, 150}};
+  window->setFrame(window->frameRectForContentRect(asked));
+  window->makeKeyAndOrderFront();
+  EXPECT_TRUE(waitFor([] { return isRedExactlyAt({160, 1024 - 180 - 300, 600, 300}); }));
+  EXPECT_EQ(content(), asked);
 }
 
 TEST_F(WindowTest, frameSetBeforeTheFirstShowHolds) {
@@ -144,6 +233,14 @@ TEST_F(WindowTest, fractionsAreKept) {
   EXPECT_TRUE(waitFor([&] { return page.interface->view->frame().size == asked.size; }));
   serveLoop();
   EXPECT_EQ(content(), asked);
+}
+
+TEST_F(WindowTest, neitherGrowsNorWanders) { expectSamePlaceEachTime({200, 694, 240, 180}, 10); }
+TEST_F(WindowTest, neitherGrowsNorWandersWithClientDecorations) {
+  expectSamePlaceEachTime({200, 694, 240, 180}, 10);
+}
+TEST_F(WindowTest, onAFineScreenItNeitherGrowsNorWanders) {
+  expectSamePlaceEachTime({400, 364, 480, 360}, 4);
 }
 
 TEST_F(WindowTest, closingByTheUserIsToldOnceAndTheWindowCanBeShownAgain) {

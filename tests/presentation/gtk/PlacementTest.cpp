@@ -192,6 +192,18 @@ TEST_F(PlacementTest, thePopupsContentIsInTheMiddleOfTheWorkArea) {
   EXPECT_GT(window.frame().size.height, 300) << "the title bar sits above";
 }
 
+TEST_F(PlacementTest, thePopupsContentIsInTheMiddleWithClientDecorations) {
+  const auto presenter = present(nullptr, redRecord({.embed = 0, .width = 400, .height = 300}));
+  expectRed({(1280 - 400) / 2, (1024 - 300) / 2, 400, 300}, "content");
+  const Window& window = *presenter->popupAdWindow();
+  EXPECT_EQ(window.contentRectForFrameRect(window.frame()), (Rect{{440, 362}, {400, 300}}));
+}
+
+TEST_F(PlacementTest, onAFineScreenThePopupsContentIsInTheMiddle) {
+  present(nullptr, redRecord({.embed = 0, .width = 200, .height = 150}));
+  expectRed({(1280 - 400) / 2, (1024 - 300) / 2, 400, 300}, "content");
+}
+
 TEST_F(PlacementTest, panelsOfTheDesktopTakeTheirPartOfTheWorkArea) {
   constexpr int kPanelHeight = 40;
   GtkWidget* panel = gtk_window_new(GTK_WINDOW_TOPLEVEL);

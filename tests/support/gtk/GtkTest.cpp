@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <cstdlib>
 
+#include "support/gtk/CompositedDisplay.h"
+
 namespace qorix::test {
 
 namespace {
@@ -21,6 +23,10 @@ GLogWriterOutput failOnWarnings(GLogLevelFlags level, const GLogField* fields, g
   return G_LOG_WRITER_HANDLED;
 }
 
+bool isInTestName(const char* part) {
+  return testing::GTEST_FLAG(filter).find(part) != std::string::npos;
+}
+
 gboolean paint(GtkWidget* /*area*/, cairo_t* cairo, gpointer color) {
   const auto* pixel = static_cast<const Pixel*>(color);
   cairo_set_source_rgb(cairo, pixel->red / 255.0, pixel->green / 255.0, pixel->blue / 255.0);
@@ -31,11 +37,21 @@ gboolean paint(GtkWidget* /*area*/, cairo_t* cairo, gpointer color) {
 }  // namespace
 
 std::unique_ptr<VirtualDisplay> startDesktop() {
-  const bool twoMonitors = testing::GTEST_FLAG(filter).find(".onTwoMonitors") != std::string::npos;
-  auto display = twoMonitors ? VirtualDisplay::start({.width = 1600, .height = 900, .monitors = 2})
-                             : VirtualDisplay::start();
-  if (display != nullptr) {
-    display->useInThisProcess();
+  auto display = isInTestName(".onTwoMonitors")
+                     ? VirtualDisplay::start({.width = 1600, .height = 900, .monitors = 2})
+                     : VirtualDisplay::start();
+  if (display == nullptr) {
+    return nullptr;
+  }
+  display->useInThisProcess();
+  if (isInTestName(".onAFineScreen")) {
+    setenv("GDK_SCALE", "2", 1);
+  }
+  if (isInTestName("WithClientDecorations")) {
+    // Never destroyed: the display ends first.
+    static auto& composited = *new CompositedDisplay(display->name().c_str());
+    static_cast<void>(composited);
+    setenv("GTK_CSD", "1", 1);
   }
   return display;
 }

@@ -40,9 +40,9 @@ inline constexpr Pixel kYellow = {255, 255, 0};
 inline constexpr double kPatience =
     40;  // seconds; sanitized and beside others, a page takes its time
 
-/// Starts the display that the tests of this process use. Two monitors side by side, each of
-/// 800 x 900, when the only test to run asks for them by its name, which begins with
-/// "onTwoMonitors".
+/// Starts the display that the tests of this process use. The only test to run can ask for another
+/// one by its name. "onTwoMonitors…" has two side by side, each of 800 x 900; "onAFineScreen…" has
+/// two pixels for each point; for "…WithClientDecorations" GTK draws the decorations.
 std::unique_ptr<VirtualDisplay> startDesktop();
 
 /// What the display shows now.

@@ -1,32 +1,49 @@
 #pragma once
 
+#include <gtest/gtest.h>
 #include <signal.h>
 #include <unistd.h>
 
-#include <cstdlib>
+#include <fstream>
 #include <string>
-
-#include "support/gtk/GtkTest.h"
 
 namespace qorix::test {
 
 /// Stops the window manager of this test's display for as long as it lives.
 class StoppedWindowManager {
  public:
-  StoppedWindowManager()
-      : process_(
-            std::atoi(run({"pgrep", "-P", std::to_string(getpid()), "-x", "openbox"}).c_str())) {
+  StoppedWindowManager() {
     EXPECT_GT(process_, 0);
-    kill(process_, SIGSTOP);
+    send(SIGSTOP);
   }
   ~StoppedWindowManager() { goOn(); }
   StoppedWindowManager(const StoppedWindowManager&) = delete;
   StoppedWindowManager& operator=(const StoppedWindowManager&) = delete;
 
-  void goOn() const { kill(process_, SIGCONT); }
+  void goOn() const { send(SIGCONT); }
 
  private:
-  const pid_t process_;
+  void send(int signal) const {
+    if (process_ > 0) {
+      kill(process_, signal);
+    }
+  }
+
+  static pid_t find() {
+    const std::string self = std::to_string(getpid());
+    std::ifstream children("/proc/self/task/" + self + "/children");
+    pid_t child = 0;
+    while (children >> child) {
+      std::string name;
+      std::ifstream("/proc/" + std::to_string(child) + "/comm") >> name;
+      if (name == "openbox") {
+        return child;
+      }
+    }
+    return 0;
+  }
+
+  const pid_t process_ = find();
 };
 
 }  // namespace qorix::test
