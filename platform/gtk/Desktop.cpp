@@ -4,7 +4,10 @@
 #include <gdk/gdkx.h>
 
 #include <cstdint>
+#include <string>
 #include <vector>
+
+#include <qorix/platform/Log.h>
 
 #include "platform/gtk/Coordinates.h"
 
@@ -18,7 +21,7 @@ constexpr const char* kDecorationsRequest = "_NET_REQUEST_FRAME_EXTENTS";
 std::vector<GdkRectangle> monitorGeometries() {
   GdkDisplay* display = gdk_display_get_default();
   std::vector<GdkRectangle> geometries;
-  for (int i = 0; i < gdk_display_get_n_monitors(display); ++i) {
+  for (int i = 0; display != nullptr && i < gdk_display_get_n_monitors(display); ++i) {
     GdkRectangle geometry;
     gdk_monitor_get_geometry(gdk_display_get_monitor(display, i), &geometry);
     geometries.push_back(geometry);
@@ -42,6 +45,14 @@ class MonitorScreen : public Screen {
 
 }  // namespace
 
+bool hasDisplay(const char* what) {
+  const bool isThere = gdk_display_get_default() != nullptr;
+  if (!isThere) {
+    logLine(std::string("ZAM There is no display: no ") + what + " can be made");
+  }
+  return isThere;
+}
+
 // Not the root window's height: there is no such window on Wayland.
 int desktopHeight() { return lowestEdge(monitorGeometries()); }
 
@@ -55,6 +66,9 @@ std::shared_ptr<Screen> screenOfFrame(const Rect& frame) {
 
 std::shared_ptr<Screen> primaryScreen() {
   GdkDisplay* display = gdk_display_get_default();
+  if (display == nullptr) {
+    return nullptr;
+  }
   GdkMonitor* monitor = gdk_display_get_primary_monitor(display);
   if (monitor == nullptr) {
     monitor = gdk_display_get_monitor(display, 0);

@@ -20,14 +20,19 @@ struct Decorations {
   bool operator==(const Decorations&) const = default;
 };
 
-/// The height of the whole desktop, all monitors together.
+/// Whether there is a connection to a display; without one GTK can make nothing. If there is none,
+/// one line is logged: `what` cannot be made.
+bool hasDisplay(const char* what);
+
+/// The height of the whole desktop, all monitors together; 0 without a display.
 int desktopHeight();
 
 /// The monitor with the largest part of `frame` (in screen coordinates); null if no part is on any.
 /// A frame without extent counts as one point large.
 std::shared_ptr<Screen> screenOfFrame(const Rect& frame);
 
-/// The monitor on which windows appear that nobody has placed; null if there is no monitor.
+/// The monitor on which windows appear that nobody has placed; null if there is no monitor
+/// or no display.
 std::shared_ptr<Screen> primaryScreen();
 
 /// What the window manager says it has put, or will put, around `window`; absent if it does not

@@ -75,6 +75,9 @@ void install(const InstallOptions& options) {
   services.defaultAdFileUrl = options.defaultAdFileUrl;
   services.defaultCloudContainerIdentifier = options.defaultCloudContainerIdentifier;
   installPlatform(std::move(services));
+  if (gdk_display_get_default() == nullptr) {
+    logLine("ZAM QORIX is installed without a display: nothing can be shown");
+  }
 }
 
 std::shared_ptr<View> viewForOverlay(GtkOverlay* overlay) {

@@ -314,6 +314,9 @@ int ToplevelWindow::onPropertyNotify(GtkWidget* /*widget*/, GdkEventProperty* ev
 
 std::shared_ptr<Window> ToplevelWindowFactory::createWindowWithContentView(
     const std::shared_ptr<View>& contentView) {
+  if (!hasDisplay("window")) {
+    return nullptr;
+  }
   const auto* native = dynamic_cast<const NativeView*>(contentView.get());
   if (native == nullptr || native->widget() == nullptr ||
       gtk_widget_get_parent(native->widget()) != nullptr) {
@@ -323,6 +326,9 @@ std::shared_ptr<Window> ToplevelWindowFactory::createWindowWithContentView(
 }
 
 std::shared_ptr<Window> ToplevelWindowFactory::createBorderlessWindow(const Rect& contentRect) {
+  if (!hasDisplay("window")) {
+    return nullptr;
+  }
   const auto content =
       makeNativeView<WidgetView<View>>(gtk_overlay_new(), Ownership::viewOwnsWidget);
   content->setFrame({{}, contentRect.size});
