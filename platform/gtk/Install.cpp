@@ -6,6 +6,7 @@
 #include <qorix/platform/Platform.h>
 
 #include "platform/gtk/DesktopWorkspace.h"
+#include "platform/gtk/HostWindows.h"
 #include "platform/gtk/MainContextRunLoop.h"
 #include "platform/gtk/ResourceInterfaceLoader.h"
 #include "platform/gtk/ToplevelWindow.h"
@@ -84,6 +85,7 @@ std::shared_ptr<View> viewForOverlay(GtkOverlay* overlay) {
   if (overlay == nullptr || gtk_widget_in_destruction(GTK_WIDGET(overlay))) {
     return nullptr;
   }
+  noteHostWidget(GTK_WIDGET(overlay));
   if (const auto* existing = NativeView::of(GTK_WIDGET(overlay))) {
     return existing->self();
   }

@@ -92,6 +92,7 @@ void ToplevelWindow::nativeWillBeDestroyed() {
 void ToplevelWindow::letGoOfNative() {
   GtkWindow* window = std::exchange(window_, nullptr);
   client_.reset();
+  stacked_.release();
   forgetOwnerOf(window);
   g_signal_handlers_disconnect_by_data(window, this);
   GtkWidget* content = gtk_bin_get_child(GTK_BIN(window));
@@ -175,6 +176,9 @@ void ToplevelWindow::makeKeyAndOrderFront() {
     gtk_window_unmaximize(window_);
     placeContent(contentRect_);  // the window manager forgot the place when the window was hidden
   }
+  if (level_ == WindowLevel::floating) {
+    stacked_.keepAbove(window_);
+  }
   gtk_window_deiconify(window_);
   gtk_window_present(window_);
 }
@@ -188,6 +192,7 @@ void ToplevelWindow::close() {
   platform().notificationCenter->post(Notification(kWindowWillCloseNotification, held));
   isVisibleWhileClosing_.reset();
   if (window_ != nullptr) {
+    stacked_.release();
     gtk_widget_hide(GTK_WIDGET(window_));
   }
 }

@@ -10,6 +10,7 @@
 #include "platform/gtk/Desktop.h"
 #include "platform/gtk/EarlyFrames.h"
 #include "platform/gtk/NoticedWindow.h"
+#include "platform/gtk/StackedWindow.h"
 
 using GtkWidget = struct _GtkWidget;
 using cairo_rectangle_int_t = struct _cairo_rectangle_int;
@@ -19,8 +20,11 @@ using GdkEventProperty = struct _GdkEventProperty;
 namespace qorix::gtk {
 
 /// A window on the desktop, around a GtkWindow. If somebody destroys that, the next showing makes
-/// another one with the same content. On Wayland, where a program cannot learn where its windows
-/// are, it counts as being where it was asked to be, as far as that is on the screen.
+/// another one with the same content.
+///
+/// On X11 the window lies where it is asked to be. On Wayland it lies where the compositor puts it:
+/// a program can neither place its windows nor learn where they are. The window then counts as
+/// being where it was asked to be, as far as that is on the screen.
 class ToplevelWindow : public Window,
                        public std::enable_shared_from_this<ToplevelWindow>,
                        private NoticedWindowOwner {
@@ -68,6 +72,7 @@ class ToplevelWindow : public Window,
   GtkWindow* window_ = nullptr;  // null after somebody has destroyed it
   std::shared_ptr<View> contentView_;
   const bool isDecorated_;
+  StackedWindow stacked_;
   WindowLevel level_ = WindowLevel::normal;
   std::string title_;
   std::optional<ClientDecorations> client_;  // at the last allocation

@@ -15,7 +15,10 @@ GLogWriterOutput failOnWarnings(GLogLevelFlags level, const GLogField* fields, g
                                 gpointer /*data*/) {
   if ((level & (G_LOG_LEVEL_ERROR | G_LOG_LEVEL_CRITICAL | G_LOG_LEVEL_WARNING)) != 0) {
     for (gsize i = 0; i < count; ++i) {
-      if (std::string(fields[i].key) == "MESSAGE") {
+      // A compositor without a keyboard makes GTK complain.
+      if (std::string(fields[i].key) == "MESSAGE" &&
+          std::string(static_cast<const char*>(fields[i].value)).find("gdk_seat_get_keyboard") ==
+              std::string::npos) {
         ADD_FAILURE() << "GLib: " << static_cast<const char*>(fields[i].value);
       }
     }

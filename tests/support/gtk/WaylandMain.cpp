@@ -1,0 +1,34 @@
+#include <gtest/gtest.h>
+#include <gtk/gtk.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <string>
+#include <string_view>
+
+#include "support/gtk/WaylandDesktop.h"
+
+// Every run starts its own compositor. The only test to run chooses it by its name: weston for
+// "…UnderWeston", else sway, with a second output of another scale for "onTwoOutputs…".
+int main(int argc, char** argv) {
+  using qorix::test::WaylandDesktop;
+  const bool onlyLists = std::any_of(argv, argv + argc, [](const char* argument) {
+    return std::string_view(argument) == "--gtest_list_tests";
+  });
+  testing::InitGoogleTest(&argc, argv);
+  if (onlyLists) {
+    return RUN_ALL_TESTS();
+  }
+  const std::string name = testing::GTEST_FLAG(filter);
+  const auto has = [&](const char* part) { return name.find(part) != std::string::npos; };
+  static const auto desktop =
+      has("UnderWeston")
+          ? WaylandDesktop::startWeston()
+          : WaylandDesktop::startSway(has(".onTwoOutputs") ? std::vector{1, 2} : std::vector{1});
+  if (desktop == nullptr) {
+    return EXIT_FAILURE;
+  }
+  desktop->useInThisProcess();
+  gtk_init(&argc, &argv);
+  return RUN_ALL_TESTS();
+}
