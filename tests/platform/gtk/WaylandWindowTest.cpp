@@ -146,6 +146,20 @@ TEST_F(WaylandWindowTest, getsAnotherParentWhenItsOwnGoes) {
   EXPECT_TRUE(window->isVisible());
 }
 
+TEST_F(WaylandWindowTest, tellsTheCompositorOfAParentThatIsShownAgainUnderWeston) {
+  HostWindow host(600, 400);
+  showHost(host);
+  makeWindow();
+  show();
+  serveLoop();
+  testing::internal::CaptureStderr();
+  gtk_widget_hide(GTK_WIDGET(host.window()));
+  gtk_widget_show(GTK_WIDGET(host.window()));
+  gdk_display_flush(gdk_display_get_default());
+  EXPECT_NE(testing::internal::GetCapturedStderr().find("set_parent(xdg_toplevel@"),
+            std::string::npos);
+}
+
 TEST_F(WaylandWindowTest, isShownAndClosedWithoutAHostWindow) {
   makeWindow();
   for (int round = 0; round < 2; ++round) {

@@ -9,7 +9,8 @@
 #include "support/gtk/WaylandDesktop.h"
 
 // Every run starts its own compositor. The only test to run chooses it by its name: weston for
-// "…UnderWeston", else sway, with a second output of another scale for "onTwoOutputs…".
+// "…UnderWeston", else sway, with a second output of another scale for "onTwoOutputs…". What
+// "tellsTheCompositor…" sends is written to standard error.
 int main(int argc, char** argv) {
   using qorix::test::WaylandDesktop;
   const bool onlyLists = std::any_of(argv, argv + argc, [](const char* argument) {
@@ -29,6 +30,9 @@ int main(int argc, char** argv) {
     return EXIT_FAILURE;
   }
   desktop->useInThisProcess();
+  if (has(".tellsTheCompositor")) {
+    setenv("WAYLAND_DEBUG", "client", 1);
+  }
   gtk_init(&argc, &argv);
   return RUN_ALL_TESTS();
 }
