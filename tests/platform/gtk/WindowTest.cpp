@@ -48,12 +48,15 @@ class WindowTest : public GtkTest {
     constexpr Rect kAsked = {{200, 150}, {240, 180}};
     makeWindow(kAsked.size);
     page.load(kRedPage);
+    const auto isSeen = [&place] {
+      return colorAt(place.x + place.width / 2, place.y + place.height / 2) == kRed;
+    };
     GdkRectangle first{};
     for (int round = 0; round < rounds; ++round) {
       window->makeKeyAndOrderFront();
       window->setFrame(window->frameRectForContentRect(kAsked));
-      ASSERT_TRUE(waitFor([this] { return gtk_window_is_active(native()) != FALSE; }));
-      if (round < 4 || round == rounds - 1) {  // a look at the screen takes its time
+      ASSERT_TRUE(waitFor(isSeen)) << "round " << round;
+      if (round < 4 || round == rounds - 1) {  // a look at all of the screen takes its time
         ASSERT_TRUE(waitFor([&] { return isRedExactlyAt(place); }))
             << "round " << round << ": " << redArea().x << " " << redArea().y << " "
             << redArea().width << " " << redArea().height;
@@ -73,7 +76,7 @@ class WindowTest : public GtkTest {
         ASSERT_TRUE(waitFor([] { return redArea().width > 1200; }));
       }
       closeByUser();
-      ASSERT_TRUE(waitFor([this] { return !window->isVisible(); }));
+      ASSERT_TRUE(waitFor([&] { return !window->isVisible() && !isSeen(); }));
     }
   }
 
