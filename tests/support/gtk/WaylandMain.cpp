@@ -6,13 +6,13 @@
 #include <string>
 #include <string_view>
 
-#include "support/gtk/WaylandDesktop.h"
+#include "support/gtk/Compositor.h"
 
 // Every run starts its own compositor. The only test to run chooses it by its name: weston for
 // "…UnderWeston", else sway, with a second output of another scale for "onTwoOutputs…". What
 // "tellsTheCompositor…" sends is written to standard error.
 int main(int argc, char** argv) {
-  using qorix::test::WaylandDesktop;
+  using qorix::test::Compositor;
   const bool onlyLists = std::any_of(argv, argv + argc, [](const char* argument) {
     return std::string_view(argument) == "--gtest_list_tests";
   });
@@ -24,8 +24,8 @@ int main(int argc, char** argv) {
   const auto has = [&](const char* part) { return name.find(part) != std::string::npos; };
   static const auto desktop =
       has("UnderWeston")
-          ? WaylandDesktop::startWeston()
-          : WaylandDesktop::startSway(has(".onTwoOutputs") ? std::vector{1, 2} : std::vector{1});
+          ? Compositor::startWeston()
+          : Compositor::startSway(has(".onTwoOutputs") ? std::vector{1, 2} : std::vector{1});
   if (desktop == nullptr) {
     return EXIT_FAILURE;
   }

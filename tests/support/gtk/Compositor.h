@@ -10,22 +10,22 @@ namespace qorix::test {
 
 /// A Wayland compositor without hardware, and private folders for what runs on it. It ends with the
 /// object, and at the latest with the thread that started it.
-class WaylandDesktop {
+class Compositor {
  public:
   /// sway draws the decorations of windows; it has outputs of 1280 x 1024 pixels, one for each of
   /// `scales`. Null, after a line on standard error, if it cannot be started.
-  static std::unique_ptr<WaylandDesktop> startSway(const std::vector<int>& scales);
+  static std::unique_ptr<Compositor> startSway(const std::vector<int>& scales);
   /// weston leaves decorations to the programs, and has no keyboard or pointer.
-  static std::unique_ptr<WaylandDesktop> startWeston();
-  ~WaylandDesktop();
-  WaylandDesktop(const WaylandDesktop&) = delete;
-  WaylandDesktop& operator=(const WaylandDesktop&) = delete;
+  static std::unique_ptr<Compositor> startWeston();
+  ~Compositor();
+  Compositor(const Compositor&) = delete;
+  Compositor& operator=(const Compositor&) = delete;
 
   /// Makes this process, and those that it starts from now on, use the compositor.
   void useInThisProcess() const;
 
  private:
-  WaylandDesktop();
+  Compositor();
   bool start(const std::vector<std::string>& command, const std::string& socket);
 
   struct Parts;

@@ -1,4 +1,4 @@
-#include "support/gtk/WaylandDesktop.h"
+#include "support/gtk/Compositor.h"
 
 #include <gio/gio.h>
 #include <pwd.h>
@@ -31,16 +31,16 @@ std::vector<std::string> asAnotherUser(std::vector<std::string> command) {
 
 }  // namespace
 
-struct WaylandDesktop::Parts {
+struct Compositor::Parts {
   TemporaryFolder folder;
   std::string socket;
   GSubprocess* process = nullptr;
 };
 
-WaylandDesktop::WaylandDesktop() : parts_(std::make_unique<Parts>()) {}
+Compositor::Compositor() : parts_(std::make_unique<Parts>()) {}
 
-std::unique_ptr<WaylandDesktop> WaylandDesktop::startSway(const std::vector<int>& scales) {
-  std::unique_ptr<WaylandDesktop> desktop(new WaylandDesktop);
+std::unique_ptr<Compositor> Compositor::startSway(const std::vector<int>& scales) {
+  std::unique_ptr<Compositor> desktop(new Compositor);
   const TemporaryFolder& folder = desktop->parts_->folder;
   std::ofstream config(folder / "config");
   for (std::size_t i = 0; i < scales.size(); ++i) {
@@ -63,8 +63,8 @@ std::unique_ptr<WaylandDesktop> WaylandDesktop::startSway(const std::vector<int>
   return isUp ? std::move(desktop) : nullptr;
 }
 
-std::unique_ptr<WaylandDesktop> WaylandDesktop::startWeston() {
-  std::unique_ptr<WaylandDesktop> desktop(new WaylandDesktop);
+std::unique_ptr<Compositor> Compositor::startWeston() {
+  std::unique_ptr<Compositor> desktop(new Compositor);
   return desktop->start({"weston", "--backend=headless-backend.so", "--use-pixman", "--no-config",
                          "--width=1280", "--height=1024", "--socket=weston"},
                         "weston")
@@ -72,7 +72,7 @@ std::unique_ptr<WaylandDesktop> WaylandDesktop::startWeston() {
              : nullptr;
 }
 
-WaylandDesktop::~WaylandDesktop() {
+Compositor::~Compositor() {
   if (parts_->process != nullptr) {
     g_subprocess_send_signal(parts_->process, SIGTERM);
     g_subprocess_wait(parts_->process, nullptr, nullptr);
@@ -80,7 +80,7 @@ WaylandDesktop::~WaylandDesktop() {
   }
 }
 
-bool WaylandDesktop::start(const std::vector<std::string>& command, const std::string& socket) {
+bool Compositor::start(const std::vector<std::string>& command, const std::string& socket) {
   std::vector<const char*> arguments;
   for (const auto& each : command) {
     arguments.push_back(each.c_str());
@@ -109,7 +109,7 @@ bool WaylandDesktop::start(const std::vector<std::string>& command, const std::s
   return waitUntil([this] { return std::filesystem::exists(parts_->socket); }, kStartLimit);
 }
 
-void WaylandDesktop::useInThisProcess() const {
+void Compositor::useInThisProcess() const {
   const char* folder = parts_->folder.path().c_str();
   for (const char* name : {"XDG_RUNTIME_DIR", "HOME", "XDG_CONFIG_HOME", "XDG_DATA_HOME",
                            "XDG_CACHE_HOME", "XDG_STATE_HOME"}) {
