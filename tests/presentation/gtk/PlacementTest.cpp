@@ -57,8 +57,7 @@ class PlacementTest : public GtkTest {
   static void expectRed(const GdkRectangle& expected, const std::string& what) {
     GdkRectangle seen{};
     EXPECT_TRUE(waitFor([&] {
-      const PixelBox box = screenPicture().boxOf(kRed);
-      seen = {box.x, box.y, box.width, box.height};
+      seen = placeOf(kRed);
       return gdk_rectangle_equal(&seen, &expected) != FALSE;
     })) << what
         << ": expected " << describe(expected) << ", seen " << describe(seen);
