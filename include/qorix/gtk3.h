@@ -61,7 +61,8 @@ inline std::shared_ptr<MyPushAdManager> start(const InstallOptions& options);
 
 /// Puts the services of a GTK desktop in force for the whole process. Call it once, on the main
 /// thread, after gtk_init and before anything else of the library. Never undone: a second call is
-/// refused with one log line, since what waits for the first one's services would be lost.
+/// refused with one log line, since what waits for the first one's services would be lost. Without
+/// a display, one line is logged; requests then log one more each and show nothing.
 QORIX_EXPORT void install(const InstallOptions& options);
 
 /// The View of `overlay`, in which an advertisement may appear above the main child; the same one

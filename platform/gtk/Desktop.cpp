@@ -2,10 +2,12 @@
 
 #include <gdk/gdk.h>
 #include <gdk/gdkx.h>
-#include <poll.h>
 
 #include <cstdint>
+#include <string>
 #include <vector>
+
+#include <qorix/platform/Log.h>
 
 #include "platform/gtk/Coordinates.h"
 
@@ -13,13 +15,13 @@ namespace qorix::gtk {
 
 namespace {
 
-constexpr std::int64_t kAnswerTimeLimit = 200'000;  // microseconds
-constexpr int kPollMilliseconds = 5;
+constexpr const char* kDecorationsProperty = "_NET_FRAME_EXTENTS";
+constexpr const char* kDecorationsRequest = "_NET_REQUEST_FRAME_EXTENTS";
 
 std::vector<GdkRectangle> monitorGeometries() {
   GdkDisplay* display = gdk_display_get_default();
   std::vector<GdkRectangle> geometries;
-  for (int i = 0; i < gdk_display_get_n_monitors(display); ++i) {
+  for (int i = 0; display != nullptr && i < gdk_display_get_n_monitors(display); ++i) {
     GdkRectangle geometry;
     gdk_monitor_get_geometry(gdk_display_get_monitor(display, i), &geometry);
     geometries.push_back(geometry);
@@ -43,6 +45,14 @@ class MonitorScreen : public Screen {
 
 }  // namespace
 
+bool hasDisplay(const char* what) {
+  const bool isThere = gdk_display_get_default() != nullptr;
+  if (!isThere) {
+    logLine(std::string("ZAM There is no display: no ") + what + " can be made");
+  }
+  return isThere;
+}
+
 // Not the root window's height: there is no such window on Wayland.
 int desktopHeight() { return lowestEdge(monitorGeometries()); }
 
@@ -56,6 +66,9 @@ std::shared_ptr<Screen> screenOfFrame(const Rect& frame) {
 
 std::shared_ptr<Screen> primaryScreen() {
   GdkDisplay* display = gdk_display_get_default();
+  if (display == nullptr) {
+    return nullptr;
+  }
   GdkMonitor* monitor = gdk_display_get_primary_monitor(display);
   if (monitor == nullptr) {
     monitor = gdk_display_get_monitor(display, 0);
@@ -70,7 +83,7 @@ std::optional<Decorations> decorationsOfWindow(GdkWindow* window) {
   guchar* data = nullptr;
   gint length = 0;
   const bool found =
-      gdk_property_get(window, gdk_atom_intern_static_string("_NET_FRAME_EXTENTS"),
+      gdk_property_get(window, gdk_atom_intern_static_string(kDecorationsProperty),
                        gdk_atom_intern_static_string("CARDINAL"), 0, 4 * sizeof(std::int32_t),
                        FALSE, nullptr, nullptr, &length, &data) != FALSE;
   std::optional<Decorations> decorations;
@@ -85,12 +98,11 @@ std::optional<Decorations> decorationsOfWindow(GdkWindow* window) {
   return decorations;
 }
 
-void requestDecorations(GdkWindow* window) {
+bool requestDecorations(GdkWindow* window) {
   if (!GDK_IS_X11_WINDOW(window) ||
-      !gdk_x11_screen_supports_net_wm_hint(
-          gdk_window_get_screen(window),
-          gdk_atom_intern_static_string("_NET_REQUEST_FRAME_EXTENTS"))) {
-    return;
+      !gdk_x11_screen_supports_net_wm_hint(gdk_window_get_screen(window),
+                                           gdk_atom_intern_static_string(kDecorationsRequest))) {
+    return false;
   }
   GdkDisplay* display = gdk_window_get_display(window);
   Display* xDisplay = gdk_x11_display_get_xdisplay(display);
@@ -98,16 +110,17 @@ void requestDecorations(GdkWindow* window) {
   request.xclient.type = ClientMessage;
   request.xclient.window = gdk_x11_window_get_xid(window);
   request.xclient.message_type =
-      gdk_x11_get_xatom_by_name_for_display(display, "_NET_REQUEST_FRAME_EXTENTS");
+      gdk_x11_get_xatom_by_name_for_display(display, kDecorationsRequest);
   request.xclient.format = 32;
   XSendEvent(xDisplay, gdk_x11_get_default_root_xwindow(), False,
              SubstructureRedirectMask | SubstructureNotifyMask, &request);
   XFlush(xDisplay);
-  const std::int64_t deadline = g_get_monotonic_time() + kAnswerTimeLimit;
-  while (!decorationsOfWindow(window) && g_get_monotonic_time() < deadline) {
-    pollfd connection = {ConnectionNumber(xDisplay), POLLIN, 0};
-    poll(&connection, 1, kPollMilliseconds);
-  }
+  return true;
+}
+
+bool isAboutDecorations(const GdkEventProperty& event) {
+  return event.state == GDK_PROPERTY_NEW_VALUE &&
+         event.atom == gdk_atom_intern_static_string(kDecorationsProperty);
 }
 
 }  // namespace qorix::gtk

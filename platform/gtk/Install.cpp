@@ -6,6 +6,7 @@
 #include <qorix/platform/Platform.h>
 
 #include "platform/gtk/DesktopWorkspace.h"
+#include "platform/gtk/HostWindows.h"
 #include "platform/gtk/MainContextRunLoop.h"
 #include "platform/gtk/ResourceInterfaceLoader.h"
 #include "platform/gtk/ToplevelWindow.h"
@@ -75,12 +76,16 @@ void install(const InstallOptions& options) {
   services.defaultAdFileUrl = options.defaultAdFileUrl;
   services.defaultCloudContainerIdentifier = options.defaultCloudContainerIdentifier;
   installPlatform(std::move(services));
+  if (gdk_display_get_default() == nullptr) {
+    logLine("ZAM QORIX is installed without a display: nothing can be shown");
+  }
 }
 
 std::shared_ptr<View> viewForOverlay(GtkOverlay* overlay) {
   if (overlay == nullptr || gtk_widget_in_destruction(GTK_WIDGET(overlay))) {
     return nullptr;
   }
+  noteHostWidget(GTK_WIDGET(overlay));
   if (const auto* existing = NativeView::of(GTK_WIDGET(overlay))) {
     return existing->self();
   }

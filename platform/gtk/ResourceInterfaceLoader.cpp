@@ -7,6 +7,7 @@
 #include <qorix/platform/Platform.h>
 
 #include "platform/gtk/AdWebContext.h"
+#include "platform/gtk/Desktop.h"
 #include "platform/gtk/Unref.h"
 #include "platform/gtk/WebKitView.h"
 #include "platform/gtk/WidgetView.h"
@@ -35,6 +36,9 @@ std::optional<Interface> ResourceInterfaceLoader::load(const std::string& name,
                                                        std::weak_ptr<WebViewDelegate> delegate) {
   if (bundle.executableUrl() != platform().libraryBundle->executableUrl()) {
     return fail(name, "its bundle has no interface files");
+  }
+  if (!hasDisplay("view")) {
+    return std::nullopt;
   }
   g_type_ensure(WEBKIT_TYPE_WEB_VIEW);
   g_type_ensure(WEBKIT_TYPE_SETTINGS);

@@ -21,10 +21,6 @@ Rect centeredIn(const Rect& area, const Size& size) {
           size};
 }
 
-GdkRectangle nativePlace(const Rect& contentRect) {
-  return placeable(flipped(contentRect, desktopHeight()));
-}
-
 }  // namespace
 
 ToplevelWindow::ToplevelWindow(std::shared_ptr<View> contentView, bool isDecorated)
@@ -51,12 +47,27 @@ void ToplevelWindow::makeNative() {
   takeContent();
   g_signal_connect(window_, "delete-event", G_CALLBACK((guarded<onDelete, TRUE>)), this);
   g_signal_connect(window_, "configure-event", G_CALLBACK(guarded<onConfigure>), this);
+  g_signal_connect(window_, "size-allocate", G_CALLBACK(guarded<onSizeAllocate>), this);
+  g_signal_connect(window_, "property-notify-event", G_CALLBACK(guarded<onPropertyNotify>), this);
   setTitle(title_);
   setLevel(level_);
   placeContent(contentRect_);
-  if (isDecorated_ && decorations_ == Decorations()) {
-    gtk_widget_realize(GTK_WIDGET(window_));
-    requestDecorations(gtk_widget_get_window(GTK_WIDGET(window_)));
+  if (isDecorated_) {
+    learnDecorations();
+  }
+}
+
+// The host does not wait for the window manager's answer.
+void ToplevelWindow::learnDecorations() {
+  gtk_widget_add_events(GTK_WIDGET(window_), GDK_PROPERTY_CHANGE_MASK);
+  gtk_widget_realize(GTK_WIDGET(window_));
+  if (decorations() != Decorations()) {
+    return;
+  }
+  if (!requestDecorations(gtk_widget_get_window(GTK_WIDGET(window_)))) {
+    early_.reset();
+  } else if (!early_) {
+    early_.emplace();
   }
 }
 
@@ -80,6 +91,8 @@ void ToplevelWindow::nativeWillBeDestroyed() {
 
 void ToplevelWindow::letGoOfNative() {
   GtkWindow* window = std::exchange(window_, nullptr);
+  client_.reset();
+  stacked_.release();
   forgetOwnerOf(window);
   g_signal_handlers_disconnect_by_data(window, this);
   GtkWidget* content = gtk_bin_get_child(GTK_BIN(window));
@@ -88,34 +101,63 @@ void ToplevelWindow::letGoOfNative() {
   }
 }
 
-Rect ToplevelWindow::frame() const { return frameRectForContentRect(contentRect_); }
+Rect ToplevelWindow::frame() const {
+  const Rect frame = frameAround(contentRect_);
+  if (early_) {
+    early_->noteTold(frame.size);
+  }
+  return frame;
+}
 
-void ToplevelWindow::setFrame(const Rect& frame) { placeContent(contentRectForFrameRect(frame)); }
+void ToplevelWindow::setFrame(const Rect& frame) {
+  if (early_) {
+    early_->noteSet(frame);
+  }
+  placeContent(contentWithin(frame));
+}
 
 Rect ToplevelWindow::frameRectForContentRect(const Rect& contentRect) const {
+  if (early_) {
+    early_->noteMadeFor(contentRect);
+  }
+  return frameAround(contentRect);
+}
+
+Rect ToplevelWindow::contentRectForFrameRect(const Rect& frameRect) const {
+  return contentWithin(frameRect);
+}
+
+Rect ToplevelWindow::frameAround(const Rect& contentRect) const {
   const Decorations around = decorations();
   return {{contentRect.origin.x - around.left, contentRect.origin.y - around.bottom},
           {contentRect.size.width + around.left + around.right,
            contentRect.size.height + around.top + around.bottom}};
 }
 
-Rect ToplevelWindow::contentRectForFrameRect(const Rect& frameRect) const {
+Rect ToplevelWindow::contentWithin(const Rect& frameRect) const {
   const Decorations around = decorations();
   return {{frameRect.origin.x + around.left, frameRect.origin.y + around.bottom},
           {frameRect.size.width - around.left - around.right,
            frameRect.size.height - around.top - around.bottom}};
 }
 
-std::shared_ptr<Screen> ToplevelWindow::screen() const { return screenOfFrame(frame()); }
+std::shared_ptr<Screen> ToplevelWindow::screen() const {
+  return screenOfFrame(frameAround(contentRect_));
+}
 
 void ToplevelWindow::center() {
   auto area = screen();
   if (area == nullptr) {
     area = primaryScreen();
   }
-  if (area != nullptr) {
-    setFrame(centeredIn(area->visibleFrame(), frame().size));
+  if (area == nullptr) {
+    return;
   }
+  const Rect frame = centeredIn(area->visibleFrame(), frameAround(contentRect_).size);
+  if (early_) {
+    early_->noteCentered(frame);
+  }
+  placeContent(contentWithin(frame));
 }
 
 bool ToplevelWindow::isVisible() const {
@@ -131,7 +173,11 @@ void ToplevelWindow::makeKeyAndOrderFront() {
     makeNative();
   }
   if (!isOpen()) {
+    gtk_window_unmaximize(window_);
     placeContent(contentRect_);  // the window manager forgot the place when the window was hidden
+  }
+  if (level_ == WindowLevel::floating) {
+    stacked_.keepAbove(window_);
   }
   gtk_window_deiconify(window_);
   gtk_window_present(window_);
@@ -146,6 +192,7 @@ void ToplevelWindow::close() {
   platform().notificationCenter->post(Notification(kWindowWillCloseNotification, held));
   isVisibleWhileClosing_.reset();
   if (window_ != nullptr) {
+    stacked_.release();
     gtk_widget_hide(GTK_WIDGET(window_));
   }
 }
@@ -171,14 +218,26 @@ bool ToplevelWindow::isOpen() const {
 
 Decorations ToplevelWindow::decorations() const {
   GdkWindow* native = window_ == nullptr ? nullptr : gtk_widget_get_window(GTK_WIDGET(window_));
-  if (native != nullptr && isDecorated_) {
+  if (native == nullptr || !isDecorated_ || early_) {
+    return decorations_;
+  }
+  if (client_) {
+    decorations_ = client_->seen;
+  } else if (const auto current = decorationsOfWindow(native)) {
     // While a window is shown again, a window manager may call it undecorated for a moment.
-    const auto current = decorationsOfWindow(native);
-    if (current && *current != Decorations()) {
-      decorations_ = *current;
-    }
+    decorations_ = *current == Decorations() ? decorations_ : *current;
   }
   return decorations_;
+}
+
+// The place of the native window, but the size of its content: GTK itself counts in this way.
+GdkRectangle ToplevelWindow::nativePlace(const Rect& contentRect) const {
+  GdkRectangle place = placeable(flipped(contentRect, desktopHeight()));
+  if (client_) {
+    place.x -= client_->left;
+    place.y -= client_->top;
+  }
+  return place;
 }
 
 void ToplevelWindow::placeContent(const Rect& contentRect) {
@@ -191,36 +250,78 @@ void ToplevelWindow::placeContent(const Rect& contentRect) {
   }
 }
 
+// Not if it is maximised: it lies where the desktop has put it.
+bool ToplevelWindow::isWhereAsked() const {
+  return contentRect_ == askedRect_ && gtk_window_is_maximized(window_) == FALSE;
+}
+
+// The user and the window manager move the window as well.
+void ToplevelWindow::noteWhereItIs() {
+  const GdkRectangle asked = nativePlace(askedRect_);
+  GdkRectangle place = asked;
+  GdkWindow* native = gtk_widget_get_window(GTK_WIDGET(window_));
+  const bool isPlaceKnown = GDK_IS_X11_WINDOW(native);
+  if (isPlaceKnown) {
+    gdk_window_get_origin(native, &place.x, &place.y);
+  }
+  gtk_window_get_size(window_, &place.width, &place.height);
+  if (gdk_rectangle_equal(&place, &asked) != FALSE) {
+    contentRect_ = askedRect_;
+    return;
+  }
+  if (client_) {
+    place.x += client_->left;
+    place.y += client_->top;
+  }
+  contentRect_ = flipped(place, desktopHeight());
+  const auto screen = isPlaceKnown ? nullptr : primaryScreen();
+  if (screen != nullptr) {
+    contentRect_ = movedInto(contentRect_, screen->visibleFrame());
+  }
+}
+
 int ToplevelWindow::onDelete(GtkWidget* /*widget*/, GdkEvent* /*event*/, void* self) {
   static_cast<ToplevelWindow*>(self)->close();
   return TRUE;
 }
 
-// The user and the window manager move the window as well.
-int ToplevelWindow::onConfigure(GtkWidget* widget, GdkEvent* /*event*/, void* self) {
+int ToplevelWindow::onConfigure(GtkWidget* /*widget*/, GdkEvent* /*event*/, void* self) {
+  static_cast<ToplevelWindow*>(self)->noteWhereItIs();
+  return FALSE;
+}
+
+// What GTK draws around the content changes with the state of the window, after its size.
+void ToplevelWindow::onSizeAllocate(GtkWidget* widget, GdkRectangle* /*allocation*/, void* self) {
   auto* window = static_cast<ToplevelWindow*>(self);
-  const GdkRectangle asked = nativePlace(window->askedRect_);
-  GdkRectangle place = asked;
-  GdkWindow* native = gtk_widget_get_window(widget);
-  const bool isPlaceKnown = GDK_IS_X11_WINDOW(native);
-  if (isPlaceKnown) {
-    gdk_window_get_origin(native, &place.x, &place.y);
+  const auto client = clientDecorationsOf(window->window_);
+  if (client == window->client_) {
+    return;
   }
-  gtk_window_get_size(GTK_WINDOW(widget), &place.width, &place.height);
-  if (gdk_rectangle_equal(&place, &asked) != FALSE) {
-    window->contentRect_ = window->askedRect_;
-    return FALSE;
+  const bool isWhereAsked = window->isWhereAsked();
+  window->client_ = client;
+  if (isWhereAsked) {
+    window->placeContent(window->askedRect_);
+  } else if (gtk_widget_get_mapped(widget) != FALSE) {
+    window->noteWhereItIs();
   }
-  window->contentRect_ = flipped(place, desktopHeight());
-  const auto screen = isPlaceKnown ? nullptr : primaryScreen();
-  if (screen != nullptr) {
-    window->contentRect_ = movedInto(window->contentRect_, screen->visibleFrame());
+}
+
+int ToplevelWindow::onPropertyNotify(GtkWidget* /*widget*/, GdkEventProperty* event, void* self) {
+  auto* window = static_cast<ToplevelWindow*>(self);
+  if (window->early_ && isAboutDecorations(*event)) {
+    const EarlyFrames early = *std::exchange(window->early_, std::nullopt);
+    if (const auto content = early.contentWithin(window->decorations())) {
+      window->placeContent(*content);
+    }
   }
   return FALSE;
 }
 
 std::shared_ptr<Window> ToplevelWindowFactory::createWindowWithContentView(
     const std::shared_ptr<View>& contentView) {
+  if (!hasDisplay("window")) {
+    return nullptr;
+  }
   const auto* native = dynamic_cast<const NativeView*>(contentView.get());
   if (native == nullptr || native->widget() == nullptr ||
       gtk_widget_get_parent(native->widget()) != nullptr) {
@@ -230,6 +331,9 @@ std::shared_ptr<Window> ToplevelWindowFactory::createWindowWithContentView(
 }
 
 std::shared_ptr<Window> ToplevelWindowFactory::createBorderlessWindow(const Rect& contentRect) {
+  if (!hasDisplay("window")) {
+    return nullptr;
+  }
   const auto content =
       makeNativeView<WidgetView<View>>(gtk_overlay_new(), Ownership::viewOwnsWidget);
   content->setFrame({{}, contentRect.size});

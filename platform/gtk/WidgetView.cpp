@@ -5,6 +5,7 @@
 #include <qorix/platform/Platform.h>
 
 #include "platform/Guarded.h"
+#include "platform/gtk/ClientDecorations.h"
 #include "platform/gtk/Coordinates.h"
 
 namespace qorix::gtk {
@@ -29,7 +30,8 @@ Rect allocatedFrame(GtkWidget* widget) {
     return {};
   }
   GtkWidget* parent = gtk_widget_get_parent(widget);
-  if (parent == nullptr) {
+  if (parent == nullptr ||
+      (GTK_IS_WINDOW(parent) && clientDecorationsOf(GTK_WINDOW(parent)))) {  // it is all content
     return {{}, {static_cast<double>(allocation.width), static_cast<double>(allocation.height)}};
   }
   GtkAllocation parentAllocation;

@@ -61,6 +61,8 @@ TEST_P(WindowContractTest, frameIsWhatWasSet) {
 
 TEST_P(WindowContractTest, frameHasATitleBarAboveTheContent) {
   const Rect content = {{100, 200}, {400, 300}};
+  ASSERT_TRUE(waitFor([&] { return window->frameRectForContentRect(content) != content; }))
+      << "the desktop may take a moment to name it";
   const Rect frame = window->frameRectForContentRect(content);
   EXPECT_GT(frame.origin.y + frame.size.height, content.origin.y + content.size.height);
   EXPECT_LE(frame.origin.x, content.origin.x);

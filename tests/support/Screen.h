@@ -32,11 +32,11 @@ class BareScreen {
 int screenWidth();
 int screenHeight();
 
-/// Waits until the pixels of `color` on the screen span that width and height. Returns what they
-/// span at the end.
+/// Waits until the pixels of `color` on the screen span that width and height, in points. Returns
+/// what they span at the end, in points.
 PixelBox waitForColor(const Pixel& color, int width, int height);
 
-/// Moves the pointer to that pixel and clicks with the first button, as a user does.
+/// Moves the pointer to that point and clicks with the first button, as a user does.
 void clickAt(int x, int y);
 
 }  // namespace qorix::test

@@ -1,5 +1,6 @@
 #include "platform/gtk/WidgetView.h"
 #include "support/gtk/GtkTest.h"
+#include "support/gtk/StoppedWindowManager.h"
 
 namespace qorix::test {
 
@@ -23,6 +24,11 @@ class WindowTest : public GtkTest {
     window->setTitle("Pop-up");
   }
 
+  /// Waits for the window manager's word.
+  bool waitForDecorations() const {
+    return waitFor([this] { return window->frame().size != content().size; });
+  }
+
   Rect content() const { return window->contentRectForFrameRect(window->frame()); }
 
   // The rectangle of the screen that is red, y downwards.
@@ -34,6 +40,53 @@ class WindowTest : public GtkTest {
   static bool isRedExactlyAt(const GdkRectangle& expected) {
     const GdkRectangle area = redArea();
     return gdk_rectangle_equal(&area, &expected) != FALSE;
+  }
+
+  /// Shows the window `rounds` times, as a presenter does. Its user closes it each time, and
+  /// resizes or maximises it before now and then.
+  void expectSamePlaceEachTime(const GdkRectangle& place, int rounds) {
+    constexpr Rect kAsked = {{200, 150}, {240, 180}};
+    makeWindow(kAsked.size);
+    page.load(kRedPage);
+    const auto isSeen = [&place] {
+      return colorAt(place.x + place.width / 2, place.y + place.height / 2) == kRed;
+    };
+    GdkRectangle first{};
+    for (int round = 0; round < rounds; ++round) {
+      window->makeKeyAndOrderFront();
+      window->setFrame(window->frameRectForContentRect(kAsked));
+      ASSERT_TRUE(waitFor(isSeen)) << "round " << round;
+      if (round < 4 || round == rounds - 1) {  // a look at all of the screen takes its time
+        ASSERT_TRUE(waitFor([&] { return isRedExactlyAt(place); }))
+            << "round " << round << ": " << redArea().x << " " << redArea().y << " "
+            << redArea().width << " " << redArea().height;
+      }
+      first = round == 0 ? nativeArea() : first;
+      EXPECT_TRUE(waitFor([&] {
+        const GdkRectangle area = nativeArea();
+        return gdk_rectangle_equal(&area, &first) != FALSE;
+      })) << "round "
+          << round;
+      EXPECT_EQ(content(), kAsked);
+      if (round == 1) {
+        run({"wmctrl", "-r", "Pop-up", "-e", "10,100,100,900,700"});
+        ASSERT_TRUE(waitFor([] { return redArea().width > 800; }));
+      } else if (round == 2) {
+        run({"wmctrl", "-r", "Pop-up", "-b", "add,maximized_vert,maximized_horz"});
+        ASSERT_TRUE(waitFor([] { return redArea().width > 1200; }));
+      }
+      closeByUser();
+      ASSERT_TRUE(waitFor([&] { return !window->isVisible() && !isSeen(); }));
+    }
+  }
+
+  GdkRectangle nativeArea() const {
+    GdkWindow* nativeWindow = gtk_widget_get_window(GTK_WIDGET(native()));
+    GdkRectangle area{};
+    gdk_window_get_origin(nativeWindow, &area.x, &area.y);
+    area.width = gdk_window_get_width(nativeWindow);
+    area.height = gdk_window_get_height(nativeWindow);
+    return area;
   }
 
   GtkWindow* native() const {
@@ -73,6 +126,70 @@ TEST_F(WindowTest, contentLiesExactlyWhereAskedAfterTheFirstShow) {
   EXPECT_GT(window->frame().size.height, 300) << "there is a title bar";
 }
 
+TEST_F(WindowTest, contentLiesExactlyWhereAskedWithClientDecorations) {
+  makeWindow({200, 150});
+  page.load(kRedPage);
+  const Rect early = {{100, 100}, {300, 200}};
+  const Rect frame = window->frameRectForContentRect(early);
+  EXPECT_GT(frame.size.height, 210) << "the title bar is known at once";
+  EXPECT_EQ(frame.size.width, 300) << "nobody sees the border for the shadow";
+  EXPECT_EQ(frame.origin, early.origin);
+  window->setFrame(frame);
+  window->makeKeyAndOrderFront();
+  EXPECT_TRUE(waitFor([] { return isRedExactlyAt({100, 1024 - 100 - 200, 300, 200}); }));
+  EXPECT_EQ(window->frame(), frame);
+  const Rect asked = {{321, 234}, {400, 300}};
+  window->setFrame(window->frameRectForContentRect(asked));
+  EXPECT_TRUE(waitFor([] { return isRedExactlyAt({321, 1024 - 234 - 300, 400, 300}); }));
+  EXPECT_EQ(content(), asked);
+  EXPECT_EQ(page.interface->view->frame(), (Rect{{0, 0}, {400, 300}}));
+}
+
+TEST_F(WindowTest, followsItsUserWithClientDecorations) {
+  makeWindow({300, 200});
+  page.load(kRedPage);
+  window->setFrame(window->frameRectForContentRect({{100, 100}, {300, 200}}));
+  window->makeKeyAndOrderFront();
+  ASSERT_TRUE(waitFor([] { return isRedExactlyAt({100, 1024 - 100 - 200, 300, 200}); }));
+  run({"wmctrl", "-r", "Pop-up", "-e", "10,500,400,400,300"});
+  ASSERT_TRUE(waitFor([&] { return content().origin.x > 500; }));
+  EXPECT_TRUE(waitFor([&] {
+    const PixelBox seen = screenPicture().boxOf(kRed);
+    return PixelBox{500 + 26, 400 + 60, 400 - 52, 300 - 89} == seen &&
+           content() == Rect{{526, 1024.0 - 460 - 211}, {348, 211}};
+  })) << "a shadow of 26 points, 23 above, and a title bar of 37";
+  run({"wmctrl", "-r", "Pop-up", "-b", "add,maximized_vert,maximized_horz"});
+  EXPECT_TRUE(waitFor([&] {
+    return window->frame() == Rect{{0, 0}, {1280, 1024}};
+  })) << "without any shadow";
+  closeByUser();
+  ASSERT_TRUE(waitFor([&] { return !window->isVisible(); }));
+}
+
+TEST_F(WindowTest, onAFineScreenContentLiesExactlyWhereAsked) {
+  makeWindow({200, 150});
+  page.load(kRedPage);
+  ASSERT_TRUE(waitForDecorations());
+  window->setFrame(window->frameRectForContentRect({{50, 60}, {200, 100}}));
+  window->makeKeyAndOrderFront();
+  EXPECT_TRUE(waitFor([] { return isRedExactlyAt({100, 1024 - 120 - 200, 400, 200}); }));
+  const Rect asked = {{80, 90}, {300, 150}};
+  window->setFrame(window->frameRectForContentRect(asked));
+  EXPECT_TRUE(waitFor([] { return isRedExactlyAt({160, 1024 - 180 - 300, 600, 300}); }));
+  EXPECT_EQ(content(), asked);
+  EXPECT_EQ(window->screen()->visibleFrame(), (Rect{{0, 0}, {640, 512}}));
+}
+
+TEST_F(WindowTest, onAFineScreenContentLiesExactlyWhereAskedWithClientDecorations) {
+  makeWindow({200, 150});
+  page.load(kRedPage);
+  const Rect asked = {{80, 90}, {300, 150}};
+  window->setFrame(window->frameRectForContentRect(asked));
+  window->makeKeyAndOrderFront();
+  EXPECT_TRUE(waitFor([] { return isRedExactlyAt({160, 1024 - 180 - 300, 600, 300}); }));
+  EXPECT_EQ(content(), asked);
+}
+
 TEST_F(WindowTest, frameSetBeforeTheFirstShowHolds) {
   makeWindow({200, 150});
   page.load(kRedPage);
@@ -82,14 +199,52 @@ TEST_F(WindowTest, frameSetBeforeTheFirstShowHolds) {
   EXPECT_EQ(content(), (Rect{{100, 100}, {300, 200}}));
 }
 
-TEST_F(WindowTest, decorationsAreKnownBeforeTheFirstShow) {
+TEST_F(WindowTest, decorationsBecomeKnownBeforeTheFirstShow) {
   makeWindow({200, 150});
+  ASSERT_TRUE(waitForDecorations());
   const Rect before = window->frameRectForContentRect({{0, 0}, {100, 100}});
   EXPECT_GT(before.size.height, 110);
   window->makeKeyAndOrderFront();
   ASSERT_TRUE(waitFor([] { return !run({"wmctrl", "-l"}).empty(); }));
   EXPECT_EQ(window->frameRectForContentRect({{0, 0}, {100, 100}}), before);
   EXPECT_EQ(window->contentRectForFrameRect(before), (Rect{{0, 0}, {100, 100}}));
+}
+
+TEST_F(WindowTest, aFrameSetBeforeTheDecorationsAreKnownHoldsAfterwards) {
+  makeWindow({200, 150});
+  const Rect frame = {{100, 200}, {300, 250}};
+  window->setFrame(frame);
+  EXPECT_EQ(content(), frame) << "nobody has waited for the window manager";
+  ASSERT_TRUE(waitForDecorations());
+  EXPECT_EQ(window->frame(), frame);
+  window->center();
+  const Rect centered = window->frame();
+  window.reset();
+  makeWindow({200, 150});
+  window->setFrame({{5000, 5000}, {300, 250}});
+  window->center();
+  ASSERT_TRUE(waitForDecorations());
+  EXPECT_EQ(content().size, (Size{300, 250}));
+  EXPECT_EQ(window->frame().origin.x + window->frame().size.width / 2,
+            centered.origin.x + centered.size.width / 2);
+  EXPECT_EQ(window->frame().origin.y + window->frame().size.height / 2,
+            centered.origin.y + centered.size.height / 2);
+}
+
+TEST_F(WindowTest, aWindowManagerThatDoesNotAnswerHoldsNobodyUp) {
+  const StoppedWindowManager manager;
+  constexpr double kHardlyNoticed = 0.1;  // seconds
+  double fastest = kPatience;
+  for (int round = 0; round < 5; ++round) {  // the machine may be busy, too
+    const gint64 begin = g_get_monotonic_time();
+    makeWindow({200, 150});
+    window->makeKeyAndOrderFront();
+    window->setFrame(window->frameRectForContentRect({{100, 100}, {300, 200}}));
+    fastest = std::min(fastest, static_cast<double>(g_get_monotonic_time() - begin) / 1e6);
+    EXPECT_TRUE(window->isVisible());
+    window.reset();
+  }
+  EXPECT_LT(fastest, kHardlyNoticed);
 }
 
 TEST_F(WindowTest, fractionsAreKept) {
@@ -100,6 +255,14 @@ TEST_F(WindowTest, fractionsAreKept) {
   EXPECT_TRUE(waitFor([&] { return page.interface->view->frame().size == asked.size; }));
   serveLoop();
   EXPECT_EQ(content(), asked);
+}
+
+TEST_F(WindowTest, neitherGrowsNorWanders) { expectSamePlaceEachTime({200, 694, 240, 180}, 10); }
+TEST_F(WindowTest, neitherGrowsNorWandersWithClientDecorations) {
+  expectSamePlaceEachTime({200, 694, 240, 180}, 10);
+}
+TEST_F(WindowTest, onAFineScreenItNeitherGrowsNorWanders) {
+  expectSamePlaceEachTime({400, 364, 480, 360}, 4);
 }
 
 TEST_F(WindowTest, closingByTheUserIsToldOnceAndTheWindowCanBeShownAgain) {
@@ -209,6 +372,7 @@ TEST_F(WindowTest, destroyedByTheHostItIsClosedAndTheNextShowingMakesAnotherOne)
   makeWindow({300, 200});
   page.load(kRedPage);
   window->setLevel(WindowLevel::floating);
+  ASSERT_TRUE(waitForDecorations());
   for (std::size_t round = 1; round <= 2; ++round) {
     const Rect frame = window->frameRectForContentRect({{100, 100}, {300, 200}});
     window->setFrame(frame);

@@ -12,6 +12,7 @@
 #include "presentation/AdFrameLayout.h"
 #include "support/Records.h"
 #include "support/gtk/GtkTest.h"
+#include "support/gtk/StoppedWindowManager.h"
 
 namespace qorix::test {
 
@@ -56,8 +57,7 @@ class PlacementTest : public GtkTest {
   static void expectRed(const GdkRectangle& expected, const std::string& what) {
     GdkRectangle seen{};
     EXPECT_TRUE(waitFor([&] {
-      const PixelBox box = screenPicture().boxOf(kRed);
-      seen = {box.x, box.y, box.width, box.height};
+      seen = placeOf(kRed);
       return gdk_rectangle_equal(&seen, &expected) != FALSE;
     })) << what
         << ": expected " << describe(expected) << ", seen " << describe(seen);
@@ -97,6 +97,25 @@ class PlacementTest : public GtkTest {
     expectBanner(host, values, "in a larger host");
     host.resizeOverlay(80, 40);
     expectBanner(host, values, "in a host smaller than the banner");
+  }
+
+  /// What an advertisement without a size gets.
+  static void expectContentOfFrameSize(const Window& window) {
+    Size outer;
+    ASSERT_TRUE(waitFor([&] {
+      outer = window.frameRectForContentRect({{0, 0}, {480, 320}}).size;
+      return outer != Size{480, 320};
+    }));
+    PixelBox seen;
+    EXPECT_TRUE(waitFor([&] {
+      seen = screenPicture().boxOf(kRed);
+      return seen.width == outer.width && seen.height == outer.height;
+    })) << seen.width
+        << " x " << seen.height;
+    EXPECT_EQ(window.contentRectForFrameRect(window.frame()).size, outer)
+        << "the window's outer size becomes that of its content";
+    EXPECT_NEAR(seen.x, (1280 - outer.width) / 2, 1);
+    EXPECT_NEAR(seen.y, (1024 - outer.height) / 2, 1);
   }
 
   static GtkWidget* toplevelOf(const MyPushAdOperator& presenter) {
@@ -172,6 +191,18 @@ TEST_F(PlacementTest, thePopupsContentIsInTheMiddleOfTheWorkArea) {
   EXPECT_GT(window.frame().size.height, 300) << "the title bar sits above";
 }
 
+TEST_F(PlacementTest, thePopupsContentIsInTheMiddleWithClientDecorations) {
+  const auto presenter = present(nullptr, redRecord({.embed = 0, .width = 400, .height = 300}));
+  expectRed({(1280 - 400) / 2, (1024 - 300) / 2, 400, 300}, "content");
+  const Window& window = *presenter->popupAdWindow();
+  EXPECT_EQ(window.contentRectForFrameRect(window.frame()), (Rect{{440, 362}, {400, 300}}));
+}
+
+TEST_F(PlacementTest, onAFineScreenThePopupsContentIsInTheMiddle) {
+  present(nullptr, redRecord({.embed = 0, .width = 200, .height = 150}));
+  expectRed({(1280 - 400) / 2, (1024 - 300) / 2, 400, 300}, "content");
+}
+
 TEST_F(PlacementTest, panelsOfTheDesktopTakeTheirPartOfTheWorkArea) {
   constexpr int kPanelHeight = 40;
   GtkWidget* panel = gtk_window_new(GTK_WINDOW_TOPLEVEL);
@@ -223,26 +254,22 @@ TEST_F(PlacementTest, thePopupIsClosedByItsUserAndShownAgainByALaterPresenter) {
 
 TEST_F(PlacementTest, aPopupWithoutASizeCanBeSeenAndClosed) {
   const auto presenter = present(nullptr, redRecord({.embed = 0, .width = 0, .height = 300}));
-  const Window& window = *presenter->popupAdWindow();
-  const Size outer = window.frame().size;
-  EXPECT_EQ(outer, window.frameRectForContentRect({{0, 0}, {480, 320}}).size);
-  const auto width = static_cast<int>(outer.width);
-  const auto height = static_cast<int>(outer.height);
-  GdkRectangle seen{};
-  EXPECT_TRUE(waitFor([&] {
-    const PixelBox box = screenPicture().boxOf(kRed);
-    seen = {box.x, box.y, box.width, box.height};
-    return box.width == width && box.height == height;
-  })) << describe(seen);
-  EXPECT_EQ(window.contentRectForFrameRect(window.frame()).size, outer)
-      << "the window's outer size becomes that of its content";
-  EXPECT_NEAR(seen.x, (1280 - outer.width) / 2, 1);
-  EXPECT_NEAR(seen.y, (1024 - outer.height) / 2, 1);
+  expectContentOfFrameSize(*presenter->popupAdWindow());
   EXPECT_THAT(log->lines(), testing::Not(testing::Contains(testing::HasSubstr(" 264: "))));
   run({"wmctrl", "-F", "-c", "Pop-up"});
   ASSERT_TRUE(waitFor([&] { return events.size() == 2; }));
   present(nullptr, redRecord({.embed = 0, .width = 300, .height = 200}));
   expectRed({(1280 - 300) / 2, (1024 - 200) / 2, 300, 200}, "a later one");
+}
+
+TEST_F(PlacementTest, thePopupIsLaidOutAgainWhenTheWindowManagerNamesTheDecorations) {
+  const StoppedWindowManager manager;
+  const auto presenter = present(nullptr, redRecord({.embed = 0, .width = 0, .height = 300}));
+  ASSERT_TRUE(waitFor([&] { return presenter->popupAdWindow()->isVisible(); }));
+  const Window& window = *presenter->popupAdWindow();
+  EXPECT_EQ(window.frame(), (Rect{{400, 352}, {480, 320}}));
+  manager.goOn();
+  expectContentOfFrameSize(window);
 }
 
 TEST_F(PlacementTest, aPopupWhoseWindowIsDestroyedIsClosedOnceAndALaterOneIsSeen) {

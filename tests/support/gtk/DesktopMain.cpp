@@ -16,8 +16,7 @@ int main(int argc, char** argv) {
   if (onlyLists) {
     return RUN_ALL_TESTS();
   }
-  static const auto display = qorix::test::startDesktop();
-  if (display == nullptr) {
+  if (!qorix::test::startDesktop()) {
     return EXIT_FAILURE;
   }
   gtk_init(&argc, &argv);

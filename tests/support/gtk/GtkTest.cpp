@@ -3,22 +3,62 @@
 #include <gdk/gdkx.h>
 
 #include <algorithm>
+#include <array>
 #include <cstdlib>
+#include <utility>
+
+#include "support/VirtualDisplay.h"
+#include "support/gtk/CompositedDisplay.h"
 
 namespace qorix::test {
 
 namespace {
 
+class TwoMonitors : public TestDesktop {
+ public:
+  explicit TwoMonitors(std::unique_ptr<VirtualDisplay> display) : display_(std::move(display)) {}
+  void useInThisProcess() const override { display_->useInThisProcess(); }
+  std::unique_ptr<Picture> picture() const override { return takePicture(display_->name()); }
+  bool tellsPlaces() const override { return true; }
+
+ private:
+  const std::unique_ptr<VirtualDisplay> display_;
+};
+
+std::unique_ptr<TestDesktop>& theDesktop() {
+  static std::unique_ptr<TestDesktop> desktop;
+  return desktop;
+}
+
 GLogWriterOutput failOnWarnings(GLogLevelFlags level, const GLogField* fields, gsize count,
                                 gpointer /*data*/) {
   if ((level & (G_LOG_LEVEL_ERROR | G_LOG_LEVEL_CRITICAL | G_LOG_LEVEL_WARNING)) != 0) {
     for (gsize i = 0; i < count; ++i) {
-      if (std::string(fields[i].key) == "MESSAGE") {
+      // A compositor without a keyboard makes GTK complain.
+      if (std::string(fields[i].key) == "MESSAGE" &&
+          std::string(static_cast<const char*>(fields[i].value)).find("gdk_seat_get_keyboard") ==
+              std::string::npos) {
         ADD_FAILURE() << "GLib: " << static_cast<const char*>(fields[i].value);
       }
     }
   }
   return G_LOG_WRITER_HANDLED;
+}
+
+bool isInTestName(const char* part) {
+  return testing::GTEST_FLAG(filter).find(part) != std::string::npos;
+}
+
+void useOptionsOfTestName() {
+  if (isInTestName(".onAFineScreen")) {
+    setenv("GDK_SCALE", "2", 1);
+  }
+  if (isInTestName("WithClientDecorations")) {
+    // Never destroyed: the display ends first.
+    static auto& composited = *new CompositedDisplay(std::getenv("DISPLAY"));
+    static_cast<void>(composited);
+    setenv("GTK_CSD", "1", 1);
+  }
 }
 
 gboolean paint(GtkWidget* /*area*/, cairo_t* cairo, gpointer color) {
@@ -30,24 +70,50 @@ gboolean paint(GtkWidget* /*area*/, cairo_t* cairo, gpointer color) {
 
 }  // namespace
 
-std::unique_ptr<VirtualDisplay> startDesktop() {
-  const bool twoMonitors = testing::GTEST_FLAG(filter).find(".onTwoMonitors") != std::string::npos;
-  auto display = twoMonitors ? VirtualDisplay::start({.width = 1600, .height = 900, .monitors = 2})
-                             : VirtualDisplay::start();
-  if (display != nullptr) {
-    display->useInThisProcess();
+bool startDesktop() {
+  if (isInTestName(".onTwoMonitors")) {
+    auto display = VirtualDisplay::start({.width = 1600, .height = 900, .monitors = 2});
+    if (display != nullptr) {
+      theDesktop() = std::make_unique<TwoMonitors>(std::move(display));
+    }
+  } else {
+    theDesktop() = TestDesktop::start();
   }
-  return display;
+  if (theDesktop() != nullptr) {
+    theDesktop()->useInThisProcess();
+    useOptionsOfTestName();
+  }
+  return theDesktop() != nullptr;
 }
+
+const TestDesktop& desktop() { return *theDesktop(); }
 
 Picture screenPicture() {
   gdk_display_sync(gdk_display_get_default());
-  return *takePicture(std::getenv("DISPLAY"));
+  const auto picture = desktop().picture();
+  return picture == nullptr ? Picture() : *picture;
 }
 
 Pixel colorAt(int x, int y) {
-  gdk_display_sync(gdk_display_get_default());
-  return takePicture(std::getenv("DISPLAY"), PixelBox{x, y, 1, 1})->at(0, 0);
+  if (desktop().tellsPlaces()) {
+    gdk_display_sync(gdk_display_get_default());
+    return takePicture(std::getenv("DISPLAY"), PixelBox{x, y, 1, 1})->at(0, 0);
+  }
+  return screenPicture().at(x * desktop().scale(), y * desktop().scale());
+}
+
+GdkRectangle placeOf(const Pixel& color) {
+  const PixelBox box = screenPicture().boxOf(color);
+  const int scale = desktop().scale();
+  // A part of a point shows in the rectangle: it is no multiple of the scale.
+  const auto points = [scale](int pixels) {
+    return pixels % scale == 0 ? pixels / scale : -1 - pixels;
+  };
+  return {points(box.x), points(box.y), points(box.width), points(box.height)};
+}
+
+void clickOn(int x, int y, int button) {
+  EXPECT_TRUE(desktop().click(x, y, button)) << "at " << x << ", " << y;
 }
 
 bool waitFor(const std::function<bool()>& condition, double seconds) {
@@ -125,10 +191,9 @@ HostWindow::~HostWindow() { destroy(); }
 void HostWindow::show() {
   gtk_widget_show_all(GTK_WIDGET(window_));
   EXPECT_TRUE(waitFor([this] {
-    const GdkRectangle place = overlayOnScreen();
-    const bool isSeen = colorAt(place.x - 1, place.y) == kYellow;
+    const bool isSeen = isOnScreen();
     const bool isActive = gtk_window_is_active(window_) != FALSE;
-    if (isSeen && !isActive) {  // asked for before it could be had
+    if (isSeen && !isActive && desktop().tellsPlaces()) {  // asked for before it could be had
       gtk_window_present_with_time(
           window_, gdk_x11_get_server_time(gtk_widget_get_window(GTK_WIDGET(window_))));
     }
@@ -140,11 +205,26 @@ void HostWindow::resizeOverlay(int width, int height) {
   gtk_window_resize(window_, width + 80, height + 80);
   EXPECT_TRUE(waitFor([&] {
     const GdkRectangle place = overlayOnScreen();
-    return place.width == width && place.height == height;
+    return place.width == width && place.height == height && isOnScreen();
   })) << "the host's window is not resized";
 }
 
+bool HostWindow::isOnScreen() const {
+  if (desktop().tellsPlaces()) {
+    const GdkRectangle place = overlayOnScreen();
+    return colorAt(place.x - 1, place.y) == kYellow;
+  }
+  const GdkRectangle seen = placeOf(kYellow);
+  return seen.width == gtk_widget_get_allocated_width(GTK_WIDGET(overlay_)) + 2 * kMargin &&
+         seen.height == gtk_widget_get_allocated_height(GTK_WIDGET(overlay_)) + 2 * kMargin;
+}
+
 GdkRectangle HostWindow::overlayOnScreen() const {
+  if (!desktop().tellsPlaces()) {
+    const GdkRectangle seen = placeOf(kYellow);
+    return {seen.x + kMargin, seen.y + kMargin, seen.width - 2 * kMargin,
+            seen.height - 2 * kMargin};
+  }
   GtkWidget* widget = GTK_WIDGET(overlay_);
   GdkRectangle place;
   gdk_window_get_origin(gtk_widget_get_window(GTK_WIDGET(window_)), &place.x, &place.y);

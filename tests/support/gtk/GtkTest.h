@@ -16,7 +16,7 @@
 
 #include "fakes/RecordingLog.h"
 #include "support/Picture.h"
-#include "support/VirtualDisplay.h"
+#include "support/TestDesktop.h"
 
 namespace qorix {
 
@@ -40,16 +40,26 @@ inline constexpr Pixel kYellow = {255, 255, 0};
 inline constexpr double kPatience =
     40;  // seconds; sanitized and beside others, a page takes its time
 
-/// Starts the display that the tests of this process use. Two monitors side by side, each of
-/// 800 x 900, when the only test to run asks for them by its name, which begins with
-/// "onTwoMonitors".
-std::unique_ptr<VirtualDisplay> startDesktop();
+/// Starts the desktop that the tests of this process use, until the process ends. Returns false if
+/// it cannot be started. The only test to run can ask for another one by its name. "onTwoMonitors…"
+/// has two side by side, each of 800 x 900; "onAFineScreen…" has two pixels for each point; for
+/// "…WithClientDecorations" GTK draws the decorations.
+bool startDesktop();
 
-/// What the display shows now.
+/// The desktop that this process uses.
+const TestDesktop& desktop();
+
+/// What the desktop shows now.
 Picture screenPicture();
 
-/// The colour of the display at a point, y downwards.
+/// The colour of the desktop at a point, y downwards.
 Pixel colorAt(int x, int y);
+
+/// The smallest rectangle around what has that colour now, in points; without size if nothing has.
+GdkRectangle placeOf(const Pixel& color);
+
+/// Clicks at a point, as a user does.
+void clickOn(int x, int y, int button = 1);
 
 /// Runs the main loop until `condition` holds. Returns false if it does not within `seconds`.
 bool waitFor(const std::function<bool()>& condition, double seconds = kPatience);
@@ -79,11 +89,15 @@ class HostWindow {
   /// Shows the window and waits until it is on the screen.
   void show();
   void resizeOverlay(int width, int height);
-  /// Where the overlay is on the screen, y downwards.
+  /// Where the overlay is on the screen, in points, y downwards.
   GdkRectangle overlayOnScreen() const;
   void destroy();
 
  private:
+  static constexpr int kMargin = 40;  // the neighbours' width
+
+  bool isOnScreen() const;
+
   GtkWindow* window_;
   GtkOverlay* overlay_;
 };

@@ -2,28 +2,27 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <memory>
-#include <string>
 
 #include "support/ChildProcess.h"
+#include "support/TestDesktop.h"
 #include "support/Wait.h"
 
 namespace qorix::test {
 
 namespace {
 
-std::unique_ptr<VirtualDisplay>& display() {
-  static std::unique_ptr<VirtualDisplay> theDisplay;
+std::unique_ptr<TestDesktop>& display() {
+  static std::unique_ptr<TestDesktop> theDisplay;
   return theDisplay;
 }
 
-std::unique_ptr<Picture> picture() { return takePicture(display()->name()); }
+std::unique_ptr<Picture> picture() { return display()->picture(); }
 
 }  // namespace
 
 bool startScreen() {
-  display() = VirtualDisplay::start();
+  display() = TestDesktop::start();
   if (display() == nullptr) {
     return false;
   }
@@ -47,17 +46,15 @@ int screenHeight() { return picture()->height(); }
 PixelBox waitForColor(const Pixel& color, int width, int height) {
   PixelBox box;
   const auto isThere = [&] {
-    box = picture()->boxOf(color);
+    const PixelBox pixels = picture()->boxOf(color);
+    const int scale = display()->scale();
+    box = {pixels.x / scale, pixels.y / scale, pixels.width / scale, pixels.height / scale};
     return box.width == width && box.height == height;
   };
   waitUntil(isThere, kPatience);
   return box;
 }
 
-void clickAt(int x, int y) {
-  const std::string command =
-      "xdotool mousemove " + std::to_string(x) + ' ' + std::to_string(y) + " click 1";
-  EXPECT_EQ(std::system(command.c_str()), 0) << command;
-}
+void clickAt(int x, int y) { EXPECT_TRUE(display()->click(x, y, 1)) << "at " << x << ", " << y; }
 
 }  // namespace qorix::test

@@ -69,8 +69,7 @@ void ControllerTest::click(const std::string& id, int x, int y, int button) {
   int top = 0;
   corner >> left >> top;
   const GdkRectangle place = host.overlayOnScreen();
-  run({"xdotool", "mousemove", std::to_string(place.x + left + x),
-       std::to_string(place.y + top + y), "click", std::to_string(button)});
+  clickOn(place.x + left + x, place.y + top + y, button);
 }
 
 std::vector<pid_t> ControllerTest::webProcesses() {

@@ -1,0 +1,173 @@
+// Two Wayland compositors. Both have their pointer and keyboard from a virtual X display, because a
+// seat without such devices offers its clients none. Weston's screen is that display; sway's is its
+// own, without hardware, and is seen and clicked with sway's own means.
+
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <utility>
+#include <vector>
+
+#include "support/ChildProcess.h"
+#include "support/TemporaryFolder.h"
+#include "support/TestDesktop.h"
+#include "support/VirtualDisplay.h"
+#include "support/Wait.h"
+
+namespace qorix::test {
+
+namespace {
+
+constexpr unsigned kOrdinaryUser = 65534;  // sway refuses to run as root
+
+class Compositor : public ChildProcess {
+ public:
+  using ChildProcess::ChildProcess;
+
+ private:
+  void takeLine(const std::string& /*line*/) override {}
+};
+
+class WaylandDesktop : public TestDesktop {
+ public:
+  void useInThisProcess() const override {
+    display_->useInThisProcess();
+    // Clients keep a runtime folder of their own: the compositor's may belong to another user.
+    const std::filesystem::path runtimeFolder(std::getenv("XDG_RUNTIME_DIR"));
+    std::error_code existsAlready;
+    std::filesystem::create_symlink(folder_.path() / socket_, runtimeFolder / socket_,
+                                    existsAlready);
+    setenv("WAYLAND_DISPLAY", socket_.c_str(), 1);
+    setenv("GDK_BACKEND", "wayland", 1);
+  }
+
+ protected:
+  WaylandDesktop(std::string socket, const VirtualDisplayOptions& options)
+      : socket_(std::move(socket)), display_(VirtualDisplay::start(options)) {}
+
+  bool hasDisplay() const { return display_ != nullptr; }
+  const VirtualDisplay& display() const { return *display_; }
+  std::string file(const std::string& name) const { return folder_ / name; }
+
+  /// Starts the compositor and waits for a file in its runtime folder.
+  bool startCompositor(const std::vector<std::string>& variables,
+                       const std::vector<std::string>& command, const std::string& awaited) {
+    std::vector<std::string> all{"/usr/bin/env", "XDG_RUNTIME_DIR=" + folder_.path().string(),
+                                 "DISPLAY=" + display_->name()};
+    all.insert(all.end(), variables.begin(), variables.end());
+    all.insert(all.end(), command.begin(), command.end());
+    compositor_ = std::make_unique<Compositor>(all);
+    const auto isThere = [&] { return std::filesystem::exists(file(awaited)); };
+    return waitUntil(isThere, kPatience);
+  }
+
+ private:
+  const std::string socket_;
+  const TemporaryFolder folder_;
+  const std::unique_ptr<VirtualDisplay> display_;
+  std::unique_ptr<Compositor> compositor_;
+};
+
+class Weston : public WaylandDesktop {
+ public:
+  Weston() : WaylandDesktop("wayland-0", {}) {}
+
+  bool start() {
+    if (!hasDisplay()) {
+      return false;
+    }
+    std::ofstream(file("weston.ini"))
+        << "[core]\nidle-time=0\n[shell]\npanel-position=none\nbackground-color=0xff000000\n"
+           "animation=none\nclose-animation=none\nstartup-animation=none\nlocking=false\n"
+           "[input-method]\npath=\n";
+    return startCompositor({},
+                           {"weston", "--backend=x11-backend.so", "--use-pixman", "--fullscreen",
+                            "--socket=wayland-0", "--config=" + file("weston.ini")},
+                           "wayland-0");
+  }
+
+  std::unique_ptr<Picture> picture() const override { return takePicture(display().name()); }
+};
+
+class Sway : public WaylandDesktop {
+ public:
+  explicit Sway(int scale)
+      : WaylandDesktop("wayland-1", {.hasWindowManager = false}), scale_(scale) {}
+
+  bool start() {
+    if (!hasDisplay()) {
+      return false;
+    }
+    const std::string size = std::to_string(1000 * scale_) + "x" + std::to_string(800 * scale_);
+    std::ofstream(file("config")) << "xwayland disable\n"
+                                     "output X11-1 disable\n"
+                                     "output HEADLESS-1 mode --custom "
+                                  << size << "@60Hz position 0 0 scale " << scale_
+                                  << "\ndefault_floating_border normal\n"
+                                     "for_window [app_id=\".*\"] floating enable\n"
+                                     "exec touch "
+                                  << file("ready") << "\n";
+    std::vector<std::string> command{"sway", "--config", file("config")};
+    if (getuid() == 0) {
+      if (chown(file("").c_str(), kOrdinaryUser, kOrdinaryUser) != 0) {
+        return false;
+      }
+      const std::string user = std::to_string(kOrdinaryUser);
+      command.insert(command.begin(), {"setpriv", "--reuid", user, "--regid", user,
+                                       "--clear-groups", "--pdeathsig", "KILL"});
+    }
+    return startCompositor({"HOME=" + file(""), "WLR_BACKENDS=headless,x11", "WLR_RENDERER=pixman",
+                            "SWAYSOCK=" + file("control")},
+                           command, "ready");
+  }
+
+  void useInThisProcess() const override {
+    WaylandDesktop::useInThisProcess();
+    setenv("SWAYSOCK", file("control").c_str(), 1);  // for swaymsg
+  }
+
+  std::unique_ptr<Picture> picture() const override {
+    const std::string name = file("picture.ppm");
+    return succeeds("grim -t ppm " + name) ? readPicture(name) : nullptr;
+  }
+
+  bool click(int x, int y, int button) const override {
+    const std::string name = "button" + std::to_string(button);
+    return succeeds("swaymsg -q seat - cursor set " + std::to_string(x) + ' ' + std::to_string(y) +
+                    ", seat - cursor press " + name + ", seat - cursor release " + name);
+  }
+
+  int scale() const override { return scale_; }
+
+ private:
+  static bool succeeds(const std::string& command) { return std::system(command.c_str()) == 0; }
+
+  const int scale_;
+};
+
+template <class Desktop>
+std::unique_ptr<TestDesktop> started(std::unique_ptr<Desktop> desktop) {
+  if (desktop->start()) {
+    return desktop;
+  }
+  std::fprintf(stderr, "A Wayland compositor cannot be started.\n");
+  return nullptr;
+}
+
+}  // namespace
+
+std::unique_ptr<TestDesktop> TestDesktop::startOnWayland(const std::string& name) {
+  if (name == "weston") {
+    return started(std::make_unique<Weston>());
+  }
+  if (name == "sway" || name == "sway-x2") {
+    return started(std::make_unique<Sway>(name == "sway" ? 1 : 2));
+  }
+  std::fprintf(stderr, "There is no desktop called %s.\n", name.c_str());
+  return nullptr;
+}
+
+}  // namespace qorix::test
