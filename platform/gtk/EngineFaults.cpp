@@ -16,9 +16,10 @@ gboolean drawAll(GtkWidget* widget, cairo_t* cairo) {
       gdk_rectangle_equal(&part, &all) != FALSE) {
     return FALSE;
   }
-  const cairo_rectangle_t extents = {0, 0, static_cast<double>(all.width),
-                                     static_cast<double>(all.height)};
+  const double scale = gtk_widget_get_scale_factor(widget);
+  const cairo_rectangle_t extents = {0, 0, all.width * scale, all.height * scale};
   cairo_surface_t* recording = cairo_recording_surface_create(CAIRO_CONTENT_COLOR_ALPHA, &extents);
+  cairo_surface_set_device_scale(recording, scale, scale);
   cairo_t* recorder = cairo_create(recording);
   GTK_WIDGET_GET_CLASS(widget)->draw(widget, recorder);
   cairo_destroy(recorder);

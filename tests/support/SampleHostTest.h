@@ -66,7 +66,8 @@ class SampleHostTest : public ::testing::Test {
     ASSERT_TRUE(host.waitForEnd());
     EXPECT_TRUE(WIFEXITED(host.status()) && WEXITSTATUS(host.status()) == 0) << host.status();
     EXPECT_EQ(host.countEvents("quit"), 1);
-    EXPECT_EQ(host.countLog("-WARNING **"), 0);
+    // On Wayland the engine's sandboxed process looks for a bus, of which tests have none.
+    EXPECT_EQ(host.countLog("-WARNING **"), host.countLog("Settings portal not found"));
     EXPECT_EQ(host.countLog("-CRITICAL **"), 0);
   }
 

@@ -189,6 +189,11 @@ HostWindow::HostWindow(int width, int height)
 HostWindow::~HostWindow() { destroy(); }
 
 void HostWindow::show() {
+  if (GDK_IS_X11_DISPLAY(gdk_display_get_default()) && desktop().scale() > 1) {
+    // A window manager may put a window between two points.
+    gtk_window_set_gravity(window_, GDK_GRAVITY_STATIC);
+    gtk_window_move(window_, 100, 100);
+  }
   gtk_widget_show_all(GTK_WIDGET(window_));
   EXPECT_TRUE(waitFor([this] {
     const bool isSeen = isOnScreen();

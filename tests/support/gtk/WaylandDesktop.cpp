@@ -90,6 +90,14 @@ class Weston : public WaylandDesktop {
   }
 
   std::unique_ptr<Picture> picture() const override { return takePicture(display().name()); }
+
+  bool click(int x, int y, int button) const override {
+    // Weston loses the first move of a pointer, and a click that comes along with its move.
+    return std::system("xdotool mousemove 10 10") == 0 &&
+           std::system(
+               ("xdotool mousemove " + std::to_string(x) + ' ' + std::to_string(y)).c_str()) == 0 &&
+           std::system(("xdotool click " + std::to_string(button)).c_str()) == 0;
+  }
 };
 
 class Sway : public WaylandDesktop {
