@@ -25,6 +25,10 @@ GdkRectangle nativePlace(const Rect& contentRect) {
   return placeable(flipped(contentRect, desktopHeight()));
 }
 
+bool isEscape(const GdkEventKey& key) {
+  return key.keyval == GDK_KEY_Escape && (key.state & gtk_accelerator_get_default_mod_mask()) == 0;
+}
+
 }  // namespace
 
 ToplevelWindow::ToplevelWindow(std::shared_ptr<View> contentView, bool isDecorated)
@@ -49,6 +53,8 @@ void ToplevelWindow::makeNative() {
   // The place that is asked for is the content's, whatever is put around it.
   gtk_window_set_gravity(window_, GDK_GRAVITY_STATIC);
   takeContent();
+  // After all others: a page that uses the key itself keeps it.
+  g_signal_connect_after(window_, "key-press-event", G_CALLBACK((guarded<onKeyPress, TRUE>)), this);
   g_signal_connect(window_, "delete-event", G_CALLBACK((guarded<onDelete, TRUE>)), this);
   g_signal_connect(window_, "configure-event", G_CALLBACK(guarded<onConfigure>), this);
   setTitle(title_);
@@ -194,6 +200,14 @@ void ToplevelWindow::placeContent(const Rect& contentRect) {
 int ToplevelWindow::onDelete(GtkWidget* /*widget*/, GdkEvent* /*event*/, void* self) {
   static_cast<ToplevelWindow*>(self)->close();
   return TRUE;
+}
+
+int ToplevelWindow::onKeyPress(GtkWidget* /*widget*/, GdkEvent* event, void* self) {
+  if (!isEscape(event->key)) {
+    return GDK_EVENT_PROPAGATE;
+  }
+  static_cast<ToplevelWindow*>(self)->close();
+  return GDK_EVENT_STOP;
 }
 
 // The user and the window manager move the window as well.

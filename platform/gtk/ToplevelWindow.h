@@ -51,6 +51,7 @@ class ToplevelWindow : public Window,
   void placeContent(const Rect& contentRect);
 
   static int onDelete(GtkWidget* widget, GdkEvent* event, void* self);
+  static int onKeyPress(GtkWidget* widget, GdkEvent* event, void* self);
   static int onConfigure(GtkWidget* widget, GdkEvent* event, void* self);
 
   GtkWindow* window_ = nullptr;  // null after somebody has destroyed it

@@ -6,6 +6,7 @@
 
 #include "platform/Guarded.h"
 #include "platform/gtk/Coordinates.h"
+#include "platform/gtk/HostFocus.h"
 
 namespace qorix::gtk {
 
@@ -162,6 +163,7 @@ void NativeView::removeFromNativeSuperview() {
   const auto superview = nativeSuperview();
   if (superview != nullptr && canBeMoved()) {
     const auto held = self();
+    const FocusReturn focus(widget_);
     gtk_container_remove(GTK_CONTAINER(gtk_widget_get_parent(widget_)), widget_);
   }
 }
