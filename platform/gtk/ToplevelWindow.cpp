@@ -8,6 +8,7 @@
 #include <qorix/platform/Platform.h>
 
 #include "platform/Guarded.h"
+#include "platform/gtk/Accessibility.h"
 #include "platform/gtk/Coordinates.h"
 #include "platform/gtk/WidgetView.h"
 
@@ -167,6 +168,7 @@ void ToplevelWindow::setTitle(const std::string& title) {
   title_ = title;
   if (window_ != nullptr) {
     gtk_window_set_title(window_, title.c_str());
+    describePopup(window_, title);
   }
 }
 

@@ -5,6 +5,7 @@
 #include <qorix/platform/Platform.h>
 
 #include "platform/Guarded.h"
+#include "platform/gtk/Accessibility.h"
 #include "platform/gtk/Coordinates.h"
 #include "platform/gtk/HostFocus.h"
 
@@ -165,6 +166,12 @@ void NativeView::removeFromNativeSuperview() {
     const auto held = self();
     const FocusReturn focus(widget_);
     gtk_container_remove(GTK_CONTAINER(gtk_widget_get_parent(widget_)), widget_);
+  }
+}
+
+void NativeView::setNativeAccessibleName(const std::string& name) {
+  if (widget_ != nullptr) {
+    describeHolder(widget_, name);
   }
 }
 

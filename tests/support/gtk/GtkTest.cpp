@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <cstdlib>
 
+#include "support/gtk/ScreenReader.h"
+
 namespace qorix::test {
 
 namespace {
@@ -31,11 +33,15 @@ gboolean paint(GtkWidget* /*area*/, cairo_t* cairo, gpointer color) {
 }  // namespace
 
 std::unique_ptr<VirtualDisplay> startDesktop() {
-  const bool twoMonitors = testing::GTEST_FLAG(filter).find(".onTwoMonitors") != std::string::npos;
+  const std::string tests = testing::GTEST_FLAG(filter);
+  const bool twoMonitors = tests.find(".onTwoMonitors") != std::string::npos;
   auto display = twoMonitors ? VirtualDisplay::start({.width = 1600, .height = 900, .monitors = 2})
                              : VirtualDisplay::start();
   if (display != nullptr) {
     display->useInThisProcess();
+  }
+  if (tests.starts_with("ScreenReaderTest.")) {
+    static const AssistiveBus bus;
   }
   return display;
 }

@@ -42,7 +42,8 @@ inline constexpr double kPatience =
 
 /// Starts the display that the tests of this process use. Two monitors side by side, each of
 /// 800 x 900, when the only test to run asks for them by its name, which begins with
-/// "onTwoMonitors".
+/// "onTwoMonitors". With a bus for assistive technology when only tests of ScreenReaderTest are to
+/// run.
 std::unique_ptr<VirtualDisplay> startDesktop();
 
 /// What the display shows now.
