@@ -1,12 +1,12 @@
 // A user without a pointer: where the keyboard goes, and where an advertisement may not take it.
 
 #include <gmock/gmock.h>
-#include <signal.h>
 
 #include <qorix/MyPushAdNotifications.h>
 #include <qorix/MyPushAdOperator.h>
 #include <qorix/MyPushAdUtil.h>
 
+#include "docs/Guide.h"
 #include "fakes/FakeWorkspace.h"
 #include "platform/gtk/WidgetView.h"
 #include "support/Records.h"
@@ -18,7 +18,6 @@ namespace {
 
 using ::testing::Contains;
 using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 
 /// A window of a host: an entry above the view for banners and another one below it.
 class EntryHost {
@@ -384,6 +383,24 @@ TEST_F(KeyboardTest, aClosedBannerGivesTheKeyboardBack) {
   EXPECT_EQ(events.back(), std::string(kPushAdDidCloseNotification) + ", hidden");
   expectTyped(host.below, "c", "abc");
   EXPECT_EQ(host.focus(), host.below);
+}
+
+TEST_F(KeyboardTest, theGuidesCloseControlWorksByPointerAndByKeys) {
+  host.show();
+  gtk_widget_grab_focus(host.below);
+  const std::string control = Guide().block("close-control");
+  showBanner(control);
+  clickPage(10, 10);
+  ASSERT_TRUE(waitFor([&] { return events.size() == 2; }));
+  EXPECT_EQ(events.back(), std::string(kPushAdDidCloseNotification) + ", hidden");
+  ASSERT_TRUE(waitForFocus("below"));
+  showBanner(control);
+  press("shift+Tab");
+  press("shift+Tab");
+  ASSERT_TRUE(waitForFocus("cocoa_close_web"));
+  press("Return");
+  ASSERT_TRUE(waitFor([&] { return events.size() == 4; }));
+  EXPECT_EQ(events.back(), std::string(kPushAdDidCloseNotification) + ", hidden");
 }
 
 TEST_F(KeyboardTest, aBannerWhosePageEndsGivesTheKeyboardBack) {
