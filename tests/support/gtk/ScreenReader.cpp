@@ -103,6 +103,9 @@ void ScreenReader::focus(const Accessible& seen) const {
 
 ScreenReader::Answer ScreenReader::call(const Accessible& seen, const char* interface,
                                         const char* method, GVariant* arguments) const {
+  if (seen.process.empty()) {  // `find` has failed the test
+    return {nullptr, freeAnswer};
+  }
   Call call;
   g_dbus_connection_call(connection_, seen.process.c_str(), seen.path.c_str(), interface, method,
                          arguments, nullptr, G_DBUS_CALL_FLAGS_NONE, G_MAXINT, nullptr, onAnswer,
