@@ -51,7 +51,14 @@ SHOWINGS = (
     Showing("popup", "com.example.viewer", 1, True, "600x400", "#00a3ad"),
 )
 
-began = time.monotonic()
+
+def beginning():
+    """The monotonic clock's seconds when ./run demo was called, or now without it."""
+    called = os.environ.get("QORIX_DEMO_BEGAN")  # microseconds since 1970
+    return time.monotonic() - (time.time() - int(called) / 1e6 if called else 0)
+
+
+began = beginning()
 
 
 def tell(what):
@@ -278,7 +285,7 @@ def main():
     shutil.rmtree(folder, ignore_errors=True)  # with the counts of earlier showings
     folder.mkdir(parents=True)
     documents = Path(__file__).resolve().parent.parent / "documents"
-    has_display = bool(os.environ.get("DISPLAY"))
+    has_display = bool(os.environ.get("DISPLAY") or os.environ.get("WAYLAND_DISPLAY"))
     signal.signal(signal.SIGTERM, stop)
     signal.signal(signal.SIGHUP, stop)
     if not has_display:

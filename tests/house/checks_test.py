@@ -217,6 +217,14 @@ class EveryTestIsBuilt(House):
         self.build()
         self.assertEqual(self.found(), ["manager/Cache.cpp: no target builds it"])
 
+    def test_a_source_that_is_compiled_in_a_group(self):
+        self.write("tests/a/OneTest.cpp")
+        self.write("tests/a/TwoTest.cpp")
+        group = "build/tests/unity_0_cxx.cxx"
+        self.write(group, f'#include "{self.root}/tests/a/OneTest.cpp"\n')
+        self.build(group)
+        self.assertEqual(self.found(), ["tests/a/TwoTest.cpp: no target builds it"])
+
     def test_a_benchmark_that_nobody_names(self):
         self.write("bench/ParserBench.cpp")
         self.write("bench/OtherBench.cpp")
