@@ -131,6 +131,9 @@ void MyPushAdOperator::showBanner(const std::optional<std::string>& title,
     postPushAdWillShowNotification();
     host->addSubview(ad);
   }
+  if (title) {
+    ad->setAccessibleName(*title);  // a banner shows its title nowhere
+  }
   relayoutPushAdFrame();
   pushAdViewController_->loadDataWithTitle(title, html);
 }

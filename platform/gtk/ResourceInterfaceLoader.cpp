@@ -6,6 +6,7 @@
 #include <qorix/MyPushAdBoxView.h>
 #include <qorix/platform/Platform.h>
 
+#include "platform/gtk/Accessibility.h"
 #include "platform/gtk/AdWebContext.h"
 #include "platform/gtk/Desktop.h"
 #include "platform/gtk/Unref.h"
@@ -60,6 +61,7 @@ std::optional<Interface> ResourceInterfaceLoader::load(const std::string& name,
   int height = 0;
   gtk_widget_get_size_request(GTK_WIDGET(root), &width, &height);
   gtk_widget_set_size_request(GTK_WIDGET(root), -1, -1);
+  describeHolder(GTK_WIDGET(root), "");
   Interface made;
   made.view =
       makeNativeView<WidgetView<MyPushAdBoxView>>(GTK_WIDGET(root), Ownership::viewOwnsWidget);

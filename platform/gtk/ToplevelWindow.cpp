@@ -8,6 +8,7 @@
 #include <qorix/platform/Platform.h>
 
 #include "platform/Guarded.h"
+#include "platform/gtk/Accessibility.h"
 #include "platform/gtk/Coordinates.h"
 #include "platform/gtk/WidgetView.h"
 
@@ -19,6 +20,10 @@ Rect centeredIn(const Rect& area, const Size& size) {
   return {{area.origin.x + (area.size.width - size.width) / 2,
            area.origin.y + (area.size.height - size.height) / 2},
           size};
+}
+
+bool isEscape(const GdkEventKey& key) {
+  return key.keyval == GDK_KEY_Escape && (key.state & gtk_accelerator_get_default_mod_mask()) == 0;
 }
 
 }  // namespace
@@ -45,6 +50,8 @@ void ToplevelWindow::makeNative() {
   // The place that is asked for is the content's, whatever is put around it.
   gtk_window_set_gravity(window_, GDK_GRAVITY_STATIC);
   takeContent();
+  // After all others: a page that uses the key itself keeps it.
+  g_signal_connect_after(window_, "key-press-event", G_CALLBACK((guarded<onKeyPress, TRUE>)), this);
   g_signal_connect(window_, "delete-event", G_CALLBACK((guarded<onDelete, TRUE>)), this);
   g_signal_connect(window_, "configure-event", G_CALLBACK(guarded<onConfigure>), this);
   g_signal_connect(window_, "size-allocate", G_CALLBACK(guarded<onSizeAllocate>), this);
@@ -208,6 +215,7 @@ void ToplevelWindow::setTitle(const std::string& title) {
   title_ = title;
   if (window_ != nullptr) {
     gtk_window_set_title(window_, title.c_str());
+    describePopup(window_, title);
   }
 }
 
@@ -283,6 +291,14 @@ void ToplevelWindow::noteWhereItIs() {
 int ToplevelWindow::onDelete(GtkWidget* /*widget*/, GdkEvent* /*event*/, void* self) {
   static_cast<ToplevelWindow*>(self)->close();
   return TRUE;
+}
+
+int ToplevelWindow::onKeyPress(GtkWidget* /*widget*/, GdkEvent* event, void* self) {
+  if (!isEscape(event->key)) {
+    return GDK_EVENT_PROPAGATE;
+  }
+  static_cast<ToplevelWindow*>(self)->close();
+  return GDK_EVENT_STOP;
 }
 
 int ToplevelWindow::onConfigure(GtkWidget* /*widget*/, GdkEvent* /*event*/, void* self) {

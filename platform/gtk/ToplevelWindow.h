@@ -65,6 +65,7 @@ class ToplevelWindow : public Window,
   void noteWhereItIs();
 
   static int onDelete(GtkWidget* widget, GdkEvent* event, void* self);
+  static int onKeyPress(GtkWidget* widget, GdkEvent* event, void* self);
   static int onConfigure(GtkWidget* widget, GdkEvent* event, void* self);
   static void onSizeAllocate(GtkWidget* widget, cairo_rectangle_int_t* allocation, void* self);
   static int onPropertyNotify(GtkWidget* widget, GdkEventProperty* event, void* self);

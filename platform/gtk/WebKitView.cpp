@@ -10,6 +10,7 @@
 #include "platform/Guarded.h"
 #include "platform/gtk/EngineFaults.h"
 #include "platform/gtk/FileFilter.h"
+#include "platform/gtk/HostFocus.h"
 #include "platform/gtk/PageIsolation.h"
 #include "platform/gtk/PageRequests.h"
 #include "platform/gtk/ScriptObject.h"
@@ -70,6 +71,7 @@ WebKitView::WebKitView(WebKitWebView* webView, std::shared_ptr<MainContextRunLoo
           runLoop_, [this](auto act) { whenPageAnswers(std::move(act)); },
           [this](const WebFrame& frame) { reportFinishedLoad(frame); })),
       navigation_(GTK_WIDGET(webView), delegate_),
+      focus_(GTK_WIDGET(webView)),
       watchdog_(webView, [this] { replaceSilentPage(); }) {
   g_signal_connect(webView, "load-changed", G_CALLBACK(guarded<onLoadChanged>), this);
   g_signal_connect(webView, "load-failed", G_CALLBACK((guarded<onLoadFailed, TRUE>)), this);
@@ -94,6 +96,7 @@ void WebKitView::widgetWillBeDestroyed() {
   scripts_.endPage();
   watchdog_.stop();
   navigation_.stop(widget());
+  focus_.stop();
   g_signal_handlers_disconnect_by_data(widget(), this);
   g_signal_handlers_disconnect_by_data(webkit_web_view_get_user_content_manager(webView()), this);
 }
@@ -162,12 +165,14 @@ void WebKitView::replaceSilentPage() {
 // While hidden, a banner lets the pointer through to what lies behind it. A window stays: its user
 // can close it.
 void WebKitView::setHolderHidden(bool isHidden) {
+  focus_.setHasPage(!isHidden);
   GtkWidget* holder = widget() == nullptr ? nullptr : gtk_widget_get_parent(widget());
   if (holder == nullptr || isHidden == isHolderHidden_ ||
       (isHidden && GTK_IS_WINDOW(gtk_widget_get_parent(holder)))) {
     return;
   }
   isHolderHidden_ = isHidden;
+  const FocusReturn focus(holder);
   gtk_widget_set_no_show_all(holder, isHidden);
   gtk_widget_set_visible(holder, !isHidden);
 }

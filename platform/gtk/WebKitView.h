@@ -10,6 +10,7 @@
 #include "platform/gtk/LoadReports.h"
 #include "platform/gtk/MainContextRunLoop.h"
 #include "platform/gtk/NavigationQuestions.h"
+#include "platform/gtk/PageFocus.h"
 #include "platform/gtk/PageWatchdog.h"
 #include "platform/gtk/ScriptEvaluation.h"
 #include "platform/gtk/WidgetView.h"
@@ -85,6 +86,7 @@ class WebKitView : public WidgetView<WebView> {
   std::string endReason_;
   bool isHolderHidden_ = false;
   NavigationQuestions navigation_;
+  PageFocus focus_;
   PageWatchdog watchdog_;
 };
 

@@ -5,8 +5,10 @@
 #include <qorix/platform/Platform.h>
 
 #include "platform/Guarded.h"
+#include "platform/gtk/Accessibility.h"
 #include "platform/gtk/ClientDecorations.h"
 #include "platform/gtk/Coordinates.h"
+#include "platform/gtk/HostFocus.h"
 
 namespace qorix::gtk {
 
@@ -164,7 +166,14 @@ void NativeView::removeFromNativeSuperview() {
   const auto superview = nativeSuperview();
   if (superview != nullptr && canBeMoved()) {
     const auto held = self();
+    const FocusReturn focus(widget_);
     gtk_container_remove(GTK_CONTAINER(gtk_widget_get_parent(widget_)), widget_);
+  }
+}
+
+void NativeView::setNativeAccessibleName(const std::string& name) {
+  if (widget_ != nullptr) {
+    describeHolder(widget_, name);
   }
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <string>
 #include <utility>
 
 #include <qorix/platform/View.h>
@@ -48,6 +49,7 @@ class NativeView {
   void addNativeSubview(const std::shared_ptr<View>& view);
   void removeFromNativeSuperview();
   void setNativePosts(bool posts) { posts_ = posts; }
+  void setNativeAccessibleName(const std::string& name);
   bool isNativeGone() const;
 
  private:
@@ -92,6 +94,7 @@ class WidgetView : public ViewClass, public NativeView {
   void addSubview(const std::shared_ptr<View>& view) override { addNativeSubview(view); }
   void removeFromSuperview() override { removeFromNativeSuperview(); }
   void setPostsFrameChangedNotifications(bool posts) override { setNativePosts(posts); }
+  void setAccessibleName(const std::string& name) override { setNativeAccessibleName(name); }
   bool isGone() const override { return isNativeGone(); }
 };
 

@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <memory>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -57,11 +58,14 @@ class FakeViewOf : public ViewClass,
 
   void setPostsFrameChangedNotifications(bool posts) override { postsFrameChanges_ = posts; }
 
+  void setAccessibleName(const std::string& name) override { accessibleName = name; }
+
   bool isGone() const override { return gone; }
 
   bool postsFrameChanges() const { return postsFrameChanges_; }
 
   int setFrameCalls = 0;
+  std::string accessibleName;
   /// Set when the host has destroyed the native view.
   bool gone = false;
 

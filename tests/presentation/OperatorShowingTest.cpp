@@ -40,6 +40,20 @@ TEST_F(OperatorShowingTest, aBannerIsAnnouncedThenAddedThenPlacedThenLoaded) {
   EXPECT_EQ(webView()->loads.size(), 1U);
 }
 
+TEST_F(OperatorShowingTest, aBannerIsNamedByItsTitleForAssistiveTechnology) {
+  const auto nameOf = [this](const std::optional<LocalizedTexts>& titles, std::int64_t embed) {
+    const auto record = makeRecord({.version = "", .embed = embed});
+    record->setTitleDict(titles);
+    const auto presenter = makeOperator();
+    presenter->processShowAdIfNeededWithPushAdInfo(record);
+    fakes_.runLoop->runUntilIdle();
+    return dynamic_cast<FakeBoxView&>(*presenter->pushAdViewController()->view()).accessibleName;
+  };
+  EXPECT_EQ(nameOf(LocalizedTexts{{"default", "The viewer"}}, 3), "The viewer");
+  EXPECT_EQ(nameOf(std::nullopt, 3), "");
+  EXPECT_EQ(nameOf(LocalizedTexts{{"default", "The viewer"}}, 0), "") << "its window has the title";
+}
+
 TEST_F(OperatorShowingTest, aPopupIsAnnouncedThenOrderedFrontThenPlacedThenLoaded) {
   struct WatchedScreen : FakeScreen {
     using FakeScreen::FakeScreen;

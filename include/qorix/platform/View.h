@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <string>
 
 #include <qorix/Export.h>
 #include <qorix/platform/Geometry.h>
@@ -42,6 +43,10 @@ class QORIX_EXPORT View : public Object {
   /// Whether changes of the frame's size are posted to the installed notification center as
   /// kViewFrameDidChangeNotification; off at first.
   virtual void setPostsFrameChangedNotifications(bool posts) = 0;
+
+  /// What assistive technology, such as a screen reader, calls the advertisement that this view
+  /// holds; empty if it has no title. Does nothing on a platform that has no such technology.
+  virtual void setAccessibleName(const std::string& /*name*/) {}
 
   /// Whether the native view has been destroyed, or is being destroyed: nothing can be shown in it
   /// any more. Never again false.

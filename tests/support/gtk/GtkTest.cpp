@@ -9,6 +9,7 @@
 
 #include "support/VirtualDisplay.h"
 #include "support/gtk/CompositedDisplay.h"
+#include "support/gtk/ScreenReader.h"
 
 namespace qorix::test {
 
@@ -82,6 +83,9 @@ bool startDesktop() {
   if (theDesktop() != nullptr) {
     theDesktop()->useInThisProcess();
     useOptionsOfTestName();
+  }
+  if (isInTestName("ScreenReaderTest.")) {
+    static const AssistiveBus bus;
   }
   return theDesktop() != nullptr;
 }
