@@ -11,6 +11,7 @@
 #include "platform/gtk/EngineFaults.h"
 #include "platform/gtk/FileFilter.h"
 #include "platform/gtk/HostFocus.h"
+#include "platform/gtk/PageColors.h"
 #include "platform/gtk/PageIsolation.h"
 #include "platform/gtk/PageRequests.h"
 #include "platform/gtk/ScriptObject.h"
@@ -90,6 +91,7 @@ void WebKitView::watchPage() {
                                                                        kWorldName);
   addScript(manager, kPageWatcherPath, kWorldName);
   addScript(manager, kOutsideClicksPath, nullptr);
+  keepColorsOfPages(manager);
 }
 
 void WebKitView::widgetWillBeDestroyed() {

@@ -99,6 +99,18 @@ class PlacementTest : public GtkTest {
     expectBanner(host, values, "in a host smaller than the banner");
   }
 
+  /// Shows a banner at each of these anchors, one after the other.
+  void expectBannersAt(const std::vector<std::int64_t>& anchors, const HostWindow& host,
+                       const std::string& where) {
+    for (const std::int64_t embed : anchors) {
+      const RecordOf values{
+          .embed = embed, .width = 100, .height = 60, .offsetx = 10, .offsety = 6};
+      const auto presenter = present(host.view(), redRecord(values));
+      expectBanner(host, values, "anchor " + std::to_string(embed) + ' ' + where);
+      presenter->pushAdViewController()->view()->removeFromSuperview();
+    }
+  }
+
   /// What an advertisement without a size gets.
   static void expectContentOfFrameSize(const Window& window) {
     Size outer;
@@ -181,6 +193,24 @@ TEST_F(PlacementTest, aBannerGoesWithAHostThatIsReparented) {
   expectRed(visiblePart({{static_cast<double>(place.width) - 100, 0}, {100, 60}}, place),
             "in the new window");
   gtk_widget_destroy(other);
+}
+
+TEST_F(PlacementTest, whereTextsRunToTheLeftBannersStayAtTheirAnchors) {
+  HostWindow host(400, 300);
+  gtk_widget_set_direction(GTK_WIDGET(host.overlay()), GTK_TEXT_DIR_RTL);
+  host.show();
+  expectBannersAt({1, 6}, host, "of a view whose texts run to the left");
+  gtk_widget_set_default_direction(GTK_TEXT_DIR_RTL);
+  HostWindow other(400, 300);
+  other.show();
+  expectBannersAt({1, 2, 3, 4, 5, 6, 7, 8, 9}, other, "on a desktop whose texts run to the left");
+}
+
+TEST_F(PlacementTest, aThemeOfHighContrastLeavesBannersAtTheirAnchors) {
+  g_object_set(gtk_settings_get_default(), "gtk-theme-name", "HighContrast", nullptr);
+  HostWindow host(400, 300);
+  host.show();
+  expectBannersAt({3, 7}, host, "under HighContrast");
 }
 
 TEST_F(PlacementTest, thePopupsContentIsInTheMiddleOfTheWorkArea) {
