@@ -214,6 +214,22 @@ TEST_F(SampleHostTest, clicksAreToldWithTheirAddressAndElement) {
   expectProperQuit(host);
 }
 
+TEST_F(SampleHostTest, aClickInThePopupIsTold) {
+  serve({.embed = "0", .width = "400", .height = "300"},
+        "<body style='margin:0'><a class='zamopeniap' href='https://example.com/?a=1' "
+        "style='display:block;height:100vh;background:#ff00aa'></a>");
+  HostProcess host(arguments());
+  const PixelBox box = waitForColor(kAdColor, 400, 300);
+  ASSERT_EQ(box.width, 400);
+  ASSERT_EQ(box.height, 300);
+  clickAt(box.x + 200, box.y + 150);
+  const auto purchase = host.waitForEvent("ZAMPushAdOpenIAPNotification");
+  ASSERT_TRUE(purchase);
+  EXPECT_EQ(purchase->at("popup"), true);
+  EXPECT_EQ(purchase->at("url"), "https://example.com/?a=1");
+  expectProperQuit(host);
+}
+
 // The host quits in every state of an advertisement.
 
 TEST_F(SampleHostTest, quitsWhileAShowingIsScheduled) {

@@ -10,11 +10,12 @@ namespace qorix::test {
 /// A desktop without hardware, with the hands and eyes of a user. The variable QORIX_TEST_DESKTOP
 /// names the one that a test runs on:
 ///
-///   x11      an X server (VirtualDisplay); the one without the variable
-///   x11-x2   the same with two pixels a point (GDK_SCALE)
-///   weston   a Wayland compositor that leaves all decorations to its clients
-///   sway     a Wayland compositor that draws title bars and borders around its clients
-///   sway-x2  the same with two pixels a point
+///   x11       an X server (VirtualDisplay); the one without the variable
+///   x11-x2    the same with two pixels a point (GDK_SCALE)
+///   weston    a Wayland compositor that leaves all decorations to its clients
+///   sway      a Wayland compositor that draws title bars and borders around its clients
+///   sway-x2   the same with two pixels a point
+///   sway-two  the same with two outputs side by side, the second with two pixels a point
 ///
 ///     QORIX_TEST_DESKTOP=sway build/bin/qorix-gtk-tests --gtest_filter=PlacementTest.topBanner*
 ///

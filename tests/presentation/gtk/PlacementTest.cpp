@@ -57,6 +57,7 @@ class PlacementTest : public GtkTest {
   static void expectRed(const GdkRectangle& expected, const std::string& what) {
     GdkRectangle seen{};
     EXPECT_TRUE(waitFor([&] {
+      serveLoop();  // a picture costs more than what there is to do
       seen = placeOf(kRed);
       return gdk_rectangle_equal(&seen, &expected) != FALSE;
     })) << what
@@ -86,17 +87,23 @@ class PlacementTest : public GtkTest {
     expectRed(visiblePart(frame, overlay), what);
   }
 
-  /// Shows a banner at that anchor, then resizes its host twice.
-  void expectBannerToFollowItsHost(std::int64_t embed) {
+  /// Shows a banner at that anchor in a host whose overlay has these sizes, one after the other.
+  void expectBannerToFollowItsHost(std::int64_t embed, const std::vector<Size>& sizes) {
     const RecordOf values{.embed = embed, .width = 100, .height = 60, .offsetx = 10, .offsety = 6};
-    HostWindow host(400, 300);
+    HostWindow host(static_cast<int>(sizes[0].width), static_cast<int>(sizes[0].height));
     host.show();
     present(host.view(), redRecord(values));
-    expectBanner(host, values, "at first");
-    host.resizeOverlay(520, 360);
-    expectBanner(host, values, "in a larger host");
-    host.resizeOverlay(80, 40);
-    expectBanner(host, values, "in a host smaller than the banner");
+    for (const Size& size : sizes) {
+      host.resizeOverlay(static_cast<int>(size.width), static_cast<int>(size.height));
+      expectBanner(host, values,
+                   "anchor " + std::to_string(embed) + " in a host that is " +
+                       std::to_string(static_cast<int>(size.width)) + " wide");
+    }
+  }
+
+  /// The host grows, then becomes smaller than the banner.
+  void expectBannerToFollowItsHost(std::int64_t embed) {
+    expectBannerToFollowItsHost(embed, {{400, 300}, {520, 360}, {80, 40}});
   }
 
   /// Shows a banner at each of these anchors, one after the other.
@@ -152,6 +159,14 @@ TEST_F(PlacementTest, leftBannerFollowsItsHost) { expectBannerToFollowItsHost(6)
 TEST_F(PlacementTest, topLeftBannerFollowsItsHost) { expectBannerToFollowItsHost(7); }
 TEST_F(PlacementTest, topBannerFollowsItsHost) { expectBannerToFollowItsHost(8); }
 TEST_F(PlacementTest, fallbackBannerFollowsItsHost) { expectBannerToFollowItsHost(9); }
+
+// For the other desktops. None of them moves a window that grows, so that the first size, which
+// they place on the screen, is the largest.
+TEST_F(PlacementTest, everyBannerFollowsItsHost) {
+  for (std::int64_t embed = 1; embed <= 9; ++embed) {
+    expectBannerToFollowItsHost(embed, {{520, 360}, {80, 40}, {400, 300}});
+  }
+}
 
 TEST_F(PlacementTest, aBannerOfAHostThatIsShownLateIsThereWithIt) {
   const RecordOf values{.embed = 1, .width = 100, .height = 60};

@@ -43,8 +43,10 @@ inline constexpr double kPatience =
 /// Starts the desktop that the tests of this process use, until the process ends. Returns false if
 /// it cannot be started. The only test to run can ask for another one by its name. "onTwoMonitors…"
 /// has two side by side, each of 800 x 900; "onAFineScreen…" has two pixels for each point; for
-/// "…WithClientDecorations" GTK draws the decorations. "ScreenReaderTest…" has a bus for assistive
-/// technology as well.
+/// "…WithClientDecorations" GTK draws the decorations. "WaylandWindowTest…" runs on sway,
+/// "onTwoOutputs…" on the one with two outputs, "…UnderWeston" on weston; what
+/// "tellsTheCompositor…" sends is written to standard error. "ScreenReaderTest…" has a bus for
+/// assistive technology as well.
 bool startDesktop();
 
 /// The desktop that this process uses.

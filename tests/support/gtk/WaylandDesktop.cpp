@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <map>
 #include <utility>
 #include <vector>
 
@@ -73,7 +74,10 @@ class WaylandDesktop : public TestDesktop {
 
 class Weston : public WaylandDesktop {
  public:
-  Weston() : WaylandDesktop("wayland-0", {}) {}
+  Weston()
+      : WaylandDesktop(
+            "wayland-0",
+            {.width = kWidth + 2 * kPlaceBeside, .height = kHeight, .hasWindowManager = false}) {}
 
   bool start() {
     if (!hasDisplay()) {
@@ -83,41 +87,41 @@ class Weston : public WaylandDesktop {
         << "[core]\nidle-time=0\n[shell]\npanel-position=none\nbackground-color=0xff000000\n"
            "animation=none\nclose-animation=none\nstartup-animation=none\nlocking=false\n"
            "[input-method]\npath=\n";
-    return startCompositor({},
-                           {"weston", "--backend=x11-backend.so", "--use-pixman", "--fullscreen",
-                            "--socket=wayland-0", "--config=" + file("weston.ini")},
-                           "wayland-0");
+    return startCompositor(
+        {},
+        {"weston", "--backend=x11-backend.so", "--use-pixman", "--width=1280", "--height=1024",
+         "--socket=wayland-0", "--config=" + file("weston.ini"), "--log=" + file("log")},
+        "wayland-0");
   }
 
   std::unique_ptr<Picture> picture() const override { return takePicture(display().name()); }
 
   bool click(int x, int y, int button) const override {
-    // Weston loses the first move of a pointer, and a click that comes along with its move.
-    return std::system("xdotool mousemove 10 10") == 0 &&
-           std::system(
-               ("xdotool mousemove " + std::to_string(x) + ' ' + std::to_string(y)).c_str()) == 0 &&
-           std::system(("xdotool click " + std::to_string(button)).c_str()) == 0;
+    // Weston follows a pointer by its steps and misses some at its start. Where the pointer enters
+    // its window it knows.
+    const std::string command = "xdotool mousemove " + std::to_string(kWidth + kPlaceBeside) +
+                                " 0 mousemove " + std::to_string(x) + ' ' + std::to_string(y) +
+                                " click " + std::to_string(button);
+    return std::system(command.c_str()) == 0;
   }
+
+ private:
+  static constexpr int kWidth = 1280;
+  static constexpr int kHeight = 1024;
+  static constexpr int kPlaceBeside = 8;  // for the pointer, beside the compositor's window
 };
 
 class Sway : public WaylandDesktop {
  public:
-  explicit Sway(int scale)
-      : WaylandDesktop("wayland-1", {.hasWindowManager = false}), scale_(scale) {}
+  /// Its outputs, from left to right, have these scales and 1000 x 800 points each.
+  explicit Sway(std::vector<int> scales)
+      : WaylandDesktop("wayland-1", {.hasWindowManager = false}), scales_(std::move(scales)) {}
 
   bool start() {
     if (!hasDisplay()) {
       return false;
     }
-    const std::string size = std::to_string(1000 * scale_) + "x" + std::to_string(800 * scale_);
-    std::ofstream(file("config")) << "xwayland disable\n"
-                                     "output X11-1 disable\n"
-                                     "output HEADLESS-1 mode --custom "
-                                  << size << "@60Hz position 0 0 scale " << scale_
-                                  << "\ndefault_floating_border normal\n"
-                                     "for_window [app_id=\".*\"] floating enable\n"
-                                     "exec touch "
-                                  << file("ready") << "\n";
+    writeConfiguration();
     std::vector<std::string> command{"sway", "--config", file("config")};
     if (getuid() == 0) {
       if (chown(file("").c_str(), kOrdinaryUser, kOrdinaryUser) != 0) {
@@ -127,9 +131,10 @@ class Sway : public WaylandDesktop {
       command.insert(command.begin(), {"setpriv", "--reuid", user, "--regid", user,
                                        "--clear-groups", "--pdeathsig", "KILL"});
     }
-    return startCompositor({"HOME=" + file(""), "WLR_BACKENDS=headless,x11", "WLR_RENDERER=pixman",
-                            "SWAYSOCK=" + file("control")},
-                           command, "ready");
+    return startCompositor(
+        {"HOME=" + file(""), "WLR_BACKENDS=headless,x11", "WLR_RENDERER=pixman",
+         "WLR_HEADLESS_OUTPUTS=" + std::to_string(scales_.size()), "SWAYSOCK=" + file("control")},
+        command, "ready");
   }
 
   void useInThisProcess() const override {
@@ -148,12 +153,27 @@ class Sway : public WaylandDesktop {
                     ", seat - cursor press " + name + ", seat - cursor release " + name);
   }
 
-  int scale() const override { return scale_; }
+  int scale() const override { return scales_.front(); }
 
  private:
+  void writeConfiguration() const {
+    std::ofstream stream(file("config"));
+    stream << "xwayland disable\n"
+              "output X11-1 disable\n"
+              "default_floating_border normal\n"
+              "for_window [app_id=\".*\"] floating enable\n"
+              "exec touch "
+           << file("ready") << "\n";
+    for (std::size_t i = 0; i < scales_.size(); ++i) {
+      stream << "output HEADLESS-" << i + 1 << " mode --custom " << 1000 * scales_[i] << "x"
+             << 800 * scales_[i] << "@60Hz position " << 1000 * i << " 0 scale " << scales_[i]
+             << "\n";
+    }
+  }
+
   static bool succeeds(const std::string& command) { return std::system(command.c_str()) == 0; }
 
-  const int scale_;
+  const std::vector<int> scales_;
 };
 
 template <class Desktop>
@@ -171,8 +191,12 @@ std::unique_ptr<TestDesktop> TestDesktop::startOnWayland(const std::string& name
   if (name == "weston") {
     return started(std::make_unique<Weston>());
   }
-  if (name == "sway" || name == "sway-x2") {
-    return started(std::make_unique<Sway>(name == "sway" ? 1 : 2));
+  if (name.starts_with("sway")) {
+    const std::map<std::string, std::vector<int>> scales{
+        {"sway", {1}}, {"sway-x2", {2}}, {"sway-two", {1, 2}}};
+    if (const auto found = scales.find(name); found != scales.end()) {
+      return started(std::make_unique<Sway>(found->second));
+    }
   }
   std::fprintf(stderr, "There is no desktop called %s.\n", name.c_str());
   return nullptr;
