@@ -121,7 +121,7 @@ TEST_F(WaylandWindowTest, staysAboveAHostThatIsRaisedOrShownAgain) {
   waitForContent();
   tellSway("[title=Host] focus");
   constexpr Pixel kFocusedTitleBar = {0x28, 0x55, 0x77};
-  ASSERT_TRUE(waitFor([&] { return outputPicture().countOf(kFocusedTitleBar) > 1000 * 15; }));
+  ASSERT_TRUE(waitFor([&] { return outputPicture().countOf(kFocusedTitleBar) > 15'000; }));
   waitForContent();
   gtk_widget_hide(GTK_WIDGET(host.window()));
   EXPECT_EQ(parent(), host.window()) << "there is no other";

@@ -245,7 +245,7 @@ TEST_F(KeyboardTest, escapeClosesThePopupAsItsTitleBarDoes) {
     EXPECT_TRUE(waitFor([&] { return events.size() == 3; })) << events.size();
     EXPECT_FALSE(presenter->popupAdWindow()->isVisible());
     serveLoop();
-    const auto seen = events;
+    auto seen = events;
     presenter = nullptr;
     return seen;
   };

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstdlib>
+#include <utility>
 
 #include "support/gtk/GtkTest.h"
 
@@ -47,6 +48,16 @@ void useTheme(const Theme& theme) {
                nullptr);
 }
 
+int differences(const Picture& one, const Picture& other) {
+  int count = 0;
+  for (int y = 0; y < one.height(); ++y) {
+    for (int x = 0; x < one.width(); ++x) {
+      count += one.at(x, y) == other.at(x, y) ? 0 : 1;
+    }
+  }
+  return count;
+}
+
 class ThemeTest : public GtkTest {
  protected:
   ThemeTest() {
@@ -73,6 +84,17 @@ class ThemeTest : public GtkTest {
     return part(0, kHeight - kStripHeight);
   }
 
+  /// Waits until the page, painted once more, is the same to the pixel: the engine paints the strip
+  /// and the rest at different times, and fades some controls in.
+  void expectUnchanged(const Page& page, const Picture& usual, const std::string& what) {
+    int last = -1;
+    ASSERT_TRUE(waitFor([&] {
+      last = differences(paintedAnew(page), usual);
+      return last == 0;
+    })) << last
+        << " pixels of " << what;
+  }
+
   /// What the screen shows of the page, from a line on.
   Picture part(int fromTop, int height) const {
     const GdkRectangle place = host.overlayOnScreen();
@@ -86,39 +108,33 @@ class ThemeTest : public GtkTest {
   Pixel strip;
 };
 
-int differences(const Picture& one, const Picture& other) {
-  int count = 0;
-  for (int y = 0; y < one.height(); ++y) {
-    for (int x = 0; x < one.width(); ++x) {
-      count += one.at(x, y) == other.at(x, y) ? 0 : 1;
-    }
-  }
-  return count;
-}
-
 }  // namespace
 
 TEST_F(ThemeTest, noThemeChangesAPageThatDoesNotAskForIt) {
   useTheme({"Adwaita"});
   Page page;
   show(page);
-  const Picture usual = paintedAnew(page);
+  Picture usual = paintedAnew(page);
+  ASSERT_TRUE(waitFor([&] {
+    const Picture previous = std::exchange(usual, paintedAnew(page));
+    return differences(previous, usual) == 0;
+  })) << "the page does not come to rest";
   ASSERT_EQ(usual.height(), kHeight - kStripHeight);
   EXPECT_GT(usual.countOf({0, 0, 0}), 0U) << "no black text";
   EXPECT_GT(usual.countOf({53, 132, 228}), 0U) << "no controls of GTK's usual colour";
   EXPECT_GT(usual.countOf(kGreen), 0U) << "the host is not seen";
   for (const Theme& theme : kThemes) {
     useTheme(theme);
-    EXPECT_EQ(differences(paintedAnew(page), usual), 0)
-        << "pixels of a page that was there before the theme '" << theme.name << "'";
+    ASSERT_NO_FATAL_FAILURE(expectUnchanged(
+        page, usual, std::string("a page that was there before the theme ") + theme.name));
   }
   page.interface->view->removeFromSuperview();
   for (const Theme& theme : kThemes) {
     useTheme(theme);
     Page later;
     show(later);
-    EXPECT_EQ(differences(paintedAnew(later), usual), 0)
-        << "pixels of a page that came under the theme '" << theme.name << "'";
+    ASSERT_NO_FATAL_FAILURE(expectUnchanged(
+        later, usual, std::string("a page that came under the theme ") + theme.name));
     later.interface->view->removeFromSuperview();
   }
 }

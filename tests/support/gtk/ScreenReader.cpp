@@ -166,7 +166,7 @@ std::optional<Accessible> ScreenReader::look(Role role, const std::string& name,
     if (itsRole == static_cast<std::uint32_t>(role) && itsName == name) {
       return each;
     }
-    if (const auto inside = look(role, name, each, seen)) {
+    if (auto inside = look(role, name, each, seen)) {
       return inside;
     }
   }
