@@ -13,6 +13,9 @@ namespace {
 constexpr int kWidth = 500;
 constexpr int kHeight = 200;
 constexpr int kStripHeight = 10;
+/// On a busy machine the engine now and then paints 28 pixels of a control in another way, under
+/// any theme. A colour of a theme changes a thousand.
+constexpr int kPixelsOfChance = 100;
 
 /// Leaves to the engine whatever a theme could give: the colours of texts, links, controls and
 /// scroll bars. A strip at the bottom tells one painting from another.
@@ -84,13 +87,13 @@ class ThemeTest : public GtkTest {
     return part(0, kHeight - kStripHeight);
   }
 
-  /// Waits until the page, painted once more, is the same to the pixel: the engine paints the strip
+  /// Waits until the page, painted once more, is the same: the engine paints the strip
   /// and the rest at different times, and fades some controls in.
   void expectUnchanged(const Page& page, const Picture& usual, const std::string& what) {
     int last = -1;
     ASSERT_TRUE(waitFor([&] {
       last = differences(paintedAnew(page), usual);
-      return last == 0;
+      return last <= kPixelsOfChance;
     })) << last
         << " pixels of " << what;
   }
@@ -117,7 +120,7 @@ TEST_F(ThemeTest, noThemeChangesAPageThatDoesNotAskForIt) {
   Picture usual = paintedAnew(page);
   ASSERT_TRUE(waitFor([&] {
     const Picture previous = std::exchange(usual, paintedAnew(page));
-    return differences(previous, usual) == 0;
+    return differences(previous, usual) <= kPixelsOfChance;
   })) << "the page does not come to rest";
   ASSERT_EQ(usual.height(), kHeight - kStripHeight);
   EXPECT_GT(usual.countOf({0, 0, 0}), 0U) << "no black text";
