@@ -28,7 +28,15 @@ fs::path libraryFolder() {
 }  // namespace
 
 std::string webProcessModulePath() {
-  return (libraryFolder() / "qorix-gtk3" / "qorix-webprocess.so").string();
+  const fs::path own = libraryFolder();
+  const fs::path module = fs::path(QORIX_MODULE_FOLDER) / "qorix-webprocess.so";
+  for (const auto& folder : {own, own / ".." / QORIX_LIBDIR, fs::path(QORIX_FULL_LIBDIR)}) {
+    std::error_code error;
+    if (fs::exists(folder / module, error)) {
+      return (folder / module).lexically_normal().string();
+    }
+  }
+  return (own / module).string();
 }
 
 // The engine loads every module in the folder, which it cannot see from its sandbox otherwise.
