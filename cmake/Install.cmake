@@ -37,12 +37,13 @@ cmake_path(RELATIVE_PATH CMAKE_INSTALL_PREFIX
 cmake_path(APPEND headersOfPkgConfig \${prefix} ${headerFolder})
 cmake_path(APPEND librariesOfPkgConfig \${prefix} ${CMAKE_INSTALL_LIBDIR})
 
-# install_package_file(NAME PACKAGE...): with what else a static library of this name needs.
+# install_package_file(NAME PACKAGE...): with what else hosts of a static library of this name link.
 function(install_package_file name)
-  set(forStaticLinking)
+  set(requires)
+  set(runtime)
   if(NOT BUILD_SHARED_LIBS)
-    list(JOIN ARGN " " packages)
-    set(forStaticLinking "Requires.private: ${packages}\nLibs.private: -lstdc++\n")
+    list(JOIN ARGN " " requires)
+    set(runtime " -lstdc++")
   endif()
   configure_file(cmake/${name}.pc.in ${name}-2.0.pc @ONLY)
   install(FILES ${PROJECT_BINARY_DIR}/${name}-2.0.pc DESTINATION ${pkgConfigFolder} COMPONENT development)

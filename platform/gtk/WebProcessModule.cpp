@@ -42,6 +42,10 @@ std::string webProcessModulePath() {
 // The engine loads every module in the folder, which it cannot see from its sandbox otherwise.
 void loadModuleIntoWebProcesses(WebKitWebContext* context) {
   const fs::path folder = fs::path(webProcessModulePath()).parent_path();
+  std::error_code error;
+  if (!fs::is_directory(folder, error)) {
+    return;  // what this costs is logged with the first evaluation
+  }
   webkit_web_context_set_web_extensions_directory(context, folder.c_str());
   webkit_web_context_add_path_to_sandbox(context, folder.c_str(), TRUE);
 }

@@ -30,6 +30,7 @@ COMPONENTS = {
                       "share/doc/qorix/docs/performance.md", "share/doc/qorix/examples/host/main.cpp",
                       "share/doc/qorix/examples/*"],
 }
+HOSTS = Path(__file__).resolve().parent.parent / "package/hosts_test.py"
 WARNINGS = ["-Wall", "-Wextra", "-Wpedantic", "-Wshadow", "-Wconversion", "-Werror"]
 COMPILERS = {".cpp": ["g++", "clang++-14"], ".c": ["gcc", "clang-14"]}
 
@@ -123,10 +124,20 @@ class Install(unittest.TestCase):
         plain = {k: v for k, v in os.environ.items() if k != "LD_LIBRARY_PATH"}
         self.assertIn(f"libqorix.so.2 => {self.prefix}/lib/", run(["ldd", library], env=plain))
 
+    def test_hosts_are_built_with_it_and_show_banners(self):
+        run([sys.executable, "-B", HOSTS, "--prefix", self.prefix])
+
     def test_the_tools_run(self):
         document = self.prefix / "share/doc/qorix/examples/documents/commonad.xml"
         report = run([self.prefix / "bin/qorix-adcheck", "--all-hosts", document])
         self.assertIn("com.example.editor", report)
+
+    def test_the_preview_finds_the_module_for_web_processes(self):
+        document = self.prefix / "share/doc/qorix/examples/documents/commonad.xml"
+        plain = {k: v for k, v in os.environ.items() if k not in ("DISPLAY", "WAYLAND_DISPLAY")}
+        told = run([self.prefix / "bin/qorix-preview", "--app", "com.example.editor", "--screenshot",
+                    self.staging / "preview.png", document], env=plain)
+        self.assertRegex(told, "bridge: .*promotes")
 
 
 if __name__ == "__main__":
