@@ -13,6 +13,7 @@ namespace qorix {
 /// hierarchy by its tag. Each platform's views provide the rest.
 class QORIX_EXPORT MyPushAdBoxView : public View {
  public:
+  /// The tag of every such view.
   static constexpr std::int64_t kTag = 27921;
 
   std::int64_t tag() const final { return kTag; }

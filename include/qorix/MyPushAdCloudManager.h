@@ -38,6 +38,7 @@ class QORIX_EXPORT MyPushAdCloudManager
     delegate_ = delegate;
   }
 
+  /// @{
   /// The container's name, of the form "iCloud." and a reverse-DNS name.
   const std::optional<std::string>& cloudContainerIdentifier() const {
     return cloudContainerIdentifier_;
@@ -45,16 +46,22 @@ class QORIX_EXPORT MyPushAdCloudManager
   void setCloudContainerIdentifier(std::optional<std::string> value) {
     cloudContainerIdentifier_ = std::move(value);
   }
+  /// @}
 
  protected:
+  /// What a query has found, in the database's order.
   using Records = std::vector<std::shared_ptr<CloudRecord>>;
 
   /// Finds the database on first use; logs when there is none.
   void prepareDatabaseIfNeeded();
   /// Asks for the records with that file name; the outcome is handled on the main thread.
   void queryAndHandleAdFileWithFileName(const std::string& fileName);
+  /// The query succeeded: handles the last record. Tells the delegate of a failure if there is
+  /// none.
   void handleFetchedRecords(const std::optional<Records>& records);
+  /// Reads the text of the record's asset and hands it to the delegate, or tells it of a failure.
   void handleRecord(const std::shared_ptr<CloudRecord>& record);
+  /// Tells the delegate that the fetch failed with `error`.
   void handleWithError(const Error& error);
 
  private:

@@ -19,13 +19,15 @@ namespace qorix {
 
 /// What one of the library's notifications says, as plain values. Main thread only.
 struct QORIX_EXPORT MyPushAdEvent {
+  /// Which of the four notifications it is.
   enum class Kind {
-    willShow,              // an advertisement is about to be shown
-    didClose,              // the user has closed it
-    openIAP,               // its page asks the host to offer an in-app purchase
-    triggeringNavigation,  // the user has activated a link in its page
+    willShow,              ///< An advertisement is about to be shown.
+    didClose,              ///< The user has closed it.
+    openIAP,               ///< Its page asks the host to offer an in-app purchase.
+    triggeringNavigation,  ///< The user has activated a link in its page.
   };
 
+  /// What has happened. The members below say which kinds have them.
   Kind kind = Kind::willShow;
 
   /// The notification's name, such as kPushAdWillShowNotification.

@@ -52,66 +52,92 @@ class QORIX_EXPORT MyPushAdInfo : public Object {
   /// running host override members of this record. Logs and changes nothing when it cannot be read.
   void doParseCustomizationAndMerge();
 
+  /// @{
   /// Identifier of the advertisement; 1 or more in a sound document.
   std::int64_t adId() const { return adId_; }
   void setAdId(std::int64_t value) { adId_ = value; }
+  /// @}
 
+  /// @{
   /// Whether the advertisement may be shown at all.
   virtual bool enable() const { return enable_; }
   void setEnable(bool value) { enable_ = value; }
+  /// @}
 
+  /// @{
   /// Showings are counted for each version; empty or absent: not counted.
   const std::optional<std::string>& version() const { return version_; }
   void setVersion(std::optional<std::string> value) { version_ = std::move(value); }
+  /// @}
 
+  /// @{
   /// Placement: 0 the pop-up window; 1 to 8 a banner, clockwise from the host view's top right
   /// corner; above 8 a banner at its lower left corner; below 0 nothing is shown.
   std::int64_t embed() const { return embed_; }
   void setEmbed(std::int64_t value) { embed_ = value; }
+  /// @}
 
+  /// @{
   /// Size in points of the banner or of the pop-up's content. The pop-up keeps the size it has
   /// unless both are above 0.
   std::int64_t width() const { return width_; }
   void setWidth(std::int64_t value) { width_ = value; }
   std::int64_t height() const { return height_; }
   void setHeight(std::int64_t value) { height_ = value; }
+  /// @}
 
+  /// @{
   /// Distance in points of a banner from the edges that it is anchored to. Only a customisation
   /// sets them.
   std::int64_t offsetx() const { return offsetx_; }
   void setOffsetx(std::int64_t value) { offsetx_ = value; }
   std::int64_t offsety() const { return offsety_; }
   void setOffsety(std::int64_t value) { offsety_ = value; }
+  /// @}
 
+  /// @{
   /// How many times this version may be shown on one machine.
   std::int64_t count() const { return count_; }
   void setCount(std::int64_t value) { count_ = value; }
+  /// @}
 
+  /// @{
   /// Seconds between the decision to show and the showing; negative: never shown.
   std::int64_t delay() const { return delay_; }
   void setDelay(std::int64_t value) { delay_ = value; }
+  /// @}
 
+  /// @{
   /// The author's note.
   const std::optional<std::string>& notes() const { return notes_; }
   void setNotes(std::optional<std::string> value) { notes_ = std::move(value); }
+  /// @}
 
+  /// @{
   /// The customisation as JSON text.
   const std::optional<std::string>& advance() const { return advance_; }
   void setAdvance(std::optional<std::string> value) { advance_ = std::move(value); }
+  /// @}
 
+  /// @{
   /// The customisation's entry for the running host, once merged.
   const std::optional<Dictionary>& advanceDict() const { return advanceDict_; }
   void setAdvanceDict(std::optional<Dictionary> value) { advanceDict_ = std::move(value); }
+  /// @}
 
+  /// @{
   /// The title in each language.
   const std::optional<LocalizedTexts>& titleDict() const { return titleDict_; }
   void setTitleDict(std::optional<LocalizedTexts> value) { titleDict_ = std::move(value); }
+  /// @}
 
+  /// @{
   /// The HTML page in each language.
   const std::optional<LocalizedTexts>& htmlContentsDict() const { return htmlContentsDict_; }
   void setHtmlContentsDict(std::optional<LocalizedTexts> value) {
     htmlContentsDict_ = std::move(value);
   }
+  /// @}
 
  private:
   void mergeCustomization(const Dictionary& entry);

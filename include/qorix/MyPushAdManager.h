@@ -24,8 +24,8 @@ namespace qorix {
 
 /// Where the ad configuration document of a show request lives.
 enum MyPushAdFileHostMode : std::int64_t {
-  MyPushAdFileHostModeWebServer = 0,  // the address is a URL
-  MyPushAdFileHostModeCloudKit = 1,   // the address is a container identifier
+  MyPushAdFileHostModeWebServer = 0,  ///< The address is a URL.
+  MyPushAdFileHostModeCloudKit = 1,   ///< The address is a container identifier.
 };
 
 /// The library's front door. A host takes the one shared manager, configures it with its bundle and
@@ -88,11 +88,13 @@ class QORIX_EXPORT MyPushAdManager : public Object,
                                     MyPushAdFileHostMode fileHostMode,
                                     const std::optional<std::string>& address);
 
+  /// @{
   /// The same with the container and the URL that the host has installed as its defaults. When it
   /// has installed none, they log one line and go on with an absent address.
   void prepareAndShowAdByUsingDefaultCloudKitContainerWithHostView(
       const std::shared_ptr<View>& hostView);
   void prepareAndShowAdByUsingMyAppWebServerURLWithHostView(const std::shared_ptr<View>& hostView);
+  /// @}
 
   // MyPushAdDownloadDelegate.
   void downloadFailedWithError(const Error& error) override;
@@ -108,38 +110,50 @@ class QORIX_EXPORT MyPushAdManager : public Object,
   /// Keeps `text` durably, in place of the last one. An absent or empty text is ignored.
   void saveAsCachedPushAdWith(const std::optional<std::string>& text);
 
+  /// @{
   /// Whether the source was chosen and started; true for the rest of the process then.
   bool isDownloadFileRequested() const { return isDownloadFileRequested_; }
   void setIsDownloadFileRequested(bool value) { isDownloadFileRequested_ = value; }
+  /// @}
 
+  /// @{
   /// The host's bundle identifier; absent until it is configured. Any thread.
   std::optional<std::string> appBundleIdentifier() const;
   void setAppBundleIdentifier(std::optional<std::string> value);
+  /// @}
 
+  /// @{
   /// The one source; null until the first show request, and after one with an unknown mode.
   const std::shared_ptr<MyPushAdSource>& pushAdSource() const { return pushAdSource_; }
   void setPushAdSource(std::shared_ptr<MyPushAdSource> source) {
     pushAdSource_ = std::move(source);
   }
+  /// @}
 
+  /// @{
   /// The definition that all host views share; null until there is one.
   const std::shared_ptr<const MyPushAdInfo>& lonePushAdInfo() const { return lonePushAdInfo_; }
   void setLonePushAdInfo(std::shared_ptr<const MyPushAdInfo> info) {
     lonePushAdInfo_ = std::move(info);
   }
+  /// @}
 
+  /// @{
   /// Every presenter ever made, in order. Absent only when set so; show requests then log and end.
   using Operators = std::vector<std::shared_ptr<MyPushAdOperator>>;
   const std::optional<Operators>& pushAdOperators() const { return pushAdOperators_; }
   void setPushAdOperators(std::optional<Operators> operators) {
     pushAdOperators_ = std::move(operators);
   }
+  /// @}
 
+  /// @{
   /// The hidden window whose content stands in for a host view; null until it is needed.
   const std::shared_ptr<Window>& stubMemoryHostWindow() const { return stubMemoryHostWindow_; }
   void setStubMemoryHostWindow(std::shared_ptr<Window> window) {
     stubMemoryHostWindow_ = std::move(window);
   }
+  /// @}
 
  protected:
   /// Makes the presenter for a view; null when a subclass cannot.

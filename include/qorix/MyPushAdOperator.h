@@ -57,7 +57,10 @@ class QORIX_EXPORT MyPushAdOperator : public MyPushAdViewControllerDelegate,
   void relayoutPushAdFrame();
 
   // Reactions to the host's views and windows.
+
+  /// Lays the advertisement out anew if the notification is about this presenter's host view.
   void handleViewFrameDidChangeNotification(const Notification& notification);
+  /// Reports that the pop-up was closed, if it is this presenter's advertisement that it shows.
   void handleWindowWillCloseNotification(const Notification& notification);
 
   // MyPushAdViewControllerDelegate.
@@ -67,21 +70,31 @@ class QORIX_EXPORT MyPushAdOperator : public MyPushAdViewControllerDelegate,
       const std::shared_ptr<MyPushAdViewController>& controller,
       const std::optional<Url>& url) override;
 
-  // Notifications to the host.
+  /// @{
+  /// Posts one of the notifications to the host, later and in the order of the calls. Logs one line
+  /// if there is no view to be its object, and posts all the same. `url` is that of the purchase;
+  /// if it is absent, the notification has none.
   void postPushAdWillShowNotification();
   void postPushAdDidCloseNotification();
   void postPushAdOpenIAPNotificationWithURL(const std::optional<Url>& url);
+  /// @}
+
   /// The user info of those notifications. Absent without a record.
   std::optional<Dictionary> composeNotificationUserInfo() const;
 
+  /// @{
   /// Whether a record has been decided: due, disabled or used up.
   bool isProcessShowAdRequested() const { return isProcessShowAdRequested_; }
   void setIsProcessShowAdRequested(bool value) { isProcessShowAdRequested_ = value; }
+  /// @}
 
+  /// @{
   /// The host's view, held weakly; null once the host has dropped or destroyed it.
   std::shared_ptr<View> hostView() const;
   void setHostView(const std::shared_ptr<View>& hostView) { hostView_ = hostView; }
+  /// @}
 
+  /// @{
   /// The controller of the page; null until the advertisement is prepared.
   const std::shared_ptr<MyPushAdViewController>& pushAdViewController() const {
     return pushAdViewController_;
@@ -89,17 +102,22 @@ class QORIX_EXPORT MyPushAdOperator : public MyPushAdViewControllerDelegate,
   void setPushAdViewController(std::shared_ptr<MyPushAdViewController> controller) {
     pushAdViewController_ = std::move(controller);
   }
+  /// @}
 
+  /// @{
   /// The process's one pop-up window, as far as this presenter has it; it exists from the first
   /// pop-up's preparation on and is never released.
   const std::shared_ptr<Window>& popupAdWindow() const { return popupAdWindow_; }
   void setPopupAdWindow(std::shared_ptr<Window> window) { popupAdWindow_ = std::move(window); }
+  /// @}
 
+  /// @{
   /// The record of the last request before a decision; null before any, and after one with null.
   const std::shared_ptr<const MyPushAdInfo>& myPushAdInfo() const { return myPushAdInfo_; }
   void setMyPushAdInfo(std::shared_ptr<const MyPushAdInfo> info) {
     myPushAdInfo_ = std::move(info);
   }
+  /// @}
 
  protected:
   /// Makes the controller; null when a subclass cannot.

@@ -32,9 +32,11 @@ class QORIX_EXPORT MyPushAdSource : public Object {
   /// Starts one fetch `delay` seconds from now, not while the user tracks a menu.
   virtual void retryDownloadAdFileWithDelay(double delay) = 0;
 
+  /// @{
   /// Held weakly.
   virtual std::shared_ptr<MyPushAdDownloadDelegate> delegate() const = 0;
   virtual void setDelegate(const std::shared_ptr<MyPushAdDownloadDelegate>& delegate) = 0;
+  /// @}
 };
 
 }  // namespace qorix

@@ -49,20 +49,25 @@ class QORIX_EXPORT MyPushAdUtil {
   // The readers: any thread. Each also takes any object, null included, and logs one line when that
   // is not what it should be. `MyPushAdEvent::read` reads everything at once.
 
+  /// @{
   /// Is the notification about this host view? True when the very same view is in its user info.
   /// Logs when it has no user info.
   static bool checkEqualsWithHostView(const View& view, const Notification& notification) {
     return checkEqualsWithHostView(&view, &notification);
   }
   static bool checkEqualsWithHostView(const Object* view, const Object* notification);
+  /// @}
 
+  /// @{
   /// Is it about an advertisement in the pop-up window? False when that is not known. Logs when it
   /// has no user info.
   static bool isPopupWindowForNotification(const Notification& notification) {
     return isPopupWindowForNotification(&notification);
   }
   static bool isPopupWindowForNotification(const Object* notification);
+  /// @}
 
+  /// @{
   /// The advertisement that it is about, or null. Never logs.
   static std::shared_ptr<const MyPushAdInfo> fetchPushAdInfoForNotification(
       const Notification& notification) {
@@ -70,7 +75,9 @@ class QORIX_EXPORT MyPushAdUtil {
   }
   static std::shared_ptr<const MyPushAdInfo> fetchPushAdInfoForNotification(
       const Object* notification);
+  /// @}
 
+  /// @{
   /// The page element that the user activated, as text: "{(idName is buy)(className is cta)}".
   /// Absent, after one log line, when there is none.
   static std::optional<std::string> fetchHTMLElementDescriptionForNotification(
@@ -79,6 +86,7 @@ class QORIX_EXPORT MyPushAdUtil {
   }
   static std::optional<std::string> fetchHTMLElementDescriptionForNotification(
       const Object* notification);
+  /// @}
 };
 
 }  // namespace qorix

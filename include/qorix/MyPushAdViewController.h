@@ -19,8 +19,8 @@ class OpeningLimit;
 
 /// How an advertisement is presented.
 enum MyPushAdMode : std::int64_t {
-  MyPushAdModePopup = 0,   // in the pop-up window
-  MyPushAdModeBanner = 1,  // in the host view
+  MyPushAdModePopup = 0,   ///< In the pop-up window.
+  MyPushAdModeBanner = 1,  ///< In the host view.
 };
 
 /// Hears what the user does in the page. Main thread. Every method may be left out.
@@ -63,11 +63,13 @@ class QORIX_EXPORT MyPushAdViewController
     return controller;
   }
 
+  /// @{
   /// Initialise a new controller, once, and run `customInit`; false, without it, when that cannot
   /// be. What is missing is as the factory has it.
   bool initWithNibName(const std::optional<std::string>& nibName,
                        const std::shared_ptr<const Bundle>& bundle) override;
   bool initWithCoder(const Dictionary& coder) override;
+  /// @}
 
   /// Gives the controller's view that size (points) and leaves its origin.
   virtual void changeViewSize(const Size& size);
@@ -80,23 +82,32 @@ class QORIX_EXPORT MyPushAdViewController
   /// Ends the page, which nobody will see again: it runs, sounds and fetches no more.
   virtual void endPage();
 
+  /// @{
   /// Tell the delegate, if there is one.
   virtual void handleCloseButtonClicked();
   virtual void handleOpenIAPButtonClickedWithURL(const std::optional<Url>& url);
+  /// @}
 
+  /// @{
   /// Held weakly.
   std::shared_ptr<MyPushAdViewControllerDelegate> delegate() const { return delegate_.lock(); }
   void setDelegate(const std::shared_ptr<MyPushAdViewControllerDelegate>& delegate) {
     delegate_ = delegate;
   }
+  /// @}
 
+  /// @{
+  /// The mode, a MyPushAdMode or any other number; MyPushAdModePopup unless the factory says more.
   std::int64_t pushAdMode() const { return pushAdMode_; }
   void setPushAdMode(std::int64_t mode) { pushAdMode_ = mode; }
+  /// @}
 
+  /// @{
   /// The web view inside the controller's view, which keeps it alive; null before the view is made
   /// and after it is gone.
   virtual std::shared_ptr<WebView> legacyWebView() const { return legacyWebView_.lock(); }
   void setLegacyWebView(const std::shared_ptr<WebView>& webView) { legacyWebView_ = webView; }
+  /// @}
 
   // WebViewDelegate.
   void webViewDidFinishLoadForFrame(const std::shared_ptr<WebView>& webView,

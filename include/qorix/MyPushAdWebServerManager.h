@@ -34,6 +34,7 @@ class QORIX_EXPORT MyPushAdWebServerManager
     return source;
   }
 
+  /// @{
   /// Without an address, or with one that is malformed, the attempt ends silently; one that cannot
   /// be fetched ("commonad.xml") is a transport error. An attempt that has begun comes to its end
   /// though the source is released. Two at a time would mix their bytes.
@@ -43,19 +44,24 @@ class QORIX_EXPORT MyPushAdWebServerManager
   void setDelegate(const std::shared_ptr<MyPushAdDownloadDelegate>& delegate) override {
     delegate_ = delegate;
   }
+  /// @}
 
+  /// @{
   /// Where the document is; a change counts from the next attempt on.
   const std::optional<std::string>& fileUrlString() const { return fileUrlString_; }
   void setFileUrlString(std::optional<std::string> value) { fileUrlString_ = std::move(value); }
+  /// @}
 
   // UrlSessionDelegate: called on the session's thread.
   void urlSessionDidReceiveData(std::string_view data) override;
   void urlSessionDidCompleteWithError(const std::optional<Error>& error) override;
 
  protected:
+  /// @{
   /// Tells the delegate; main thread.
   void handleWithError(const Error& error);
   void handleWithFetchedString(const std::string& text);
+  /// @}
 
  private:
   void openSession();

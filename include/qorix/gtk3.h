@@ -13,6 +13,7 @@
 
 using GtkOverlay = struct _GtkOverlay;
 
+/// The library in a GTK application.
 namespace qorix::gtk {
 
 /// What a host decides about the services that the library uses.
@@ -62,7 +63,8 @@ inline std::shared_ptr<MyPushAdManager> start(const InstallOptions& options);
 /// Puts the services of a GTK desktop in force for the whole process. Call it once, on the main
 /// thread, after gtk_init and before anything else of the library. Never undone: a second call is
 /// refused with one log line, since what waits for the first one's services would be lost. Without
-/// a display, one line is logged; requests then log one more each and show nothing.
+/// a display, one line is logged; each request then logs that no window can be made, as well as
+/// what it logs without a window anyway, and shows nothing.
 QORIX_EXPORT void install(const InstallOptions& options);
 
 /// The View of `overlay`, in which an advertisement may appear above the main child; the same one

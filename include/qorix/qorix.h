@@ -12,3 +12,6 @@
 #include <qorix/QORIXCommonUtil.h>
 #include <qorix/QORIXInfo.h>
 #include <qorix/QORIXVersion.h>
+
+/// The library. A host includes this header and its toolkit's door, <qorix/gtk3.h>.
+namespace qorix {}

@@ -98,7 +98,7 @@ class Run(unittest.TestCase):
 
 class Packages(Run):
     def test_every_verb_installs_what_is_named_for_it_and_no_more(self):
-        for verb in ("test", "build", "bench", "lint", "format", "sanitize"):
+        for verb in ("test", "build", "bench", "lint", "format", "sanitize", "docs", "abi", "package"):
             with self.subTest(verb):
                 self.calls.write_text("")
                 self.installed.write_text("")
@@ -143,6 +143,22 @@ class Packages(Run):
         self.program("apt-get", 'case "$*" in *-qq*install*|install*-qq*) echo no space; exit 100;; esac')
         self.assertEqual(self.run_verb("build"), 1)
         self.assertIn("no space", self.said)
+
+
+class Docs(Run):
+    def test_both_references_are_built_where_both_are(self):
+        self.assertEqual(self.run_verb("docs"), 0)
+        self.assertEqual(re.findall(r"--target (\S+)", "\n".join(self.called("cmake"))),
+                         ["docs-cpp", "docs-c"])
+
+    def test_without_the_c_interface_only_the_other_is(self):
+        self.program("ninja", "exit 1")
+        self.assertEqual(self.run_verb("docs"), 0)
+        self.assertEqual(re.findall(r"--target (\S+)", "\n".join(self.called("cmake"))), ["docs-cpp"])
+
+    def test_an_entry_without_a_description_ends_it(self):
+        self.program("cmake", 'case "$*" in *docs-cpp*) exit 1;; esac')
+        self.assertEqual(self.run_verb("docs"), 1)
 
 
 class WithoutRoot(Run):

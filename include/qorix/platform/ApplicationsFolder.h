@@ -13,6 +13,7 @@ namespace qorix {
 /// The system-wide folder of installed applications. Any thread.
 class QORIX_EXPORT ApplicationsFolder {
  public:
+  /// One item of the folder.
   struct Item {
     /// Whether the platform presents the item as one application package. Absent when that could
     /// not be read.

@@ -20,7 +20,9 @@ class QORIX_EXPORT Bundle : public Object {
   Bundle(std::optional<std::string> bundleIdentifier, Url executableUrl)
       : bundleIdentifier_(std::move(bundleIdentifier)), executableUrl_(std::move(executableUrl)) {}
 
+  /// The reverse-DNS name that the constructor was given; absent for a program that has none.
   const std::optional<std::string>& bundleIdentifier() const { return bundleIdentifier_; }
+  /// The file URL of the program's or library's own file.
   const Url& executableUrl() const { return executableUrl_; }
 
  private:

@@ -34,9 +34,9 @@ class QORIX_EXPORT CloudRecord : public Object {
 /// Asks for the records of one type whose field equals a text. The assets of the last one are
 /// fetched with it; those of the others have no file.
 struct CloudQuery {
-  std::string recordType;
-  std::string fieldName;
-  std::string fieldValue;
+  std::string recordType;  ///< The type of the records that match.
+  std::string fieldName;   ///< The field that is compared.
+  std::string fieldValue;  ///< The text that the field must equal, letter by letter.
 };
 
 /// A set of records.
@@ -51,12 +51,14 @@ class QORIX_EXPORT CloudDatabase : public Object {
   virtual void performQuery(const CloudQuery& query, Completion completion) = 0;
 };
 
+/// A maker's part of a cloud service. Main thread only.
 class QORIX_EXPORT CloudContainer : public Object {
  public:
   /// The database that everybody may read; null when there is none.
   virtual std::shared_ptr<CloudDatabase> publicCloudDatabase() = 0;
 };
 
+/// Makes containers. Main thread only.
 class QORIX_EXPORT CloudContainerFactory {
  public:
   virtual ~CloudContainerFactory() = default;

@@ -18,6 +18,7 @@ class QORIX_EXPORT DomNode : public Object {};
 /// An element of an HTML document. The platform renews it when it hears more of it.
 class QORIX_EXPORT DomHtmlElement : public DomNode {
  public:
+  /// An element with these attributes; what the element lacks is absent.
   DomHtmlElement(std::optional<std::string> idName, std::optional<std::string> className)
       : idName_(std::move(idName)), className_(std::move(className)) {}
 
@@ -40,6 +41,7 @@ class QORIX_EXPORT DomHtmlElement : public DomNode {
 /// A piece of text.
 class QORIX_EXPORT DomText : public DomNode {
  public:
+  /// A text directly in that element; null for a text in none.
   explicit DomText(std::shared_ptr<DomNode> parentElement)
       : parentElement_(std::move(parentElement)) {}
 

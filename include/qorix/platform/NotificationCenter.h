@@ -19,8 +19,11 @@ namespace qorix {
 class QORIX_EXPORT [[nodiscard]] NotificationObservation {
  public:
   NotificationObservation() noexcept;
+  /// @{
+  /// Takes over the observation of `other`; one that this object had ends.
   NotificationObservation(NotificationObservation&& other) noexcept;
   NotificationObservation& operator=(NotificationObservation&& other) noexcept;
+  /// @}
   NotificationObservation(const NotificationObservation&) = delete;
   NotificationObservation& operator=(const NotificationObservation&) = delete;
   ~NotificationObservation();
@@ -43,6 +46,7 @@ class QORIX_EXPORT [[nodiscard]] NotificationObservation {
 /// Delivers notifications to their observers. Main thread only.
 class QORIX_EXPORT NotificationCenter {
  public:
+  /// What an observer does with a notification, which is valid during the call.
   using Handler = std::function<void(const Notification&)>;
 
   NotificationCenter();

@@ -23,27 +23,40 @@ namespace qorix {
 
 /// The services of the machine that the library runs on, one of each. No member is ever null.
 struct Platform {
+  /// Where log lines go.
   std::shared_ptr<Log> log;
+  /// The host's settings.
   std::shared_ptr<UserDefaults> standardUserDefaults;
+  /// Where the library's notifications are posted.
   std::shared_ptr<NotificationCenter> notificationCenter;
+  /// The main thread's loop.
   std::shared_ptr<RunLoop> mainRunLoop;
   /// The host application.
   std::shared_ptr<const Bundle> mainBundle;
   /// This library.
   std::shared_ptr<const Bundle> libraryBundle;
+  /// Fetches the document from a web server.
   std::shared_ptr<UrlSessionFactory> urlSessions;
+  /// Where promoted applications are looked for by name.
   std::shared_ptr<ApplicationsFolder> applicationsFolder;
+  /// Where promoted applications are looked for by identifier.
   std::shared_ptr<ApplicationRegistry> applicationRegistry;
+  /// Opens the addresses of links.
   std::shared_ptr<Workspace> workspace;
+  /// Makes the pop-up window.
   std::shared_ptr<WindowFactory> windows;
+  /// Makes the view of an advertisement.
   std::shared_ptr<InterfaceLoader> interfaceLoader;
+  /// Fetches the document from a cloud record.
   std::shared_ptr<CloudContainerFactory> cloudContainers;
 
+  /// @{
   /// Where the maker of the hosts publishes the ad configuration document, for show requests that
   /// name no address of their own: a URL, and the identifier of a cloud container ("iCloud." and a
   /// reverse-DNS name). Empty when there is none: such a request then logs and fetches nothing.
   std::string defaultAdFileUrl;
   std::string defaultCloudContainerIdentifier;
+  /// @}
 };
 
 /// A platform whose every service does nothing, but for a log on standard error, settings that last

@@ -41,6 +41,7 @@ class QORIX_EXPORT Url {
   /// and in an address that has no path, as "mailto:someone?subject=a".
   std::optional<std::string_view> query() const;
 
+  /// Equal when spelled alike, letter by letter.
   bool operator==(const Url&) const = default;
 
  private:

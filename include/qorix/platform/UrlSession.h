@@ -43,6 +43,7 @@ class QORIX_EXPORT UrlSession {
   virtual void startDataTask(const Url& url) = 0;
 };
 
+/// Makes sessions. Any thread.
 class QORIX_EXPORT UrlSessionFactory {
  public:
   virtual ~UrlSessionFactory() = default;

@@ -35,10 +35,12 @@ class QORIX_EXPORT UserDefaults {
   /// The integer under `key`. 0 when there is none or it is not an integer.
   virtual std::int64_t integerForKey(const std::string& key) = 0;
 
+  /// @{
   /// Set the value under `key`, in place of whatever is there.
   virtual void setString(const std::string& value, const std::string& key) = 0;
   virtual void setStringArray(const std::vector<std::string>& value, const std::string& key) = 0;
   virtual void setInteger(std::int64_t value, const std::string& key) = 0;
+  /// @}
 
   /// Removes whatever is under `key`, if there is anything.
   virtual void removeObjectForKey(const std::string& key) = 0;
@@ -49,9 +51,11 @@ class QORIX_EXPORT UserDefaults {
   virtual bool synchronize() = 0;
 
   /// From here to `endDecision`, reads rest on one look at the store, and so does what is set:
+  /// @{
   /// values that belong together are read together. Decisions may be nested.
   virtual void beginDecision() {}
   virtual void endDecision() {}
+  /// @}
 };
 
 }  // namespace qorix

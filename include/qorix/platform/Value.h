@@ -21,7 +21,9 @@
 namespace qorix {
 
 class Value;
+/// Values in an order.
 using Array = std::vector<Value>;
+/// Values under names.
 using Dictionary = std::map<std::string, Value>;
 
 /// One value of a loosely typed dictionary: a notification's user info, the action information of a
@@ -29,7 +31,12 @@ using Dictionary = std::map<std::string, Value>;
 /// none when the value is of another type.
 class QORIX_EXPORT Value {
  public:
-  Value() = default;                  // null
+  /// Null.
+  Value() = default;
+
+  /// @{
+  /// A value of the argument's type. Integers become 64 bits wide; an object is shared, not copied,
+  /// and one that is const can be read as const only.
   template <std::same_as<bool> Flag>  // else every pointer would be true
   Value(Flag value) : content_(value) {}
   Value(std::int64_t value) : content_(value) {}
@@ -45,7 +52,9 @@ class QORIX_EXPORT Value {
   Value(std::shared_ptr<T> object)
       : content_(std::shared_ptr<std::conditional_t<std::is_const_v<T>, const Object, Object>>(
             std::move(object))) {}
+  /// @}
 
+  /// Whether there is no value at all; a null pointer to an object is one.
   bool isNull() const { return std::holds_alternative<std::monostate>(content_); }
 
   /// True for integers, fractions and booleans alike.

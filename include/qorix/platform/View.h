@@ -45,7 +45,9 @@ class QORIX_EXPORT View : public Object {
   virtual void setPostsFrameChangedNotifications(bool posts) = 0;
 
   /// What assistive technology, such as a screen reader, calls the advertisement that this view
-  /// holds; empty if it has no title. Does nothing on a platform that has no such technology.
+  /// holds, UTF-8. The library calls it on the main thread, with the title or with an empty text if
+  /// there is none. If the text is empty, or this is never called, the advertisement is called
+  /// "Advertisement". Does nothing on a platform that has no such technology.
   virtual void setAccessibleName(const std::string& /*name*/) {}
 
   /// Whether the native view has been destroyed, or is being destroyed: nothing can be shown in it

@@ -15,31 +15,39 @@
 
 namespace qorix {
 
+/// @{
 /// What the archive of a controller may hold, both texts: the name of the interface file, the
 /// title.
 inline constexpr const char* kViewControllerNibNameKey = "NSNibName";
 inline constexpr const char* kViewControllerTitleKey = "NSTitle";
+/// @}
 
 /// Owns a view, which it makes when it is first asked for. Main thread only.
 class QORIX_EXPORT ViewController : public Object {
  public:
+  /// @{
   /// Initialise a new controller, once: with the interface file of its view and the bundle that has
   /// it, either of which may be missing, or from its archive. False when the controller cannot be.
   virtual bool initWithNibName(const std::optional<std::string>& nibName,
                                const std::shared_ptr<const Bundle>& bundle);
   virtual bool initWithCoder(const Dictionary& coder);
+  /// @}
 
+  /// @{
   /// What the controller was initialised with; absent until then.
   const std::optional<std::string>& nibName() const { return nibName_; }
   const std::shared_ptr<const Bundle>& nibBundle() const { return nibBundle_; }
+  /// @}
 
   /// The view; made, and announced to `viewDidLoad`, by the first call. Null when it cannot be
   /// made, and then tried again by the next call.
   std::shared_ptr<View> view();
 
+  /// @{
   /// The title for people; absent until it is set. A window made for the controller shows it.
   const std::optional<std::string>& title() const { return title_; }
   void setTitle(const std::string& title);
+  /// @}
 
  protected:
   /// Makes the view. Called at most once successfully.

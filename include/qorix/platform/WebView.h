@@ -19,19 +19,20 @@ class WebView;
 
 /// The frame of a page that an event is about.
 struct WebFrame {
-  bool isMainFrame = true;
+  bool isMainFrame = true;  ///< False for a frame inside the page.
 };
 
 /// What made a page ask for a navigation; the value under kWebActionNavigationTypeKey.
 enum class WebNavigationType : int {
-  linkClicked = 0,
-  formSubmitted = 1,
-  backForward = 2,
-  reload = 3,
-  formResubmitted = 4,
-  other = 5,
+  linkClicked = 0,      ///< A link was activated.
+  formSubmitted = 1,    ///< A form was sent.
+  backForward = 2,      ///< The history was walked.
+  reload = 3,           ///< The page is loaded once more.
+  formResubmitted = 4,  ///< A form was sent once more.
+  other = 5,            ///< Anything else, such as the first load or a script.
 };
 
+/// @{
 /// Keys of a navigation's action information. The element dictionary is there when the navigation
 /// came from a click and its DOM node is the innermost node that was hit, as it is when the
 /// question is asked; by the keyboard that is the focused link. Whether an act of the user's own
@@ -41,14 +42,15 @@ inline constexpr const char* kWebActionNavigationTypeKey = "WebActionNavigationT
 inline constexpr const char* kWebActionElementKey = "WebActionElementKey";
 inline constexpr const char* kWebElementDomNodeKey = "WebElementDOMNode";
 inline constexpr const char* kWebActionIsUserActKey = "WebActionIsUserActKey";
+/// @}
 
 /// Takes the decision on one navigation. Call one of the two exactly once, before the delegate's
 /// method returns.
 class QORIX_EXPORT WebPolicyDecisionListener {
  public:
   virtual ~WebPolicyDecisionListener() = default;
-  virtual void use() = 0;
-  virtual void ignore() = 0;
+  virtual void use() = 0;     ///< The page goes there.
+  virtual void ignore() = 0;  ///< The page stays where it is.
 };
 
 /// Hears what happens in a web view. Called on the main thread. Every method may be left out.
@@ -56,6 +58,7 @@ class QORIX_EXPORT WebViewDelegate {
  public:
   virtual ~WebViewDelegate() = default;
 
+  /// A frame has begun to fetch a page.
   virtual void webViewDidStartProvisionalLoadForFrame(const std::shared_ptr<WebView>& /*webView*/,
                                                       const WebFrame& /*frame*/) {}
 
@@ -63,6 +66,8 @@ class QORIX_EXPORT WebViewDelegate {
   virtual void webViewDidFinishLoadForFrame(const std::shared_ptr<WebView>& /*webView*/,
                                             const WebFrame& /*frame*/) {}
 
+  /// The pointer is over another element than before; `element` describes it as a navigation's
+  /// action information does.
   virtual void webViewMouseDidMoveOverElement(const std::shared_ptr<WebView>& /*webView*/,
                                               const Dictionary& /*element*/) {}
 

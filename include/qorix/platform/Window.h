@@ -18,9 +18,10 @@ namespace qorix {
 /// object is the window, there is no user info.
 inline constexpr const char* kWindowWillCloseNotification = "NSWindowWillCloseNotification";
 
+/// Where a window lies among the others.
 enum class WindowLevel {
-  normal,
-  floating,  // stays above ordinary windows
+  normal,    ///< As the desktop stacks ordinary windows.
+  floating,  ///< Stays above ordinary windows.
 };
 
 /// A top-level window. Main thread only. Its native window may be destroyed by others at any
@@ -32,12 +33,17 @@ class QORIX_EXPORT Window : public Object {
   /// The view that fills the window's content.
   virtual std::shared_ptr<View> contentView() const = 0;
 
+  /// @{
+  /// The outer frame. The desktop may give the window another place and size than it was asked for.
   virtual Rect frame() const = 0;
   virtual void setFrame(const Rect& frame) = 0;
+  /// @}
 
+  /// @{
   /// The outer frame of a window whose content is at `contentRect`, and the other way round.
   virtual Rect frameRectForContentRect(const Rect& contentRect) const = 0;
   virtual Rect contentRectForFrameRect(const Rect& frameRect) const = 0;
+  /// @}
 
   /// The monitor that most of the window is on, or null when it is on none. A window without any
   /// extent is on the monitor that its place is on.
@@ -58,7 +64,10 @@ class QORIX_EXPORT Window : public Object {
   /// visible nor minimised.
   virtual void close() = 0;
 
+  /// Keeps the window at that level from now on; a new window's level is `normal`.
   virtual void setLevel(WindowLevel level) = 0;
+
+  /// The title in the window's decorations, UTF-8.
   virtual void setTitle(const std::string& title) = 0;
 
   /// Keeps the owner of the content view alive as long as the window.
@@ -68,6 +77,7 @@ class QORIX_EXPORT Window : public Object {
   std::shared_ptr<Object> contentOwner_;
 };
 
+/// Makes windows. Main thread only.
 class QORIX_EXPORT WindowFactory {
  public:
   virtual ~WindowFactory() = default;
