@@ -11,7 +11,8 @@ import sys
 from pathlib import Path
 
 BLOCK = re.compile(r"^```(.+)\n((?:.*\n)*?)```$", re.MULTILINE)
-TESTED_ELSEWHERE = ("cpp", "console")  # HostGuideCodeTest compiles and runs these
+# These are compiled, run, or compared with a request.
+TESTED_ELSEWHERE = ("cpp", "console", "http cloud-request", "json cloud-body")
 CONSUMERS = Path("tests/package/consumers")
 
 
