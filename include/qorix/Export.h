@@ -7,4 +7,8 @@
 // which has both numbers of the version (libqorix.so.2.0): a program runs with the release that it
 // was built with, and several can be installed at once. Within one soname nothing of this changes.
 
+#ifdef __cplusplus
 #define QORIX_EXPORT [[gnu::visibility("default")]]
+#else  // C had no such spelling before C23
+#define QORIX_EXPORT __attribute__((visibility("default")))
+#endif
