@@ -21,6 +21,13 @@ endfunction()
 
 qorix_objects(properObjects properLibraries ${properRooms})
 qorix_objects(gtkObjects gtkLibraries ${platformRooms})
+# The functions of text/ are not exported; they have no state, so a shared libqorix-gtk3 has its own.
+if(BUILD_SHARED_LIBS)
+  list(APPEND gtkObjects $<TARGET_OBJECTS:qorix-room-text>)
+endif()
+# What has headers alone is in the objects already.
+list(REMOVE_ITEM properLibraries nlohmann_json::nlohmann_json)
+list(REMOVE_ITEM gtkLibraries nlohmann_json::nlohmann_json)
 
 # The time of the build: stamped anew when anything else of the library was compiled anew, and when
 # the build is configured for another time or another way of linking.
@@ -39,27 +46,36 @@ target_include_directories(qorix-build-stamp PRIVATE ${PROJECT_SOURCE_DIR})
 set_target_properties(qorix-build-stamp PROPERTIES
   POSITION_INDEPENDENT_CODE ON CXX_VISIBILITY_PRESET hidden UNITY_BUILD OFF)
 
-# The interface of a library that hosts link. <qorix/Export.h> says why its soname has both numbers
-# of the version.
-function(qorix_library target)
+configure_file(${PROJECT_SOURCE_DIR}/cmake/exports.map.in exports.map @ONLY)
+
+# qorix_library(TARGET INSTALLED LIBRARIES): the interface of a library that hosts link. What it uses
+# has the name `installed` where the package file of an installed QORIX has looked for it.
+function(qorix_library target installed libraries)
   target_include_directories(${target} PUBLIC
     $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>
     $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/qorix-${PROJECT_VERSION_MAJOR}>)
   target_compile_features(${target} PUBLIC cxx_std_20)
+  target_link_libraries(${target} PRIVATE "$<BUILD_INTERFACE:${libraries}>")
+  set(exports ${PROJECT_BINARY_DIR}/exports.map)
+  if(BUILD_SHARED_LIBS)
+    target_link_options(${target} PRIVATE LINKER:--version-script=${exports})
+  else()
+    target_link_libraries(${target} INTERFACE $<INSTALL_INTERFACE:$<LINK_ONLY:PkgConfig::${installed}>>)
+  endif()
   set_target_properties(${target} PROPERTIES
-    VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION} LINKER_LANGUAGE CXX)
+    LINK_DEPENDS ${exports}
+    VERSION ${PROJECT_VERSION} SOVERSION ${QORIX_ABI} LINKER_LANGUAGE CXX INSTALL_RPATH $ORIGIN)
 endfunction()
 
 add_library(qorix ${properObjects} $<TARGET_OBJECTS:qorix-build-stamp>)
 add_library(qorix::qorix ALIAS qorix)
-target_link_libraries(qorix PRIVATE ${properLibraries})
-qorix_library(qorix)
+qorix_library(qorix QORIX_STATIC "${properLibraries}")
 
 add_library(qorix-gtk3 ${gtkObjects})
 add_library(qorix::gtk3 ALIAS qorix-gtk3)
-# The functions of text/ are not exported; they have no state, so this library has its own.
-target_link_libraries(qorix-gtk3 PUBLIC qorix PRIVATE qorix-room-text ${gtkLibraries})
-qorix_library(qorix-gtk3)
+# A public header includes GTK's.
+target_link_libraries(qorix-gtk3 PUBLIC qorix PkgConfig::QORIX_GTK3)
+qorix_library(qorix-gtk3 QORIX_GTK3_STATIC "${gtkLibraries}")
 
 # All rooms of the library proper, with what they keep to themselves: for the tests and the tools.
 add_library(qorix-inside INTERFACE)

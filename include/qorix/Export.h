@@ -2,10 +2,11 @@
 
 // What the shared libraries export; everything else in them is hidden.
 //
-// Hosts subclass the library's classes and see their members, so a release may change the size of a
-// class and the order of its virtual functions. Whoever links a release therefore links its soname,
-// which has both numbers of the version (libqorix.so.2.0): a program runs with the release that it
-// was built with, and several can be installed at once. Within one soname nothing of this changes.
+// Hosts subclass the library's classes and see their members, so a change of a class's size or of the
+// order of its virtual functions breaks them. Whoever links the library therefore links its soname,
+// libqorix.so.2, with the number of the binary interface: within one number nothing that a host sees
+// goes away or changes its shape, and libraries of several numbers can be installed at once. The
+// number is not the version's; abi/README.md says when it grows.
 
 #ifdef __cplusplus
 #define QORIX_EXPORT [[gnu::visibility("default")]]

@@ -2,11 +2,13 @@
 """A project that includes this one gets the two libraries and keeps its own ways.
 usage: guest_test.py CMAKE ROOT
 
-Only configures; what a guest can include and link is tested elsewhere.
+Only configures, and compiles one source; what a guest can include and link is tested elsewhere.
 """
 
 import json
 import os
+import shlex
+import shutil
 import subprocess
 import sys
 import tempfile
@@ -28,6 +30,16 @@ endif()
 """
 
 
+def configure(guest, *options):
+    """Configures the project in `guest` and returns the commands that compile its sources."""
+    plain = {k: v for k, v in os.environ.items() if k not in ("CXXFLAGS", "CMAKE_BUILD_TYPE")}
+    result = subprocess.run([CMAKE, "-G", "Ninja", "-S", guest, "-B", guest / "out", *options],
+                            env=plain, capture_output=True, text=True)
+    if result.returncode != 0:
+        raise AssertionError(result.stdout + result.stderr)
+    return json.loads((guest / "out/compile_commands.json").read_text())
+
+
 class Guest(unittest.TestCase):
     @classmethod
     def setUpClass(cls):
@@ -36,12 +48,7 @@ class Guest(unittest.TestCase):
         guest = Path(folder.name)
         (guest / "guest.cpp").write_text("int main() {}\n")
         (guest / "CMakeLists.txt").write_text(PROJECT.format(root=ROOT))
-        plain = {k: v for k, v in os.environ.items() if k not in ("CXXFLAGS", "CMAKE_BUILD_TYPE")}
-        result = subprocess.run([CMAKE, "-G", "Ninja", "-S", guest, "-B", guest / "out"],
-                                env=plain, capture_output=True, text=True)
-        if result.returncode != 0:
-            raise AssertionError(result.stdout + result.stderr)
-        commands = json.loads((guest / "out/compile_commands.json").read_text())
+        commands = configure(guest)
         cls.commands = {Path(c["file"]): c["command"] for c in commands}
         cls.own = next(c for f, c in cls.commands.items() if f.name == "guest.cpp")
 
@@ -62,6 +69,22 @@ class Guest(unittest.TestCase):
 
     def test_a_warning_does_not_end_a_guests_build(self):
         self.assertEqual([f for f, c in self.commands.items() if "-Werror" in c], [])
+
+
+class GuideForHosts(unittest.TestCase):
+    def test_the_guides_project_with_the_sources_compiles(self):
+        with tempfile.TemporaryDirectory() as folder:
+            guest = Path(folder)
+            consumers = Path(ROOT) / "tests/package/consumers"
+            shutil.copy(consumers / "subdirectory/CMakeLists.txt", guest)
+            shutil.copy(consumers / "main.cpp", guest)
+            (guest / "qorix").symlink_to(ROOT)
+            commands = configure(guest, "-D", "CMAKE_EXPORT_COMPILE_COMMANDS=ON")
+            own = next(c for c in commands if Path(c["file"]).name == "main.cpp" and
+                       Path(c["file"]).parent == guest)
+            compiled = subprocess.run([*shlex.split(own["command"]), "-fsyntax-only"],
+                                      cwd=own["directory"], capture_output=True, text=True)
+            self.assertEqual(compiled.returncode, 0, compiled.stderr)
 
 
 if __name__ == "__main__":

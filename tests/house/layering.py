@@ -36,7 +36,7 @@ def may_use_toolkit(rooms, path):
         rooms.of(path) in ("platform/gtk", "platform/gtk/glib", "examples")
         or path == C_INTERFACE
         or path.parts[:2] == ("tools", "preview")
-        or path.parts[:3] == ("tools", "common", "display")
+        or path.parts[:3] in (("tools", "common", "display"), ("tests", "package", "consumers"))
         or path.parts[0] in ("tests", "bench")
         and "gtk" in str(path).lower()
     )

@@ -8,7 +8,7 @@ import re
 import sys
 from pathlib import Path
 
-TEST = re.compile(r"^TEST(?:_F|_P)?\(\s*(\w+),\s*(\w+)\s*\)|NAME (build|examples|house)\.", re.MULTILINE)
+TEST = re.compile(r"^TEST(?:_F|_P)?\(\s*(\w+),\s*(\w+)\s*\)|NAME (build|docs|examples|house)\.", re.MULTILINE)
 
 
 def tests(root):
