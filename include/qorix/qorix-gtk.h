@@ -9,7 +9,7 @@
  * All calls belong to the main thread unless their description says otherwise. Texts are UTF-8. A
  * call with a wrong argument (none or another type where one is needed, no UTF-8) logs one critical
  * message of GLib, does nothing, and returns %NULL or 0. The library reports other faults in log
- * lines of its own.
+ * lines of its own. It throws no C++ exception, and no signal handler may let one out.
  */
 
 #include <gtk/gtk.h>

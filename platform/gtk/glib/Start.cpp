@@ -15,9 +15,9 @@ void qorix_install(QorixInstallOptions* options) {
 
 QorixManager* qorix_start(QorixInstallOptions* options) {
   g_return_val_if_fail(QORIX_IS_INSTALL_OPTIONS(options), nullptr);
-  qorix::callGuarded([options] {
-    qorix::gtk::start(qorix::gtk::installOptionsOf(*options));
+  return qorix::gtk::guardedResult<QorixManager*>(nullptr, [options]() -> QorixManager* {
+    const auto manager = qorix::gtk::start(qorix::gtk::installOptionsOf(*options));
     qorix::gtk::letManagerListenAgain();
+    return manager == nullptr ? nullptr : qorix_manager_get_default();
   });
-  return qorix_manager_get_default();
 }

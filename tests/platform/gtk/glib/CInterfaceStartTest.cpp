@@ -1,5 +1,6 @@
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <array>
 #include <filesystem>
 #include <string>
@@ -24,6 +25,7 @@ namespace qorix::test {
 namespace {
 
 using ::testing::ElementsAre;
+using ::testing::EndsWith;
 
 constexpr std::array<std::pair<const char*, std::string gtk::InstallOptions::*>, 8> kProperties{{
     {"bundle-identifier", &gtk::InstallOptions::bundleIdentifier},
@@ -144,7 +146,11 @@ TEST_F(CInterfaceStartTest, aStartedManagerKnowsItsHostAndListens) {
 
 TEST_F(CInterfaceStartTest, aHostWithAManagerOfItsOwnGetsNone) {
   const auto own = MyPushAdManager::alloc();
+  testing::internal::CaptureStderr();
   EXPECT_EQ(qorix_start(options_), nullptr);
+  const std::string told = testing::internal::GetCapturedStderr();
+  EXPECT_THAT(told, EndsWith("This MACRO only supports really singlton class.\n"));
+  EXPECT_EQ(std::ranges::count(told, '\n'), 1);
   EXPECT_EQ(platform().mainBundle->bundleIdentifier(), "com.example.c");
 }
 
