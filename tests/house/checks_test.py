@@ -344,15 +344,17 @@ class UsingDeclarations(Tree):
 class Promises(Tree):
     def faults_for(self, named):
         self.write("tests/a/SomeTest.cpp", "TEST_F(SomeTest, endsWell) {}\n")
+        self.write("tests/a/CMakeLists.txt", "add_test(NAME tools.script COMMAND x)\n")
         self.write("docs/testing.md", f"| promise | tests |\n|---|---|\n| it holds | {named} |\n")
         return list(promises.faults(self.root))
 
     def test_a_test_that_exists(self):
-        for named in ("`SomeTest`", "`SomeTest.endsWell`", "`SomeTest.ends…`, `Some…`"):
+        for named in ("`SomeTest`", "`SomeTest.endsWell`", "`SomeTest.ends…`, `Some…`", "`tools.script`", "`tools.…`"):
             self.assertEqual(self.faults_for(named), [])
 
     def test_a_test_that_is_gone(self):
-        for named in ("`OtherTest`", "`Some`", "`SomeTest.endsBadly`", "`SomeTest.ends`", "`SomeTest`, `SomeTest.begins…`"):
+        for named in ("`OtherTest`", "`Some`", "`SomeTest.endsBadly`", "`SomeTest.ends`", "`tools.other`",
+                      "`SomeTest`, `SomeTest.begins…`"):
             self.assertEqual(len(self.faults_for(named)), 1)
 
 

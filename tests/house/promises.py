@@ -8,15 +8,16 @@ import re
 import sys
 from pathlib import Path
 
-TEST = re.compile(r"^TEST(?:_F|_P)?\(\s*(\w+),\s*(\w+)\s*\)|NAME (build|docs|examples|house)\.", re.MULTILINE)
+TEST = re.compile(r"^TEST(?:_F|_P)?\(\s*(\w+),\s*(\w+)\s*\)|"
+                  r"NAME (build|docs|examples|house|tools)\.([\w-]*)", re.MULTILINE)
 
 
 def tests(root):
     """Every test as "Suite.name"."""
     for path in sorted((root / "tests").rglob("*")):
         if path.name == "CMakeLists.txt" or path.suffix == ".cpp":
-            for suite, name, house in TEST.findall(path.read_text()):
-                yield f"{suite or house}.{name}"
+            for suite, name, group, script in TEST.findall(path.read_text()):
+                yield f"{suite or group}.{name or script}"
 
 
 def faults(root):
