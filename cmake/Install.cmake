@@ -1,4 +1,5 @@
-# What `cmake --install` puts where, by component: runtime, development, tools, documentation.
+# What `cmake --install` puts where, by component: runtime, development,
+# introspection, tools, documentation.
 
 include(CMakePackageConfigHelpers)
 
@@ -51,7 +52,24 @@ endfunction()
 install_package_file(qorix ${QORIX_REQUIRES})
 install_package_file(qorix-gtk3 ${QORIX_GTK3_REQUIRES})
 
+# For other languages.
+if(TARGET qorix-gir)
+  install(FILES ${PROJECT_BINARY_DIR}/introspection/Qorix-2.0.typelib
+    DESTINATION ${CMAKE_INSTALL_LIBDIR}/girepository-1.0 COMPONENT introspection)
+  install(FILES ${PROJECT_BINARY_DIR}/introspection/Qorix-2.0.gir
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/gir-1.0 COMPONENT introspection)
+  install(FILES ${PROJECT_BINARY_DIR}/introspection/qorix-gtk3-2.0.vapi
+                ${PROJECT_BINARY_DIR}/introspection/qorix-gtk3-2.0.deps
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/vala/vapi COMPONENT introspection)
+endif()
+
 if(QORIX_BUILD_TOOLS)
+  install(DIRECTORY tools/completions/bash/
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT tools)
+  install(DIRECTORY tools/completions/zsh/
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/site-functions COMPONENT tools)
+  install(DIRECTORY tools/completions/fish/
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d COMPONENT tools)
   foreach(tool adcheck preview)
     install(TARGETS qorix-${tool} RUNTIME COMPONENT tools)
     install(FILES tools/${tool}/qorix-${tool}.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT tools)
@@ -63,4 +81,4 @@ install(DIRECTORY examples DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documen
 install(FILES README.md CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation)
 install(FILES docs/ad-authors.md docs/performance.md
   DESTINATION ${CMAKE_INSTALL_DOCDIR}/docs COMPONENT documentation)
-install(DIRECTORY docs/images DESTINATION ${CMAKE_INSTALL_DOCDIR}/docs COMPONENT documentation)
+install(DIRECTORY docs/images docs/schema DESTINATION ${CMAKE_INSTALL_DOCDIR}/docs COMPONENT documentation)

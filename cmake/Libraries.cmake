@@ -1,7 +1,7 @@
 # What is shipped: libqorix, without a toolkit, from the rooms of the library proper, and
 # libqorix-gtk3 from those of the GTK 3 desktop. Both offer the headers in include/ and no others.
 
-set(platformRooms platform/linux platform/gtk)
+set(platformRooms platform/linux platform/gtk platform/gtk/glib)
 set(properRooms ${QORIX_ROOMS})
 list(REMOVE_ITEM properRooms ${platformRooms})
 

@@ -8,4 +8,8 @@
 // goes away or changes its shape, and libraries of several numbers can be installed at once. The
 // number is not the version's; abi/README.md says when it grows.
 
+#ifdef __cplusplus
 #define QORIX_EXPORT [[gnu::visibility("default")]]
+#else  // C had no such spelling before C23
+#define QORIX_EXPORT __attribute__((visibility("default")))
+#endif

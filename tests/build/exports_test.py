@@ -10,6 +10,8 @@ from pathlib import Path
 
 MARKED = re.compile(r"(?:class|struct) QORIX_EXPORT (?:\[\[nodiscard\]\] )?(\w+)|"
                     r"^QORIX_EXPORT (?:extern )?[^;{(]*?(\w+)(?:\(|\[\]|;)", re.MULTILINE)
+# GLib's macro for a class declares this function first.
+CLASS = re.compile(r"^QORIX_EXPORT\s+G_DECLARE_FINAL_TYPE\(\w+, (\w+),", re.MULTILINE)
 OWN = re.compile(r"^(?:(?:vtable|typeinfo|typeinfo name|VTT|construction vtable) for |"
                  r"(?:non-virtual|virtual) thunk to )?qorix::(?:gtk::)?(?:\w+ )?(\w+)")
 
@@ -17,8 +19,11 @@ OWN = re.compile(r"^(?:(?:vtable|typeinfo|typeinfo name|VTT|construction vtable)
 def marked(root):
     """The names that the public headers mark."""
     for header in sorted((root / "include").rglob("*.h")):
-        for names in MARKED.findall(header.read_text()):
+        text = header.read_text()
+        for names in MARKED.findall(text):
             yield from filter(None, names)
+        for name in CLASS.findall(text):
+            yield f"{name}_get_type"
 
 
 def exported(library):

@@ -23,11 +23,15 @@ COMPONENTS = {
     "development": ["include/qorix-2/qorix/*.h", "lib/libqorix.so", "lib/libqorix-gtk3.so",
                     "lib/cmake/qorix/qorix-*.cmake", "lib/pkgconfig/qorix-2.0.pc",
                     "lib/pkgconfig/qorix-gtk3-2.0.pc"],
-    "tools": ["bin/qorix-adcheck", "bin/qorix-preview", "share/man/man1/qorix-adcheck.1",
-              "share/man/man1/qorix-preview.1"],
+    "introspection": ["lib/girepository-1.0/Qorix-2.0.typelib", "share/gir-1.0/Qorix-2.0.gir",
+                      "share/vala/vapi/qorix-gtk3-2.0.vapi", "share/vala/vapi/qorix-gtk3-2.0.deps"],
+    "tools": [pattern.format(tool) for tool in ("adcheck", "preview") for pattern in (
+        "bin/qorix-{}", "share/man/man1/qorix-{}.1", "share/bash-completion/completions/qorix-{}",
+        "share/zsh/site-functions/_qorix-{}", "share/fish/vendor_completions.d/qorix-{}.fish")],
     "documentation": ["share/doc/qorix/README.md", "share/doc/qorix/CHANGELOG.md",
                       "share/doc/qorix/docs/ad-authors.md", "share/doc/qorix/docs/*.png",
-                      "share/doc/qorix/docs/performance.md", "share/doc/qorix/examples/host/main.cpp",
+                      "share/doc/qorix/docs/performance.md", "share/doc/qorix/docs/schema/*",
+                      "share/doc/qorix/examples/host/main.cpp",
                       "share/doc/qorix/examples/*"],
 }
 HOSTS = Path(__file__).resolve().parent.parent / "package/hosts_test.py"
@@ -70,7 +74,7 @@ class Install(unittest.TestCase):
             cls.by_component[component] = files_in(cls.staging / component)
         run([CMAKE, "--install", BUILD, "--prefix", "/opt/qorix"],
             env={**os.environ, "DESTDIR": str(cls.staging / "all")})
-        cls.prefix = Path(temporary.name) / "else where"
+        cls.prefix = Path(temporary.name) / "elsewhere"
         (cls.staging / "all/opt/qorix").rename(cls.prefix)
         cls.include = cls.prefix / "include/qorix-2"
         cls.packages = {**os.environ, "PKG_CONFIG_PATH": str(cls.prefix / "lib/pkgconfig")}
@@ -112,8 +116,8 @@ class Install(unittest.TestCase):
                 self.assertNotIn(build, (self.prefix / file).read_bytes(), file)
 
     def test_pkg_config_leads_to_the_moved_files(self):
-        flags = " ".join(self.pkg_config("--cflags", "--libs", "qorix-gtk3-2.0")).replace("\\ ", " ")
-        paths = re.findall(r"-[IL](\S*/else where/\S*)", flags)
+        flags = " ".join(self.pkg_config("--cflags", "--libs", "qorix-gtk3-2.0"))
+        paths = re.findall(r"-[IL](\S*/elsewhere/\S*)", flags)
         self.assertEqual({os.path.realpath(path) for path in paths},
                          {str(self.include), str(self.prefix / "lib")})
         self.assertIn("-lqorix-gtk3 -lqorix", flags)

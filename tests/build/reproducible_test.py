@@ -28,7 +28,7 @@ def run(command, environment=ENVIRONMENT):
 def configure(cmake, source, folder, environment=ENVIRONMENT, more=()):
     # Optimising, or compiling each source alone, would add time only.
     options = ["-G", "Ninja", "-D", "CMAKE_BUILD_TYPE=Debug", "-D", "CMAKE_UNITY_BUILD=ON"]
-    for part in ("TESTS", "EXAMPLES", "TOOLS"):
+    for part in ("TESTS", "EXAMPLES", "TOOLS", "INTROSPECTION"):
         options += ["-D", f"QORIX_BUILD_{part}=OFF"]
     run([cmake, "-S", source, "-B", folder, *options, *more], environment)
 

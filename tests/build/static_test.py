@@ -44,7 +44,7 @@ def main():
         faults = list(missing(prefix))
         if not faults:
             hosts = ROOT / "tests/package/hosts_test.py"
-            run(sys.executable, "-B", hosts, "--prefix", prefix)
+            run(sys.executable, "-B", hosts, "--prefix", prefix, "--static")
     print("\n".join(faults) or "hosts work with the static libraries")
     return 1 if faults else 0
 

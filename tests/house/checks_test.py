@@ -42,6 +42,7 @@ webview: definition
 manager: webview sources
 platform/linux: platform
 platform/gtk: platform/linux
+platform/gtk/glib: manager platform/gtk
 """)
 
 
@@ -52,11 +53,13 @@ class Layering(House):
         self.write("include/qorix/MyPushAdManager.h", "// For hosts.\n")
         self.write("include/qorix/MyPushAdInfo.h", "// Machinery: public for those who extend it.\n")
         self.write("include/qorix/platform/View.h", "// Platform: values and ports.\n")
+        self.write("include/qorix/qorix-gtk.h", "/* For hosts. */\n")
         for name in (
             "text/Case.h",
             "platform/Guarded.h",
             "platform/linux/HttpSession.h",
             "platform/gtk/Views.h",
+            "platform/gtk/glib/Manager.h",
             "definition/XmlTree.h",
             "definition/MyPushAdInfo+Reading.cpp",
             "sources/Body.h",
@@ -147,11 +150,22 @@ class Layering(House):
         self.assert_refused("manager/Cache.cpp", '"platform/gtk/Views.h"')
         self.assert_refused("manager/Cache.cpp", '"platform/linux/HttpSession.h"')
 
+    def test_platform_that_knows_the_c_interface(self):
+        self.assert_refused("platform/gtk/Views.cpp", '"platform/gtk/glib/Manager.h"')
+        self.assert_refused("platform/gtk/Views.cpp", '"manager/Cache.h"')
+
+    def test_third_party_header_in_the_c_interface(self):
+        self.assert_refused("include/qorix/qorix-gtk.h", "<nlohmann/json.hpp>")
+        self.assert_refused("include/qorix/qorix-gtk.h", '"platform/gtk/glib/Manager.h"')
+
     def test_relative_include(self):
         self.assert_refused("manager/Cache.cpp", '"../webview/Marks.h"')
 
     def test_what_is_allowed(self):
         self.assert_allowed("platform/gtk/Views.cpp", "<gtk/gtk.h>")
+        self.assert_allowed("platform/gtk/glib/Manager.cpp", "<gtk/gtk.h>")
+        self.assert_allowed("platform/gtk/glib/Manager.cpp", "<qorix/MyPushAdManager.h>")
+        self.assert_allowed("include/qorix/qorix-gtk.h", "<gtk/gtk.h>")
         self.assert_allowed("platform/linux/Apps.cpp", "<gio/gio.h>")
         self.assert_allowed("include/qorix/platform/View.h", "<string_view>")
         self.assert_allowed("include/qorix/MyPushAdInfo.h", "<qorix/platform/View.h>")
@@ -167,6 +181,7 @@ class Layering(House):
 
 class Architecture(House):
     ROWS = [
+        "| `platform/gtk/glib/` | `manager/`, `platform/gtk/` | signals |",
         "| `platform/gtk/` | `platform/linux/` | windows |",
         "| `platform/linux/` | `platform/` | files |",
         "| `manager/` | `webview/`, `sources/` | requests |",
@@ -329,15 +344,17 @@ class UsingDeclarations(Tree):
 class Promises(Tree):
     def faults_for(self, named):
         self.write("tests/a/SomeTest.cpp", "TEST_F(SomeTest, endsWell) {}\n")
+        self.write("tests/a/CMakeLists.txt", "add_test(NAME tools.script COMMAND x)\n")
         self.write("docs/testing.md", f"| promise | tests |\n|---|---|\n| it holds | {named} |\n")
         return list(promises.faults(self.root))
 
     def test_a_test_that_exists(self):
-        for named in ("`SomeTest`", "`SomeTest.endsWell`", "`SomeTest.ends…`, `Some…`"):
+        for named in ("`SomeTest`", "`SomeTest.endsWell`", "`SomeTest.ends…`, `Some…`", "`tools.script`", "`tools.…`"):
             self.assertEqual(self.faults_for(named), [])
 
     def test_a_test_that_is_gone(self):
-        for named in ("`OtherTest`", "`Some`", "`SomeTest.endsBadly`", "`SomeTest.ends`", "`SomeTest`, `SomeTest.begins…`"):
+        for named in ("`OtherTest`", "`Some`", "`SomeTest.endsBadly`", "`SomeTest.ends`", "`tools.other`",
+                      "`SomeTest`, `SomeTest.begins…`"):
             self.assertEqual(len(self.faults_for(named)), 1)
 
 

@@ -19,6 +19,9 @@ GLIB = re.compile(r"(glib|gio|gobject|gmodule)([/.-]|-object\.h)|glib(-[a-z]+)?\
 
 INCLUDE = re.compile(r'^\s*#\s*include\s*(?:<([^>]+)>|"([^"]+)")')
 
+# The public header that offers the toolkit's types to C.
+C_INTERFACE = Path("include/qorix/qorix-gtk.h")
+
 # What a public header says of itself, and which of the others it may include.
 KINDS = {
     "// For hosts.": ("hosts", {"hosts", "machinery", "platform"}),
@@ -28,9 +31,10 @@ KINDS = {
 
 
 def may_use_toolkit(rooms, path):
-    """The GTK platform, the programs that start it, and its own tests."""
+    """The GTK platform with its C interface, the programs that start it, and its own tests."""
     return (
-        rooms.of(path) in ("platform/gtk", "examples")
+        rooms.of(path) in ("platform/gtk", "platform/gtk/glib", "examples")
+        or path == C_INTERFACE
         or path.parts[:2] == ("tools", "preview")
         or path.parts[:3] in (("tools", "common", "display"), ("tests", "package", "consumers"))
         or path.parts[0] in ("tests", "bench")
@@ -41,6 +45,7 @@ def may_use_toolkit(rooms, path):
 def kind_of(root, name):
     """What the public header `name` says of itself, or None."""
     for line in (root / "include" / name).read_text().splitlines():
+        line = re.sub(r"^/\* (.*) \*/$", r"// \1", line)  # as C has it
         if line in KINDS:
             return KINDS[line][0]
     return None
@@ -60,6 +65,8 @@ def implementing_rooms(rooms, name):
 def fault_of_public(rooms, path, name):
     """What is wrong with a public header including `name` in angle brackets, or None."""
     if not name.startswith("qorix/"):
+        if path == C_INTERFACE and TOOLKIT.match(name):
+            return None
         if not re.fullmatch(r"[a-z_]+", name):
             return "a public header includes nothing but C++'s own headers and public ones"
         return None

@@ -8,7 +8,8 @@ import re
 import sys
 from pathlib import Path
 
-TEST = re.compile(r"^TEST(?:_F|_P)?\(\s*(\w+),\s*(\w+)\s*\)|NAME (build|docs|examples|house)\.([\w-]*)", re.MULTILINE)
+TEST = re.compile(r"^TEST(?:_F|_P)?\(\s*(\w+),\s*(\w+)\s*\)|"
+                  r"NAME (build|docs|examples|house|tools)\.([\w-]*)", re.MULTILINE)
 
 
 def tests(root):

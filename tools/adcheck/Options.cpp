@@ -10,6 +10,8 @@ namespace qorix::tools::adcheck {
 
 Options parseOptions(int argc, char** argv) {
   Options options;
+  std::string formatName;
+  bool isJson = false;
   CommandLine line("qorix-adcheck",
                    "Reads an ad configuration document as a host would and reports what that host "
                    "gets.\nThe scripts of pages are not run: qorix-preview does that.");
@@ -32,15 +34,23 @@ Options parseOptions(int argc, char** argv) {
   line.addSwitch("--all-hosts", options.allHosts,
                  "One row for each host that the document names, and one for all others")
       ->excludes(app);
-  line.addSwitch("--json", options.json,
-                 "Print the record and the decision as JSON, the host's log on standard error");
+  auto* format = line.addText("--format", formatName, "NAME",
+                              "text, json (the record and the decision, the host's log on standard "
+                              "error)\nor sarif (refusals and warnings, for code hosts) (text)");
+  format->check(CLI::IsMember({"text", "json", "sarif"}).description(""));
+  line.addSwitch("--json", isJson, "The same as --format json")->excludes(format);
+  line.addSwitch("--strict", options.isStrict, "Exit with status 3 if there are warnings");
   line.set_version_flag(
       "--version",
       "qorix-adcheck (QORIX) " QORIX_ADCHECK_VERSION "\n" + QORIXInfo::frameworkInfoString(),
       "Print the version");
   line.footer(
-      "Exit status: 0 a record, 1 the document is refused, 2 wrong usage, or FILE cannot be read.");
+      "Exit status: 0 a record, 1 the document is refused, 2 wrong usage, or FILE cannot be read,\n"
+      "3 a record and warnings, with --strict.");
   line.parseOrExit(argc, argv);
+  options.format = isJson || formatName == "json" ? Format::json
+                   : formatName == "sarif"        ? Format::sarif
+                                                  : Format::text;
   return options;
 }
 

@@ -9,6 +9,13 @@
 
 namespace qorix::tools::adcheck {
 
+/// What is printed.
+enum class Format {
+  text,   // for people
+  json,   // the record and the decision
+  sarif,  // refusals and warnings, for the review pages of code hosts
+};
+
 /// What the command line asks for.
 struct Options {
   std::string file;  // "-" is standard input
@@ -19,7 +26,8 @@ struct Options {
   std::optional<std::int64_t> storedCount;
   Size viewSize = {800, 600};
   bool allHosts = false;
-  bool json = false;
+  Format format = Format::text;
+  bool isStrict = false;  // warnings change the exit status
 };
 
 /// Reads the command line. Ends the process as CommandLine does.

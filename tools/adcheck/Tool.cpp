@@ -14,6 +14,8 @@
 #include "tools/adcheck/Options.h"
 #include "tools/adcheck/report/AllHosts.h"
 #include "tools/adcheck/report/JsonReport.h"
+#include "tools/adcheck/report/Problems.h"
+#include "tools/adcheck/report/SarifReport.h"
 #include "tools/adcheck/report/TextReport.h"
 #include "tools/common/Streams.h"
 
@@ -46,22 +48,44 @@ bool isReadableFolder(const std::string& name) {
   return true;
 }
 
-int statusFor(bool isRefused) { return isRefused ? kRefused : kRecord; }
+Problems problemsIn(const SourceDocument& source, const Options& options) {
+  return options.allHosts ? problemsForAllHosts(source) : problemsForHost(source, options.app);
+}
+
+int statusFor(bool isRefused, bool hasWarnings, const Options& options) {
+  return isRefused ? kRefused : options.isStrict && hasWarnings ? kWarnings : kRecord;
+}
+
+/// For reports that do not look for warnings themselves.
+int statusFor(bool isRefused, const Options& options, const std::string& document) {
+  const bool mayWarn = options.isStrict && !isRefused;
+  const bool hasWarnings =
+      mayWarn && !problemsIn(SourceDocument(document), options).warnings.empty();
+  return statusFor(isRefused, hasWarnings, options);
+}
+
+int printSarif(const Options& options, const std::string& document) {
+  const SourceDocument source(document);
+  const Problems problems = problemsIn(source, options);
+  const int status = statusFor(!problems.refusals.empty(), !problems.warnings.empty(), options);
+  return print(sarifText(problems, source, options, status), status);
+}
 
 int checkOneHost(const Options& options, const std::string& document) {
-  if (options.json) {
+  if (options.format == Format::json) {
     const HostRun run = runHost(document, options.app, options, logToStandardError);
-    return print(textOf(toJson(run)), statusFor(run.record == nullptr));
+    return print(textOf(toJson(run)), statusFor(run.record == nullptr, options, document));
   }
   const bool isTerminal = ::isatty(STDOUT_FILENO) == 1;
   const TextReport report = reportText(document, options, isTerminal);
-  return print(report.text, statusFor(report.isRefused));
+  return print(report.text, statusFor(report.isRefused, report.hasWarnings, options));
 }
 
 int checkAllHosts(const Options& options, const std::string& document) {
-  const AllHostsReport report = options.json ? allHostsJson(document, options, logToStandardError)
-                                             : allHostsText(document, options);
-  return print(report.text, statusFor(report.isAnyRefused));
+  const AllHostsReport report = options.format == Format::json
+                                    ? allHostsJson(document, options, logToStandardError)
+                                    : allHostsText(document, options);
+  return print(report.text, statusFor(report.isAnyRefused, options, document));
 }
 
 }  // namespace
@@ -76,6 +100,9 @@ int runTool(int argc, char** argv) {
   if (!document) {
     return failWithError((options.file == "-" ? "standard input" : options.file) +
                          " cannot be read");
+  }
+  if (options.format == Format::sarif) {
+    return printSarif(options, *document);
   }
   return options.allHosts ? checkAllHosts(options, *document) : checkOneHost(options, *document);
 }

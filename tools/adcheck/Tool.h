@@ -6,7 +6,8 @@ namespace qorix::tools::adcheck {
 enum ExitStatus : int {
   kRecord = 0,
   kRefused = 1,
-  kTrouble = 2,  // wrong usage, or something that cannot be read or written
+  kTrouble = 2,   // wrong usage, or something that cannot be read or written
+  kWarnings = 3,  // a record, but warnings, which were to count
 };
 
 /// The whole program.

@@ -33,7 +33,8 @@ TEST_F(AdcheckOptionsTest, helpNamesEveryOption) {
   EXPECT_THAT(result.output, HasSubstr("\nUsage: qorix-adcheck [OPTIONS] FILE\n"));
   for (const auto* option :
        {"--app ID", "--languages LIST", "--applications DIR", "--stored-version TEXT",
-        "--stored-count N", "--view-size WxH", "--all-hosts", "--json", "--help", "--version"}) {
+        "--stored-count N", "--view-size WxH", "--all-hosts", "--format NAME", "--json", "--strict",
+        "--help", "--version"}) {
     EXPECT_THAT(result.output, HasSubstr(std::string("\n  ") + option));
   }
 }
@@ -55,6 +56,10 @@ TEST_F(AdcheckOptionsTest, wrongUsageIsToldInOneLine) {
   expectWrongUsage({"--json=yes", file}, "json was given a disallowed flag override");
   expectWrongUsage({file, "--app"}, "--app: 1 required ID missing");
   expectWrongUsage({"--all-hosts", "--app", kEditor, file}, "--app excludes --all-hosts");
+  expectWrongUsage({"--json", "--format", "json", file}, "--format excludes --json");
+  for (const auto* format : {"", "xml", "JSON"}) {
+    expectWrongUsage({"--format", format, file}, "--format: ");
+  }
   for (const auto* count : {"", "x", "1x", " 1", "1.5", "9223372036854775808"}) {
     expectWrongUsage({"--stored-count", count, file}, "--stored-count: cannot be");
   }
@@ -101,6 +106,14 @@ TEST_F(AdcheckOptionsTest, optionsMayStandBehindTheFile) {
   EXPECT_EQ(nlohmann::json::parse(result.output)["adId"], 11);
 }
 
+TEST_F(AdcheckOptionsTest, formatsHaveNames) {
+  const std::string file = write(AdDocument().text());
+  EXPECT_EQ(run({"--format", "text", file}).output, run({file}).output);
+  EXPECT_EQ(run({"--format", "json", file}).output, run({"--json", file}).output);
+  EXPECT_EQ(run({"--format", "json", "--all-hosts", file}).output,
+            run({"--json", "--all-hosts", file}).output);
+}
+
 TEST_F(AdcheckOptionsTest, aDashIsStandardInput) {
   const auto result = run({"--json", "-"}, {.input = AdDocument().text()});
   EXPECT_EQ(result.status, 0);
@@ -115,8 +128,12 @@ TEST_F(AdcheckOptionsTest, aFailingWriteIsToldAndNoCrash) {
   large.page = std::string(1'000'000, 'x');
   const std::string file = write(large.text());
   for (const auto output : {Output::fullDevice, Output::goneReader}) {
-    for (const auto& arguments : std::vector<std::vector<std::string>>{
-             {"--json", file}, {file}, {"--all-hosts", file}, {"--help"}, {"--version"}}) {
+    for (const auto& arguments : std::vector<std::vector<std::string>>{{"--json", file},
+                                                                       {file},
+                                                                       {"--all-hosts", file},
+                                                                       {"--format", "sarif", file},
+                                                                       {"--help"},
+                                                                       {"--version"}}) {
       const auto result = run(arguments, {.output = output});
       EXPECT_EQ(result.status, kWrongUsage) << arguments.front();
       EXPECT_THAT(result.errors, HasSubstr("cannot be written: "));

@@ -40,8 +40,8 @@ class CustomisationReader {
   void read();
 
  private:
-  void add(std::size_t offset, std::string words) {
-    findings_.addInText(advance_, offset, std::move(words));
+  void add(Rule rule, std::size_t offset, std::string words) {
+    findings_.addInText(rule, advance_, offset, std::move(words));
   }
 
   /// Returns the members that count: the last of each name. Reports the others.
@@ -64,14 +64,14 @@ void CustomisationReader::read() {
   JsonDefect defect;
   const auto value = parseJson(json_, &defect);
   if (!value) {
-    add(defect.offset,
+    add(Rule::customisationNotJson, defect.offset,
         "advance is not JSON (" + printable(defect.message) + "): no host is customised");
     return;
   }
   const auto* hosts = value->as<Dictionary>();
   const std::size_t object = firstValueOf(json_);
   if (hosts == nullptr) {
-    add(object, "advance is no JSON object: no host is customised");
+    add(Rule::customisationNotObject, object, "advance is no JSON object: no host is customised");
     return;
   }
   for (const JsonMember& member : membersThatCount(object)) {
@@ -90,9 +90,9 @@ std::vector<JsonMember> CustomisationReader::membersThatCount(std::size_t object
     if (last[members[index].name] == index) {
       counting.push_back(std::move(members[index]));
     } else {
-      add(members[index].nameOffset, "a later member has the same name " +
-                                         inQuotes(members[index].name) +
-                                         ": this one does not count");
+      add(Rule::customisationNameRepeated, members[index].nameOffset,
+          "a later member has the same name " + inQuotes(members[index].name) +
+              ": this one does not count");
     }
   }
   return counting;
@@ -102,29 +102,32 @@ std::vector<JsonMember> CustomisationReader::membersThatCount(std::size_t object
 void CustomisationReader::readHostName(const JsonMember& member) {
   if (const auto line = table_.adids.find(member.name); line != table_.adids.end()) {
     if (adid_ && line->second != adid_->text()) {
-      add(member.nameOffset, "the table gives " + inQuotes(member.name) + " the adid " +
-                                 inQuotes(line->second) + ": this customisation never counts");
+      add(Rule::customisationUnused, member.nameOffset,
+          "the table gives " + inQuotes(member.name) + " the adid " + inQuotes(line->second) +
+              ": this customisation never counts");
     }
     return;
   }
   const auto near = table_.hosts.find(asciiLower(member.name));
   if (near != table_.hosts.end()) {
-    add(member.nameOffset, "the table names " + inQuotes(near->second) + ", not " +
-                               inQuotes(member.name) + ": letter case counts");
+    add(Rule::customisationHostCase, member.nameOffset,
+        "the table names " + inQuotes(near->second) + ", not " + inQuotes(member.name) +
+            ": letter case counts");
   } else if (!isFirstAd_ && !table_.isBroken) {
-    add(member.nameOffset, "no table line names " + inQuotes(member.name) +
-                               ", which gets the first push_ad: this customisation never counts");
+    add(Rule::customisationUnused, member.nameOffset,
+        "no table line names " + inQuotes(member.name) +
+            ", which gets the first push_ad: this customisation never counts");
   }
 }
 
 void CustomisationReader::readHost(const JsonMember& member, const Value& value) {
   if (const auto odd = oddIdentifier(member.name)) {
-    add(member.nameOffset, *odd);
+    add(Rule::customisationHostQuotes, member.nameOffset, *odd);
   }
   readHostName(member);
   const auto* entry = value.as<Dictionary>();
   if (entry == nullptr) {
-    add(member.valueOffset,
+    add(Rule::customisationEntryNotObject, member.valueOffset,
         "what stands under " + inQuotes(member.name) + " is no object: it customises nothing");
     return;
   }
@@ -139,7 +142,7 @@ void CustomisationReader::readMember(const JsonMember& member, const Value& valu
   } else if (std::ranges::find(kTextMembers, member.name) != kTextMembers.end()) {
     readText(member, value);
   } else {
-    add(member.nameOffset,
+    add(Rule::customisationMemberUnknown, member.nameOffset,
         "no member called " + inQuotes(member.name) + " is known: it is ignored");
   }
 }
@@ -148,31 +151,31 @@ void CustomisationReader::readNumber(const JsonMember& member, const Value& valu
   const auto number = value.integerValue();
   if (!number) {
     const bool isText = value.as<std::string>() != nullptr;
-    add(member.valueOffset,
+    add(Rule::customisationMemberType, member.valueOffset,
         member.name + " must be a number" + (isText ? ", without quotes" : "") + ": it is ignored");
     return;
   }
   const auto* fraction = value.as<double>();
   if (fraction != nullptr && std::trunc(*fraction) != *fraction) {
-    add(member.valueOffset,
+    add(Rule::customisationFraction, member.valueOffset,
         member.name + " loses its fraction: it is read as " + std::to_string(*number));
   }
   if (const auto odd = oddNumber(member.name, *number)) {
-    add(member.valueOffset, *odd);
+    add(Rule::customisationNumberOutOfRange, member.valueOffset, *odd);
   }
 }
 
 void CustomisationReader::readText(const JsonMember& member, const Value& value) {
   const auto* text = value.as<std::string>();
   if (text == nullptr || text->empty()) {
-    add(member.valueOffset, member.name + " must be a " +
-                                (text == nullptr ? "string" : "string that is not empty") +
-                                ": it is ignored");
+    add(Rule::customisationMemberType, member.valueOffset,
+        member.name + " must be a " + (text == nullptr ? "string" : "string that is not empty") +
+            ": it is ignored");
     return;
   }
   const auto odd = member.name == "version" ? oddVersion(*text) : std::nullopt;
   if (odd) {
-    add(member.valueOffset, *odd);
+    add(Rule::customisationVersionPartlyCompared, member.valueOffset, *odd);
   }
 }
 

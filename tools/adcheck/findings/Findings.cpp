@@ -15,7 +15,7 @@ namespace {
 void findDefect(const AdReading& reading, Findings& findings) {
   const bool hasAdid = !reading.fields.empty();
   if (hasAdid && reading.defect) {
-    findings.add(reading.defect->element,
+    findings.add(Rule::adRefused, reading.defect->element,
                  wordsFor(*reading.defect) + ": hosts that get this push_ad refuse the document");
   }
 }
@@ -39,12 +39,12 @@ void findInAd(XmlElement ad, bool isFirst, const HostTable& table, Findings& fin
 
 }  // namespace
 
-void Findings::add(XmlElement element, std::string words) {
-  found_.push_back({source_.map().offsetOf(element), std::move(words)});
+void Findings::add(Rule rule, XmlElement element, std::string words) {
+  found_.push_back({rule, source_.map().offsetOf(element), std::move(words)});
 }
 
-void Findings::addInText(XmlElement element, std::size_t offset, std::string words) {
-  found_.push_back({source_.map().offsetInText(element, offset), std::move(words)});
+void Findings::addInText(Rule rule, XmlElement element, std::size_t offset, std::string words) {
+  found_.push_back({rule, source_.map().offsetInText(element, offset), std::move(words)});
 }
 
 std::vector<Finding> Findings::take() {
@@ -54,8 +54,9 @@ std::vector<Finding> Findings::take() {
 
 void findMarkup(XmlElement element, Findings& findings) {
   if (const auto children = element.children(); !children.empty()) {
-    findings.add(*children.begin(), "markup inside " + printable(element.name()) +
-                                        " is dropped: escape it or put it into a CDATA section");
+    findings.add(Rule::textMarkup, *children.begin(),
+                 "markup inside " + printable(element.name()) +
+                     " is dropped: escape it or put it into a CDATA section");
   }
 }
 
@@ -74,8 +75,9 @@ void findNearlyNamed(XmlElement parent, std::span<const std::string_view> names,
     }
     const auto near = std::ranges::find(names, plain(child.name()), plain);
     if (near != names.end()) {
-      findings.add(child, inQuotes(child.name()) + " is never read: the element is called " +
-                              inQuotes(*near));
+      findings.add(
+          Rule::nameNearlyKnown, child,
+          inQuotes(child.name()) + " is never read: the element is called " + inQuotes(*near));
     }
   }
 }

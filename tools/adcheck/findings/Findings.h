@@ -9,12 +9,14 @@
 #include <vector>
 
 #include "definition/AdReader.h"
+#include "tools/adcheck/findings/Rules.h"
 #include "tools/common/SourceDocument.h"
 
 namespace qorix::tools::adcheck {
 
 /// Something allowed but hardly meant, and its byte in the source.
 struct Finding {
+  Rule rule{};
   std::size_t offset = 0;
   std::string words;
 };
@@ -25,10 +27,10 @@ class Findings {
   explicit Findings(const SourceDocument& source) : source_(source) {}
 
   /// At the element's start tag.
-  void add(XmlElement element, std::string words);
+  void add(Rule rule, XmlElement element, std::string words);
 
   /// At the byte `offset` of the element's text.
-  void addInText(XmlElement element, std::size_t offset, std::string words);
+  void addInText(Rule rule, XmlElement element, std::size_t offset, std::string words);
 
   /// In the order of their places.
   std::vector<Finding> take();

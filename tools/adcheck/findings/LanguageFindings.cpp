@@ -37,8 +37,9 @@ std::string asPreferred(std::string_view code) {
 void findInCode(XmlElement language, Findings& findings) {
   const std::string spelled = asPreferred(language.name());
   if (spelled != language.name()) {
-    findings.add(language, "no user prefers " + inQuotes(language.name()) + ": it is spelled " +
-                               inQuotes(spelled));
+    findings.add(
+        Rule::languageSpelling, language,
+        "no user prefers " + inQuotes(language.name()) + ": it is spelled " + inQuotes(spelled));
   }
 }
 
@@ -56,7 +57,7 @@ void findPrefixes(const std::vector<XmlElement>& languages, Findings& findings) 
     for (std::size_t length = 1; length < code.size(); ++length) {
       const auto shorter = places.find(code.substr(0, length));
       if (shorter != places.end() && shorter->second < index) {
-        findings.add(languages[index],
+        findings.add(Rule::languageShadowed, languages[index],
                      inQuotes(shorter->first) + " and " + inQuotes(code) +
                          " serve the same users, and the first in the document counts: " +
                          inQuotes(code) + " is never used");
@@ -74,17 +75,20 @@ void findInLanguages(XmlElement dictionary, Findings& findings) {
   for (const XmlElement child : dictionary.children()) {
     findMarkup(child, findings);
     if (child.text().empty()) {
-      findings.add(child, inQuotes(child.name()) + " has no text and is left out");
+      findings.add(Rule::languageEmpty, child,
+                   inQuotes(child.name()) + " has no text and is left out");
     } else if (codes.insert(child.name()).second) {
       languages.push_back(child);
     } else {
-      findings.add(child, inQuotes(child.name()) + " stands here again, and the last one counts");
+      findings.add(Rule::languageRepeated, child,
+                   inQuotes(child.name()) + " stands here again, and the last one counts");
     }
   }
   for (const XmlElement language : languages) {
     if (trimmed(language.text()).empty()) {
-      findings.add(language, inQuotes(language.name()) +
-                                 " holds only blanks: its users see them, not another language");
+      findings.add(Rule::languageBlank, language,
+                   inQuotes(language.name()) +
+                       " holds only blanks: its users see them, not another language");
     }
     if (language.name() != kDefaultLanguage) {
       findInCode(language, findings);
@@ -92,8 +96,9 @@ void findInLanguages(XmlElement dictionary, Findings& findings) {
   }
   findPrefixes(languages, findings);
   if (!languages.empty() && !codes.contains(kDefaultLanguage)) {
-    findings.add(dictionary, std::string(dictionary.name()) +
-                                 " has no \"default\": users of other languages get nothing");
+    findings.add(Rule::languageDefaultMissing, dictionary,
+                 std::string(dictionary.name()) +
+                     " has no \"default\": users of other languages get nothing");
   }
 }
 

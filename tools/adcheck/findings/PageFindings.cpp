@@ -75,7 +75,7 @@ class PageReader {
   void read();
 
  private:
-  void add(std::size_t offset, const std::string& words);
+  void add(Rule rule, std::size_t offset, const std::string& words);
   void readLink(const HtmlElement& element);
   void readMissedMark(const HtmlAttribute& link, std::string_view mark);
   void readMisspelledMark(const HtmlAttribute& link, const LinkMark& mark);
@@ -89,9 +89,9 @@ class PageReader {
 };
 
 /// If elements are not closed in order, the tree holds some of them twice.
-void PageReader::add(std::size_t offset, const std::string& words) {
+void PageReader::add(Rule rule, std::size_t offset, const std::string& words) {
   if (added_.emplace(offset, words).second) {
-    findings_.addInText(page_, offset, words);
+    findings_.addInText(rule, page_, offset, words);
   }
 }
 
@@ -126,9 +126,10 @@ void PageReader::readMissedMark(const HtmlAttribute& link, std::string_view mark
   if (!queryHoldsMark(url, mark)) {
     if (holdsAsParameter(lower, mark)) {
       const bool isInFragment = lower.find('#') < lower.find(mark);
-      add(link.offset, "\"" + std::string(mark) + "\" stands in the link's " +
-                           (isInFragment ? "fragment" : "path") +
-                           ", where it is not looked for: only the query counts");
+      add(Rule::pageMarkMisplaced, link.offset,
+          "\"" + std::string(mark) + "\" stands in the link's " +
+              (isInFragment ? "fragment" : "path") +
+              ", where it is not looked for: only the query counts");
     }
     return;
   }
@@ -137,9 +138,10 @@ void PageReader::readMissedMark(const HtmlAttribute& link, std::string_view mark
   const auto holdsMark = [&](const std::string& each) { return each.find(mark) != each.npos; };
   const auto other = std::ranges::find_if(parameters, holdsMark);
   if (std::ranges::none_of(parameters, isMark) && other != parameters.end()) {
-    add(link.offset, "\"" + std::string(mark) + "\" is also found in " + inQuotes(*other) +
-                         (mark == kAppStoreMark.inQuery ? ": the link opens the App Store"
-                                                        : ": the link acts as if it were marked"));
+    add(Rule::pageMarkByAccident, link.offset,
+        "\"" + std::string(mark) + "\" is also found in " + inQuotes(*other) +
+            (mark == kAppStoreMark.inQuery ? ": the link opens the App Store"
+                                           : ": the link acts as if it were marked"));
   }
 }
 
@@ -161,8 +163,9 @@ void PageReader::readMisspelledMark(const HtmlAttribute& link, const LinkMark& m
   const bool isSpaced = rest.starts_with(' ') || rest.starts_with("%20") || rest.starts_with('+') ||
                         rest.starts_with("= ") || rest.starts_with("=%20") ||
                         rest.starts_with("=+");
-  add(link.offset, "this mark cannot match: it is spelled \"" + std::string(mark.inQuery) + "\"" +
-                       (isSpaced ? ", without blanks" : ""));
+  add(Rule::pageMarkMisspelled, link.offset,
+      "this mark cannot match: it is spelled \"" + std::string(mark.inQuery) + "\"" +
+          (isSpaced ? ", without blanks" : ""));
 }
 
 void PageReader::readClass(const HtmlElement& element, const std::optional<HtmlElement>& link) {
@@ -179,17 +182,18 @@ void PageReader::readClass(const HtmlElement& element, const std::optional<HtmlE
       continue;
     }
     if (!classHolds(element, name)) {
-      add(classes->offset, "this class cannot match: letter case counts in \"" + name + "\"");
+      add(Rule::pageClassCase, classes->offset,
+          "this class cannot match: letter case counts in \"" + name + "\"");
     } else if (std::ranges::find(names, name) == names.end()) {
       continue;  // a longer name, perhaps for a style sheet only
     } else if (!link) {
-      add(classes->offset,
+      add(Rule::pageClassOutsideLink, classes->offset,
           "this \"" + name + "\" lies in no link (a with href): clicks on it do nothing");
     } else if (element.anyVisibleChild(
                    [&](const HtmlElement& child) { return !classHolds(child, name); })) {
-      add(classes->offset, "a click on an element inside this one does not find its class \"" +
-                               name + "\": write \"" + std::string(mark.inQuery) +
-                               "\" into the link's query");
+      add(Rule::pageClassCovered, classes->offset,
+          "a click on an element inside this one does not find its class \"" + name +
+              "\": write \"" + std::string(mark.inQuery) + "\" into the link's query");
     }
   }
 }
@@ -211,7 +215,8 @@ void PageReader::readTarget(const HtmlElement& element) {
            (!isForm && !mark.inClass.empty() && classHolds(element, mark.inClass));
   };
   if (std::ranges::any_of(kMarks, isMarked) || isMarked(kAppStoreMark)) {
-    add(isForm ? address->offset : target->offset,
+    add(isForm ? Rule::pageMarkInForm : Rule::pageMarkInNewWindow,
+        isForm ? address->offset : target->offset,
         isForm ? "marks in the address of a form do nothing: only clicks on links count"
                : "marks do nothing in a link for a new window: leave the target out");
   }
@@ -223,16 +228,17 @@ void PageReader::readId(const HtmlElement& element, bool isInLink) {
     return;
   }
   if (id->value != kCloseControlId) {
-    add(id->offset,
+    add(Rule::pageCloseMisspelled, id->offset,
         "this id cannot match: it is \"" + std::string(kCloseControlId) + "\", letter by letter");
   } else if (!isInLink) {
-    add(id->offset, "this close control lies in no link (a with href): clicks on it do nothing");
+    add(Rule::pageCloseOutsideLink, id->offset,
+        "this close control lies in no link (a with href): clicks on it do nothing");
   } else if (element.anyVisibleChild([](const HtmlElement& /*child*/) { return true; })) {
-    add(id->offset,
+    add(Rule::pageCloseCovered, id->offset,
         "a click on an element inside this close control does not close: give the id to the "
         "innermost one, an image, say");
   } else if (element.holdsText()) {
-    add(id->offset,
+    add(Rule::pageCloseText, id->offset,
         "a click on this close control's text does not close: give the id to an image, say");
   }
 }

@@ -19,7 +19,7 @@ namespace {
 void findInNumber(XmlElement element, Findings& findings) {
   const auto value = leadingInteger<std::int64_t>(element.text());
   if (const auto odd = oddNumber(element.name(), value)) {
-    findings.add(element, *odd);
+    findings.add(Rule::numberOutOfRange, element, *odd);
   }
   auto digits = trimmed(element.text());
   if (digits.starts_with('-') || digits.starts_with('+')) {
@@ -28,8 +28,9 @@ void findInNumber(XmlElement element, Findings& findings) {
   using Limits = std::numeric_limits<std::int64_t>;
   const bool isBound = value == Limits::min() || value == Limits::max();
   if (isBound || digits.empty() || digits.find_first_not_of("0123456789") != digits.npos) {
-    findings.add(element, std::string(element.name()) + " is " + inQuotes(element.text()) +
-                              ", which is read as " + std::to_string(value));
+    findings.add(Rule::numberPartlyRead, element,
+                 std::string(element.name()) + " is " + inQuotes(element.text()) +
+                     ", which is read as " + std::to_string(value));
   }
 }
 
@@ -39,8 +40,9 @@ void findInSwitch(XmlElement enable, Findings& findings) {
   const bool meansOff = text == "no" || text == "false" || text == "off" ||
                         (!text.empty() && text.find_first_not_of("+-0") == text.npos);
   if (meansOff && enable.text() != "0") {
-    findings.add(enable, "enable is " + inQuotes(enable.text()) +
-                             ", which switches on: only 0 switches off");
+    findings.add(
+        Rule::enableSwitchesOn, enable,
+        "enable is " + inQuotes(enable.text()) + ", which switches on: only 0 switches off");
   }
 }
 
@@ -48,14 +50,16 @@ void findInPromotedName(XmlElement name, Findings& findings) {
   findMarkup(name, findings);
   const auto text = name.text();
   if (text.empty()) {
-    findings.add(name, "an empty promo_app_name does not count");
+    findings.add(Rule::promotedNameEmpty, name, "an empty promo_app_name does not count");
   } else if (trimmed(text) != text) {
-    findings.add(name, "blanks around a promoted name count: no application is called so");
+    findings.add(Rule::promotedNameBlanks, name,
+                 "blanks around a promoted name count: no application is called so");
   }
   for (const std::string_view ending : {".app", ".AppDir", ".desktop"}) {
     if (text.ends_with(ending)) {
-      findings.add(name, "installed applications are known without " + std::string(ending) +
-                             ": this one is never found");
+      findings.add(Rule::promotedNameEnding, name,
+                   "installed applications are known without " + std::string(ending) +
+                       ": this one is never found");
     }
   }
 }
@@ -66,7 +70,8 @@ void findRepetitions(XmlElement ad, Findings& findings) {
     bool isFirst = true;
     for (const XmlElement element : ad.childrenNamed(name)) {
       if (!isFirst) {
-        findings.add(element, "a second " + std::string(name) + " is never read");
+        findings.add(Rule::elementRepeated, element,
+                     "a second " + std::string(name) + " is never read");
       }
       isFirst = false;
     }
@@ -105,7 +110,7 @@ void findInRecord(const AdReading& reading, Findings& findings) {
   }
   if (reading.fields.size() > field::version) {
     if (const auto odd = oddVersion(reading.text(field::version))) {
-      findings.add(reading.fields[field::version], *odd);
+      findings.add(Rule::versionPartlyCompared, reading.fields[field::version], *odd);
     }
   }
   for (const XmlElement name : ad.childrenNamed("promo_app_name")) {
@@ -113,7 +118,8 @@ void findInRecord(const AdReading& reading, Findings& findings) {
   }
   for (const auto* name : {"offsetx", "offsety"}) {
     for (const XmlElement offset : ad.childrenNamed(name)) {
-      findings.add(offset, std::string(name) + " is read from the customisation only");
+      findings.add(Rule::offsetElement, offset,
+                   std::string(name) + " is read from the customisation only");
     }
   }
   findRepetitions(ad, findings);

@@ -28,11 +28,12 @@ Ads advertisementsIn(XmlElement root, Findings& findings) {
   for (const XmlElement ad : root.childrenNamed("push_ad")) {
     const auto adid = ad.firstChildNamed("adid");
     if (!adid || adid->text().empty()) {
-      findings.add(adid.value_or(ad),
+      findings.add(Rule::adWithoutAdid, adid.value_or(ad),
                    "this push_ad has no adid: hosts that get an advertisement after it refuse the "
                    "document");
     } else if (!ads.try_emplace(adid->text(), ad).second) {
-      findings.add(*adid, "an earlier push_ad has the same adid: no host gets this one");
+      findings.add(Rule::adAdidRepeated, *adid,
+                   "an earlier push_ad has the same adid: no host gets this one");
     }
   }
   return ads;
@@ -63,18 +64,21 @@ void TableReader::readLine(XmlElement line) {
   findMarkup(appid, findings_);
   findMarkup(adid, findings_);
   if (trimmed(appid.text()) != appid.text()) {
-    findings_.add(appid, "blanks around the appid count: no host is called so");
+    findings_.add(Rule::tableAppidBlanks, appid,
+                  "blanks around the appid count: no host is called so");
   }
   if (const auto odd = oddIdentifier(appid.text())) {
-    findings_.add(appid, *odd);
+    findings_.add(Rule::tableAppidQuotes, appid, *odd);
   }
   table_.hosts.try_emplace(asciiLower(appid.text()), appid.text());
   if (!table_.adids.try_emplace(appid.text(), adid.text()).second) {
     findings_.add(
-        line, "an earlier table line names " + inQuotes(appid.text()) + ": this one never counts");
+        Rule::tableHostRepeated, line,
+        "an earlier table line names " + inQuotes(appid.text()) + ": this one never counts");
   } else if (!ads_.contains(adid.text())) {
-    findings_.add(adid, "no push_ad has the adid " + inQuotes(adid.text()) + ": " +
-                            inQuotes(appid.text()) + " refuses the document");
+    findings_.add(Rule::tableAdidUnknown, adid,
+                  "no push_ad has the adid " + inQuotes(adid.text()) + ": " +
+                      inQuotes(appid.text()) + " refuses the document");
   }
 }
 
@@ -91,7 +95,7 @@ void TableReader::readBrokenLine(XmlElement line, bool hasAppid) {
       list += (list.empty() ? "" : ", ") + printable(host);
     }
   }
-  findings_.add(line,
+  findings_.add(Rule::tableLineIncomplete, line,
                 std::string("this table line has no ") + (hasAppid ? "adid" : "appid") +
                     (list.empty() ? ": no host can read the document"
                                   : ": only hosts with a line before it can read the document: " +
@@ -108,8 +112,9 @@ void TableReader::readUnreachedAds() {
   const auto firstAdid = childText(first, "adid");
   for (const auto& [adid, ad] : ads_) {
     if (adid != firstAdid && !named.contains(adid)) {
-      findings_.add(ad, "no table line names the adid " + inQuotes(adid) +
-                            ", and this push_ad is not the first: no host gets it");
+      findings_.add(Rule::adUnreachable, ad,
+                    "no table line names the adid " + inQuotes(adid) +
+                        ", and this push_ad is not the first: no host gets it");
     }
   }
 }

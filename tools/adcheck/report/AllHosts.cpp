@@ -11,6 +11,7 @@
 #include "definition/Json.h"
 #include "tools/adcheck/report/Describe.h"
 #include "tools/adcheck/report/JsonReport.h"
+#include "tools/adcheck/report/Problems.h"
 #include "tools/adcheck/scan/JsonMembers.h"
 #include "tools/common/Placement.h"
 #include "tools/common/Refusal.h"
@@ -46,15 +47,6 @@ void gatherFromCustomisations(const SourceDocument& source, std::vector<Mention>
           {source.map().offsetInText(*advance, member.nameOffset), std::move(member.name)});
     }
   }
-}
-
-/// An identifier that is none of those.
-std::string unnamedHost(const std::vector<std::string>& named) {
-  std::string host = "com.example.unnamed";
-  while (std::ranges::find(named, host) != named.end()) {
-    host += "x";
-  }
-  return host;
 }
 
 constexpr std::size_t kColumns = 6;
@@ -97,6 +89,15 @@ std::string aligned(const std::vector<Cells>& rows) {
   return text;
 }
 
+std::string warningLines(const SourceDocument& source, const std::string& name) {
+  const auto warnings = problemsForAllHosts(source).warnings;
+  std::string text = "\n";
+  for (const Finding& finding : warnings) {
+    text += placeInFile(name, source, finding.offset) + "warning: " + finding.words + "\n";
+  }
+  return text + warningCount(warnings.size());
+}
+
 }  // namespace
 
 std::vector<std::string> hostsNamedIn(const SourceDocument& source) {
@@ -114,6 +115,14 @@ std::vector<std::string> hostsNamedIn(const SourceDocument& source) {
     }
   }
   return hosts;
+}
+
+std::string unnamedHost(const std::vector<std::string>& named) {
+  std::string host = "com.example.unnamed";
+  while (std::ranges::find(named, host) != named.end()) {
+    host += "x";
+  }
+  return host;
 }
 
 void runAllHosts(const std::string& document, const Options& options, const LogSink& log,
@@ -137,6 +146,9 @@ AllHostsReport allHostsText(const std::string& document, const Options& options)
         report.isAnyRefused |= row.run.record == nullptr;
       });
   report.text = aligned(lines);
+  if (options.isStrict) {
+    report.text += warningLines(source, nameOfFile(options.file));
+  }
   return report;
 }
 

@@ -20,6 +20,9 @@ struct HostRow {
 /// first appearance.
 std::vector<std::string> hostsNamedIn(const SourceDocument& source);
 
+/// An identifier that is none of those.
+std::string unnamedHost(const std::vector<std::string>& named);
+
 using RowSink = std::function<void(const HostRow&)>;
 
 /// Runs each of those hosts, and one that is not among them, last. Rows are large: none is kept.
@@ -31,7 +34,7 @@ struct AllHostsReport {
   bool isAnyRefused = false;
 };
 
-/// A table for people, one row per host.
+/// A table for people, one row per host. Where warnings count, they follow it.
 AllHostsReport allHostsText(const std::string& document, const Options& options);
 
 /// The same as a JSON array. `log` gets what the hosts log, one after the other.

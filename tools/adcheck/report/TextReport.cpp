@@ -15,8 +15,8 @@
 #include "definition/Json.h"
 #include "definition/LanguageChoice.h"
 #include "tools/adcheck/HostRun.h"
-#include "tools/adcheck/findings/Findings.h"
 #include "tools/adcheck/report/Describe.h"
+#include "tools/adcheck/report/Problems.h"
 #include "tools/adcheck/scan/HtmlPage.h"
 #include "tools/common/Placement.h"
 #include "tools/common/Refusal.h"
@@ -92,10 +92,11 @@ class Writer {
  public:
   Writer(const std::string& document, const Options& options, bool isColoured)
       : options_(options),
-        name_(options.file == "-" ? "standard input" : printable(options.file)),
+        name_(nameOfFile(options.file)),
         isColoured_(isColoured),
         source_(document),
         host_(readForHost(source_, options.app)),
+        problems_(problemsForHost(source_, options.app)),
         run_(runHost(document, options.app, options,
                      [this](std::string_view line) { log_.emplace_back(line); })) {}
 
@@ -130,6 +131,7 @@ class Writer {
   const bool isColoured_;
   const SourceDocument source_;
   const HostReading host_;
+  const Problems problems_;
   std::vector<std::string> log_;
   const HostRun run_;
   std::string text_;
@@ -144,7 +146,7 @@ void Writer::line(std::string_view label, std::string_view text) {
 
 void Writer::message(std::size_t offset, std::string_view colour, std::string_view kind,
                      std::string_view words) {
-  text_ += name_ + ":" + placeOf(offset) + ": " + coloured(colour, std::string(kind) + ":") + " " +
+  text_ += placeInFile(name_, source_, offset) + coloured(colour, std::string(kind) + ":") + " " +
            std::string(words) + "\n";
 }
 
@@ -237,17 +239,10 @@ void Writer::writeLog() {
 }
 
 void Writer::writeFindings() {
-  std::size_t warnings = 0;
-  for (const auto& [offset, words] : findingsIn(source_)) {
-    // The reason for this host's refusal is already printed.
-    if (!host_.refusal || host_.refusal->offset != offset) {
-      message(offset, kYellow, "warning", words);
-      ++warnings;
-    }
+  for (const Finding& finding : problems_.warnings) {
+    message(finding.offset, kYellow, "warning", finding.words);
   }
-  text_ += warnings == 0   ? "no warnings\n"
-           : warnings == 1 ? "1 warning\n"
-                           : std::to_string(warnings) + " warnings\n";
+  text_ += warningCount(problems_.warnings.size());
 }
 
 TextReport Writer::write() {
@@ -268,7 +263,7 @@ TextReport Writer::write() {
   }
   text_ += "\n";
   writeFindings();
-  return {std::move(text_), run_.record == nullptr};
+  return {std::move(text_), run_.record == nullptr, !problems_.warnings.empty()};
 }
 
 }  // namespace

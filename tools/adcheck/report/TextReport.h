@@ -6,10 +6,11 @@
 
 namespace qorix::tools::adcheck {
 
-/// A report for people, and whether the document is refused.
+/// A report for people, whether the document is refused, and whether it has warnings.
 struct TextReport {
   std::string text;
   bool isRefused = false;
+  bool hasWarnings = false;
 };
 
 /// What the host of the options gets from the document, why, and what is odd about the document.

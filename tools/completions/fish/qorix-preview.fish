@@ -1,0 +1,12 @@
+complete -c qorix-preview -f
+complete -c qorix-preview -k -a '(__fish_complete_suffix .xml)'
+complete -c qorix-preview -l help -d 'Print the options'
+complete -c qorix-preview -l app -x -d 'Be the host of this bundle identifier'
+complete -c qorix-preview -l languages -x -d 'The languages of the user, most preferred first'
+complete -c qorix-preview -l applications -x -a '(__fish_complete_directories)' -d 'The folder of the installed applications'
+complete -c qorix-preview -l view-size -x -d 'The size of the view of the host'
+complete -c qorix-preview -l anyway -d 'Show also what a host would not show'
+complete -c qorix-preview -l open -d 'Really open links'
+complete -c qorix-preview -l screenshot -r -k -a '(__fish_complete_suffix .png)' -d 'Save a picture and quit'
+complete -c qorix-preview -l quit-after -x -d 'Quit after this time'
+complete -c qorix-preview -l version -d 'Print the version'
