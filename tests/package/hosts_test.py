@@ -108,6 +108,14 @@ def look(folder):
     return place_seen(picture)
 
 
+def close_window(process):
+    """Closes the window of a process as its user does."""
+    for line in subprocess.run(["wmctrl", "-l", "-p"], capture_output=True, text=True).stdout.splitlines():
+        window, _, owner = line.split()[:3]
+        if int(owner) == process.pid:
+            subprocess.run(["wmctrl", "-i", "-c", window], check=True)
+
+
 def use(host, address, folder, environment):
     """Runs a host until its banner was seen and clicked, and both were printed."""
     name = host.name
@@ -138,8 +146,11 @@ def use(host, address, folder, environment):
     until("the banner's end", lambda: not look(folder).startswith(SIZE))
     if "cannot be asked anything" in complaints.read_text():
         raise demo.Failure(f"{name} has not found the module for web processes")
-    process.terminate()
-    process.wait()
+    close_window(process)
+    if process.wait(MOST_SECONDS) != 0:
+        raise demo.Failure(f"{name} ended with {process.returncode} when its window was closed")
+    if "-CRITICAL **" in complaints.read_text():
+        raise demo.Failure(f"{name} has complained: {complaints.read_text()}")
     demo.tell(f"{name}: built, shown, clicked")
 
 

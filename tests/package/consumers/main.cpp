@@ -1,11 +1,9 @@
 // A host as its developer writes it. usage: editor URL
 //
-// It prints the advertisement's notifications and ends with its window, or on SIGTERM.
+// It prints the advertisement's notifications and ends with its window.
 
-#include <glib-unix.h>
 #include <gtk/gtk.h>
 
-#include <csignal>
 #include <iostream>
 
 #include <qorix/gtk3.h>
@@ -23,15 +21,6 @@ auto showAdvertisement(GtkOverlay* overlay, const char* address) {
   });
 }
 
-namespace {
-
-gboolean quit(gpointer /*data*/) {
-  gtk_main_quit();
-  return G_SOURCE_REMOVE;
-}
-
-}  // namespace
-
 int main(int argc, char** argv) {
   gtk_init(&argc, &argv);
   if (argc != 2) {
@@ -44,7 +33,6 @@ int main(int argc, char** argv) {
   gtk_window_set_default_size(GTK_WINDOW(window), 800, 300);
   gtk_container_add(GTK_CONTAINER(window), overlay);
   g_signal_connect(window, "destroy", G_CALLBACK(gtk_main_quit), nullptr);
-  g_unix_signal_add(SIGTERM, quit, nullptr);
   gtk_widget_show_all(window);
 
   const auto observations = showAdvertisement(GTK_OVERLAY(overlay), argv[1]);
