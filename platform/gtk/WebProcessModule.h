@@ -6,9 +6,9 @@ using WebKitWebContext = struct _WebKitWebContext;
 
 namespace qorix::gtk {
 
-/// The path of the library's module for web processes. It is in a folder of its own: beside the file
-/// that holds this library, which may be a program; else where libraries are in the program's own
-/// prefix; else where this library was to be installed.
+/// The path of the library's module for web processes. It is in a folder of its own: beside the
+/// file that holds this library, which may be a program; else where libraries are in the program's
+/// own prefix; else where this library was to be installed.
 std::string webProcessModulePath();
 
 /// Makes `context` load the module into each of its web processes. Without the module pages are
