@@ -79,6 +79,5 @@ endif()
 install(DIRECTORY examples DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation
   PATTERN CMakeLists.txt EXCLUDE)
 install(FILES README.md CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation)
-install(FILES docs/ad-authors.md docs/hosts.md docs/performance.md
-  DESTINATION ${CMAKE_INSTALL_DOCDIR}/docs COMPONENT documentation)
-install(DIRECTORY docs/images docs/schema DESTINATION ${CMAKE_INSTALL_DOCDIR}/docs COMPONENT documentation)
+install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation
+  PATTERN Doxyfile.in EXCLUDE PATTERN c-interface EXCLUDE)

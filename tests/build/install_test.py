@@ -29,9 +29,8 @@ COMPONENTS = {
         "bin/qorix-{}", "share/man/man1/qorix-{}.1", "share/bash-completion/completions/qorix-{}",
         "share/zsh/site-functions/_qorix-{}", "share/fish/vendor_completions.d/qorix-{}.fish")],
     "documentation": ["share/doc/qorix/README.md", "share/doc/qorix/CHANGELOG.md",
-                      "share/doc/qorix/docs/ad-authors.md", "share/doc/qorix/docs/hosts.md",
-                      "share/doc/qorix/docs/*.png",
-                      "share/doc/qorix/docs/performance.md", "share/doc/qorix/docs/schema/*",
+                      "share/doc/qorix/docs/hosts.md", "share/doc/qorix/docs/*.md",
+                      "share/doc/qorix/docs/images/*.png", "share/doc/qorix/docs/schema/*",
                       "share/doc/qorix/examples/host/main.cpp",
                       "share/doc/qorix/examples/*"],
 }
