@@ -44,7 +44,7 @@ function(install_package_file name)
   set(runtime)
   if(NOT BUILD_SHARED_LIBS)
     list(JOIN ARGN " " requires)
-    set(runtime " -lstdc++")
+    set(runtime " -lstdc++ -lm")
   endif()
   configure_file(cmake/${name}.pc.in ${name}-2.0.pc @ONLY)
   install(FILES ${PROJECT_BINARY_DIR}/${name}-2.0.pc DESTINATION ${pkgConfigFolder} COMPONENT development)
@@ -64,6 +64,7 @@ if(TARGET qorix-gir)
 endif()
 
 if(QORIX_BUILD_TOOLS)
+  install(DIRECTORY docs/schema DESTINATION ${CMAKE_INSTALL_DATADIR}/qorix COMPONENT tools)
   install(DIRECTORY tools/completions/bash/
     DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT tools)
   install(DIRECTORY tools/completions/zsh/
@@ -77,7 +78,7 @@ if(QORIX_BUILD_TOOLS)
 endif()
 
 install(DIRECTORY examples DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation
-  PATTERN CMakeLists.txt EXCLUDE)
+  PATTERN CMakeLists.txt EXCLUDE PATTERN __pycache__ EXCLUDE)
 install(FILES README.md CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation)
 install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documentation
   PATTERN Doxyfile.in EXCLUDE PATTERN c-interface EXCLUDE)

@@ -64,7 +64,7 @@ function(qorix_library target installed libraries)
   endif()
   set_target_properties(${target} PROPERTIES
     LINK_DEPENDS ${exports}
-    VERSION ${PROJECT_VERSION} SOVERSION ${QORIX_ABI} LINKER_LANGUAGE CXX INSTALL_RPATH $ORIGIN)
+    VERSION ${QORIX_ABI}.${PROJECT_VERSION} SOVERSION ${QORIX_ABI} LINKER_LANGUAGE CXX INSTALL_RPATH $ORIGIN)
 endfunction()
 
 add_library(qorix ${properObjects} $<TARGET_OBJECTS:qorix-build-stamp>)

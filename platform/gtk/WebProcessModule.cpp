@@ -1,9 +1,11 @@
 #include "platform/gtk/WebProcessModule.h"
 
 #include <dlfcn.h>
+#include <link.h>
 #include <webkit2/webkit2.h>
 
 #include <filesystem>
+#include <vector>
 
 namespace qorix::gtk {
 
@@ -11,32 +13,35 @@ namespace {
 
 namespace fs = std::filesystem;
 
+/// The folder of the file that holds this library; empty if that cannot be learned.
 fs::path libraryFolder() {
   std::error_code error;
   Dl_info info{};
-  // The name may be relative: to where the process found the library, or the program that holds it.
-  if (::dladdr(reinterpret_cast<const void*>(&loadModuleIntoWebProcesses), &info) != 0 &&
-      info.dli_fname != nullptr) {
-    const fs::path file = fs::canonical(info.dli_fname, error);
-    if (!error) {
-      return file.parent_path();
-    }
-  }
-  return fs::read_symlink("/proc/self/exe", error).parent_path();
+  link_map* map = nullptr;
+  const int found = ::dladdr1(reinterpret_cast<const void*>(&loadModuleIntoWebProcesses), &info,
+                              reinterpret_cast<void**>(&map), RTLD_DL_LINKMAP);
+  // A program has no name here, and elsewhere just that by which it was called.
+  const bool isProgram = found == 0 || map == nullptr || *map->l_name == '\0';
+  const fs::path file = fs::canonical(isProgram ? "/proc/self/exe" : map->l_name, error);
+  return error ? fs::path() : file.parent_path();
 }
 
 }  // namespace
 
 std::string webProcessModulePath() {
-  const fs::path own = libraryFolder();
   const fs::path module = fs::path(QORIX_MODULE_FOLDER) / "qorix-webprocess.so";
-  for (const auto& folder : {own, own / ".." / QORIX_LIBDIR, fs::path(QORIX_FULL_LIBDIR)}) {
+  std::vector<fs::path> folders;
+  if (const fs::path own = libraryFolder(); !own.empty()) {
+    folders = {own, own / ".." / QORIX_LIBDIR};
+  }
+  folders.emplace_back(QORIX_FULL_LIBDIR);
+  for (const auto& folder : folders) {
     std::error_code error;
     if (fs::exists(folder / module, error)) {
       return (folder / module).lexically_normal().string();
     }
   }
-  return (own / module).string();
+  return (folders.front() / module).string();
 }
 
 // The engine loads every module in the folder, which it cannot see from its sandbox otherwise.

@@ -3,8 +3,8 @@
 usage: abi_test.py [--renew] ROOT COMPILER LIBRARY...
 
 For each library abi/ has a list of the exported symbols, with what the functions return; a symbol
-does not tell that. types.abi describes the public classes: sizes, members, virtual functions. With
---renew they are written anew.
+does not tell that. types-N.abi describes the public classes: sizes, members, virtual functions. N is
+the soname's number. With --renew they are written anew, unless hosts that are built would break.
 """
 
 import re
@@ -19,6 +19,7 @@ TEMPLATE = re.compile(r"^template <.*>\n(?:class|struct) ", re.MULTILINE)
 DESCRIBE = ["abidw", "--exported-interfaces-only", "--no-show-locs", "--no-corpus-path",
             "--no-comp-dir-path", "--no-elf-needed"]
 FAILED = 3  # those bits of abidiff's exit status
+ONLY_ADDED = re.compile(r"Functions changes summary: 0 Removed, 0 Changed\b")
 
 
 def output(command, **more):
@@ -74,7 +75,7 @@ def probe(include):
         space = "qorix::gtk" if "namespace qorix::gtk {" in text else "qorix"
         names += [f"{space}::{name}" for name in CLASS.findall(TEMPLATE.sub("", text))]
     return "".join([*(f"#include <{header.relative_to(include)}>\n" for header in headers),
-                    *(f'extern "C" void has_{number}({name}*) {{}}\n' for number, name in enumerate(names))])
+                    *(f'extern "C" void has_{name.replace("::", "_")}({name}*) {{}}\n' for name in names)])
 
 
 def describe_classes(include, compiler, file):
@@ -85,38 +86,47 @@ def describe_classes(include, compiler, file):
         file.write_text(output([*DESCRIBE, library]))
 
 
-def symbol_faults(library, kept):
+def symbol_changes(library, kept):
+    """Yields what has changed, each with whether it breaks hosts."""
     old, new = set(kept.read_text().splitlines()), set(symbols(library))
-    yield from (f"{library}: no longer there: {symbol}" for symbol in sorted(old - new))
-    yield from (f"{library}: new: {symbol}" for symbol in sorted(new - old))
+    yield from ((f"{kept.stem} no longer has {symbol}", True) for symbol in sorted(old - new))
+    yield from ((f"{kept.stem} now has {symbol}", False) for symbol in sorted(new - old))
 
 
-def class_faults(include, compiler, kept):
+def class_changes(include, compiler, kept):
     with tempfile.NamedTemporaryFile(suffix=".abi") as now:
         describe_classes(include, compiler, Path(now.name))
         result = subprocess.run(["abidiff", kept, now.name], capture_output=True, text=True)
     if result.returncode & FAILED:
         sys.exit(f"abidiff failed:\n{result.stdout}{result.stderr}")
     if result.returncode:
-        yield f"public classes have changed:\n{result.stdout}"
+        yield result.stdout, not ONLY_ADDED.search(result.stdout)
 
 
 def main():
     arguments = [argument for argument in sys.argv[1:] if argument != "--renew"]
     root, compiler, libraries = Path(arguments[0]), arguments[1], arguments[2:]
-    include, classes = root / "include", root / "abi/types.abi"
+    include = root / "include"
     lists = {library: root / f"abi/{soname(library)}.symbols" for library in libraries}
+    classes = root / f"abi/types-{soname(libraries[0]).rpartition('.')[2]}.abi"
+    changes = []
+    if all(file.exists() for file in (classes, *lists.values())):
+        changes = list(class_changes(include, compiler, classes))
+        for library, kept in lists.items():
+            changes += symbol_changes(library, kept)
+    elif "--renew" not in sys.argv:
+        sys.exit("abi/ has nothing of these sonames: ./run abi")
+    print("".join(f"{change}\n" for change, _ in changes), end="")
+    if any(breaks for _, breaks in changes):
+        sys.exit("Hosts that are built would break: a new soname is needed (QORIX_ABI, see abi/README.md)")
     if "--renew" in sys.argv:
         describe_classes(include, compiler, classes)
         for library, kept in lists.items():
             kept.write_text("".join(f"{symbol}\n" for symbol in symbols(library)))
-    faults = list(class_faults(include, compiler, classes))
-    for library, kept in lists.items():
-        faults += symbol_faults(library, kept)
-    print("\n".join([*faults, "abi/README.md says what to do"] if faults else
-                    [f"{len(libraries)} libraries have the interface that abi/ keeps"]))
-    return 1 if faults else 0
+    elif changes:
+        sys.exit("Hosts that are built go on: ./run abi keeps the new interface")
+    print("the interface is the one that abi/ keeps")
 
 
 if __name__ == "__main__":
-    sys.exit(main())
+    main()

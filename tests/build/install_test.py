@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 """What `cmake --install` installs, and that a host needs nothing else.
-usage: install_test.py CMAKE BUILD
+usage: install_test.py CMAKE ROOT BUILD
 
 Installs what is built into a folder of its own, and moves it elsewhere.
 """
@@ -15,7 +15,7 @@ from concurrent.futures import ThreadPoolExecutor
 from fnmatch import fnmatch
 from pathlib import Path
 
-CMAKE, BUILD = (sys.argv.pop(1) for _ in range(2))
+CMAKE, ROOT, BUILD = (sys.argv.pop(1) for _ in range(3))
 
 # What each component has; "*" is any text without an end.
 COMPONENTS = {
@@ -27,7 +27,8 @@ COMPONENTS = {
                       "share/vala/vapi/qorix-gtk3-2.0.vapi", "share/vala/vapi/qorix-gtk3-2.0.deps"],
     "tools": [pattern.format(tool) for tool in ("adcheck", "preview") for pattern in (
         "bin/qorix-{}", "share/man/man1/qorix-{}.1", "share/bash-completion/completions/qorix-{}",
-        "share/zsh/site-functions/_qorix-{}", "share/fish/vendor_completions.d/qorix-{}.fish")],
+        "share/zsh/site-functions/_qorix-{}", "share/fish/vendor_completions.d/qorix-{}.fish",
+        "share/qorix/schema/*")],
     "documentation": ["share/doc/qorix/README.md", "share/doc/qorix/CHANGELOG.md",
                       "share/doc/qorix/docs/hosts.md", "share/doc/qorix/docs/*.md",
                       "share/doc/qorix/docs/images/*.png", "share/doc/qorix/docs/schema/*",
@@ -109,11 +110,16 @@ class Install(unittest.TestCase):
         self.assertEqual("".join(faults), "")
         self.assertGreater(len(headers), 40)
 
+    def test_all_public_headers_and_examples_are_there_and_nothing_else_of_them(self):
+        self.assertEqual(files_in(self.include), files_in(Path(ROOT, "include")))
+        self.assertEqual(files_in(self.prefix / "share/doc/qorix/examples"), {
+            file for file in files_in(Path(ROOT, "examples"))
+            if not file.endswith(("CMakeLists.txt", ".pyc"))})
+
     def test_nothing_names_the_place_where_it_was_built(self):
-        build = os.path.realpath(BUILD).encode()
         for file in files_in(self.prefix):
-            if not (self.prefix / file).is_symlink() and file.startswith(("lib/", "bin/")):
-                self.assertNotIn(build, (self.prefix / file).read_bytes(), file)
+            if not (self.prefix / file).is_symlink():
+                self.assertNotIn(os.path.realpath(ROOT).encode(), (self.prefix / file).read_bytes(), file)
 
     def test_pkg_config_leads_to_the_moved_files(self):
         flags = " ".join(self.pkg_config("--cflags", "--libs", "qorix-gtk3-2.0"))
@@ -136,12 +142,23 @@ class Install(unittest.TestCase):
         report = run([self.prefix / "bin/qorix-adcheck", "--all-hosts", document])
         self.assertIn("com.example.editor", report)
 
-    def test_the_preview_finds_the_module_for_web_processes(self):
+    def preview(self, command, **more):
+        """What a preview without a display tells of the sample document."""
         document = self.prefix / "share/doc/qorix/examples/documents/commonad.xml"
         plain = {k: v for k, v in os.environ.items() if k not in ("DISPLAY", "WAYLAND_DISPLAY")}
-        told = run([self.prefix / "bin/qorix-preview", "--app", "com.example.editor", "--screenshot",
-                    self.staging / "preview.png", document], env=plain)
-        self.assertRegex(told, "bridge: .*promotes")
+        plain["PATH"] = f"{self.prefix}/bin:{plain['PATH']}"
+        return run([command, "--app", "com.example.editor", "--screenshot",
+                    self.staging / "preview.png", document], env=plain, **more)
+
+    def test_the_preview_finds_the_module_for_web_processes(self):
+        self.assertRegex(self.preview(self.prefix / "bin/qorix-preview"), "bridge: .*promotes")
+
+    def test_no_module_is_loaded_from_the_current_folder(self):
+        here = self.staging / "here"
+        (here / "qorix-gtk3-2").mkdir(parents=True)
+        (here / "qorix-gtk3-2/qorix-webprocess.so").write_text("no module")
+        (here / "qorix-preview").write_text("no program")
+        self.assertRegex(self.preview("qorix-preview", cwd=here), "bridge: .*promotes")
 
 
 if __name__ == "__main__":

@@ -1,10 +1,11 @@
 #!/usr/bin/env python3
-"""Installs the Debian packages on a bare Debian 12 and runs their test there.
+"""Builds the Debian packages on a bare Debian 12, installs them on another one, and runs their test there.
 usage: bare_machine_test.py FOLDER [--pictures FOLDER]
 
-FOLDER holds the packages. The bare machine is a folder that debootstrap fills; the packages bring
-with them what they need, and debian/tests/control names what their test needs. As root only, with
-an archive of Debian's packages within reach.
+FOLDER/qorix holds the sources; the packages are left in FOLDER. A bare machine is a folder that
+debootstrap fills. Nothing is installed there but what debian/control says, and what
+debian/tests/control names for the test. As root only, with an archive of Debian's packages within
+reach.
 """
 
 import argparse
@@ -15,9 +16,8 @@ import sys
 import tempfile
 from pathlib import Path
 
-ROOT = Path(__file__).resolve().parent.parent.parent
 RELEASE = "bookworm"
-NEEDED = ("debian", "docs", "examples", "tests/package")  # of the repository, for the test
+NEEDED = ("debian", "examples", "tests/package")  # of the sources, for the test
 
 
 def archive():
@@ -53,12 +53,37 @@ def make_machine(machine):
     for source in Path("/etc/apt/sources.list.d").glob("debian*"):
         shutil.copy(source, machine / "etc/apt/sources.list.d")
         own.unlink(missing_ok=True)  # these replace it
+    inside(machine, "apt-get", "update", "-qq")
+
+
+def build_packages(machine, folder):
+    """Calls ./run package there, as a developer would."""
+    tell("./run package")
+    shutil.copytree(folder / "qorix", machine / "qorix", symlinks=True)
+    inside(machine, "sh", "-c", "cd /qorix && ./run package >/build.log 2>&1 || { tail -50 /build.log; exit 1; }")
+    for package in (machine / "qorix/build/package").glob("*.deb"):
+        shutil.copy(package, folder)
+
+
+def use_packages(machine, folder):
+    """Installs them there, with what their test needs, and runs the test."""
     for name in NEEDED:
-        shutil.copytree(ROOT / name, machine / "qorix" / name, symlinks=True)
+        shutil.copytree(folder / "qorix" / name, machine / "qorix" / name)
+    (machine / "packages").mkdir()
+    for package in folder.glob("*.deb"):
+        if "-dbgsym_" not in package.name:
+            shutil.copy(package, machine / "packages")
+    files = [f"/packages/{package.name}" for package in (machine / "packages").iterdir()]
+    tell("install the packages, and what their test needs")
+    inside(machine, "sh", "-c", '"$@" >/install.log || { tail /install.log; exit 1; }', "sh", "apt-get",
+           "install", "-y", "-qq", "--no-install-recommends", *files, *packages_of_the_test(folder / "qorix"))
+    tell("run debian/tests/hosts")
+    (machine / "pictures").mkdir()
+    inside(machine, "sh", "-c", "cd /qorix && debian/tests/hosts --pictures /pictures")
 
 
-def packages_of_the_test():
-    text = (ROOT / "debian/tests/control").read_text()
+def packages_of_the_test(sources):
+    text = (sources / "debian/tests/control").read_text()
     names = re.search(r"^Depends:(.*?)^\S", text, re.MULTILINE | re.DOTALL)[1]
     return [name for name in re.split(r"[,\s]+", names) if name not in ("", "@")]
 
@@ -68,25 +93,14 @@ def main():
     parser.add_argument("folder", type=Path)
     parser.add_argument("--pictures", type=Path, help="a folder for a picture of each host")
     arguments = parser.parse_args()
-    packages = sorted(p for p in arguments.folder.glob("*.deb") if "-dbgsym_" not in p.name)
-    if not packages:
-        sys.exit(f"there are no packages in {arguments.folder}")
     with tempfile.TemporaryDirectory(prefix="qorix-bare-") as temporary:
-        machine = Path(temporary) / "machine"
-        make_machine(machine)
-        (machine / "packages").mkdir()
-        for package in packages:
-            shutil.copy(package, machine / "packages")
-        files = [f"/packages/{package.name}" for package in packages]
-        tell("install the packages, and what their test needs")
-        install = ["apt-get", "install", "-y", "-qq", "--no-install-recommends"]
-        inside(machine, "sh", "-c", 'apt-get update -qq && "$@" >/install.log || { tail /install.log; exit 1; }',
-               "sh", *install, *files, *packages_of_the_test())
-        tell("run debian/tests/hosts")
-        (machine / "pictures").mkdir()
-        inside(machine, "sh", "-c", "cd /qorix && debian/tests/hosts --pictures /pictures")
+        builder, user = Path(temporary) / "builder", Path(temporary) / "user"
+        make_machine(user)
+        shutil.copytree(user, builder, symlinks=True)
+        build_packages(builder, arguments.folder)
+        use_packages(user, arguments.folder)
         if arguments.pictures:
-            shutil.copytree(machine / "pictures", arguments.pictures, dirs_exist_ok=True)
+            shutil.copytree(user / "pictures", arguments.pictures, dirs_exist_ok=True)
     tell("done")
 
 
