@@ -96,7 +96,7 @@ def main():
     with tempfile.TemporaryDirectory(prefix="qorix-bare-") as temporary:
         builder, user = Path(temporary) / "builder", Path(temporary) / "user"
         make_machine(user)
-        shutil.copytree(user, builder, symlinks=True)
+        subprocess.run(["cp", "--archive", user, builder], check=True)  # devices are copied as such
         build_packages(builder, arguments.folder)
         use_packages(user, arguments.folder)
         if arguments.pictures:
