@@ -111,6 +111,15 @@ class InEachShell(unittest.TestCase):
                 self.assertEqual(self.terminal.run(f"{NAME} {option} {beginning}\t")[1].rstrip("/"), whole)
         self.assertEqual(self.completed("d"), ["document.xml"])
 
+    def test_the_document_is_xml(self):
+        """Where no such file fits, zsh and fish take another."""
+        self.assertEqual(self.completed("o"), ["o" if self.shell == "bash" else "other.txt"])
+
+    def test_a_value_behind_an_equals_sign(self):
+        option, value = ("--format=s", "--format=sarif") if "--format" in OPTIONS else (
+            "--screenshot=p", "--screenshot=picture.png")
+        self.assertEqual(self.completed(option), [value])
+
     def test_no_option_that_the_tool_lacks(self):
         text = SHELLS[self.shell][0].read_text()
         named = re.findall(r"(?<![\w-])--[a-z][a-z-]*", text)

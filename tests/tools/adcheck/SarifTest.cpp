@@ -134,7 +134,7 @@ TEST_F(SarifTest, aRelativeNameStaysRelative) {
                                        "' && exec '" QORIX_ADCHECK "' --format sarif ./ad.xml"});
   const Json log = sarifOf(result);
   EXPECT_EQ(log["results"][0]["locations"][0]["physicalLocation"]["artifactLocation"]["uri"],
-            "./ad.xml");
+            "ad.xml");
 }
 
 TEST_F(SarifTest, standardInputHasNoAddress) {

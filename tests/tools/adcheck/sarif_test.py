@@ -3,7 +3,7 @@
 
 Debian has no schema of SARIF. The names of each object's properties, and which are required, come from
 python3-sarif-python-om, which is generated from that schema. The types of the properties and the rules
-below are written down here from the standard's text (OASIS, SARIF version 2.1.0, section 3).
+are written down below.
 """
 
 import json
@@ -42,7 +42,7 @@ def is_whole(least):
 
 
 def is_uri(value):
-    """An RFC 3986 reference: only its characters, and percent signs only before two digits."""
+    """A URI reference: only its characters, and percent signs only before two digits."""
     return is_text(value) and re.fullmatch(r"(?:[A-Za-z0-9._~:/?#@!$&'()*+,;=\[\]-]|%[0-9A-F]{2})+", value)
 
 

@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <filesystem>
+#include <string>
 #include <string_view>
 
 #include "text/AsciiCase.h"
@@ -53,12 +55,14 @@ Json rules() {
   return list;
 }
 
-/// A relative name stays relative, so that a code host finds the file in its repository.
+/// A relative name stays relative and loses its "./", so that a code host finds the file in its
+/// repository.
 std::string uriOf(const std::string& file) {
-  constexpr std::size_t kSchemeSize = 8;   // "file:///" and the end of the text
+  constexpr std::size_t kSchemeSize = 8;   // "file://" and the end of the text
   constexpr std::size_t kEncodedSize = 3;  // "%20"
-  std::string uri(kSchemeSize + kEncodedSize * file.size(), '\0');
-  if (uriUnixFilenameToUriStringA(file.c_str(), uri.data()) != URI_SUCCESS) {
+  const std::string name = std::filesystem::path(file).lexically_normal().string();
+  std::string uri(kSchemeSize + kEncodedSize * name.size(), '\0');
+  if (uriUnixFilenameToUriStringA(name.c_str(), uri.data()) != URI_SUCCESS) {
     return {};
   }
   uri.resize(uri.find('\0'));
@@ -129,7 +133,7 @@ Json SarifWriter::resultOf(const HostsRefusal& each) const {
   const auto& known = refusalRules();
   const auto rule = std::ranges::find(known, number, &RefusalRule::line);
   return resultOf(static_cast<std::size_t>(rule - known.begin()),
-                  "refused-" + std::to_string(number), "error",
+                  rule->id, "error",
                   words + ": refused by " + hostsText(each), offset);
 }
 
