@@ -9,9 +9,15 @@ import xml.etree.ElementTree as ElementTree
 
 CORE = "{http://www.gtk.org/introspection/core/1.0}"
 GLIB = "{http://www.gtk.org/introspection/glib/1.0}"
-ENTRIES = {CORE + name for name in ("class", "record", "enumeration", "member", "field", "function", "constructor",
-                                    "method", "property", "parameter", "instance-parameter", "return-value")}
-ENTRIES.add(GLIB + "signal")
+# What has a name and is no entry: the file itself, what it includes, and the types of entries.
+EXCEPTIONS = {CORE + name for name in ("namespace", "include", "package", "type")}
+
+
+def is_entry(element):
+    """Whether it is something that a description belongs to: of any kind that has a name, or a result."""
+    if element.tag in (CORE + "return-value", GLIB + "signal"):
+        return True
+    return element.tag.startswith(CORE) and "name" in element.attrib and element.tag not in EXCEPTIONS
 
 
 def needs_none(element):
@@ -27,7 +33,7 @@ def undescribed(element, path=""):
         return
     name = element.get("name") or ("result" if element.tag == CORE + "return-value" else "")
     path = f"{path}.{name}".strip(".")
-    if element.tag in ENTRIES and element.find(CORE + "doc") is None:
+    if is_entry(element) and element.find(CORE + "doc") is None:
         yield path
     for child in element:
         yield from undescribed(child, path)

@@ -40,6 +40,7 @@ int main(int argc, char **argv) {
   g_object_set(options, "default-ad-file-url", argv[1], "settings-path", argv[2], NULL);
   QorixManager *manager = qorix_start(options);
   g_object_unref(options);
+  if (manager == NULL) return 1; /* it has logged why */
   g_signal_connect(manager, "will-show", G_CALLBACK(will_show), NULL);
   g_signal_connect(manager, "did-close", G_CALLBACK(did_close), NULL);
   g_signal_connect(manager, "open-iap", G_CALLBACK(open_iap), NULL);
@@ -48,8 +49,7 @@ int main(int argc, char **argv) {
   GtkWidget *overlay = gtk_overlay_new(); /* a banner can lie on top of its child */
   gtk_container_add(GTK_CONTAINER(overlay), gtk_text_view_new());
   GtkWidget *window = gtk_window_new(GTK_WINDOW_TOPLEVEL);
-  gtk_window_set_title(GTK_WINDOW(window), "Host in C");
-  gtk_window_set_default_size(GTK_WINDOW(window), 600, 300);
+  g_object_set(window, "title", "Host in C", "default-width", 600, "default-height", 300, NULL);
   gtk_container_add(GTK_CONTAINER(window), overlay);
   g_signal_connect(window, "destroy", gtk_main_quit, NULL);
   gtk_widget_show_all(window);

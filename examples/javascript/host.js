@@ -18,6 +18,9 @@ const manager = Qorix.start(new Qorix.InstallOptions({
     default_ad_file_url: ARGV[0],
     settings_path: ARGV[1],
 }));
+if (manager === null) {
+    System.exit(1); // it has logged why
+}
 manager.connect('will-show', (_manager, info, host, isPopup) => {
     const kind = isPopup ? 'popup' : 'banner';
     print(`will-show ${info.get_ad_id()} ${kind} ${info.get_width()}x${info.get_height()}`);

@@ -35,6 +35,8 @@ if len(sys.argv) != 3:
 url, settings = sys.argv[1:]
 manager = Qorix.start(Qorix.InstallOptions(
     bundle_identifier="com.example.editor", default_ad_file_url=url, settings_path=settings))
+if manager is None:
+    sys.exit(1)  # it has logged why
 manager.connect("will-show", will_show)
 manager.connect("did-close", did_close)
 manager.connect("open-iap", open_iap)

@@ -17,6 +17,9 @@ int main (string[] args) {
         settings_path = args[2]
     };
     unowned var manager = Qorix.start (options);
+    if (manager == null) {
+        return 1; // it has logged why
+    }
     manager.will_show.connect ((info, host, is_popup, frame) => {
         print ("will-show %d %s %dx%d\n", (int) info.get_ad_id (), is_popup ? "popup" : "banner",
                (int) info.get_width (), (int) info.get_height ());

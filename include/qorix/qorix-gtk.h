@@ -4,12 +4,14 @@
 
 /*
  * The C interface of the GTK 3 platform, for programs in C and, by introspection, in Python, Vala,
- * JavaScript and others. It offers to them what <qorix/gtk3.h> and <qorix/qorix.h> offer to C++.
+ * JavaScript and others. It offers to them what a host in C++ uses of <qorix/gtk3.h> and
+ * <qorix/qorix.h>, but for one thing: only a host in C++ can keep the settings itself.
  *
  * All calls belong to the main thread unless their description says otherwise. Texts are UTF-8. A
- * call with a wrong argument (none or another type where one is needed, no UTF-8) logs one critical
- * message of GLib, does nothing, and returns %NULL or 0. The library reports other faults in log
- * lines of its own. It throws no C++ exception, and no signal handler may let one out.
+ * call with a wrong argument (none, an empty one or another type where one is needed, no UTF-8)
+ * logs one critical message of GLib, does nothing, and returns %NULL or 0. The library reports
+ * other faults in log lines of its own. It throws no C++ exception, and no signal handler may let
+ * one out.
  */
 
 #include <gtk/gtk.h>
@@ -139,7 +141,8 @@ QORIX_EXPORT gboolean qorix_ad_info_get_enable(QorixAdInfo* self);
  *
  * Gets the version of the advertisement. Showings are counted for each version. Any thread.
  *
- * Returns: (nullable): the version, which the record owns; without one showings are not counted
+ * Returns: (nullable): the version, which the record owns; if it is empty or %NULL, showings are
+ *   not counted
  */
 QORIX_EXPORT const gchar* qorix_ad_info_get_version(QorixAdInfo* self);
 
@@ -158,7 +161,8 @@ QORIX_EXPORT gint64 qorix_ad_info_get_embed(QorixAdInfo* self);
  * qorix_ad_info_get_width:
  * @self: a record
  *
- * Gets the width of the banner or of the pop-up window's content. Any thread.
+ * Gets the width of the banner or of the pop-up window's content. The pop-up window keeps the size
+ * that it has unless width and height are both above 0. Any thread.
  *
  * Returns: the width in points
  */
@@ -168,7 +172,8 @@ QORIX_EXPORT gint64 qorix_ad_info_get_width(QorixAdInfo* self);
  * qorix_ad_info_get_height:
  * @self: a record
  *
- * Gets the height of the banner or of the pop-up window's content. Any thread.
+ * Gets the height of the banner or of the pop-up window's content. The pop-up window keeps the size
+ * that it has unless width and height are both above 0. Any thread.
  *
  * Returns: the height in points
  */
@@ -321,12 +326,16 @@ QORIX_EXPORT gchar* qorix_ad_info_dup_localized_html(QorixAdInfo* self);
  * What a host decides about the services that the library uses. Set the properties, then hand the
  * object to [func@start] or [func@install]; later changes have no effect. A property that is set to
  * %NULL has its default again. Main thread only.
+ *
+ * Settings are kept in a file. Only a host in C++ can keep them itself (`settings` of
+ * `qorix::gtk::InstallOptions`).
  */
 
 /**
  * QorixInstallOptions:bundle-identifier:
  *
- * The host's own reverse-DNS name, such as "com.example.editor". Required.
+ * The host's own reverse-DNS name, such as "com.example.editor". Required: options without it are
+ * refused with a critical message.
  */
 
 /**
@@ -339,7 +348,8 @@ QORIX_EXPORT gchar* qorix_ad_info_dup_localized_html(QorixAdInfo* self);
 /**
  * QorixInstallOptions:applications-directory:
  *
- * The folder whose items are the installed applications, a file name.
+ * The folder whose items are the installed applications, a file name. By default
+ * "/usr/share/applications".
  */
 
 /**
@@ -380,7 +390,7 @@ G_DECLARE_FINAL_TYPE(QorixInstallOptions, qorix_install_options, QORIX, INSTALL_
 
 /**
  * qorix_install_options_new:
- * @identifier: the host's own reverse-DNS name, such as "com.example.editor"
+ * @identifier: the host's own reverse-DNS name, such as "com.example.editor"; not empty
  *
  * Makes options with defaults for everything else. Main thread only.
  *
@@ -395,25 +405,31 @@ QORIX_EXPORT QorixInstallOptions* qorix_install_options_new(const gchar* identif
  * signals, and asks once for each widget in which an advertisement may appear. The rest happens by
  * itself: the manager fetches the document, tries again every 60 seconds until that succeeds,
  * decides, and shows. Main thread only.
+ *
+ * Get it by [func@start] or [func@Manager.get_default]. A language that constructs one instead, as
+ * `Qorix.Manager()` does, gets the same object.
  */
 
 /**
  * QorixManager::will-show:
  * @self: the manager
- * @info: (nullable): the record of the advertisement
+ * @info: (nullable): the record of the advertisement; %NULL only if C++ code of this process has
+ *   posted the notification itself, without it
  * @host: (nullable): the widget that the advertisement was offered to; %NULL if it has been
  *   destroyed, or none was offered
  * @is_popup: whether the advertisement is in the pop-up window
  * @frame: (nullable): where the advertisement is: a banner in @host, the pop-up window's content on
  *   the screen
  *
- * Emitted when an advertisement is about to be shown; it has been by the time this arrives.
+ * Emitted for each showing, on a later pass of the main loop: the banner or the pop-up window is
+ * there by then, its page may still be loading.
  */
 
 /**
  * QorixManager::did-close:
  * @self: the manager
- * @info: (nullable): the record of the advertisement
+ * @info: (nullable): the record of the advertisement; %NULL only if C++ code of this process has
+ *   posted the notification itself, without it
  * @host: (nullable): the widget that the advertisement was offered to; %NULL if it has been
  *   destroyed, or none was offered
  * @is_popup: whether the advertisement was in the pop-up window
@@ -426,7 +442,8 @@ QORIX_EXPORT QorixInstallOptions* qorix_install_options_new(const gchar* identif
 /**
  * QorixManager::open-iap:
  * @self: the manager
- * @info: (nullable): the record of the advertisement
+ * @info: (nullable): the record of the advertisement; %NULL only if C++ code of this process has
+ *   posted the notification itself, without it
  * @host: (nullable): the widget that the advertisement was offered to; %NULL if it has been
  *   destroyed, or none was offered
  * @is_popup: whether the advertisement is in the pop-up window
@@ -434,7 +451,8 @@ QORIX_EXPORT QorixInstallOptions* qorix_install_options_new(const gchar* identif
  *   the screen
  * @url: (nullable): the address of the purchase
  *
- * Emitted when a page asks the host to offer an in-app purchase.
+ * Emitted when a page asks the host to offer an in-app purchase. @url is %NULL in the same case as
+ * @info.
  */
 
 /**
@@ -442,7 +460,8 @@ QORIX_EXPORT QorixInstallOptions* qorix_install_options_new(const gchar* identif
  * @self: the manager
  * @element: (nullable): the activated element, "{(idName is buy)(className is cta)}"
  *
- * Emitted when the user has activated a link in a page, whatever becomes of it.
+ * Emitted when the user has activated a link in a page, whatever becomes of it. @element is %NULL
+ * only if C++ code of this process has posted the notification itself, without it.
  */
 
 #define QORIX_TYPE_MANAGER (qorix_manager_get_type())
@@ -466,8 +485,9 @@ QORIX_EXPORT QorixManager* qorix_manager_get_default(void);
  * @identifier: (nullable): the host's reverse-DNS name, or %NULL for that of the install
  *   options
  *
- * Tells the manager who the host is. A later call replaces the name. Show requests without one log
- * a warning in the library's log.
+ * Tells the manager who the host is; a later call replaces the name. Pages are told this name.
+ * Which advertisement is chosen follows [property@InstallOptions:bundle-identifier] alone. Show
+ * requests without a name log a warning in the library's log.
  */
 QORIX_EXPORT void qorix_manager_configure(QorixManager* self, const gchar* identifier);
 
@@ -495,8 +515,12 @@ QORIX_EXPORT gchar* qorix_manager_dup_app_bundle_identifier(QorixManager* self);
  * it is destroyed, no banner appears.
  *
  * The first request of the process starts the one download and fixes @mode and @address for the
- * process; those of later requests are ignored. Call this once for each overlay. An overlay that is
- * being destroyed is refused with a critical message.
+ * process; those of later requests are ignored. If its @address is %NULL or malformed, the
+ * download ends silently, and only a document that an earlier run has kept is shown. A URL that
+ * cannot be fetched is tried again every 60 seconds.
+ *
+ * Call this once for each overlay. An overlay that is being destroyed, and an unknown @mode, are
+ * refused with a critical message; such a request counts as none.
  */
 QORIX_EXPORT void qorix_manager_show_ad(QorixManager* self, GtkOverlay* overlay,
                                         QorixFileHostMode mode, const gchar* address);
@@ -508,7 +532,7 @@ QORIX_EXPORT void qorix_manager_show_ad(QorixManager* self, GtkOverlay* overlay,
  *
  * Does what [method@Manager.show_ad] does, with the container of
  * [property@InstallOptions:default-cloud-container-identifier]. Without one, one line is logged in
- * the library's log and nothing is fetched.
+ * the library's log, and the request goes on with the address %NULL.
  */
 QORIX_EXPORT void qorix_manager_show_ad_of_default_cloud_container(QorixManager* self,
                                                                    GtkOverlay* overlay);
@@ -520,7 +544,7 @@ QORIX_EXPORT void qorix_manager_show_ad_of_default_cloud_container(QorixManager*
  *
  * Does what [method@Manager.show_ad] does, with the URL of
  * [property@InstallOptions:default-ad-file-url]. Without one, one line is logged in the library's
- * log and nothing is fetched.
+ * log, and the request goes on with the address %NULL.
  */
 QORIX_EXPORT void qorix_manager_show_ad_of_default_url(QorixManager* self, GtkOverlay* overlay);
 
@@ -539,7 +563,8 @@ QORIX_EXPORT void qorix_manager_clear_cached_ad_contents(QorixManager* self);
  *
  * Reads the last good document, which the host's settings keep, anew.
  *
- * Returns: (transfer full) (nullable): a new record, or %NULL if there is no document
+ * Returns: (transfer full) (nullable): a new record, or %NULL if there is no document, or, after
+ *   one line in the library's log, if it cannot be used
  */
 QORIX_EXPORT QorixAdInfo* qorix_manager_fetch_cached_ad_info(QorixManager* self);
 

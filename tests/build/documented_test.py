@@ -1,7 +1,8 @@
 #!/usr/bin/env python3
 """No entry of the C interface can lose its description unseen. usage: documented_test.py FOLDER GIR
 
-FOLDER has documented.py, which the build runs. Each description in GIR is taken away once.
+FOLDER has documented.py, which the build runs. Each description in GIR is taken away once, and an entry of
+each kind is added without one.
 """
 
 import sys
@@ -11,7 +12,13 @@ import xml.etree.ElementTree as ElementTree
 sys.path.insert(0, sys.argv.pop(1))
 GIR = sys.argv.pop(1)
 
-from documented import CORE, undescribed  # noqa: E402
+from documented import CORE, GLIB, undescribed  # noqa: E402
+
+# Every kind that introspection has.
+KINDS = [CORE + kind for kind in (
+    "alias bitfield callback class constant constructor enumeration field function function-macro instance-parameter "
+    "interface member method parameter property record return-value union virtual-method").split()]
+KINDS += [GLIB + "signal"]
 
 
 class Descriptions(unittest.TestCase):
@@ -29,6 +36,13 @@ class Descriptions(unittest.TestCase):
             element.remove(description)
             self.assertEqual(len(list(undescribed(self.root))), 1, element.attrib)
             element.insert(0, description)
+
+    def test_a_new_entry_of_any_kind_is_found(self):
+        for parent in (self.root.find(CORE + "namespace"), self.root.find(f".//{CORE}class")):
+            for kind in KINDS:
+                added = ElementTree.SubElement(parent, kind, name="added")
+                self.assertEqual([path.rpartition(".")[2] for path in undescribed(self.root)], ["added"], kind)
+                parent.remove(added)
 
 
 if __name__ == "__main__":

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""The sample programs say what is wrong with a command line. usage: usage_test.py BIN"""
+"""The sample programs say what is wrong with a command line, and are short. usage: usage_test.py BIN"""
 
 import json
 import signal
@@ -30,6 +30,14 @@ def run(program, *arguments):
         text=True,
         timeout=30,
     )
+
+
+class Length(unittest.TestCase):
+    def test_a_host_in_another_language_is_short(self):
+        hosts = list((Path(__file__).resolve().parent.parent.parent / "examples").glob("*/host.*"))
+        self.assertEqual(len(hosts), 4)
+        for host in hosts:
+            self.assertLessEqual(len(host.read_text().splitlines()), 60, host.name)
 
 
 class Usage(unittest.TestCase):

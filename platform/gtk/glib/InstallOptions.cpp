@@ -81,6 +81,7 @@ static void qorix_install_options_init(QorixInstallOptions* self) {
 
 QorixInstallOptions* qorix_install_options_new(const gchar* identifier) {
   g_return_val_if_fail(qorix::gtk::isUtf8(identifier), nullptr);
+  g_return_val_if_fail(*identifier != '\0', nullptr);
   return QORIX_INSTALL_OPTIONS(
       g_object_new(QORIX_TYPE_INSTALL_OPTIONS, "bundle-identifier", identifier, nullptr));
 }

@@ -53,6 +53,7 @@ std::optional<QorixRect> rectOf(const std::optional<qorix::Rect>& frame) {
   return QorixRect{frame->origin.x, frame->origin.y, frame->size.width, frame->size.height};
 }
 
+/// Frees what is no GObject, for which there is Unref.
 template <auto kFree>
 struct FreeWith {
   template <class Pointed>
@@ -70,13 +71,11 @@ void emitSignal(const MyPushAdEvent& event) {
   QorixRect* frame = rect ? &*rect : nullptr;
   switch (event.kind) {
     case MyPushAdEvent::Kind::willShow:
-      g_signal_emit(theManager, signals[willShow], 0, info.get(), hostWidget(event), isPopup,
-                    frame);
+    case MyPushAdEvent::Kind::didClose: {
+      const Signal signal = event.kind == MyPushAdEvent::Kind::willShow ? willShow : didClose;
+      g_signal_emit(theManager, signals[signal], 0, info.get(), hostWidget(event), isPopup, frame);
       break;
-    case MyPushAdEvent::Kind::didClose:
-      g_signal_emit(theManager, signals[didClose], 0, info.get(), hostWidget(event), isPopup,
-                    frame);
-      break;
+    }
     case MyPushAdEvent::Kind::openIAP: {
       const OwnedText url(event.url ? qorix::gtk::newText(event.url->absoluteString()) : nullptr);
       g_signal_emit(theManager, signals[openIap], 0, info.get(), hostWidget(event), isPopup, frame,
@@ -121,6 +120,10 @@ void withManager(Work work) {
       work(*manager);
     }
   });
+}
+
+bool isKnown(QorixFileHostMode mode) {
+  return mode == QORIX_FILE_HOST_MODE_WEB_SERVER || mode == QORIX_FILE_HOST_MODE_CLOUD_KIT;
 }
 
 bool canShowIn(GtkOverlay* overlay) {
@@ -188,6 +191,7 @@ void qorix_manager_show_ad(QorixManager* self, GtkOverlay* overlay, QorixFileHos
                            const gchar* address) {
   g_return_if_fail(QORIX_IS_MANAGER(self));
   g_return_if_fail(canShowIn(overlay));
+  g_return_if_fail(isKnown(mode));
   g_return_if_fail(isUtf8OrNull(address));
   withManager([=](MyPushAdManager& manager) {
     manager.prepareAndShowAdWithHostView(qorix::gtk::viewForOverlay(overlay),

@@ -41,6 +41,9 @@ std::optional<std::string> textOrNone(const gchar* text) {
   return text == nullptr ? std::nullopt : std::optional<std::string>(text);
 }
 
+/// As C and other languages pass any number.
+QorixFileHostMode modeOfNumber(int number) { return static_cast<QorixFileHostMode>(number); }
+
 class SettingsThatThrow : public MemoryUserDefaults {
  public:
   std::optional<std::string> stringForKey(const std::string& /*key*/) override {
@@ -345,6 +348,7 @@ TEST_F(CInterfaceManagerTest, aWrongArgumentIsRefusedOnce) {
       [] { qorix_manager_show_ad(nullptr, nullptr, kMode, ""); },
       [&] { qorix_manager_show_ad(manager(), noOverlay, kMode, ""); },
       [] { qorix_manager_show_ad(manager(), nullptr, kMode, kNoUtf8); },
+      [] { qorix_manager_show_ad(manager(), nullptr, modeOfNumber(2), ""); },
       [] { qorix_manager_show_ad_of_default_url(nullptr, nullptr); },
       [&] { qorix_manager_show_ad_of_default_url(manager(), noOverlay); },
       [] { qorix_manager_show_ad_of_default_cloud_container(nullptr, nullptr); },
@@ -357,6 +361,23 @@ TEST_F(CInterfaceManagerTest, aWrongArgumentIsRefusedOnce) {
     EXPECT_EQ(criticals.during(calls[i]), 1) << "call " << i;
   }
   EXPECT_THAT(askedViews(), IsEmpty());
+}
+
+TEST_F(CInterfaceManagerTest, aWrongRequestDoesNotUseUpTheFirst) {
+  CriticalMessages criticals;
+  EXPECT_EQ(
+      criticals.during([] { qorix_manager_show_ad(manager(), nullptr, modeOfNumber(2), "a"); }), 1);
+  qorix_manager_show_ad(manager(), overlay(), QORIX_FILE_HOST_MODE_WEB_SERVER,
+                        "https://www.example.com/a.xml");
+  EXPECT_THAT(fetchedUrls(), ElementsAre("https://www.example.com/a.xml"));
+}
+
+TEST_F(CInterfaceManagerTest, anAddressThatIsNoneUsesUpTheFirstRequest) {
+  qorix_manager_show_ad(manager(), overlay(), QORIX_FILE_HOST_MODE_WEB_SERVER, "no address");
+  qorix_manager_show_ad(manager(), overlay(), QORIX_FILE_HOST_MODE_WEB_SERVER,
+                        "https://www.example.com/a.xml");
+  EXPECT_EQ(askedViews().size(), 2U);
+  EXPECT_THAT(fetchedUrls(), IsEmpty());
 }
 
 TEST_F(CInterfaceManagerTest, anOverlayThatIsBeingDestroyedIsRefused) {

@@ -76,6 +76,10 @@ TEST_F(CInterfaceStartTest, everyPropertyReachesItsMember) {
   guint count = 0;
   g_free(g_object_class_list_properties(G_OBJECT_GET_CLASS(options_), &count));
   EXPECT_EQ(count, kProperties.size());
+  // A new member does not compile here. It needs a property; `settings` alone is for C++ only.
+  const auto& [identifier, path, settings, applications, url, container, service, environment,
+               token] = options();
+  EXPECT_EQ(settings, nullptr);
   for (const auto& [name, member] : kProperties) {
     setProperty(name, (std::string("value of ") + name).c_str());
   }
@@ -102,7 +106,7 @@ TEST_F(CInterfaceStartTest, anOptionIsUtf8UnlessItIsAFileName) {
 
 TEST_F(CInterfaceStartTest, aWrongArgumentIsRefusedOnce) {
   CriticalMessages criticals;
-  for (const char* name : {static_cast<const char*>(nullptr), kNoUtf8}) {
+  for (const char* name : {static_cast<const char*>(nullptr), "", kNoUtf8}) {
     EXPECT_EQ(criticals.during([&] { EXPECT_EQ(qorix_install_options_new(name), nullptr); }), 1);
   }
   GtkWidget* label = gtk_label_new("");
@@ -114,6 +118,17 @@ TEST_F(CInterfaceStartTest, aWrongArgumentIsRefusedOnce) {
   }
   g_object_unref(label);
   EXPECT_EQ(platform().mainBundle->bundleIdentifier(), std::nullopt) << "nothing is installed";
+}
+
+TEST_F(CInterfaceStartTest, optionsThatNameNoHostAreRefused) {
+  setProperty("bundle-identifier", nullptr);
+  CriticalMessages criticals;
+  EXPECT_EQ(criticals.during([&] { qorix_install(options_); }), 1);
+  EXPECT_EQ(criticals.during([&] { EXPECT_EQ(qorix_start(options_), nullptr); }), 1);
+  setProperty("bundle-identifier", "com.example.c");
+  EXPECT_EQ(criticals.during([&] { EXPECT_NE(qorix_start(options_), nullptr); }), 0)
+      << "nothing was installed before";
+  EXPECT_EQ(platform().mainBundle->bundleIdentifier(), "com.example.c");
 }
 
 TEST_F(CInterfaceStartTest, theOptionsAreInForce) {

@@ -7,16 +7,21 @@
 
 namespace qorix::test {
 
-/// Counts, as long as it lives, the critical messages by which the C interface refuses arguments.
+/// Counts, as long as it lives, critical messages of every domain: those by which the C interface
+/// refuses arguments, and any that GTK or GObject would add.
 class CriticalMessages {
  public:
   CriticalMessages()
-      : handler_(g_log_set_handler(
-            "Qorix", G_LOG_LEVEL_CRITICAL,
-            [](const gchar* /*domain*/, GLogLevelFlags /*level*/, const gchar* /*message*/,
-               gpointer count) { ++*static_cast<int*>(count); },
+      : before_(g_log_set_default_handler(
+            [](const gchar* domain, GLogLevelFlags level, const gchar* message, gpointer count) {
+              if ((level & G_LOG_LEVEL_CRITICAL) != 0) {
+                ++*static_cast<int*>(count);
+              } else {
+                g_log_default_handler(domain, level, message, nullptr);
+              }
+            },
             &count_)) {}
-  ~CriticalMessages() { g_log_remove_handler("Qorix", handler_); }
+  ~CriticalMessages() { g_log_set_default_handler(before_, nullptr); }
   CriticalMessages(const CriticalMessages&) = delete;
   CriticalMessages& operator=(const CriticalMessages&) = delete;
 
@@ -28,7 +33,7 @@ class CriticalMessages {
 
  private:
   int count_ = 0;
-  guint handler_;
+  GLogFunc before_;
 };
 
 inline constexpr const char* kNoUtf8 = "caf\xE9";
