@@ -40,8 +40,8 @@ struct QORIX_EXPORT MyPushAdEvent {
   /// The advertisement. Null for triggeringNavigation, and when the notification lacks it.
   std::shared_ptr<const MyPushAdInfo> info;
 
-  /// The host's view that the advertisement was offered to. Null when the host has destroyed it or
-  /// offered none, and for triggeringNavigation.
+  /// The host's view that the advertisement was offered to; if it offered none, a stand-in of the
+  /// library. Null when the view has been destroyed, and for triggeringNavigation.
   std::shared_ptr<View> hostView;
 
   /// Where the advertisement is, in points: a banner in its host view, the content of the pop-up

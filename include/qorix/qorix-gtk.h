@@ -18,6 +18,13 @@
 
 #include <qorix/Export.h>
 
+/* In C++ a value that an enumeration has no name for is undefined, unless its type is given. */
+#ifdef __cplusplus
+#define QORIX_ENUM_TYPE : int
+#else
+#define QORIX_ENUM_TYPE
+#endif
+
 G_BEGIN_DECLS
 
 /**
@@ -27,7 +34,7 @@ G_BEGIN_DECLS
  *
  * Where the ad configuration document of a show request is.
  */
-typedef enum {
+typedef enum QORIX_ENUM_TYPE {
   QORIX_FILE_HOST_MODE_WEB_SERVER = 0,
   QORIX_FILE_HOST_MODE_CLOUD_KIT = 1
 } QorixFileHostMode;

@@ -132,8 +132,7 @@ Json SarifWriter::resultOf(const HostsRefusal& each) const {
   const auto& [number, offset, words] = each.refusal;
   const auto& known = refusalRules();
   const auto rule = std::ranges::find(known, number, &RefusalRule::line);
-  return resultOf(static_cast<std::size_t>(rule - known.begin()),
-                  rule->id, "error",
+  return resultOf(static_cast<std::size_t>(rule - known.begin()), rule->id, "error",
                   words + ": refused by " + hostsText(each), offset);
 }
 
