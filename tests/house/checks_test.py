@@ -342,10 +342,14 @@ class UsingDeclarations(Tree):
 
 
 class Promises(Tree):
+    guide = "docs/testing.md"
+
     def faults_for(self, named):
         self.write("tests/a/SomeTest.cpp", "TEST_F(SomeTest, endsWell) {}\n")
         self.write("tests/a/CMakeLists.txt", "add_test(NAME tools.script COMMAND x)\n")
-        self.write("docs/testing.md", f"| promise | tests |\n|---|---|\n| it holds | {named} |\n")
+        for guide in ("docs/testing.md", "docs/reliability.md"):
+            self.write(guide, "")
+        self.write(self.guide, f"| promise | tests |\n|---|---|\n| it holds | {named} |\n")
         return list(promises.faults(self.root))
 
     def test_a_test_that_exists(self):
@@ -356,6 +360,10 @@ class Promises(Tree):
         for named in ("`OtherTest`", "`Some`", "`SomeTest.endsBadly`", "`SomeTest.ends`", "`tools.other`",
                       "`SomeTest`, `SomeTest.begins…`"):
             self.assertEqual(len(self.faults_for(named)), 1)
+
+
+class PromisesUnderFaults(Promises):
+    guide = "docs/reliability.md"
 
 
 if __name__ == "__main__":

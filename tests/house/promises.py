@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Checks that the tests named in docs/testing.md exist. usage: promises.py ROOT
+"""Checks that the tests named in docs/testing.md and docs/reliability.md exist. usage: promises.py ROOT
 
 Prints one line for each name that no test has and exits 1 if there is any.
 """
@@ -22,12 +22,17 @@ def tests(root):
 
 def faults(root):
     known = list(tests(root))
-    for row in re.findall(r"^\|.*\|([^|]+)\|$", (root / "docs/testing.md").read_text(), re.MULTILINE):
+    for guide in ("docs/testing.md", "docs/reliability.md"):
+        yield from faults_of(guide, (root / guide).read_text(), known)
+
+
+def faults_of(guide, text, known):
+    for row in re.findall(r"^\|.*\|([^|]+)\|$", text, re.MULTILINE):
         for named in re.findall(r"`([^`]+)`", row):
             # "…" stands for any letters; a suite stands for all of its tests.
             pattern = ".*".join(re.escape(part) for part in named.split("…")) + r"(\..*)?"
             if not any(re.fullmatch(pattern, test) for test in known):
-                yield f"docs/testing.md: no test is named {named}"
+                yield f"{guide}: no test is named {named}"
 
 
 if __name__ == "__main__":
