@@ -209,6 +209,34 @@ TEST_F(HostilePageTest, theUsersClickLetsNoPageReadTheClipboard) {
   EXPECT_EQ(evaluate("document.getElementById('text').value"), "");
 }
 
+// The user's machine reaches servers that the page's maker does not.
+TEST_F(HostilePageTest, aPageReadsNoOtherServersAnswers) {
+  server.setAnswer("/inside", {.headers = {{"Content-Type", "text/html"}}, .body = {"secret"}});
+  server.setAnswer("/redirected",
+                   {.status = 302, .headers = {{"Location", "file:///etc/hostname"}}, .body = {}});
+  show(
+      "<script>var read = []; var left = 4;"
+      "const attempt = (name, get) => get().then((text) => { read.push(name + ' ' + text); },"
+      "  () => {}).finally(() => --left);"
+      "const inside = '" +
+      server.url("/inside") + "'; const redirected = '" + server.url("/redirected") +
+      "';"
+      "attempt('fetch', () => fetch(inside).then((answer) => answer.text()));"
+      "attempt('redirected', () => fetch(redirected).then((answer) => answer.text()));"
+      "attempt('request', () => new Promise((done, failed) => {"
+      "  const request = new XMLHttpRequest(); request.open('GET', inside);"
+      "  request.onload = () => done(request.responseText); request.onerror = failed;"
+      "  request.send(); }));"
+      "attempt('frame', () => new Promise((done, failed) => {"
+      "  const frame = document.createElement('iframe'); frame.src = inside;"
+      "  frame.onload = () => { try { done(frame.contentDocument.body.textContent); }"
+      "    catch (refused) { failed(); } }; document.body.append(frame); }));"
+      "</script>");
+  ASSERT_TRUE(waitFor([&] { return evaluate("left") == "0"; }));
+  EXPECT_EQ(evaluate("read.join()"), "");
+  EXPECT_GE(server.requests().size(), 4U);
+}
+
 TEST_F(HostilePageTest, whatAPageStoresIsNotOnTheDisk) {
   server.setAnswer(
       "/store",
