@@ -155,6 +155,9 @@ int SettingsFile::openTable() {
   if (code == SQLITE_OK && !isNew) {
     code = prepareStatements();
   }
+  if (code == SQLITE_OK && !isNew) {
+    code = checkContents();
+  }
   if (code == SQLITE_OK) {
     code = execute("PRAGMA journal_mode = WAL; PRAGMA synchronous = FULL");
   }
@@ -172,6 +175,23 @@ int SettingsFile::checkForTables(bool& isNew) {
   }
   isNew = code == SQLITE_ROW && sqlite3_column_int(statement.get(), 0) == 0;
   return code == SQLITE_ROW ? SQLITE_OK : code;
+}
+
+/// A damaged index would take a change for a new row, which the next look would not find.
+int SettingsFile::checkContents() {
+  Statement statement;
+  int code = prepare("PRAGMA integrity_check(1)", statement);
+  if (code == SQLITE_OK) {
+    code = checked(sqlite3_step(statement.get()));
+  }
+  if (code != SQLITE_ROW) {
+    return code;
+  }
+  if (const std::string verdict = columnBytes(statement.get(), 0); verdict != "ok") {
+    lastFault_ = verdict;
+    return SQLITE_CORRUPT;
+  }
+  return SQLITE_OK;
 }
 
 int SettingsFile::prepareStatements() {

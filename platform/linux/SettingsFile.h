@@ -62,6 +62,7 @@ class SettingsFile {
   int connect(const std::string& path, int patience);
   int openTable();
   int checkForTables(bool& isNew);
+  int checkContents();
   int prepareStatements();
   int prepare(const char* text, Statement& statement);
   int execute(const char* text);

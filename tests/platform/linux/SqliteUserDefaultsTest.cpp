@@ -320,6 +320,15 @@ TEST_F(SqliteUserDefaultsTest, aFileWithAGoodBeginningIsKeptAside) {
   expectFreshStartOver(contents);
 }
 
+// What it stands for would be stored twice, and the older one read.
+TEST_F(SqliteUserDefaultsTest, aFileWhoseIndexIsDamagedIsKeptAside) {
+  makeFile();
+  std::string contents = contentsOf(path_);
+  constexpr std::size_t kEndOfIndex = 3 * 4'096;  // the third page, behind schema and table
+  contents.replace(kEndOfIndex - 100, 100, std::string(100, '\0'));
+  expectFreshStartOver(contents);
+}
+
 // What turns out to be damaged later.
 
 TEST_F(SqliteUserDefaultsTest, damageThatShowsDuringAReadIsKeptAside) {
