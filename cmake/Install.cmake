@@ -19,7 +19,7 @@ install(DIRECTORY include/qorix DESTINATION ${headerFolder} COMPONENT developmen
   FILES_MATCHING PATTERN "*.h")
 
 # What static libraries use and do not bring; shared ones do. By their pkg-config names.
-set(QORIX_REQUIRES expat liburiparser)
+set(QORIX_REQUIRES expat libcrypto liburiparser)
 set(QORIX_GTK3_REQUIRES glib-2.0 libcurl sqlite3 webkit2gtk-4.1 x11 zlib)
 
 # For CMake: find_package(qorix CONFIG).
@@ -71,7 +71,7 @@ if(QORIX_BUILD_TOOLS)
     DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/site-functions COMPONENT tools)
   install(DIRECTORY tools/completions/fish/
     DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d COMPONENT tools)
-  foreach(tool adcheck preview)
+  foreach(tool adcheck preview sign)
     install(TARGETS qorix-${tool} RUNTIME COMPONENT tools)
     install(FILES tools/${tool}/qorix-${tool}.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT tools)
   endforeach()

@@ -24,7 +24,7 @@ void MyPushAdManager::saveAsCachedPushAdWith(const std::optional<std::string>& t
 // Parsed anew each time, so that a newer parser's rules hold for an older text, too.
 std::shared_ptr<const MyPushAdInfo> MyPushAdManager::fetchCachedPushAdInfo() {
   const auto text = platform().standardUserDefaults->stringForKey(kCachedAdContentsKey);
-  if (!text || text->empty()) {
+  if (!text || text->empty() || !isSignedAsAsked(*text)) {
     return nullptr;
   }
   auto info = MyPushAdUtil::parseXMLWithString(text);

@@ -181,6 +181,10 @@ void MyPushAdManager::startSource(MyPushAdFileHostMode fileHostMode,
 
 void MyPushAdManager::downloadSuccessfullyWithString(const std::string& text) {
   constexpr const char* kMethod = "-[MyPushAdManager downloadSuccessfullyWithString:]";
+  if (!isSignedAsAsked(text)) {
+    downloadFailedWithError({"Custom Error: the ad document is not signed as asked.", 1, ""});
+    return;
+  }
   logLine("ZAM dSuccess");
   if (const auto beginning = beginningOfLongText(text)) {
     logLine("ZAM A small part of the beginning of dstring (" + *beginning + ")");

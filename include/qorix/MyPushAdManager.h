@@ -104,8 +104,8 @@ class QORIX_EXPORT MyPushAdManager : public Object,
 
   /// Forgets it. What is loaded in this run stays in force.
   void clearCachedAdContents();
-  /// Parses it anew. Null, after one log line for a document that no longer parses, when there is
-  /// none. Shared with nobody else.
+  /// Parses it anew. Null, after one log line for a document that no longer parses or that is not
+  /// signed as the host asks now, when there is none. Shared with nobody else.
   std::shared_ptr<const MyPushAdInfo> fetchCachedPushAdInfo();
   /// Keeps `text` durably, in place of the last one. An absent or empty text is ignored.
   void saveAsCachedPushAdWith(const std::optional<std::string>& text);
@@ -168,6 +168,9 @@ class QORIX_EXPORT MyPushAdManager : public Object,
   std::shared_ptr<View> stubHostView();
   void startSource(MyPushAdFileHostMode fileHostMode, const std::optional<std::string>& address);
   void retryDownload();
+  /// Whether the owner of one of the platform's public keys has signed the document; true where
+  /// there are none. Logs one line if not.
+  static bool isSignedAsAsked(const std::string& text);
 
   bool isDownloadFileRequested_ = false;
   mutable std::mutex appBundleIdentifierMutex_;

@@ -4,6 +4,7 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 #include <qorix/Export.h>
 #include <qorix/MyPushAdManager.h>
@@ -47,6 +48,13 @@ struct InstallOptions {
 
   /// The container's API token. Without it no container can be made.
   std::string cloudApiToken = {};
+
+  /// Whose documents are accepted: Ed25519 public keys, each 32 bytes in base64, as `qorix-sign
+  /// keygen` prints them. Empty: everybody's. Several, so that a new key can be in use before the
+  /// old one is given up. With keys, a document, fetched or cached, that none of them has signed is
+  /// never read, kept or shown: it is a failed fetch, with one log line that says why. What is no
+  /// key counts for nothing and is logged; with such ones alone every document is refused.
+  std::vector<std::string> documentPublicKeys = {};
 };
 
 /// Starts the library in a GTK application: puts the desktop's services in force and tells the

@@ -75,6 +75,7 @@ void install(const InstallOptions& options) {
   services.interfaceLoader = std::make_shared<ResourceInterfaceLoader>(runLoop);
   services.defaultAdFileUrl = options.defaultAdFileUrl;
   services.defaultCloudContainerIdentifier = options.defaultCloudContainerIdentifier;
+  services.documentPublicKeys = options.documentPublicKeys;
   installPlatform(std::move(services));
   if (gdk_display_get_default() == nullptr) {
     logLine("ZAM QORIX is installed without a display: nothing can be shown");

@@ -25,7 +25,7 @@ COMPONENTS = {
                     "lib/pkgconfig/qorix-gtk3-2.0.pc"],
     "introspection": ["lib/girepository-1.0/Qorix-2.0.typelib", "share/gir-1.0/Qorix-2.0.gir",
                       "share/vala/vapi/qorix-gtk3-2.0.vapi", "share/vala/vapi/qorix-gtk3-2.0.deps"],
-    "tools": [pattern.format(tool) for tool in ("adcheck", "preview") for pattern in (
+    "tools": [pattern.format(tool) for tool in ("adcheck", "preview", "sign") for pattern in (
         "bin/qorix-{}", "share/man/man1/qorix-{}.1", "share/bash-completion/completions/qorix-{}",
         "share/zsh/site-functions/_qorix-{}", "share/fish/vendor_completions.d/qorix-{}.fish",
         "share/qorix/schema/*")],

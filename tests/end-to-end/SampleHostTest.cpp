@@ -10,7 +10,6 @@ namespace qorix::test {
 namespace {
 
 using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 using ::testing::PrintToString;
 
 TEST_F(SampleHostTest, showsTheBannerOfAFetchedDocument) {

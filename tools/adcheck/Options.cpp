@@ -39,6 +39,12 @@ Options parseOptions(int argc, char** argv) {
                               "error)\nor sarif (refusals and warnings, for code hosts) (text)");
   format->check(CLI::IsMember({"text", "json", "sarif"}).description(""));
   line.addSwitch("--json", isJson, "The same as --format json")->excludes(format);
+  line.add_option("--public-key", options.publicKeys,
+                  "Whose signature the hosts ask for, in base64; once for each key (none)")
+      ->type_name("KEY")
+      ->option_text("KEY")
+      ->expected(1)
+      ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
   line.addSwitch("--strict", options.isStrict, "Exit with status 3 if there are warnings");
   line.set_version_flag(
       "--version",

@@ -27,6 +27,7 @@ struct Options {
   Size viewSize = {800, 600};
   bool allHosts = false;
   Format format = Format::text;
+  std::vector<std::string> publicKeys;  // of those whose signature the hosts ask for
   bool isStrict = false;  // warnings change the exit status
 };
 

@@ -10,6 +10,8 @@
 #include <string>
 #include <string_view>
 
+#include "signing/DocumentSignature.h"
+#include "signing/PublicKey.h"
 #include "tools/adcheck/HostRun.h"
 #include "tools/adcheck/Options.h"
 #include "tools/adcheck/report/AllHosts.h"
@@ -18,6 +20,7 @@
 #include "tools/adcheck/report/SarifReport.h"
 #include "tools/adcheck/report/TextReport.h"
 #include "tools/common/Streams.h"
+#include "tools/common/Wording.h"
 
 namespace qorix::tools::adcheck {
 
@@ -39,6 +42,24 @@ void logToStandardError(std::string_view line) {
   std::fprintf(stderr, "%.*s\n", static_cast<int>(line.size()), line.data());
 }
 
+/// Tells on standard error whether the document is signed, if it is or should be. Returns whether
+/// hosts with the keys take it.
+bool isSignedAsAsked(const Options& options, const std::string& document) {
+  const auto tell = [&options](const std::string& what) {
+    fail(nameOfFile(options.file) + ": " + what);
+  };
+  if (options.publicKeys.empty()) {
+    if (dividedDocument(document)) {
+      tell("there is a signature, which --public-key checks");
+    }
+    return true;
+  }
+  const auto fault = signatureFault(document, options.publicKeys);
+  tell(fault ? "hosts with these keys refuse the document: " + *fault
+             : "the signature is by one of the keys");
+  return !fault;
+}
+
 bool isReadableFolder(const std::string& name) {
   DIR* folder = ::opendir(name.c_str());
   if (folder == nullptr) {
@@ -56,12 +77,21 @@ int statusFor(bool isRefused, bool hasWarnings, const Options& options) {
   return isRefused ? kRefused : options.isStrict && hasWarnings ? kWarnings : kRecord;
 }
 
-/// For reports that do not look for warnings themselves.
+/// For reports that do not look for warnings themselves. JSON has no place for those that change
+/// the status: they go to standard error.
 int statusFor(bool isRefused, const Options& options, const std::string& document) {
-  const bool mayWarn = options.isStrict && !isRefused;
-  const bool hasWarnings =
-      mayWarn && !problemsIn(SourceDocument(document), options).warnings.empty();
-  return statusFor(isRefused, hasWarnings, options);
+  if (isRefused || !options.isStrict) {
+    return statusFor(isRefused, false, options);
+  }
+  const SourceDocument source(document);
+  const auto warnings = problemsIn(source, options).warnings;
+  if (options.format == Format::json) {
+    for (const Finding& each : warnings) {
+      logToStandardError(placeInFile(nameOfFile(options.file), source, each.offset) +
+                         "warning: " + each.words);
+    }
+  }
+  return statusFor(false, !warnings.empty(), options);
 }
 
 int printSarif(const Options& options, const std::string& document) {
@@ -100,6 +130,14 @@ int runTool(int argc, char** argv) {
   if (!document) {
     return failWithError((options.file == "-" ? "standard input" : options.file) +
                          " cannot be read");
+  }
+  for (const std::string& key : options.publicKeys) {
+    if (!PublicKey::fromBase64(key)) {
+      return fail(inQuotes(key) + " is no Ed25519 public key in base64");
+    }
+  }
+  if (!isSignedAsAsked(options, *document)) {
+    return kRefused;
   }
   if (options.format == Format::sarif) {
     return printSarif(options, *document);

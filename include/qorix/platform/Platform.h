@@ -4,6 +4,7 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 #include <qorix/Export.h>
 #include <qorix/platform/ApplicationRegistry.h>
@@ -57,6 +58,11 @@ struct Platform {
   std::string defaultAdFileUrl;
   std::string defaultCloudContainerIdentifier;
   /// @}
+
+  /// The Ed25519 public keys, each 32 bytes in base64, of those who may publish documents. Empty:
+  /// anybody may. Otherwise a document, fetched or cached, that none of them has signed is a failed
+  /// fetch, with one log line that says why.
+  std::vector<std::string> documentPublicKeys;
 };
 
 /// A platform whose every service does nothing, but for a log on standard error, settings that last

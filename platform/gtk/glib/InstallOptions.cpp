@@ -2,6 +2,8 @@
 
 #include <array>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "platform/gtk/glib/Results.h"
 
@@ -35,10 +37,40 @@ constexpr std::array<OptionProperty, 8> kOptionProperties{{
     {"cloud-api-token", &InstallOptions::cloudApiToken},
 }};
 
-// GObject numbers properties from 1.
+// GObject numbers properties from 1. The one that is no text comes last.
+constexpr const char* kPublicKeys = "document-public-keys";
+constexpr guint kPublicKeysNumber = kOptionProperties.size() + 1;
+
 const OptionProperty& optionProperty(guint number) { return kOptionProperties.at(number - 1); }
 
+void setPublicKeys(InstallOptions& options, const GValue* value) {
+  auto** texts = static_cast<gchar**>(g_value_get_boxed(value));
+  for (auto** text = texts; text != nullptr && *text != nullptr; ++text) {
+    g_return_if_fail(qorix::gtk::isUtf8OrNull(*text));
+  }
+  callGuarded([&] {
+    std::vector<std::string> keys;
+    for (; texts != nullptr && *texts != nullptr; ++texts) {
+      keys.emplace_back(*texts);
+    }
+    options.documentPublicKeys = std::move(keys);
+  });
+}
+
+void getPublicKeys(const InstallOptions& options, GValue* value) {
+  GStrvBuilder* builder = g_strv_builder_new();
+  for (const std::string& key : options.documentPublicKeys) {
+    g_strv_builder_add(builder, key.c_str());
+  }
+  g_value_take_boxed(value, g_strv_builder_end(builder));
+  g_strv_builder_unref(builder);
+}
+
 void setOption(GObject* object, guint number, const GValue* value, GParamSpec* property) {
+  if (number == kPublicKeysNumber) {
+    setPublicKeys(*QORIX_INSTALL_OPTIONS(object)->options, value);
+    return;
+  }
   const OptionProperty& option = optionProperty(number);
   const gchar* text = g_value_get_string(value);
   g_return_if_fail(option.isFileName || qorix::gtk::isUtf8OrNull(text));
@@ -50,6 +82,10 @@ void setOption(GObject* object, guint number, const GValue* value, GParamSpec* p
 
 void getOption(GObject* object, guint number, GValue* value, GParamSpec* /*property*/) {
   const InstallOptions& options = *QORIX_INSTALL_OPTIONS(object)->options;
+  if (number == kPublicKeysNumber) {
+    getPublicKeys(options, value);
+    return;
+  }
   g_value_set_string(value, (options.*optionProperty(number).member).c_str());
 }
 
@@ -73,6 +109,10 @@ static void qorix_install_options_class_init(QorixInstallOptionsClass* type) {
         g_param_spec_string(option.name, nullptr, nullptr, (defaults.*option.member).c_str(),
                             static_cast<GParamFlags>(G_PARAM_READWRITE | G_PARAM_STATIC_STRINGS)));
   }
+  g_object_class_install_property(
+      object, kPublicKeysNumber,
+      g_param_spec_boxed(kPublicKeys, nullptr, nullptr, G_TYPE_STRV,
+                         static_cast<GParamFlags>(G_PARAM_READWRITE | G_PARAM_STATIC_STRINGS)));
 }
 
 static void qorix_install_options_init(QorixInstallOptions* self) {

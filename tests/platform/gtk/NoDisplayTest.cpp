@@ -47,7 +47,8 @@ class NoDisplayTest : public testing::TestWithParam<bool> {
                           .settings = std::make_shared<MemoryUserDefaults>(),
                           .defaultAdFileUrl = "http://127.0.0.1:1/",
                           .defaultCloudContainerIdentifier = "iCloud.com.example.ads",
-                          .cloudApiToken = "token"});
+                          .cloudApiToken = "token",
+                          .documentPublicKeys = {"key"}});
     startLog = testing::internal::GetCapturedStderr();
     Platform services = platform();
     services.log = log;
@@ -77,6 +78,7 @@ TEST_P(NoDisplayTest, startingLogsOneLine) {
   EXPECT_EQ(std::count(startLog.begin(), startLog.end(), '\n'), 1) << startLog;
   ASSERT_NE(manager, nullptr);
   EXPECT_EQ(manager->appBundleIdentifier(), "com.example.host");
+  EXPECT_THAT(platform().documentPublicKeys, ElementsAre("key"));
 }
 
 TEST_P(NoDisplayTest, eachRequestLogsThatThereIsNoWindow) {

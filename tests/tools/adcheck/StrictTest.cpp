@@ -40,6 +40,17 @@ TEST_F(StrictTest, warningsHaveAStatusOfTheirOwn) {
   expectStatus(document.text(), kWarnings, kRecord);
 }
 
+TEST_F(StrictTest, besideJsonTheWarningsGoToStandardError) {
+  AdDocument document;
+  document.count = "<count>0</count>";
+  const std::string file = write(document.text());
+  for (const auto* host : {"--app=com.example.editor", "--all-hosts"}) {
+    EXPECT_THAT(run({host, "--format=json", "--strict", file}).errors,
+                testing::ContainsRegex(":[0-9]+:[0-9]+: warning: "));
+    EXPECT_THAT(run({host, "--format=json", file}).errors, testing::Not(HasSubstr("warning: ")));
+  }
+}
+
 TEST_F(StrictTest, aRefusalOutweighsWarnings) {
   AdDocument document;
   document.count = "<count>0</count>";

@@ -26,6 +26,7 @@ namespace {
 
 using ::testing::ElementsAre;
 using ::testing::EndsWith;
+using ::testing::IsEmpty;
 
 constexpr std::array<std::pair<const char*, std::string gtk::InstallOptions::*>, 8> kProperties{{
     {"bundle-identifier", &gtk::InstallOptions::bundleIdentifier},
@@ -75,10 +76,11 @@ TEST_F(CInterfaceStartTest, optionsHaveTheDefaultsOfTheirMembers) {
 TEST_F(CInterfaceStartTest, everyPropertyReachesItsMember) {
   guint count = 0;
   g_free(g_object_class_list_properties(G_OBJECT_GET_CLASS(options_), &count));
-  EXPECT_EQ(count, kProperties.size());
+  EXPECT_EQ(count, kProperties.size() + 1) << "and the public keys";
   // A new member does not compile here. It needs a property; `settings` alone is for C++ only.
   const auto& [identifier, path, settings, applications, url, container, service, environment,
-               token] = options();
+               token, publicKeys] = options();
+  EXPECT_THAT(publicKeys, IsEmpty());
   EXPECT_EQ(settings, nullptr);
   for (const auto& [name, member] : kProperties) {
     setProperty(name, (std::string("value of ") + name).c_str());
@@ -89,6 +91,23 @@ TEST_F(CInterfaceStartTest, everyPropertyReachesItsMember) {
     setProperty(name, nullptr);
     EXPECT_EQ(options().*member, gtk::InstallOptions().*member) << "NULL is the default";
   }
+}
+
+TEST_F(CInterfaceStartTest, thePublicKeysAreAList) {
+  const char* const keys[] = {"first", "second", nullptr};
+  g_object_set(options_, "document-public-keys", keys, nullptr);
+  EXPECT_THAT(options().documentPublicKeys, ElementsAre("first", "second"));
+  gchar** read = nullptr;
+  g_object_get(options_, "document-public-keys", &read, nullptr);
+  EXPECT_TRUE(g_strv_equal(read, keys));
+  g_strfreev(read);
+  CriticalMessages criticals;
+  const char* const wrong[] = {"third", kNoUtf8, nullptr};
+  EXPECT_EQ(
+      criticals.during([&] { g_object_set(options_, "document-public-keys", wrong, nullptr); }), 1);
+  EXPECT_THAT(options().documentPublicKeys, ElementsAre("first", "second"));
+  g_object_set(options_, "document-public-keys", nullptr, nullptr);
+  EXPECT_THAT(options().documentPublicKeys, IsEmpty());
 }
 
 TEST_F(CInterfaceStartTest, anOptionIsUtf8UnlessItIsAFileName) {

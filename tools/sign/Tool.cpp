@@ -1,0 +1,164 @@
+#include "tools/sign/Tool.h"
+
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include <qorix/QORIXInfo.h>
+
+#include "definition/XmlDocument.h"
+#include "signing/DocumentSignature.h"
+#include "signing/PublicKey.h"
+#include "tools/common/CommandLine.h"
+#include "tools/common/Streams.h"
+#include "tools/sign/DocumentFile.h"
+#include "tools/sign/PrivateKey.h"
+
+namespace qorix::tools::sign {
+
+namespace {
+
+struct Options {
+  std::string command;
+  std::string file;
+  std::string keyFile;
+  std::string output;  // empty: the document's own file
+  std::vector<std::string> publicKeys;
+};
+
+int fail(const std::string& why, int status = kTrouble) {
+  std::fprintf(stderr, "qorix-sign: %s\n", why.c_str());
+  return status;
+}
+
+int print(const std::string& line) {
+  return writeOutput(line + "\n")
+             ? kDone
+             : fail(std::string("the output cannot be written: ") + std::strerror(errno));
+}
+
+int generateKey(const Options& options) {
+  const auto key = PrivateKey::generate();
+  if (!key) {
+    return fail("the system cannot make a key");
+  }
+  if (const auto fault = key->save(options.file)) {
+    return fail(options.file + " cannot be written: " + *fault);
+  }
+  return print(key->publicKey());
+}
+
+int printPublicKey(const Options& options) {
+  std::string fault;
+  const auto key = PrivateKey::load(options.file, fault);
+  return key ? print(key->publicKey()) : fail(options.file + " cannot be used: " + fault);
+}
+
+/// The document with its new signature in place of the old one.
+std::string signedText(const std::string& document, const PrivateKey& key) {
+  const auto divided = dividedDocument(document);
+  std::string text(divided ? divided->text : document);
+  if (!text.ends_with('\n')) {
+    text += '\n';
+  }
+  return text + signatureComment(key.sign(text)) + "\n";
+}
+
+int signDocument(const Options& options) {
+  std::string fault;
+  const auto key = PrivateKey::load(options.keyFile, fault);
+  if (!key) {
+    return fail(options.keyFile + " cannot be used: " + fault);
+  }
+  const auto document = readFile(options.file);
+  if (!document) {
+    return fail(options.file + " cannot be read: " + std::strerror(errno));
+  }
+  const std::string text = signedText(*document, *key);
+  if (!XmlDocument::parse(text)) {
+    return fail(options.file + " is not well-formed XML: nothing is signed");
+  }
+  const std::string& output = options.output.empty() ? options.file : options.output;
+  if (const auto trouble = replaceFile(output, text)) {
+    return fail(output + " cannot be written: " + *trouble);
+  }
+  return kDone;
+}
+
+int verifyDocument(const Options& options) {
+  for (const std::string& key : options.publicKeys) {
+    if (!PublicKey::fromBase64(key)) {
+      return fail("'" + key + "' is no Ed25519 public key in base64");
+    }
+  }
+  const auto document = readFile(options.file);
+  if (!document) {
+    return fail(options.file + " cannot be read: " + std::strerror(errno));
+  }
+  if (const auto fault = signatureFault(*document, options.publicKeys)) {
+    return fail(options.file + ": " + *fault, kNotSigned);
+  }
+  return print(options.file + ": signed");
+}
+
+Options parseOptions(int argc, char** argv) {
+  Options options;
+  CommandLine line("qorix-sign",
+                   "Signs ad configuration documents, so that hosts that ask for it take no others."
+                   "\n  keygen FILE    makes a private key and prints its public key\n"
+                   "  public FILE    prints the public key of a private key\n"
+                   "  sign FILE      signs a document; a signature that it has is replaced\n"
+                   "  verify FILE    tells whether a document is signed");
+  line.add_option("COMMAND", options.command, "keygen, public, sign or verify")
+      ->required()
+      ->type_name("")
+      ->check(CLI::IsMember({"keygen", "public", "sign", "verify"}).description(""));
+  line.add_option("FILE", options.file, "The private key or the document")
+      ->required()
+      ->type_name("");
+  line.addText("--key", options.keyFile, "FILE", "sign: the private key");
+  line.addText("--output", options.output, "FILE", "sign: where to write (FILE itself)");
+  line.add_option("--public-key", options.publicKeys,
+                  "verify: whose signature counts; once for each key")
+      ->type_name("KEY")
+      ->option_text("KEY")
+      ->expected(1)
+      ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+  line.set_version_flag(
+      "--version", "qorix-sign (QORIX) " QORIX_SIGN_VERSION "\n" + QORIXInfo::frameworkInfoString(),
+      "Print the version");
+  line.footer(
+      "Exit status: 0 done, 1 the document is not signed by one of the keys, 2 wrong usage, or a\n"
+      "file cannot be read or written.");
+  line.callback([&options] {
+    const auto need = [&options](const char* command, bool isGiven, const char* option) {
+      if ((options.command == command) != isGiven) {
+        throw CLI::ValidationError(
+            option, isGiven ? std::string("is for ") + command + " alone" : "is missing");
+      }
+    };
+    need("sign", !options.keyFile.empty(), "--key");
+    need("verify", !options.publicKeys.empty(), "--public-key");
+    if (options.command != "sign" && !options.output.empty()) {
+      throw CLI::ValidationError("--output", "is for sign alone");
+    }
+  });
+  line.parseOrExit(argc, argv);
+  return options;
+}
+
+}  // namespace
+
+int runTool(int argc, char** argv) {
+  std::signal(SIGPIPE, SIG_IGN);  // a reader that goes away is a failing write
+  const Options options = parseOptions(argc, argv);
+  return options.command == "keygen"   ? generateKey(options)
+         : options.command == "public" ? printPublicKey(options)
+         : options.command == "sign"   ? signDocument(options)
+                                       : verifyDocument(options);
+}
+
+}  // namespace qorix::tools::sign
