@@ -19,8 +19,7 @@ void logWrongKeys(const std::vector<std::string>& keys) {
   }
   for (const std::string& key : keys) {
     if (!PublicKey::fromBase64(key)) {
-      logLine("ZAM documentPublicKeys: \"" + key +
-              "\" is no Ed25519 public key in base64, and counts for nothing");
+      logLine("ZAM documentPublicKeys holds what is no Ed25519 public key in base64: " + key);
     }
   }
 }
