@@ -1,3 +1,5 @@
+#include <exception>
+
 #include <qorix/MyPushAdCloudManager.h>
 #include <qorix/MyPushAdManager.h>
 #include <qorix/MyPushAdUtil.h>
@@ -6,6 +8,7 @@
 #include <qorix/platform/Log.h>
 #include <qorix/platform/Platform.h>
 
+#include "platform/Guarded.h"
 #include "text/Excerpt.h"
 #include "webview/HostIdentifier.h"
 
@@ -35,7 +38,28 @@ std::optional<std::string> installedAddress(const std::string& address, const ch
   return address;
 }
 
+// The start of the source, or a retry, has failed: the next request starts it, also if there is a
+// record already.
+bool isSourceToBeStarted = false;
+
 bool alreadyAllocatedOneInstanceOfMyPushAdManager = false;
+
+/// While the one manager is made: what throws meanwhile gives the claim back.
+class ClaimedAllocation {
+ public:
+  ClaimedAllocation() = default;
+  ClaimedAllocation(const ClaimedAllocation&) = delete;
+  ClaimedAllocation& operator=(const ClaimedAllocation&) = delete;
+  ~ClaimedAllocation() {
+    if (std::uncaught_exceptions() > exceptions_) {
+      const std::lock_guard lock(classLock());
+      alreadyAllocatedOneInstanceOfMyPushAdManager = false;
+    }
+  }
+
+ private:
+  const int exceptions_ = std::uncaught_exceptions();
+};
 
 // What pages are told of the host is asked for below this room.
 [[maybe_unused]] const bool kHostIdentifierHasItsSource = [] {
@@ -52,19 +76,30 @@ bool alreadyAllocatedOneInstanceOfMyPushAdManager = false;
 
 std::shared_ptr<MyPushAdManager> MyPushAdManager::sharedPushAdManagerMadeBy(
     const std::function<std::shared_ptr<MyPushAdManager>()>& make) {
-  {
+  try {
     const std::lock_guard lock(classLock());
     // Never destroyed: the manager lives as long as the process.
     static auto& sharedMyPushAdManager = *new std::shared_ptr<MyPushAdManager>();
     if (sharedMyPushAdManager == nullptr && claimTheOneAllocation()) {
+      const ClaimedAllocation claimed;
       sharedMyPushAdManager = make();
     }
     if (sharedMyPushAdManager != nullptr) {
       return sharedMyPushAdManager;
     }
+  } catch (...) {
+    logStoppedException();
+    return nullptr;
   }
   logRefusedAllocation();
   return nullptr;
+}
+
+void MyPushAdManager::makeTheOne(const std::function<void()>& make) {
+  callGuarded([&make] {
+    const ClaimedAllocation claimed;
+    make();
+  });
 }
 
 bool MyPushAdManager::claimTheOneAllocation() {
@@ -75,15 +110,19 @@ bool MyPushAdManager::claimTheOneAllocation() {
 // Not under the lock: the log may be the host's, and may wait for a thread that asks for the
 // manager.
 void MyPushAdManager::logRefusedAllocation() {
-  logLine("***Error***: alloc another object!!! This MACRO only supports really singlton class.");
+  callGuarded([] {
+    logLine("***Error***: alloc another object!!! This MACRO only supports really singlton class.");
+  });
 }
 
 // The host's calls.
 
 void MyPushAdManager::configureWithAppBundle(const std::shared_ptr<const Object>& bundle) {
-  if (const auto appBundle = std::dynamic_pointer_cast<const Bundle>(bundle)) {
-    setAppBundleIdentifier(appBundle->bundleIdentifier());
-  }
+  callGuarded([&] {
+    if (const auto appBundle = std::dynamic_pointer_cast<const Bundle>(bundle)) {
+      setAppBundleIdentifier(appBundle->bundleIdentifier());
+    }
+  });
 }
 
 std::optional<std::string> MyPushAdManager::appBundleIdentifier() const {
@@ -98,20 +137,30 @@ void MyPushAdManager::setAppBundleIdentifier(std::optional<std::string> value) {
 
 void MyPushAdManager::prepareAndShowAdByUsingDefaultCloudKitContainerWithHostView(
     const std::shared_ptr<View>& hostView) {
-  prepareAndShowAdWithHostView(hostView, MyPushAdFileHostModeCloudKit,
-                               installedAddress(platform().defaultCloudContainerIdentifier,
-                                                "defaultCloudContainerIdentifier"));
+  callGuarded([&] {
+    prepareAndShowAdWithHostView(hostView, MyPushAdFileHostModeCloudKit,
+                                 installedAddress(platform().defaultCloudContainerIdentifier,
+                                                  "defaultCloudContainerIdentifier"));
+  });
 }
 
 void MyPushAdManager::prepareAndShowAdByUsingMyAppWebServerURLWithHostView(
     const std::shared_ptr<View>& hostView) {
-  prepareAndShowAdWithHostView(hostView, MyPushAdFileHostModeWebServer,
-                               installedAddress(platform().defaultAdFileUrl, "defaultAdFileUrl"));
+  callGuarded([&] {
+    prepareAndShowAdWithHostView(hostView, MyPushAdFileHostModeWebServer,
+                                 installedAddress(platform().defaultAdFileUrl, "defaultAdFileUrl"));
+  });
 }
 
 void MyPushAdManager::prepareAndShowAdWithHostView(const std::shared_ptr<View>& hostView,
                                                    MyPushAdFileHostMode fileHostMode,
                                                    const std::optional<std::string>& address) {
+  callGuarded([&] { prepareAndShow(hostView, fileHostMode, address); });
+}
+
+void MyPushAdManager::prepareAndShow(const std::shared_ptr<View>& hostView,
+                                     MyPushAdFileHostMode fileHostMode,
+                                     const std::optional<std::string>& address) {
   const auto view = hostView == nullptr ? stubHostView() : hostView;
   if (appBundleIdentifier().value_or("").empty()) {
     logLine("ZAM Warning: You dont configure app bundle identifier...");
@@ -130,11 +179,12 @@ void MyPushAdManager::prepareAndShowAdWithHostView(const std::shared_ptr<View>& 
     return;
   }
   pushAdOperators_->push_back(presenter);
-  if (lonePushAdInfo_ != nullptr) {
+  const bool hasRecord = lonePushAdInfo_ != nullptr;
+  if (hasRecord) {
     presenter->processShowAdIfNeededWithPushAdInfo(lonePushAdInfo_);
-  } else if (!isDownloadFileRequested_) {
-    startSource(fileHostMode, address);
-    isDownloadFileRequested_ = true;
+  }
+  if (!isDownloadFileRequested_ && (!hasRecord || isSourceToBeStarted)) {
+    requestDownload(fileHostMode, address);
   }
   // The cached text is offered besides the held definition; the presenter keeps to the first.
   if (auto cached = fetchCachedPushAdInfo()) {
@@ -153,6 +203,16 @@ std::shared_ptr<View> MyPushAdManager::stubHostView() {
 std::shared_ptr<MyPushAdOperator> MyPushAdManager::createOperatorWithHostView(
     const std::shared_ptr<View>& hostView) {
   return MyPushAdOperator::createInstanceWithHostView(hostView);
+}
+
+void MyPushAdManager::requestDownload(MyPushAdFileHostMode fileHostMode,
+                                      const std::optional<std::string>& address) {
+  isSourceToBeStarted = true;
+  callGuarded([&] {
+    startSource(fileHostMode, address);
+    isDownloadFileRequested_ = true;
+    isSourceToBeStarted = false;
+  });
 }
 
 void MyPushAdManager::startSource(MyPushAdFileHostMode fileHostMode,
@@ -180,6 +240,15 @@ void MyPushAdManager::startSource(MyPushAdFileHostMode fileHostMode,
 // What the source reports.
 
 void MyPushAdManager::downloadSuccessfullyWithString(const std::string& text) {
+  try {
+    handleDocument(text);
+  } catch (...) {
+    logStoppedException();
+    retryDownload();
+  }
+}
+
+void MyPushAdManager::handleDocument(const std::string& text) {
   constexpr const char* kMethod = "-[MyPushAdManager downloadSuccessfullyWithString:]";
   if (!isSignedAsAsked(text)) {
     downloadFailedWithError({"Custom Error: the ad document is not signed as asked.", 1, ""});
@@ -209,13 +278,20 @@ void MyPushAdManager::downloadSuccessfullyWithString(const std::string& text) {
 }
 
 void MyPushAdManager::downloadFailedWithError(const Error& /*error*/) {
-  logLine("ZAM dError rty");
+  callGuarded([] { logLine("ZAM dError rty"); });
   retryDownload();
 }
 
 void MyPushAdManager::retryDownload() {
-  if (pushAdSource_ != nullptr) {
+  if (pushAdSource_ == nullptr) {
+    return;
+  }
+  try {
     pushAdSource_->retryDownloadAdFileWithDelay(kRetryDelaySeconds);
+  } catch (...) {
+    logStoppedException();
+    isDownloadFileRequested_ = false;
+    isSourceToBeStarted = true;
   }
 }
 

@@ -90,9 +90,11 @@ NotificationCenter::~NotificationCenter() = default;
 
 NotificationObservation NotificationCenter::addObserver(const std::string& name, Handler handler) {
   const std::uint64_t id = ++observers_->lastId;
+  // Made first: an observer without one could not be removed.
+  auto place = std::make_unique<NotificationObservation::Place>(
+      NotificationObservation::Place{observers_, name, id});
   observers_->byName[name].list.push_back({id, std::move(handler)});
-  return NotificationObservation(std::make_unique<NotificationObservation::Place>(
-      NotificationObservation::Place{observers_, name, id}));
+  return NotificationObservation(std::move(place));
 }
 
 std::size_t NotificationCenter::countObservers() const {
@@ -122,7 +124,7 @@ void NotificationCenter::post(const Notification& notification) {
     }
   }
   if (--observers.deliveries == 0 && observers.hasRemoved) {
-    observers.sweep();
+    callGuarded([&observers] { observers.sweep(); });  // else the next delivery does it
   }
 }
 

@@ -2,6 +2,7 @@
 #include <qorix/platform/Log.h>
 #include <qorix/platform/Platform.h>
 
+#include "platform/Guarded.h"
 #include "presentation/AdFrameLayout.h"
 
 namespace qorix {
@@ -41,7 +42,17 @@ void MyPushAdOperator::handleViewFrameDidChangeNotification(const Notification& 
 void MyPushAdOperator::handleWindowWillCloseNotification(const Notification& notification) {
   const Object* sender = notification.object().get();
   if (sender != nullptr && sender == popupAdWindow_.get() && popupAdWindow_->isVisible()) {
-    postPushAdDidCloseNotification();
+    callGuarded([this] { postPushAdDidCloseNotification(); });
+    endUnseenPage();
+  }
+}
+
+/// The window keeps the page of the first presenter. That of a later one, which nobody has seen,
+/// would go on for as long as the process.
+void MyPushAdOperator::endUnseenPage() {
+  const auto ad = pushAdViewController_ == nullptr ? nullptr : adView();
+  if (ad != nullptr && !isAdShownAsBanner() && popupAdWindow_->contentView() != ad) {
+    endPageForGood();
   }
 }
 

@@ -1,7 +1,11 @@
+#include <algorithm>
+#include <new>
+
 #include <qorix/MyPushAdOperator.h>
 #include <qorix/platform/Log.h>
 #include <qorix/platform/Platform.h>
 
+#include "platform/Guarded.h"
 #include "presentation/StoredShownState.h"
 
 namespace qorix {
@@ -44,10 +48,20 @@ void MyPushAdOperator::processShowAdIfNeededWithPushAdInfo(
     logCheck(kMethod, 287, kFatalError);
     return;
   }
-  if (isDue(decideAndCount(*myPushAdInfo_))) {
-    prepareToShowAd();
+  if (decideOnce()) {
+    callGuarded([this] { prepareToShowAd(); });  // it has been counted, whatever happens now
   }
   isProcessShowAdRequested_ = true;
+}
+
+/// If there is no decision, nothing was counted, and the record may be offered again.
+bool MyPushAdOperator::decideOnce() {
+  try {
+    return isDue(decideAndCount(*myPushAdInfo_));
+  } catch (...) {
+    myPushAdInfo_ = nullptr;
+    throw;
+  }
 }
 
 // Preparing.
@@ -82,8 +96,13 @@ void MyPushAdOperator::prepareToShowAd() {
   if (info.delay() < 0 || self == nullptr) {
     return;
   }
-  platform().mainRunLoop->performAfterDelay(static_cast<double>(info.delay()),
-                                            [self] { self->showAd(); });
+  try {
+    platform().mainRunLoop->performAfterDelay(static_cast<double>(info.delay()),
+                                              [self] { self->showAd(); });
+  } catch (...) {
+    giveUpPopupWindow();
+    throw;
+  }
 }
 
 std::shared_ptr<MyPushAdViewController> MyPushAdOperator::createPushAdViewController(
@@ -100,35 +119,77 @@ void MyPushAdOperator::preparePopupWindowIfNeeded() {
   if (sharedWindow == nullptr && pushAdViewController_ != nullptr) {
     // The window keeps the first operator's controller as its content for good; later ones share
     // it.
-    sharedWindow = windowWithContentViewController(pushAdViewController_);
-    if (sharedWindow != nullptr) {
-      sharedWindow->setLevel(WindowLevel::floating);
+    const auto window = windowWithContentViewController(pushAdViewController_);
+    if (window != nullptr) {
+      window->setLevel(WindowLevel::floating);
     }
+    sharedWindow = window;
   }
   if (popupAdWindow_ == nullptr) {
     popupAdWindow_ = sharedWindow;
   }
 }
 
+/// A window with a page that cannot be loaded any more must not stay the one of the process: the
+/// next presenter makes another.
+void MyPushAdOperator::giveUpPopupWindow() {
+  callGuarded([this] {
+    if (popupAdWindow_ != nullptr && popupAdWindow_->contentView() == adView()) {
+      sharedPopupAdWindow() = nullptr;
+      callGuarded([this] { popupAdWindow_->close(); });
+      popupAdWindow_ = nullptr;
+    }
+  });
+}
+
 // Showing.
 
-void MyPushAdOperator::showAd() {
+void MyPushAdOperator::showAd() { continueToShowAd(Showing::notBegun); }
+
+/// Without memory for all of it, the rest is done after a minute, so that what was announced is
+/// shown, and once.
+void MyPushAdOperator::continueToShowAd(Showing showing) {
+  constexpr double kRetryDelaySeconds = 60;
+  try {
+    showWhatIsLeft(showing);
+  } catch (const std::bad_alloc&) {
+    logStoppedException();
+    showing = std::max(showing, Showing::putOff);
+    try {
+      platform().mainRunLoop->performAfterDelay(
+          kRetryDelaySeconds,
+          [self = shared_from_this(), showing] { self->continueToShowAd(showing); });
+    } catch (...) {
+      logStoppedException();
+      giveUpPopupWindow();
+    }
+  }
+}
+
+void MyPushAdOperator::showWhatIsLeft(Showing& showing) {
   const auto info = myPushAdInfo_;
   const auto title = info == nullptr ? std::nullopt : info->localizedTitle();
   const auto html = info == nullptr ? std::nullopt : info->localizedHtmlString();
   if (isAdShownAsBanner()) {
-    showBanner(title, html);
+    showBanner(title, html, showing);
   } else if (info == nullptr || info->embed() == 0) {  // no record reads as all zeros
-    showPopup(title, html);
+    showPopup(title, html, showing);
+  }
+}
+
+void MyPushAdOperator::announceOnce(Showing& showing) {
+  if (showing < Showing::announced) {
+    postPushAdWillShowNotification();
+    showing = Showing::announced;
   }
 }
 
 void MyPushAdOperator::showBanner(const std::optional<std::string>& title,
-                                  const std::optional<std::string>& html) {
+                                  const std::optional<std::string>& html, Showing& showing) {
   const auto host = hostView();
   const auto ad = adView();
   if (ad->superview() != host) {
-    postPushAdWillShowNotification();
+    announceOnce(showing);
     host->addSubview(ad);
   }
   if (title) {
@@ -139,14 +200,17 @@ void MyPushAdOperator::showBanner(const std::optional<std::string>& title,
 }
 
 void MyPushAdOperator::showPopup(const std::optional<std::string>& title,
-                                 const std::optional<std::string>& html) {
+                                 const std::optional<std::string>& html, Showing& showing) {
   const bool wasVisible = popupAdWindow_ != nullptr && popupAdWindow_->isVisible();
-  postPushAdWillShowNotification();
-  if (wasVisible) {
+  const bool isClosedAlready = showing == Showing::inFront && !wasVisible;
+  const bool isAnotherInFront = showing == Showing::notBegun && wasVisible;
+  announceOnce(showing);
+  if (isClosedAlready || isAnotherInFront) {
     return;
   }
   if (popupAdWindow_ != nullptr) {
     popupAdWindow_->makeKeyAndOrderFront();
+    showing = Showing::inFront;
   }
   relayoutPushAdFrame();
   if (pushAdViewController_ != nullptr) {
@@ -179,8 +243,18 @@ void MyPushAdOperator::pushAdViewControllerCloseButtonDidClick(
     logCheck(kMethod, 494, kVerifyFailed);
   }
   ad->removeFromSuperview();
-  postPushAdDidCloseNotification();
+  callGuarded([this] { postPushAdDidCloseNotification(); });  // the page ends all the same
+  endPageForGood();
+}
+
+/// The advertisement is not shown again. The engine keeps descriptors and processes for a page that
+/// has ended, as long as its view is there; the view goes later, as a click on it may have led
+/// here.
+void MyPushAdOperator::endPageForGood() {
   pushAdViewController_->endPage();
+  if (const auto webView = pushAdViewController_->legacyWebView()) {
+    platform().mainRunLoop->performAfterDelay(0, [webView] { webView->removeFromSuperview(); });
+  }
 }
 
 void MyPushAdOperator::pushAdViewControllerOpenIAPButtonDidClickWithURL(

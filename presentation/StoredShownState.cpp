@@ -3,6 +3,8 @@
 #include <qorix/platform/Log.h>
 #include <qorix/platform/Platform.h>
 
+#include "platform/Guarded.h"
+
 namespace qorix {
 
 std::optional<std::string> StoredShownState::version() {
@@ -13,12 +15,17 @@ std::int64_t StoredShownState::count() { return defaults_.integerForKey(kShownCo
 
 void StoredShownState::restart(const std::string& version, std::int64_t count) {
   defaults_.setString(version, kShownVersionKey);
-  setCount(count);
+  try {
+    setCount(count);
+  } catch (...) {  // the version must not stand beside another one's count
+    defaults_.removeObjectForKey(kShownVersionKey);
+    throw;
+  }
 }
 
 void StoredShownState::setCount(std::int64_t count) {
   defaults_.setInteger(count, kShownCountKey);
-  defaults_.synchronize();
+  callGuarded([this] { defaults_.synchronize(); });  // it counts all the same
 }
 
 ShowReason decideAndCount(const MyPushAdInfo& info) {

@@ -7,6 +7,8 @@
 #include <qorix/platform/Log.h>
 #include <qorix/platform/Platform.h>
 
+#include "sources/GuardedAttempt.h"
+
 namespace qorix {
 
 namespace {
@@ -63,7 +65,10 @@ void MyPushAdCloudManager::downloadAdFileAsync() { queryAndHandleAdFileWithFileN
 
 void MyPushAdCloudManager::retryDownloadAdFileWithDelay(double delay) {
   if (const auto self = weak_from_this().lock()) {
-    platform().mainRunLoop->performAfterDelay(delay, [self] { self->downloadAdFileAsync(); });
+    platform().mainRunLoop->performAfterDelay(delay, [self] {
+      attemptGuarded([&self] { self->downloadAdFileAsync(); },
+                     [&self](const Error& error) { self->handleWithError(error); });
+    });
   }
 }
 
@@ -103,7 +108,10 @@ void MyPushAdCloudManager::queryAndHandleAdFileWithFileName(const std::string& f
                    "The Cloud Query Error:" + descriptionOf(*error));
           platform().mainRunLoop->performAndWait([&] { source->handleWithError(*error); });
         } else {
-          platform().mainRunLoop->performAndWait([&] { source->handleFetchedRecords(records); });
+          platform().mainRunLoop->performAndWait([&] {
+            attemptGuarded([&] { source->handleFetchedRecords(records); },
+                           [&](const Error& failure) { source->handleWithError(failure); });
+          });
         }
       });
 }

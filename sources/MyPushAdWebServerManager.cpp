@@ -5,6 +5,8 @@
 #include <qorix/MyPushAdWebServerManager.h>
 #include <qorix/platform/Platform.h>
 
+#include "sources/GuardedAttempt.h"
+
 namespace qorix {
 
 namespace {
@@ -33,7 +35,10 @@ void MyPushAdWebServerManager::downloadAdFileAsync() {
 
 void MyPushAdWebServerManager::retryDownloadAdFileWithDelay(double delay) {
   if (const auto self = weak_from_this().lock()) {
-    platform().mainRunLoop->performAfterDelay(delay, [self] { self->downloadAdFileAsync(); });
+    platform().mainRunLoop->performAfterDelay(delay, [self] {
+      attemptGuarded([&self] { self->downloadAdFileAsync(); },
+                     [&self](const Error& error) { self->handleWithError(error); });
+    });
   }
 }
 
@@ -51,12 +56,13 @@ void MyPushAdWebServerManager::urlSessionDidCompleteWithError(const std::optiona
   }
   auto text = error ? std::nullopt : receivedText();
   platform().mainRunLoop->dispatchAsync([self, error, text = std::move(text)] {
+    const auto fail = [&self](const Error& failure) { self->handleWithError(failure); };
     if (error) {
-      self->handleWithError(*error);
+      callGuarded([&] { fail(*error); });
     } else if (text && !text->empty()) {
-      self->handleWithFetchedString(*text);
+      attemptGuarded([&] { self->handleWithFetchedString(*text); }, fail);
     } else {
-      self->handleWithError(noTextError());
+      attemptGuarded([&] { fail(noTextError()); }, fail);
     }
   });
 }

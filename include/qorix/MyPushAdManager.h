@@ -37,7 +37,8 @@ class QORIX_EXPORT MyPushAdManager : public Object,
                                      public std::enable_shared_from_this<MyPushAdManager> {
  public:
   /// The shared manager, made by the first call as a `Self`; it lives until the process ends. Null
-  /// when the host has allocated a manager of its own before. Any thread.
+  /// when the host has allocated a manager of its own before, and when it cannot be made: a later
+  /// call tries again. Any thread.
   template <class Self = MyPushAdManager>
   static std::shared_ptr<MyPushAdManager> sharedPushAdManager() {
     return sharedPushAdManagerMadeBy(
@@ -46,14 +47,17 @@ class QORIX_EXPORT MyPushAdManager : public Object,
 
   /// A new manager, allocated as a `Self`, that is not the shared one. A process has one manager:
   /// when there is one already, this logs one line and returns null, and after this
-  /// `sharedPushAdManager` does. Any thread.
+  /// `sharedPushAdManager` does. Null after a log line, too, when it cannot be made: a later call
+  /// of either tries again. Any thread.
   template <class Self = MyPushAdManager>
   static std::shared_ptr<Self> alloc() {
     if (!claimTheOneAllocation()) {
       logRefusedAllocation();
       return nullptr;
     }
-    return std::make_shared<Self>(FactoryKey<MyPushAdManager>());
+    std::shared_ptr<Self> made;
+    makeTheOne([&made] { made = std::make_shared<Self>(FactoryKey<MyPushAdManager>()); });
+    return made;
   }
 
   /// For the two above: there is one manager at most.
@@ -111,7 +115,8 @@ class QORIX_EXPORT MyPushAdManager : public Object,
   void saveAsCachedPushAdWith(const std::optional<std::string>& text);
 
   /// @{
-  /// Whether the source was chosen and started; true for the rest of the process then.
+  /// Whether the source was chosen and started; true for the rest of the process then, unless
+  /// there is no memory to schedule a retry: the next request then starts it again.
   bool isDownloadFileRequested() const { return isDownloadFileRequested_; }
   void setIsDownloadFileRequested(bool value) { isDownloadFileRequested_ = value; }
   /// @}
@@ -164,8 +169,14 @@ class QORIX_EXPORT MyPushAdManager : public Object,
   static std::shared_ptr<MyPushAdManager> sharedPushAdManagerMadeBy(
       const std::function<std::shared_ptr<MyPushAdManager>()>& make);
   static bool claimTheOneAllocation();
+  static void makeTheOne(const std::function<void()>& make);
   static void logRefusedAllocation();
+  void prepareAndShow(const std::shared_ptr<View>& hostView, MyPushAdFileHostMode fileHostMode,
+                      const std::optional<std::string>& address);
+  void handleDocument(const std::string& text);
   std::shared_ptr<View> stubHostView();
+  void requestDownload(MyPushAdFileHostMode fileHostMode,
+                       const std::optional<std::string>& address);
   void startSource(MyPushAdFileHostMode fileHostMode, const std::optional<std::string>& address);
   void retryDownload();
   /// Whether the owner of one of the platform's public keys has signed the document; true where

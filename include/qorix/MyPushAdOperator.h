@@ -127,8 +127,18 @@ class QORIX_EXPORT MyPushAdOperator : public MyPushAdViewControllerDelegate,
   void startObservingNotifications();
   void stopObservingNotifications();
   void preparePopupWindowIfNeeded();
-  void showBanner(const std::optional<std::string>& title, const std::optional<std::string>& html);
-  void showPopup(const std::optional<std::string>& title, const std::optional<std::string>& html);
+  bool decideOnce();
+  void giveUpPopupWindow();
+  void endUnseenPage();
+  void endPageForGood();
+  enum class Showing { notBegun, putOff, announced, inFront };
+  void continueToShowAd(Showing showing);
+  void showWhatIsLeft(Showing& showing);
+  void announceOnce(Showing& showing);
+  void showBanner(const std::optional<std::string>& title, const std::optional<std::string>& html,
+                  Showing& showing);
+  void showPopup(const std::optional<std::string>& title, const std::optional<std::string>& html,
+                 Showing& showing);
   void layOutBanner();
   void layOutPopup();
   std::shared_ptr<View> adView() const;

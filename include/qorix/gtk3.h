@@ -62,7 +62,7 @@ struct InstallOptions {
 /// anything else of the library.
 ///
 /// Returns the manager, which lives until the process ends. Null only when the host has allocated
-/// a manager of its own before.
+/// a manager of its own before, and without memory.
 ///
 /// The long way is `install`, `MyPushAdManager::sharedPushAdManager` or `alloc` (with a subclass of
 /// yours) and `configureWithAppBundle`.
@@ -70,15 +70,16 @@ inline std::shared_ptr<MyPushAdManager> start(const InstallOptions& options);
 
 /// Puts the services of a GTK desktop in force for the whole process. Call it once, on the main
 /// thread, after gtk_init and before anything else of the library. Never undone: a second call is
-/// refused with one log line, since what waits for the first one's services would be lost. Without
+/// refused with one log line, since what waits for the first one's services would be lost. One that
+/// found no memory has put nothing in force, and may be repeated. Without
 /// a display, one line is logged; each request then logs that no window can be made, as well as
 /// what it logs without a window anyway, and shows nothing.
 QORIX_EXPORT void install(const InstallOptions& options);
 
 /// The View of `overlay`, in which an advertisement may appear above the main child; the same one
 /// at every call. The overlay owns it: it does no more when the overlay is destroyed, and weak
-/// references to it end unless the host holds it itself. Null for null and for an overlay that is
-/// being destroyed. Main thread only.
+/// references to it end unless the host holds it itself. Null for null, for an overlay that is
+/// being destroyed, and without memory. Main thread only.
 QORIX_EXPORT std::shared_ptr<View> viewForOverlay(GtkOverlay* overlay);
 
 inline std::shared_ptr<MyPushAdManager> start(const InstallOptions& options) {

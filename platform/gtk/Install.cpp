@@ -5,6 +5,7 @@
 #include <qorix/gtk3.h>
 #include <qorix/platform/Platform.h>
 
+#include "platform/Guarded.h"
 #include "platform/gtk/DesktopWorkspace.h"
 #include "platform/gtk/HostWindows.h"
 #include "platform/gtk/MainContextRunLoop.h"
@@ -47,14 +48,7 @@ CloudKitContainerFactory::Options cloudOptions(const InstallOptions& options) {
   return cloud;
 }
 
-}  // namespace
-
-void install(const InstallOptions& options) {
-  static bool isInstalled = false;
-  if (std::exchange(isInstalled, true)) {
-    logLine("ZAM QORIX is installed already: the second installation is refused.");
-    return;
-  }
+void installServices(const InstallOptions& options) {
   // Before the run loop: when the process ends, what was made last goes first, and the threads that
   // fetch can only be ended once none of them waits for the loop any more.
   HttpQueue::prepare();
@@ -77,12 +71,9 @@ void install(const InstallOptions& options) {
   services.defaultCloudContainerIdentifier = options.defaultCloudContainerIdentifier;
   services.documentPublicKeys = options.documentPublicKeys;
   installPlatform(std::move(services));
-  if (gdk_display_get_default() == nullptr) {
-    logLine("ZAM QORIX is installed without a display: nothing can be shown");
-  }
 }
 
-std::shared_ptr<View> viewForOverlay(GtkOverlay* overlay) {
+std::shared_ptr<View> viewOf(GtkOverlay* overlay) {
   if (overlay == nullptr || gtk_widget_in_destruction(GTK_WIDGET(overlay))) {
     return nullptr;
   }
@@ -91,6 +82,29 @@ std::shared_ptr<View> viewForOverlay(GtkOverlay* overlay) {
     return existing->self();
   }
   return makeNativeView<WidgetView<View>>(GTK_WIDGET(overlay), Ownership::widgetOwnsView);
+}
+
+}  // namespace
+
+void install(const InstallOptions& options) {
+  static bool isInstalled = false;
+  callGuarded([&options] {
+    if (isInstalled) {
+      logLine("ZAM QORIX is installed already: the second installation is refused.");
+      return;
+    }
+    installServices(options);
+    isInstalled = true;
+    if (gdk_display_get_default() == nullptr) {
+      logLine("ZAM QORIX is installed without a display: nothing can be shown");
+    }
+  });
+}
+
+std::shared_ptr<View> viewForOverlay(GtkOverlay* overlay) {
+  std::shared_ptr<View> view;
+  callGuarded([&] { view = viewOf(overlay); });
+  return view;
 }
 
 }  // namespace qorix::gtk

@@ -2,6 +2,7 @@
 
 #include <webkit2/webkit2.h>
 
+#include <exception>
 #include <string>
 #include <utility>
 
@@ -25,7 +26,12 @@ std::string requestedUri(WebKitPolicyDecision* decision) {
 class PolicyListener : public WebPolicyDecisionListener {
  public:
   explicit PolicyListener(WebKitPolicyDecision* decision) : decision_(decision) {}
-  ~PolicyListener() override { use(); }  // has no effect if the delegate has decided
+  /// Has no effect if the delegate has decided. If it throws, the caller decides.
+  ~PolicyListener() override {
+    if (std::uncaught_exceptions() == exceptions_) {
+      use();
+    }
+  }
   PolicyListener(const PolicyListener&) = delete;
   PolicyListener& operator=(const PolicyListener&) = delete;
 
@@ -40,6 +46,7 @@ class PolicyListener : public WebPolicyDecisionListener {
   }
 
   WebKitPolicyDecision* decision_;
+  const int exceptions_ = std::uncaught_exceptions();
 };
 
 }  // namespace
@@ -59,17 +66,34 @@ bool NavigationQuestions::answer(WebKitPolicyDecision* decision,
     ask(delegate_, decision, asker, std::move(information), nullptr);
     return true;
   }
-  information[kWebActionIsUserActKey] =
+  const bool isUserAct =
       webkit_navigation_action_is_user_gesture(action) != FALSE && userActs_.take();
+  try {
+    information[kWebActionIsUserActKey] = isUserAct;
+    judgeAndAsk(decision, asker, information);
+  } catch (...) {
+    webkit_policy_decision_ignore(decision);
+    throw;
+  }
+  return true;
+}
+
+void NavigationQuestions::judgeAndAsk(WebKitPolicyDecision* decision,
+                                      const std::shared_ptr<WebView>& asker,
+                                      const Dictionary& information) {
   const std::shared_ptr<WebKitPolicyDecision> kept(
       static_cast<WebKitPolicyDecision*>(g_object_ref(decision)), Unref());
   clicks_.judge(requestedUri(decision), [delegate = delegate_, view = std::weak_ptr<WebView>(asker),
                                          kept, information](const PageClicks::Click* click) {
     if (const auto webView = view.lock()) {
-      ask(delegate, kept.get(), webView, information, click);
+      try {
+        ask(delegate, kept.get(), webView, information, click);
+      } catch (...) {  // the page must not follow a link that may be meant for something else
+        webkit_policy_decision_ignore(kept.get());
+        throw;
+      }
     }
   });
-  return true;
 }
 
 void NavigationQuestions::ask(const Delegate& asked, WebKitPolicyDecision* decision,

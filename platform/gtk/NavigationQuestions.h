@@ -38,6 +38,8 @@ class NavigationQuestions {
  private:
   using Delegate = std::weak_ptr<WebViewDelegate>;
 
+  void judgeAndAsk(WebKitPolicyDecision* decision, const std::shared_ptr<WebView>& asker,
+                   const Dictionary& information);
   static void ask(const Delegate& asked, WebKitPolicyDecision* decision,
                   const std::shared_ptr<WebView>& asker, Dictionary information,
                   const PageClicks::Click* click);

@@ -136,7 +136,9 @@ void WebKitView::loadWantedPage(WebKitUserContentFilter* fileFilter) {
 
 // Later: the page may be waiting for the decision that led here.
 void WebKitView::endPage() {
-  isPageToEnd_ = true;
+  if (std::exchange(isPageToEnd_, true)) {
+    return;
+  }
   wantedPage_.reset();
   runLoop_->dispatchAsync([view = std::weak_ptr<View>(self())] {
     const auto webView = std::static_pointer_cast<WebKitView>(view.lock());

@@ -9,6 +9,12 @@
 
 namespace qorix {
 
+namespace {
+
+constexpr std::chrono::seconds kReportInterval(1);
+
+}  // namespace
+
 HttpEngine::HttpEngine(std::shared_ptr<HttpChannel> channel, HttpOptions options)
     : channel_(std::move(channel)), options_(std::move(options)), multi_(curl_multi_init()) {
   if (multi_ == nullptr) {
@@ -24,6 +30,7 @@ void HttpEngine::run() noexcept {
     int running = 0;
     curl_multi_perform(multi_.get(), &running);
     endFinished();
+    reportAgain();
     const int milliseconds = endIdle();
     const auto before = Clock::now();
     curl_multi_poll(multi_.get(), nullptr, 0, milliseconds, nullptr);
@@ -46,7 +53,7 @@ void HttpEngine::startTransfers() {
       code = CURLE_OUT_OF_MEMORY;
     }
     if (code != CURLE_OK) {
-      take(transfer).front().complete(code);
+      end(transfer, &HttpTransfer::complete, code);
     }
   }
 }
@@ -56,7 +63,7 @@ void HttpEngine::endFinished() {
   while (const CURLMsg* message = curl_multi_info_read(multi_.get(), &left)) {
     const CURLcode code = message->data.result;
     const auto transfer = std::ranges::find(transfers_, message->easy_handle, &HttpTransfer::easy);
-    take(transfer).front().complete(code);
+    end(transfer, &HttpTransfer::complete, code);
   }
 }
 
@@ -65,20 +72,38 @@ void HttpEngine::endFinished() {
 int HttpEngine::endIdle() {
   using Seconds = std::chrono::duration<double>;
   const Seconds limit(options_.idleLimitSeconds);
-  Seconds wait = std::chrono::hours(1);
+  Seconds wait = unreported_.empty() ? std::chrono::hours(1) : kReportInterval;
   for (auto next = transfers_.begin(); next != transfers_.end();) {
     const auto transfer = next++;
     transfer->look(waited_);
     const Seconds left = limit - (waited_ - transfer->lastArrival());
     if (transfer->isTooLarge()) {
-      take(transfer).front().completeTooLarge();
+      end(transfer, &HttpTransfer::completeTooLarge);
     } else if (left.count() <= 0) {
-      take(transfer).front().completeIdle();
+      end(transfer, &HttpTransfer::completeIdle);
     } else {
       wait = std::min(wait, left);
     }
   }
   return static_cast<int>(std::ceil(wait.count() * 1000));
+}
+
+template <class... Arguments>
+void HttpEngine::end(HttpTransfers::iterator transfer,
+                     bool (HttpTransfer::*report)(Arguments...) noexcept, Arguments... arguments) {
+  HttpTransfers ended = take(transfer);
+  if (!(ended.front().*report)(arguments...)) {
+    unreported_.splice(unreported_.end(), ended);
+  }
+}
+
+void HttpEngine::reportAgain() {
+  for (auto next = unreported_.begin(); next != unreported_.end();) {
+    const auto transfer = next++;
+    if (transfer->completeAgain()) {
+      unreported_.erase(transfer);
+    }
+  }
 }
 
 HttpTransfers HttpEngine::take(HttpTransfers::iterator transfer) {

@@ -30,11 +30,16 @@ class HttpEngine {
   void endFinished();
   int endIdle();
   HttpTransfers take(HttpTransfers::iterator transfer);
+  template <class... Arguments>
+  void end(HttpTransfers::iterator transfer, bool (HttpTransfer::*report)(Arguments...) noexcept,
+           Arguments... arguments);
+  void reportAgain();
 
   const std::shared_ptr<HttpChannel> channel_;
   const HttpOptions options_;
   const std::unique_ptr<CURLM, CleanUp> multi_;
   HttpTransfers transfers_;
+  HttpTransfers unreported_;  // they have ended, but there was no memory to say so
   /// How long the queue has waited for its connections altogether. Only this time makes transfers
   /// idle, not the time spent in the functions of requests.
   HttpTransfer::Clock::duration waited_{};

@@ -42,7 +42,7 @@ struct HttpRequest {
   std::function<bool(std::string_view, int status)> receive = {};
   /// The request has ended; no call follows. Without an error the whole body has been received,
   /// whatever the HTTP status. `status` is 0 if there was no response. If a call without an error
-  /// throws, it is repeated with one.
+  /// throws, it is repeated with one; if that throws std::bad_alloc, it is repeated every second.
   std::function<void(const std::optional<Error>&, int status)> complete = {};
 };
 

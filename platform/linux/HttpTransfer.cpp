@@ -6,6 +6,7 @@
 
 #include <qorix/platform/Log.h>
 
+#include "platform/Guarded.h"
 #include "text/AsciiCase.h"
 
 namespace qorix {
@@ -13,13 +14,6 @@ namespace qorix {
 namespace {
 
 constexpr const char* kTooLargeText = "The response holds more than can be taken";
-
-void logOutcomeLost() noexcept {
-  try {
-    logLine("The outcome of a transfer could not be handled.");
-  } catch (...) {  // there is no other way to report it
-  }
-}
 
 bool isHttps(const char* url) { return url != nullptr && startsWithIgnoringCase(url, "https:"); }
 
@@ -71,20 +65,22 @@ bool HttpTransfer::isTooLarge() const {
   return static_cast<std::size_t>(bodySize_) > options_.mostBytes;
 }
 
-void HttpTransfer::complete(CURLcode code) noexcept {
+bool HttpTransfer::complete(CURLcode code) noexcept {
   if (code == CURLE_OK && decoder_ != nullptr && !decoder_->isComplete()) {
     code = fail(CURLE_BAD_CONTENT_ENCODING, "The compressed body ends too early");
   }
-  report(code);
+  return report(code);
 }
 
-void HttpTransfer::completeIdle() noexcept {
-  report(fail(CURLE_OPERATION_TIMEDOUT, "Nothing has arrived for too long"));
+bool HttpTransfer::completeIdle() noexcept {
+  return report(fail(CURLE_OPERATION_TIMEDOUT, "Nothing has arrived for too long"));
 }
 
-void HttpTransfer::completeTooLarge() noexcept {
-  report(fail(CURLE_FILESIZE_EXCEEDED, kTooLargeText));
+bool HttpTransfer::completeTooLarge() noexcept {
+  return report(fail(CURLE_FILESIZE_EXCEEDED, kTooLargeText));
 }
+
+bool HttpTransfer::completeAgain() noexcept { return report(unreportedCode_); }
 
 void HttpTransfer::configure() {
   CURL* easy = easy_.get();
@@ -189,27 +185,46 @@ CURLcode HttpTransfer::decode(std::string_view bytes) {
   return CURLE_OK;
 }
 
-void HttpTransfer::report(CURLcode code) noexcept {
-  try {
-    if (channel_->isStopped()) {
-      return;
-    }
-    if (failureText_ != nullptr) {
-      request_.complete(Error{"curl", failureCode_, failureText_}, status());
-    } else if (code != CURLE_OK) {
-      const bool hasText = errorText_[0] != '\0';
-      request_.complete(Error{"curl", code, hasText ? errorText_.data() : curl_easy_strerror(code)},
-                        status());
-    } else {
+bool HttpTransfer::report(CURLcode code) noexcept {
+  if (channel_->isStopped()) {
+    return true;
+  }
+  if (code == CURLE_OK) {
+    try {
       request_.complete(std::nullopt, status());
-    }
-  } catch (...) {
-    if (code == CURLE_OK) {
-      report(failWithException());
-    } else {
-      logOutcomeLost();
+      return true;
+    } catch (...) {
+      code = failWithException();
     }
   }
+  try {
+    reportFault(code);
+    return true;
+  } catch (const std::bad_alloc&) {
+    noteUnreported(code);
+    return false;
+  } catch (...) {
+    callGuarded([] { logLine("The outcome of a transfer could not be handled."); });
+    return true;
+  }
+}
+
+void HttpTransfer::reportFault(CURLcode code) {
+  if (failureText_ != nullptr) {
+    request_.complete(Error{"curl", failureCode_, failureText_}, status());
+  } else {
+    const bool hasText = errorText_[0] != '\0';
+    request_.complete(Error{"curl", code, hasText ? errorText_.data() : curl_easy_strerror(code)},
+                      status());
+  }
+}
+
+/// Logs it once, however often it is tried.
+void HttpTransfer::noteUnreported(CURLcode code) noexcept {
+  if (unreportedCode_ == CURLE_OK) {
+    callGuarded([] { logLine("The outcome of a transfer waits for memory."); });
+  }
+  unreportedCode_ = code;
 }
 
 int HttpTransfer::status() const {

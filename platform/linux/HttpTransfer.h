@@ -40,10 +40,14 @@ class HttpTransfer {
   /// receives them.
   bool isTooLarge() const;
 
-  /// Report how the transfer ended.
-  void complete(CURLcode code) noexcept;
-  void completeIdle() noexcept;
-  void completeTooLarge() noexcept;
+  /// @{
+  /// Report how the transfer ended. False if there is no memory for that: `completeAgain` is to be
+  /// called later, until it returns true.
+  bool complete(CURLcode code) noexcept;
+  bool completeIdle() noexcept;
+  bool completeTooLarge() noexcept;
+  bool completeAgain() noexcept;
+  /// @}
 
  private:
   struct CleanUp {
@@ -59,7 +63,9 @@ class HttpTransfer {
   static std::size_t handleData(char* bytes, std::size_t one, std::size_t size, void* transfer);
   bool receive(std::string_view bytes) noexcept;
   CURLcode decode(std::string_view bytes);
-  void report(CURLcode code) noexcept;
+  bool report(CURLcode code) noexcept;
+  void reportFault(CURLcode code);
+  void noteUnreported(CURLcode code) noexcept;
   int status() const;
   std::string contentEncodings() const;
   CURLcode fail(CURLcode code, const char* text) noexcept;
@@ -74,6 +80,7 @@ class HttpTransfer {
   std::unique_ptr<ContentDecoder> decoder_;
   CURLcode failureCode_ = CURLE_OK;
   const char* failureText_ = nullptr;  // null unless we ended the transfer
+  CURLcode unreportedCode_ = CURLE_OK;
   long headerSize_ = 0;
   curl_off_t bodySize_ = 0;        // of the response under way, which may be a redirect
   std::size_t receivedBytes_ = 0;  // of the final response's body

@@ -122,7 +122,9 @@ bool SettingsFile::isReserved() const { return sqlite3_get_autocommit(database_.
 void SettingsFile::forgetPages() { sqlite3_db_release_memory(database_.get()); }
 
 void SettingsFile::leaveAsIs() {
-  sqlite3_db_config(database_.get(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
+  if (database_ != nullptr) {
+    sqlite3_db_config(database_.get(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
+  }
 }
 
 int SettingsFile::create(const std::string& path) {

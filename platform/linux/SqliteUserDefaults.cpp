@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <utility>
 
+#include "platform/Guarded.h"
 #include "platform/linux/DamagedSettings.h"
 #include "platform/linux/Hexadecimal.h"
 #include "platform/linux/PreferredLanguages.h"
@@ -41,9 +42,7 @@ SqliteUserDefaults::SqliteUserDefaults(std::string path, std::shared_ptr<Log> lo
 
 SqliteUserDefaults::~SqliteUserDefaults() {
   synchronize();
-  if (file_ != nullptr && !file_->isAt(path_)) {
-    file_->leaveAsIs();
-  }
+  close();
 }
 
 template <class T>
@@ -164,9 +163,22 @@ SqliteUserDefaults::Result SqliteUserDefaults::commit(SettingsFile& file) {
   return result;
 }
 
-/// Runs `operation` on the open file, or on a new one if that file turns out to be damaged.
+/// What throws, for want of memory, leaves the file in an unknown state: it is opened and read
+/// anew.
 bool SqliteUserDefaults::perform(int patience,
                                  const std::function<Result(SettingsFile&)>& operation) {
+  try {
+    return performOnFile(patience, operation);
+  } catch (...) {
+    logStoppedException();
+    close();
+    return false;
+  }
+}
+
+/// Runs `operation` on the open file, or on a new one if that file turns out to be damaged.
+bool SqliteUserDefaults::performOnFile(int patience,
+                                       const std::function<Result(SettingsFile&)>& operation) {
   for (int attempt = 0; attempt < 2; ++attempt) {
     const Result opening = open(patience);
     const Result result = opening == Result::done ? operation(*file_) : opening;
@@ -204,6 +216,13 @@ SqliteUserDefaults::Result SqliteUserDefaults::open(int patience) {
   // SQLite waits for nobody while it gives a new file its form.
   const SettingsFolderLock lock(path_, patience);
   return file_->open(path_, patience);
+}
+
+void SqliteUserDefaults::close() {
+  if (file_ != nullptr && !file_->isAt(path_)) {
+    file_->leaveAsIs();
+  }
+  file_.reset();
 }
 
 void SqliteUserDefaults::setAside(const std::string& why) {

@@ -65,7 +65,9 @@ class SqliteUserDefaults : public UserDefaults {
   Result read(SettingsFile& file);
   Result commit(SettingsFile& file);
   bool perform(int patience, const std::function<Result(SettingsFile&)>& operation);
+  bool performOnFile(int patience, const std::function<Result(SettingsFile&)>& operation);
   Result open(int patience);
+  void close();
   void setAside(const std::string& why);
   void reportTrouble(const std::string& text);
   void report(const std::string& text);

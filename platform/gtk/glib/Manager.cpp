@@ -90,10 +90,13 @@ void emitSignal(const MyPushAdEvent& event) {
   }
 }
 
+bool isObserving = false;
+
 /// Observes the platform that is in force, and no other one any more.
 void observePlatform() {
   static auto& observations = *new std::vector<qorix::NotificationObservation>();
   observations = MyPushAdEvent::observe(emitSignal);
+  isObserving = true;
 }
 
 /// There is one manager, also for a language that makes its objects by their type.
@@ -101,6 +104,8 @@ GObject* constructManager(GType type, guint count, GObjectConstructParam* proper
   if (theManager == nullptr) {
     theManager = QORIX_MANAGER(
         G_OBJECT_CLASS(qorix_manager_parent_class)->constructor(type, count, properties));
+  }
+  if (!isObserving) {
     callGuarded(observePlatform);
   }
   return G_OBJECT(g_object_ref(theManager));

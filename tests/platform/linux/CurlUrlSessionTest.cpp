@@ -325,6 +325,23 @@ TEST_F(CurlUrlSessionTest, anEndThatTheDelegateHasNoMemoryForIsAnError) {
   EXPECT_EQ(calls, 2);
 }
 
+TEST_F(CurlUrlSessionTest, anErrorThatTheDelegateHasNoMemoryForIsReportedAgain) {
+  const auto log = std::make_shared<RecordingLog>();
+  Platform services = nullPlatform();
+  services.log = log;
+  installPlatform(std::move(services));
+  open();
+  int calls = 0;
+  delegate_->onCompletion = [&calls] {
+    if (++calls <= 4) {
+      throw std::bad_alloc();
+    }
+  };
+  expectError(fetchAnswer({.body = {"text"}}), CURLE_OUT_OF_MEMORY);
+  EXPECT_EQ(calls, 5);
+  EXPECT_THAT(log->lines(), ElementsAre("The outcome of a transfer waits for memory."));
+}
+
 TEST_F(CurlUrlSessionTest, anErrorThatTheDelegateCannotTakeIsDropped) {
   const auto log = std::make_shared<RecordingLog>();
   Platform services = nullPlatform();
@@ -334,7 +351,7 @@ TEST_F(CurlUrlSessionTest, anErrorThatTheDelegateCannotTakeIsDropped) {
   int calls = 0;
   delegate_->onCompletion = [&calls] {
     if (++calls <= 2) {
-      throw std::bad_alloc();
+      throw 7;
     }
   };
   server_.setAnswer("/ad.xml", {.body = {"text"}});
