@@ -157,6 +157,7 @@ void settingsFile(std::string_view bytes) {
   write(file, bytes);
   const auto log = std::make_shared<RecordingLog>();
   std::vector<std::string> list;
+  bool isSaved = false;
   {
     SqliteUserDefaults settings(file, log);
     settings.stringForKey("text");
@@ -164,18 +165,19 @@ void settingsFile(std::string_view bytes) {
     settings.setInteger(7, "number");
     settings.setString("a\"b", "text");
     expect(settings.integerForKey("number") == 7, "what is set is read");
-    expect(settings.synchronize(), "any file can be written to, or is set aside");
+    isSaved = settings.synchronize();
     list = settings.stringArrayForKey("list").value_or(list);
   }
-  expect(log->takeLines().size() <= 1, "a file is set aside with one line");
-  {
+  const std::size_t lines = log->takeLines().size();
+  expect(lines <= 1 && (isSaved || lines == 1), "a file is set aside or left with one line");
+  if (isSaved) {
     SqliteUserDefaults settings(file, log);
     expect(settings.integerForKey("number") == 7 && settings.stringForKey("text") == "a\"b",
            "what is saved is there");
     expect(settings.stringArrayForKey("list").value_or(std::vector<std::string>()) == list,
            "what was there and not set stays");
+    expect(log->lines().empty(), "a file that was written to is sound");
   }
-  expect(log->lines().empty(), "a file that was written to is sound");
   fs::remove_all(folder);
 }
 
