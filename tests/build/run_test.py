@@ -155,6 +155,24 @@ class Docs(Run):
         self.assertEqual(self.run_verb("docs"), 1)
 
 
+class Fuzz(Run):
+    def test_it_builds_the_fuzzers_alone_and_runs_them_for_that_time(self):
+        self.assertEqual(self.run_verb("fuzz", "7"), 0)
+        self.assertEqual(self.called("cmake")[0], "--preset fuzz")
+        self.assertRegex(self.called("cmake")[1], "--target qorix-fuzzers$")
+        self.assertEqual(self.called("python3"), ["-B tests/fuzz/fuzz.py 7 build/fuzz/bin build/fuzz/found"])
+
+    def test_without_a_time_it_builds_nothing(self):
+        for arguments in ((), ("0",), ("x",)):
+            self.assertEqual(self.run_verb("fuzz", *arguments), 2)
+        self.assertIn("usage: ./run fuzz SECONDS", self.said)
+        self.assertEqual(self.called("cmake"), [])
+
+    def test_an_input_that_breaks_something_is_its_status(self):
+        self.program("python3", "exit 1")
+        self.assertEqual(self.run_verb("fuzz", "7"), 1)
+
+
 class WithoutRoot(Run):
     def setUp(self):
         super().setUp()

@@ -40,6 +40,7 @@ TEST(CorpusTest, contentDecoding) { replay("contentDecoding"); }
 TEST(CorpusTest, settingsFile) { replay("settingsFile"); }
 TEST(CorpusTest, desktopEntries) { replay("desktopEntries"); }
 TEST(CorpusTest, localeNames) { replay("localeNames"); }
+TEST(CorpusTest, page) { replay("page"); }
 TEST(CorpusTest, checker) { replay("checker"); }
 
 TEST(CorpusTest, everyTargetIsReplayed) {

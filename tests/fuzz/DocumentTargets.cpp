@@ -4,8 +4,11 @@
 #include <qorix/platform/Platform.h>
 
 #include "definition/Json.h"
+#include "definition/XmlDocument.h"
+#include "definition/XmlSourceMap.h"
 #include "fakes/FakeApplicationsFolder.h"
 #include "fakes/RecordingLog.h"
+#include "fuzz/Escaped.h"
 #include "fuzz/Expect.h"
 #include "fuzz/Input.h"
 #include "fuzz/Targets.h"
@@ -59,9 +62,9 @@ std::string describe(const Reading& reading) {
   return textOf(toJson(run));
 }
 
-void expectOneReading(const std::string& text, unsigned choice) {
+Reading expectOneReading(const std::string& text, unsigned choice) {
   const Reading reading = read(text, choice);
-  expect(reading.record != nullptr || !reading.lines.empty(), "a refusal is logged");
+  expect(reading.record != nullptr || reading.lines.size() == 1, "a refusal is logged in one line");
   const Reading again = read(text, choice);
   expect(describe(reading) == describe(again) && reading.lines == again.lines,
          "a document is read in the same way each time");
@@ -69,14 +72,48 @@ void expectOneReading(const std::string& text, unsigned choice) {
     const bool wasDue = isDue(decideAndCount(*reading.record));
     expect(reading.record->enable() || !wasDue, "what is switched off is not due");
   }
+  return reading;
 }
 
-std::string escaped(std::string_view text) {
-  std::string result;
-  for (const char c : text) {
-    result += c == '<' ? "&lt;" : c == '&' ? "&amp;" : std::string(1, c);
+bool isSameTree(XmlElement a, XmlElement b) {
+  if (a.name() != b.name() || a.text() != b.text()) {
+    return false;
   }
-  return result;
+  const auto others = b.children();
+  auto other = others.begin();
+  for (const XmlElement child : a.children()) {
+    if (other == others.end() || !isSameTree(child, *other)) {
+      return false;
+    }
+    ++other;
+  }
+  return other == others.end();
+}
+
+void expectPlaces(XmlElement element, const XmlSourceMap& places, std::size_t size) {
+  expect(places.offsetOf(element) < size &&
+             places.offsetInText(element, element.text().size()) <= size,
+         "an element and its text are found in the document");
+  for (const XmlElement child : element.children()) {
+    expectPlaces(child, places, size);
+  }
+}
+
+/// Reads the text at once, in pieces, and with the places of everything.
+void expectOneTree(std::string_view text, std::size_t pieceSize) {
+  const auto whole = XmlDocument::parse(text);
+  const auto inPieces = XmlDocument::parse(text, pieceSize);
+  XmlSourceMap places;
+  const auto mapped = XmlDocument::parse(text, places);
+  expect(whole.has_value() == inPieces.has_value() && whole.has_value() == mapped.has_value(),
+         "it does not matter for a refusal how a document is read");
+  if (whole) {
+    expect(isSameTree(whole->root(), inPieces->root()) && isSameTree(whole->root(), mapped->root()),
+           "it does not matter for the elements how a document is read");
+    expectPlaces(mapped->root(), places, text.size());
+  } else {
+    expect(places.error() && places.error()->offset <= text.size(), "a refusal has its place");
+  }
 }
 
 }  // namespace
@@ -84,6 +121,7 @@ std::string escaped(std::string_view text) {
 void document(std::string_view bytes) {
   const unsigned choice = takeByte(bytes);
   expectOneReading(std::string(bytes), choice);
+  expectOneTree(bytes, choice % 16 + 1);
 }
 
 void customisation(std::string_view bytes) {
@@ -92,7 +130,12 @@ void customisation(std::string_view bytes) {
   expect(isRead || (!defect.message.empty() && defect.offset <= bytes.size()),
          "a defect has its reason and its place");
   const AdElements ad{.adid = element("adid", "11"), .advance = element("advance", escaped(bytes))};
-  expectOneReading(documentText("", ad.text()), 3);
+  const std::string text = documentText("", ad.text());
+  const Reading reading = expectOneReading(text, 3);
+  if (!bytes.empty() && XmlDocument::parse(text)) {
+    expect(reading.record != nullptr && reading.record->advance() == bytes,
+           "no customisation makes a host refuse the document");
+  }
 }
 
 }  // namespace qorix::fuzz

@@ -23,4 +23,11 @@ inline std::string_view takeUntil(std::string_view& bytes, char end) {
   return taken;
 }
 
+/// Takes as many bytes as that, or what there is.
+inline std::string_view takeBytes(std::string_view& bytes, std::size_t count) {
+  const std::string_view taken = bytes.substr(0, count);
+  bytes.remove_prefix(taken.size());
+  return taken;
+}
+
 }  // namespace qorix::fuzz

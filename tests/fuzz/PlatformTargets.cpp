@@ -1,3 +1,6 @@
+#include <utf8.h>
+#include <zlib.h>
+
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
@@ -55,15 +58,17 @@ struct Decoded {
   bool operator==(const Decoded&) const = default;
 };
 
-/// Decodes `body` in pieces of that size.
-std::optional<Decoded> decode(const char* encodings, std::string_view body, std::size_t piece) {
-  constexpr std::size_t kMostBytes = 1 << 20;
-  const auto decoder = ContentDecoder::create(encodings, kMostBytes);
+/// Decodes `body` in pieces of those sizes, less one, again and again; without sizes, at once.
+std::optional<Decoded> decode(const char* encodings, std::size_t mostBytes, std::string_view body,
+                              std::string_view sizes = "") {
+  const auto decoder = ContentDecoder::create(encodings, mostBytes);
   if (decoder == nullptr) {
     return std::nullopt;
   }
   Decoded decoded{ContentDecoder::Result::ok, {}, false};
-  while (!body.empty() && decoded.result == ContentDecoder::Result::ok) {
+  for (std::size_t i = 0; !body.empty() && decoded.result == ContentDecoder::Result::ok; ++i) {
+    const std::size_t piece =
+        sizes.empty() ? body.size() : static_cast<unsigned char>(sizes[i % sizes.size()]) + 1U;
     decoded.result = decoder->decode(body.substr(0, piece), [&](std::string_view bytes) {
       decoded.bytes += bytes;
       return true;
@@ -71,8 +76,33 @@ std::optional<Decoded> decode(const char* encodings, std::string_view body, std:
     body.remove_prefix(std::min(piece, body.size()));
   }
   decoded.isComplete = decoded.result == ContentDecoder::Result::ok && decoder->isComplete();
-  expect(*encodings == '\0' || decoded.bytes.size() <= kMostBytes, "the limit is kept");
+  expect(*encodings == '\0' || decoded.bytes.size() <= mostBytes, "the limit is kept");
   return decoded;
+}
+
+std::string packed(std::string_view body, int windowBits) {
+  z_stream stream{};
+  deflateInit2(&stream, Z_BEST_SPEED, Z_DEFLATED, windowBits, 8, Z_DEFAULT_STRATEGY);
+  std::string result(deflateBound(&stream, body.size()), '\0');
+  // zlib does not write to its input, but its interface lacks the const.
+  stream.next_in = const_cast<Bytef*>(reinterpret_cast<const Bytef*>(body.data()));
+  stream.avail_in = static_cast<uInt>(body.size());
+  stream.next_out = reinterpret_cast<Bytef*>(result.data());
+  stream.avail_out = static_cast<uInt>(result.size());
+  expect(deflate(&stream, Z_FINISH) == Z_STREAM_END, "a body can be packed");
+  result.resize(stream.total_out);
+  deflateEnd(&stream);
+  return result;
+}
+
+void expectRoundTrip(std::string_view body, std::string_view sizes) {
+  constexpr int kGzip = MAX_WBITS + 16;
+  const std::string gzip = packed(body, kGzip);
+  const Decoded expected{ContentDecoder::Result::ok, std::string(body), true};
+  expect(decode("gzip", body.size(), gzip, sizes) == expected, "what was packed is unpacked");
+  expect(decode("gzip, deflate", body.size() + gzip.size(), packed(gzip, MAX_WBITS), sizes) ==
+             expected,
+         "what was packed twice is unpacked");
 }
 
 }  // namespace
@@ -82,7 +112,9 @@ void cloudAnswers(std::string_view bytes) {
   const unsigned choice = takeByte(bytes);
   const auto answer = cloudkit::readAnswer(kStatuses[choice % 8], bytes);
   if (const auto* error = std::get_if<Error>(&answer)) {
-    expect(error->domain == "CloudKit" && !error->description.empty(), "an error is readable");
+    expect(error->domain == "CloudKit" && utf8::is_valid(error->description) &&
+               !error->description.empty(),
+           "an error is readable");
     return;
   }
   const Url service =
@@ -104,13 +136,18 @@ void contentDecoding(std::string_view bytes) {
                                            "gzip, gzip", "deflate, gzip",  "gzip, deflate",
                                            "br",         "identity,x-gzip"};
   const char* encodings = kEncodings[takeByte(bytes) % 8];
-  const std::size_t piece = takeByte(bytes) % 16U + 1U;
-  const auto whole = decode(encodings, bytes, bytes.size() + 1);
-  const auto inPieces = decode(encodings, bytes, piece);
+  const std::size_t mostBytes = std::size_t{1} << takeByte(bytes) % 22;
+  const std::string_view sizes = takeBytes(bytes, takeByte(bytes) % 16);
+  const auto whole = decode(encodings, mostBytes, bytes);
+  const auto inPieces = decode(encodings, mostBytes, bytes, sizes);
   expect(whole.has_value() == inPieces.has_value(), "the encodings alone decide what is known");
   if (whole && whole->result == ContentDecoder::Result::ok) {
     expect(whole == inPieces, "it does not matter how a body arrives");
   }
+  expect(!whole || (whole->result == ContentDecoder::Result::ok) ==
+                       (inPieces->result == ContentDecoder::Result::ok),
+         "it does not matter for a refusal how a body arrives");
+  expectRoundTrip(bytes, sizes);
 }
 
 void settingsFile(std::string_view bytes) {
@@ -119,22 +156,27 @@ void settingsFile(std::string_view bytes) {
   const fs::path file = folder / "host.sqlite";
   write(file, bytes);
   const auto log = std::make_shared<RecordingLog>();
+  std::vector<std::string> list;
   bool isSaved = false;
   {
     SqliteUserDefaults settings(file, log);
     settings.stringForKey("text");
-    settings.stringArrayForKey("list");
     settings.integerForKey("number");
     settings.setInteger(7, "number");
     settings.setString("a\"b", "text");
     expect(settings.integerForKey("number") == 7, "what is set is read");
     isSaved = settings.synchronize();
+    list = settings.stringArrayForKey("list").value_or(list);
   }
-  expect(isSaved || !log->lines().empty(), "what cannot be saved is logged");
+  const std::size_t lines = log->takeLines().size();
+  expect(lines <= 1 && (isSaved || lines == 1), "a file is set aside or left with one line");
   if (isSaved) {
     SqliteUserDefaults settings(file, log);
     expect(settings.integerForKey("number") == 7 && settings.stringForKey("text") == "a\"b",
            "what is saved is there");
+    expect(settings.stringArrayForKey("list").value_or(std::vector<std::string>()) == list,
+           "what was there and not set stays");
+    expect(log->lines().empty(), "a file that was written to is sound");
   }
   fs::remove_all(folder);
 }

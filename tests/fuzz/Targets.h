@@ -12,10 +12,11 @@ void links(std::string_view bytes);            // an address, the class of the c
 void lists(std::string_view bytes);            // a list, a number, a line for the log
 void versions(std::string_view bytes);         // two versions with a NUL between them
 void cloudAnswers(std::string_view bytes);     // status, then the body of an answer
-void contentDecoding(std::string_view bytes);  // encodings, how the body is split, then the body
+void contentDecoding(std::string_view bytes);  // encodings, limit, sizes of pieces, then the body
 void settingsFile(std::string_view bytes);     // an SQLite file
 void desktopEntries(std::string_view bytes);   // an identifier, a line break, then an entry
 void localeNames(std::string_view bytes);      // four variables with NULs between them
+void page(std::string_view bytes);             // an HTML page, as the checker reads it
 void checker(std::string_view bytes);          // format and host, then a document
 
 struct Target {
@@ -34,6 +35,7 @@ inline constexpr Target kTargets[] = {
     {"settingsFile", settingsFile},
     {"desktopEntries", desktopEntries},
     {"localeNames", localeNames},
+    {"page", page},
     {"checker", checker},
 };
 

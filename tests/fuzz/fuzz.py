@@ -25,8 +25,8 @@ def run(program, seconds, found):
     log = found / f"{target}.log"
     with open(log, "w") as output:
         status = subprocess.run(
-            [program, f"-max_total_time={seconds}", "-timeout=30", "-rss_limit_mb=3072", "-print_final_stats=1",
-             "-verbosity=1", f"-artifact_prefix={folder}/broken-", folder, CORPUS / target],
+            [program, f"-max_total_time={seconds}", "-timeout=30", "-report_slow_units=30", "-rss_limit_mb=3072",
+             "-print_final_stats=1", "-verbosity=1", f"-artifact_prefix={folder}/broken-", folder, CORPUS / target],
             stdout=output, stderr=output, stdin=subprocess.DEVNULL, check=False).returncode
     text = log.read_text(errors="replace")
     progress = re.findall(r"^#\d+\s.*cov: (\d+) ft: (\d+) corp: (\d+)", text, re.MULTILINE)

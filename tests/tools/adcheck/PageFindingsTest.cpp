@@ -1,6 +1,7 @@
 #include <string>
 #include <vector>
 
+#include "support/Repeated.h"
 #include "tools/adcheck/AdcheckTest.h"
 
 namespace qorix::test {
@@ -247,6 +248,21 @@ TEST_F(PageFindingsTest, brokenPagesDoNoHarm) {
     const auto result = report(documentOf(page + " "));
     EXPECT_EQ(result.status, 0) << page;
     EXPECT_EQ(report(documentOf(page)).status, 0) << page;
+  }
+}
+
+TEST_F(PageFindingsTest, aPageOfTooManyTagsIsNotChecked) {
+  const std::string odd = link("?ls = 1") + link("?tools=12");
+  EXPECT_THAT(warnings(documentOf(repeated("<p>x</p>", 4000) + odd)),
+              ElementsAre(HasSubstr("tools=12")));
+  std::string attributes = "<a";
+  for (int i = 0; i < 40'000; ++i) {
+    attributes += " a" + std::to_string(i);
+  }
+  for (const std::string& page : {repeated("<div>", 40'000) + odd,
+                                  repeated("<p></p>", 40'000) + odd, attributes + ">" + odd}) {
+    EXPECT_THAT(warnings(documentOf(page)),
+                ElementsAre(HasSubstr("too many tags and attributes to be checked")));
   }
 }
 

@@ -96,13 +96,16 @@ void PageReader::add(Rule rule, std::size_t offset, const std::string& words) {
 }
 
 void PageReader::read() {
-  HtmlPage(page_.text())
-      .visit([this](const HtmlElement& element, const std::optional<HtmlElement>& link) {
-        readLink(element);
-        readClass(element, link);
-        readTarget(element);
-        readId(element, link.has_value());
-      });
+  const HtmlPage page(page_.text());
+  if (page.isTooLarge()) {
+    add(Rule::pageTooLarge, 0, "this page has too many tags and attributes to be checked");
+  }
+  page.visit([this](const HtmlElement& element, const std::optional<HtmlElement>& link) {
+    readLink(element);
+    readClass(element, link);
+    readTarget(element);
+    readId(element, link.has_value());
+  });
 }
 
 void PageReader::readLink(const HtmlElement& element) {

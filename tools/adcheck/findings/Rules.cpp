@@ -147,6 +147,9 @@ constexpr std::array kRules = {
              "Only the clicked element's id is looked at. Give it to the innermost element."},
     RuleText{Rule::pageCloseText, "page-close-text", "A close control holds text",
              "A click on its text does not close. Give the id to an image."},
+    RuleText{Rule::pageTooLarge, "page-too-large", "A page has too many tags to be checked",
+             "Hosts show it. Its links and its close control were not looked at, as it has many "
+             "thousands of tags and attributes."},
 };
 static_assert(kRules.size() == static_cast<std::size_t>(Rule::number));
 static_assert([] {

@@ -60,6 +60,7 @@ enum class Rule : std::size_t {
   pageCloseOutsideLink,
   pageCloseCovered,
   pageCloseText,
+  pageTooLarge,
   number
 };
 

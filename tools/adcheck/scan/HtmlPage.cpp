@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <array>
+#include <csetjmp>
+#include <new>
 #include <span>
 #include <utility>
 #include <vector>
@@ -39,6 +41,46 @@ const char* endOfNoscript(GumboStringPiece tag, std::string_view page) {
 constexpr std::array kInvisible = {GUMBO_TAG_BR,    GUMBO_TAG_WBR,      GUMBO_TAG_SCRIPT,
                                    GUMBO_TAG_STYLE, GUMBO_TAG_TEMPLATE, GUMBO_TAG_NOSCRIPT};
 
+// The parser asks for some pieces of memory for each tag and each attribute. Of certain pages it
+// takes a time that grows with the square of their number: for so many, some seconds.
+constexpr std::size_t kMostPieces = 100'000;
+
+/// One run of the parser, which is C: it can pass on no exception and does not look for null. All
+/// of its memory is freed in another way, so it can be left from within.
+struct Parsing {
+  std::pmr::memory_resource& memory;
+  std::size_t pieces = 0;
+  std::jmp_buf end = {};
+};
+
+void* allocate(void* userdata, std::size_t size) noexcept {
+  auto& parsing = *static_cast<Parsing*>(userdata);
+  void* piece = nullptr;
+  try {
+    piece = ++parsing.pieces > kMostPieces ? nullptr : parsing.memory.allocate(size);
+  } catch (const std::bad_alloc&) {
+    piece = nullptr;
+  }
+  if (piece == nullptr) {
+    std::longjmp(parsing.end, 1);
+  }
+  return piece;
+}
+
+/// Null if it takes too many pieces of memory, or there is none left.
+const GumboNode* parse(std::string_view page, std::pmr::memory_resource& memory) {
+  Parsing parsing{.memory = memory};
+  GumboOptions options = kGumboDefaultOptions;
+  options.userdata = &parsing;
+  options.allocator = allocate;
+  options.deallocator = [](void* /*parsing*/, void* /*piece*/) {};  // all at once
+  options.max_errors = 0;  // each would hold the names of all open elements
+  if (setjmp(parsing.end) != 0) {
+    return nullptr;
+  }
+  return gumbo_parse_with_options(&options, page.data(), page.size())->root;
+}
+
 }  // namespace
 
 bool HtmlElement::isLink() const {
@@ -72,18 +114,13 @@ bool HtmlElement::holdsText() const {
   });
 }
 
-HtmlPage::HtmlPage(std::string_view page) : page_(page) {
-  GumboOptions options = kGumboDefaultOptions;
-  options.userdata = &memory_;
-  options.allocator = [](void* memory, std::size_t size) {
-    return static_cast<std::pmr::memory_resource*>(memory)->allocate(size);
-  };
-  options.deallocator = [](void* /*memory*/, void* /*piece*/) {};  // all at once
-  options.max_errors = 0;  // each would hold the names of all open elements
-  root_ = gumbo_parse_with_options(&options, page.data(), page.size())->root;
-}
+HtmlPage::HtmlPage(std::string_view page, std::pmr::memory_resource* memory)
+    : memory_(memory), page_(page), root_(parse(page, memory_)) {}
 
 void HtmlPage::visit(const Visitor& visitor) const {
+  if (root_ == nullptr) {
+    return;
+  }
   std::vector<std::pair<const GumboNode*, std::optional<HtmlElement>>> waiting = {
       {root_, std::nullopt}};
   const char* hiddenUntil = page_.data();

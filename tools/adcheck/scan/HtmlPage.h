@@ -42,10 +42,15 @@ class HtmlElement {
 /// An HTML page as a browser's parser builds it. What scripts make of it is not seen.
 class HtmlPage {
  public:
-  /// `page` must outlive it.
-  explicit HtmlPage(std::string_view page);
+  /// `page` must outlive it, and so must `memory`.
+  explicit HtmlPage(std::string_view page,
+                    std::pmr::memory_resource* memory = std::pmr::get_default_resource());
   HtmlPage(const HtmlPage&) = delete;
   HtmlPage& operator=(const HtmlPage&) = delete;
+
+  /// Whether the page was not read: it has many thousands of tags and attributes, or there is
+  /// not enough memory. It then seems to be empty.
+  bool isTooLarge() const { return root_ == nullptr; }
 
   /// Calls `visit` for each element but those in a template or noscript, with the innermost link
   /// around it or the link that it is itself.
@@ -58,7 +63,7 @@ class HtmlPage {
   // Freed at once: the parser's own function recurses once per level of nesting.
   std::pmr::monotonic_buffer_resource memory_;
   std::string_view page_;
-  const GumboNode* root_;
+  const GumboNode* root_;  // null if the page was not read
 };
 
 }  // namespace qorix::tools::adcheck
