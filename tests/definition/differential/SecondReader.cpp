@@ -361,6 +361,11 @@ class SecondReader {
   Reading reading_;
 };
 
+std::string doctypeOf(const std::string& document) {
+  const std::size_t begin = std::min(document.find("<!DOCTYPE"), document.size());
+  return document.substr(begin, document.find("]>", begin) - begin);
+}
+
 std::set<std::string> allMatches(const std::string& text, const std::regex& pattern) {
   std::set<std::string> found;
   for (std::sregex_iterator match(text.begin(), text.end(), pattern), end; match != end; ++match) {
@@ -376,8 +381,7 @@ bool hasUndeclaredEntityInEntity(const std::string& document) {
   static const std::regex kDeclared("<!ENTITY\\s+([^\\s%]+)\\s");
   static const std::regex kValue("<!ENTITY\\s+[^\\s%]+\\s+('[^']*'|\"[^\"]*\")");
   static const std::regex kReference("&([^#;&][^;&]*);");
-  const std::size_t begin = std::min(document.find("<!DOCTYPE"), document.size());
-  const std::string doctype = document.substr(begin, document.find("]>", begin) - begin);
+  const std::string doctype = doctypeOf(document);
   static const std::regex kElsewhere("%[^\\s;]+;|<!DOCTYPE\\s+\\S+\\s+(SYSTEM|PUBLIC)\\s");
   if (!std::regex_search(doctype, kElsewhere)) {
     return false;
@@ -403,10 +407,26 @@ bool standsAloneWithParameterEntities(const std::string& document) {
          std::regex_search(document, kInParameter);
 }
 
+/// The library refuses a reference to an undeclared parameter entity, whatever stands around it.
+/// libxml2 does so only if nothing else could declare it.
+bool hasUndeclaredParameterEntity(const std::string& document) {
+  static const std::regex kDeclared("<!ENTITY\\s+%\\s+(\\S+)\\s");
+  static const std::regex kReference("%([^\\s;%'\"]+);");
+  const std::string doctype = doctypeOf(document);
+  const auto known = allMatches(doctype, kDeclared);
+  for (const auto& name : allMatches(doctype, kReference)) {
+    if (!known.contains(name)) {
+      return true;
+    }
+  }
+  return false;
+}
+
 }  // namespace
 
 bool isBeyondSecondReader(const std::string& document) {
-  return hasUndeclaredEntityInEntity(document) || standsAloneWithParameterEntities(document);
+  return hasUndeclaredParameterEntity(document) || hasUndeclaredEntityInEntity(document) ||
+         standsAloneWithParameterEntities(document);
 }
 
 Reading readAgain(const std::string& document, const Machine& machine) {

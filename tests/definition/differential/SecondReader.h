@@ -21,7 +21,8 @@ struct Machine {
 /// its own. Knows nothing of the library's own reader.
 Reading readAgain(const std::string& document, const Machine& machine);
 
-/// Whether the document touches one of the known faults of libxml2, which the source names.
+/// Whether the document touches a known limit of the library or a known fault of libxml2. The
+/// source has a rule for each.
 bool isBeyondSecondReader(const std::string& document);
 
 }  // namespace qorix
