@@ -5,8 +5,8 @@
 
 namespace qorix {
 
-/// As long as it is held, no other process that uses this library moves settings of the same
-/// folder.
+/// As long as it is held, no other process that uses this library opens or moves settings of the
+/// same folder.
 class SettingsFolderLock {
  public:
   /// Waits at most `patience` milliseconds for another process.

@@ -40,16 +40,17 @@ std::vector<fs::path> dataFolders() {
   return folders;
 }
 
-/// The entry with that id in `folder`; each dash of the id may stand for a slash.
+/// The entry with that id in `folder`; each dash of the id may stand for a slash. None leads out of
+/// the folder.
 std::optional<fs::path> findEntry(const fs::path& folder, const std::string& id) {
   std::error_code error;
   if (const fs::path entry = folder / id; fs::is_regular_file(entry, error)) {
     return entry;
   }
   for (auto dash = id.find('-'); dash != std::string::npos; dash = id.find('-', dash + 1)) {
-    const fs::path subfolder = folder / id.substr(0, dash);
-    if (dash > 0 && fs::is_directory(subfolder, error)) {
-      if (auto entry = findEntry(subfolder, id.substr(dash + 1))) {
+    const std::string name = id.substr(0, dash);
+    if (!name.empty() && name != "." && name != ".." && fs::is_directory(folder / name, error)) {
+      if (auto entry = findEntry(folder / name, id.substr(dash + 1))) {
         return entry;
       }
     }

@@ -2,13 +2,11 @@
 
 #include <errno.h>
 #include <fcntl.h>
-#include <glib.h>
 #include <sqlite3.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstring>
-#include <filesystem>
 #include <utility>
 
 #include "platform/linux/SettingColumns.h"
@@ -94,7 +92,7 @@ SettingsFile::Result SettingsFile::read(std::optional<Settings>& settings) {
 }
 
 SettingsFile::Result SettingsFile::write(const SettingChanges& changes) {
-  int code = execute("BEGIN IMMEDIATE");
+  int code = isReserved() ? SQLITE_OK : execute("BEGIN IMMEDIATE");
   if (code != SQLITE_OK) {
     return resultOf(code);
   }
@@ -108,6 +106,18 @@ SettingsFile::Result SettingsFile::write(const SettingChanges& changes) {
   return resultOf(code);
 }
 
+void SettingsFile::reserve() {
+  sqlite3_exec(database_.get(), "BEGIN IMMEDIATE", nullptr, nullptr, nullptr);
+}
+
+void SettingsFile::release() {
+  if (isReserved()) {
+    sqlite3_exec(database_.get(), "ROLLBACK", nullptr, nullptr, nullptr);
+  }
+}
+
+bool SettingsFile::isReserved() const { return sqlite3_get_autocommit(database_.get()) == 0; }
+
 /// The caller keeps what was read, so one copy is enough. Also, damage then shows at the next read.
 void SettingsFile::forgetPages() { sqlite3_db_release_memory(database_.get()); }
 
@@ -116,7 +126,6 @@ void SettingsFile::leaveAsIs() {
 }
 
 int SettingsFile::create(const std::string& path) {
-  g_mkdir_with_parents(std::filesystem::path(path).parent_path().c_str(), 0700);
   // Only a new file is opened here: closing any descriptor of a file drops all locks that this
   // process has on it.
   const int descriptor = ::open(path.c_str(), O_CREAT | O_EXCL | O_WRONLY | O_CLOEXEC, 0600);
@@ -155,6 +164,9 @@ int SettingsFile::openTable() {
   if (code == SQLITE_OK && !isNew) {
     code = prepareStatements();
   }
+  if (code == SQLITE_OK && !isNew) {
+    code = checkContents();
+  }
   if (code == SQLITE_OK) {
     code = execute("PRAGMA journal_mode = WAL; PRAGMA synchronous = FULL");
   }
@@ -172,6 +184,23 @@ int SettingsFile::checkForTables(bool& isNew) {
   }
   isNew = code == SQLITE_ROW && sqlite3_column_int(statement.get(), 0) == 0;
   return code == SQLITE_ROW ? SQLITE_OK : code;
+}
+
+/// A damaged index would take a change for a new row, which the next look would not find.
+int SettingsFile::checkContents() {
+  Statement statement;
+  int code = prepare("PRAGMA integrity_check(1)", statement);
+  if (code == SQLITE_OK) {
+    code = checked(sqlite3_step(statement.get()));
+  }
+  if (code != SQLITE_ROW) {
+    return code;
+  }
+  if (const std::string verdict = columnBytes(statement.get(), 0); verdict != "ok") {
+    lastFault_ = verdict;
+    return SQLITE_CORRUPT;
+  }
+  return SQLITE_OK;
 }
 
 int SettingsFile::prepareStatements() {
@@ -198,8 +227,8 @@ int SettingsFile::prepare(const char* text, Statement& statement) {
 
 int SettingsFile::execute(const char* text) {
   const int code = checked(sqlite3_exec(database_.get(), text, nullptr, nullptr, nullptr));
-  if (code != SQLITE_OK && sqlite3_get_autocommit(database_.get()) == 0) {
-    sqlite3_exec(database_.get(), "ROLLBACK", nullptr, nullptr, nullptr);
+  if (code != SQLITE_OK) {
+    release();
   }
   return code;
 }

@@ -26,8 +26,7 @@ class SettingsFile {
   SettingsFile(const SettingsFile&) = delete;
   SettingsFile& operator=(const SettingsFile&) = delete;
 
-  /// Opens or creates the file at `path` and the folders that lead to it, for this user only.
-  /// Called once, before anything else.
+  /// Opens or creates the file at `path`, for this user only. Called once, before anything else.
   Result open(const std::string& path, int patience);
 
   /// How many milliseconds a call waits for another process.
@@ -40,8 +39,15 @@ class SettingsFile {
   /// has changed the file since the last call.
   Result read(std::optional<Settings>& settings);
 
-  /// Makes the changes durable, all of them or none.
+  /// Makes the changes durable, all of them or none. Ends what `reserve` has begun.
   Result write(const SettingChanges& changes);
+
+  /// From here to `write` or `release` nobody else writes, so what is written can rest on what is
+  /// read. Has no effect if the file cannot be had in time.
+  /// @{
+  void reserve();
+  void release();
+  /// @}
 
   /// From now on closing neither writes to the file nor removes its log, which by now may belong to
   /// another file.
@@ -62,9 +68,11 @@ class SettingsFile {
   int connect(const std::string& path, int patience);
   int openTable();
   int checkForTables(bool& isNew);
+  int checkContents();
   int prepareStatements();
   int prepare(const char* text, Statement& statement);
   int execute(const char* text);
+  bool isReserved() const;
   int readVersion(int& version);
   int readAll(Settings& settings);
   int writeAll(const SettingChanges& changes);

@@ -1,8 +1,10 @@
 #include "platform/linux/SqliteUserDefaults.h"
 
 #include <errno.h>
+#include <glib.h>
 
 #include <cstring>
+#include <filesystem>
 #include <utility>
 
 #include "platform/linux/DamagedSettings.h"
@@ -108,12 +110,24 @@ bool SqliteUserDefaults::synchronize() {
   return !std::exchange(hasGivenWay_, false);
 }
 
+// Two processes that decide at once would count one showing for both. A file that cannot be had in
+// time is decided upon all the same: a host never waits longer.
 void SqliteUserDefaults::beginDecision() {
-  look(0);
+  if (decisions_ == 0) {
+    perform(isInTrouble_ ? 0 : kSettingsPatience, [this](SettingsFile& file) {
+      file.reserve();
+      return read(file);
+    });
+  }
   ++decisions_;
 }
 
-void SqliteUserDefaults::endDecision() { --decisions_; }
+void SqliteUserDefaults::endDecision() {
+  --decisions_;
+  if (decisions_ == 0 && file_ != nullptr) {
+    file_->release();
+  }
+}
 
 void SqliteUserDefaults::look(int patience) {
   if (decisions_ == 0) {
@@ -186,6 +200,9 @@ SqliteUserDefaults::Result SqliteUserDefaults::open(int patience) {
     file_->leaveAsIs();
   }
   file_ = std::make_unique<SettingsFile>();
+  g_mkdir_with_parents(std::filesystem::path(path_).parent_path().c_str(), 0700);
+  // SQLite waits for nobody while it gives a new file its form.
+  const SettingsFolderLock lock(path_, patience);
   return file_->open(path_, patience);
 }
 

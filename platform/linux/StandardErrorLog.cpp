@@ -8,6 +8,7 @@
 #include <cstdio>
 
 #include "platform/linux/Hexadecimal.h"
+#include "text/HiddenCharacters.h"
 
 namespace qorix {
 
@@ -26,16 +27,11 @@ std::string timeStampAndProcess() {
          std::to_string(::getpid()) + "] ";
 }
 
-void appendEscape(std::string& text, char c) {
-  text += "\\x";
-  appendHexadecimal(text, c);
-}
-
-bool isControl(unsigned char byte) { return byte < 0x20 || byte == 0x7F; }
-
-/// Whether U+0080 to U+009F come next, two bytes in UTF-8: terminals obey them as well.
-bool isSecondControl(std::string_view rest) {
-  return rest.size() > 1 && rest[0] == '\xC2' && static_cast<unsigned char>(rest[1]) < 0xA0;
+void appendEscapes(std::string& text, std::string_view bytes) {
+  for (const char c : bytes) {
+    text += "\\x";
+    appendHexadecimal(text, c);
+  }
 }
 
 }  // namespace
@@ -43,22 +39,21 @@ bool isSecondControl(std::string_view rest) {
 std::string escapedForLog(std::string_view message) {
   std::string text;
   text.reserve(message.size());
-  for (std::size_t i = 0; i < message.size(); ++i) {
-    const auto byte = static_cast<unsigned char>(message[i]);
-    if (byte == '\n') {
+  while (!message.empty()) {
+    const auto [size, isHidden] = leadingCharacter(message);
+    const std::string_view character = message.substr(0, size);
+    if (character == "\n") {
       text += "\\n";
-    } else if (byte == '\t') {
+    } else if (character == "\t") {
       text += "\\t";
-    } else if (byte == '\r') {
+    } else if (character == "\r") {
       text += "\\r";
-    } else if (isControl(byte)) {
-      appendEscape(text, message[i]);
-    } else if (isSecondControl(message.substr(i))) {
-      appendEscape(text, message[i]);
-      appendEscape(text, message[++i]);
+    } else if (isHidden) {
+      appendEscapes(text, character);
     } else {
-      text += message[i];
+      text += character;
     }
+    message.remove_prefix(size);
   }
   return text;
 }

@@ -7,8 +7,8 @@
 
 namespace qorix {
 
-/// The message with every control character escaped (\n, \t, \r, \x1B, ...), so that it is one line
-/// whatever it contains.
+/// The message with every hidden character escaped (\n, \t, \r, \x1B, \xE2\x80\xAE, ...), so that
+/// it is one line of valid UTF-8, and looks like what it is, whatever it contains.
 std::string escapedForLog(std::string_view message);
 
 /// Writes each message as one line "YYYY-MM-DD HH:MM:SS.mmm name[pid] message" to standard error,

@@ -98,7 +98,7 @@ class Run(unittest.TestCase):
 
 class Packages(Run):
     def test_every_verb_installs_what_is_named_for_it_and_no_more(self):
-        for verb in ("test", "soak", "build", "bench", "lint", "format", "sanitize", "docs", "abi", "package"):
+        for verb in ("test", "soak", "fuzz", "build", "bench", "lint", "format", "sanitize", "docs", "abi", "package"):
             with self.subTest(verb):
                 self.calls.write_text("")
                 self.installed.write_text("")

@@ -3,8 +3,8 @@
 
 A source that nobody builds rots unseen. Prints one line for each .cpp of the rooms that BUILD's
 compile_commands.json lacks and exits 1 if there is any. A source may be compiled in a group, by a file
-that includes it. Benchmarks are only built on demand: where they are not, their CMakeLists.txt must name
-them.
+that includes it. Benchmarks and fuzzers are only built on demand: where they are not, their CMakeLists.txt
+must name them.
 """
 
 import json
@@ -15,7 +15,7 @@ from pathlib import Path
 
 from rooms import Rooms
 
-ON_DEMAND = ("bench",)
+ON_DEMAND = ("bench", "tests/fuzz")
 GROUP = re.compile(r"/unity_\d+_cxx\.cxx$")
 
 
@@ -34,12 +34,18 @@ def faults(root, build):
     for path in Rooms(root).sources((".cpp",)):
         if os.path.realpath(root / path) in built:
             continue
-        top = path.parts[0]
-        lists = root / top / "CMakeLists.txt"
-        name = str(path.relative_to(top))
-        if top in ON_DEMAND and lists.is_file() and name in lists.read_text():
+        if is_named(root, path):
             continue
         yield f"{path}: no target builds it"
+
+
+def is_named(root, path):
+    """Whether it is built on demand, and the list of its folder names it."""
+    for folder in ON_DEMAND:
+        lists = root / folder / "CMakeLists.txt"
+        if path.is_relative_to(folder) and lists.is_file():
+            return str(path.relative_to(folder)) in lists.read_text()
+    return False
 
 
 if __name__ == "__main__":

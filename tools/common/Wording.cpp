@@ -4,32 +4,25 @@
 #include <array>
 #include <charconv>
 
+#include "text/HiddenCharacters.h"
+
 namespace qorix::tools {
 
 namespace {
 
 constexpr std::size_t kLongest = 80;  // bytes of a text that is shown whole
 
-bool isControl(char c) { return static_cast<unsigned char>(c) < ' ' || c == '\x7F'; }
-
 }  // namespace
 
 std::string printable(std::string_view text) {
-  std::size_t end = std::min(text.size(), kLongest);
-  while (end < text.size() && (static_cast<unsigned char>(text[end]) & 0xC0U) == 0x80U) {
-    ++end;  // whole characters
-  }
   std::string shown;
-  // For a terminal, C2 80 to C2 9F are control characters, too.
-  for (std::size_t index = 0; index < end; ++index) {
-    const bool isLongControl = text[index] == '\xC2' && index + 1 < end &&
-                               static_cast<unsigned char>(text[index + 1]) < 0xA0U;
-    if (isLongControl) {
-      ++index;
-    }
-    shown += isLongControl || isControl(text[index]) ? ' ' : text[index];
+  std::size_t at = 0;
+  while (at < std::min(text.size(), kLongest)) {
+    const auto [size, isHidden] = leadingCharacter(text.substr(at));
+    shown += isHidden ? " " : text.substr(at, size);
+    at += size;
   }
-  return end < text.size() ? shown + "..." : shown;
+  return at < text.size() ? shown + "..." : shown;
 }
 
 std::string inQuotes(std::string_view text) { return '"' + printable(text) + '"'; }

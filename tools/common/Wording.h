@@ -6,7 +6,8 @@
 
 namespace qorix::tools {
 
-/// A text of the document for people: in quotes, without control characters, cut if it is long.
+/// A text of the document for people: in quotes, with a blank for each hidden character, cut
+/// if it is long.
 std::string inQuotes(std::string_view text);
 
 /// The same without quotes.

@@ -94,6 +94,15 @@ TEST_F(DesktopEntryRegistryTest, dashesMayStandForSubfolders) {
   EXPECT_EQ(find("-kde-org.example-my-viewer"), "");
 }
 
+// Identifiers come from pages, which must not learn what lies elsewhere.
+TEST_F(DesktopEntryRegistryTest, dashesLeadOutOfNoFolder) {
+  write("first/applications/vendor/b.desktop");
+  write("first/elsewhere/a.desktop");
+  EXPECT_EQ(find("..-elsewhere-a"), "");
+  EXPECT_EQ(find("vendor-..-..-elsewhere-a"), "");
+  EXPECT_EQ(find(".-vendor-b"), "");
+}
+
 TEST_F(DesktopEntryRegistryTest, anEntryThatTheUserRemovedIsNotThere) {
   write("first/applications/a.desktop");
   write("home/applications/a.desktop", "[Desktop Entry]\nType=Application\nHidden=true\n");

@@ -1,14 +1,11 @@
 #include <gmock/gmock.h>
-#include <signal.h>
 #include <sys/syscall.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <random>
 
 #include "fakes/RecordingLog.h"
 #include "platform/linux/SqliteUserDefaults.h"
@@ -103,56 +100,6 @@ TEST_F(SqliteUserDefaultsDurabilityTest, eachCommitWaitsOnceForTheDisk) {
     EXPECT_TRUE(store.synchronize());
     EXPECT_EQ(gSyncs, before + 1);
   }
-}
-
-/// Commits the next count again and again, telling it through `report` after each commit.
-[[noreturn]] void countUntilKilled(const std::string& path, int report) {
-  SqliteUserDefaults store(path, std::make_shared<RecordingLog>());
-  for (auto count = store.integerForKey("count") + 1;; ++count) {
-    store.setInteger(count, "count");
-    store.setString(std::to_string(count) + std::string(6'000, 'x'), "text");
-    store.setStringArray({std::to_string(count)}, "list");
-    if (!store.synchronize() || ::write(report, &count, sizeof count) != sizeof count) {
-      ::_exit(1);
-    }
-  }
-}
-
-TEST_F(SqliteUserDefaultsDurabilityTest, aKilledProcessLosesNoCommittedValue) {
-  constexpr int kRounds = 60;
-  std::mt19937 random(20'240'501);  // the same moments each time, as far as the machine allows
-  std::int64_t last = 0;
-  for (int round = 0; round < kRounds; ++round) {
-    int ends[2];
-    ASSERT_EQ(::pipe(ends), 0);
-    const pid_t child = ::fork();
-    ASSERT_GE(child, 0);
-    if (child == 0) {
-      ::close(ends[0]);
-      countUntilKilled(path_, ends[1]);
-    }
-    ::close(ends[1]);
-    // Somewhere in the commits that follow: no pause between the last report and the kill.
-    for (auto reports = random() % 40 + 1; reports > 0; --reports) {
-      ASSERT_EQ(::read(ends[0], &last, sizeof last), static_cast<ssize_t>(sizeof last));
-    }
-    ASSERT_EQ(::kill(child, SIGKILL), 0);
-    int status = 0;
-    ASSERT_EQ(::waitpid(child, &status, 0), child);
-    ASSERT_TRUE(WIFSIGNALED(status));
-    while (::read(ends[0], &last, sizeof last) == static_cast<ssize_t>(sizeof last)) {
-    }
-    ::close(ends[0]);
-
-    SqliteUserDefaults store(path_, log_);
-    const auto count = store.integerForKey("count");
-    ASSERT_GE(count, last);
-    ASSERT_LE(count, last + 1);
-    // All values of one commit, or none of them.
-    ASSERT_EQ(store.stringForKey("text"), std::to_string(count) + std::string(6'000, 'x'));
-    ASSERT_EQ(store.stringArrayForKey("list"), std::vector{std::to_string(count)});
-  }
-  EXPECT_THAT(log_->lines(), ::testing::IsEmpty());
 }
 
 }  // namespace

@@ -208,11 +208,28 @@ TEST_F(SqliteUserDefaultsTest, aDecisionReadsWhatBelongsTogether) {
   EXPECT_EQ(store->stringForKey("version"), std::nullopt);
   other->setString("2", "version");
   other->setInteger(3, "count");
-  EXPECT_TRUE(other->synchronize());
+  EXPECT_FALSE(other->synchronize()) << "nobody else saves meanwhile";
   EXPECT_EQ(store->integerForKey("count"), 0);
   store->endDecision();
+  EXPECT_TRUE(other->synchronize());
   EXPECT_THAT(store->stringForKey("version"), Optional(std::string("2")));
   EXPECT_EQ(store->integerForKey("count"), 3);
+}
+
+// Somebody else holds the file in the midst of a commit.
+TEST_F(SqliteUserDefaultsTest, aDecisionDoesNotWaitForeverForAnother) {
+  makeFile();
+  const auto store = open();
+  OtherProgram other(path_);
+  other.run("BEGIN IMMEDIATE");
+  store->beginDecision();
+  EXPECT_EQ(store->integerForKey("count"), 3);
+  store->setInteger(4, "count");
+  EXPECT_FALSE(store->synchronize());
+  store->endDecision();
+  other.run("COMMIT");
+  EXPECT_TRUE(store->synchronize());
+  EXPECT_EQ(open()->integerForKey("count"), 4);
 }
 
 TEST_F(SqliteUserDefaultsTest, filesAndFoldersAreForThisUserOnly) {
@@ -317,6 +334,15 @@ TEST_F(SqliteUserDefaultsTest, aFileWithAGoodBeginningIsKeptAside) {
   std::string contents = contentsOf(path_);
   ASSERT_GT(contents.size(), 8'192U);
   contents.replace(4'096, std::string::npos, std::string(contents.size() - 4'096, '\xA5'));
+  expectFreshStartOver(contents);
+}
+
+// What it stands for would be stored twice, and the older one read.
+TEST_F(SqliteUserDefaultsTest, aFileWhoseIndexIsDamagedIsKeptAside) {
+  makeFile();
+  std::string contents = contentsOf(path_);
+  constexpr std::size_t kEndOfIndex = 3 * 4'096;  // the third page, behind schema and table
+  contents.replace(kEndOfIndex - 100, 100, std::string(100, '\0'));
   expectFreshStartOver(contents);
 }
 

@@ -46,8 +46,25 @@ TEST(StandardErrorLogTest, writesControlCharactersOut) {
   EXPECT_EQ(escapedForLog("next\xC2\x85line \xC2\x9B"), "next\\xC2\\x85line \\xC2\\x9B");
 }
 
+// They turn the text around, hide a part of it or, as some viewers have it, end the line.
+TEST(StandardErrorLogTest, writesFormatCharactersOut) {
+  EXPECT_EQ(escapedForLog("a\u202Eb"), "a\\xE2\\x80\\xAEb");
+  for (const char* hidden :
+       {"\u00AD", "\u061C", "\u200B", "\u200E", "\u200F", "\u2028", "\u2029", "\u202A", "\u2060",
+        "\u2066", "\u2069", "\u206F", "\uFEFF", "\uFFF9", "\U000E0001", "\U000E0041"}) {
+    EXPECT_THAT(escapedForLog(hidden), ::testing::MatchesRegex("(\\\\x[0-9A-F]{2})+"));
+  }
+}
+
+TEST(StandardErrorLogTest, writesOutWhatIsNotUtf8) {
+  EXPECT_EQ(escapedForLog("\x9B 31m \xC2"), "\\x9B 31m \\xC2");
+  EXPECT_EQ(escapedForLog("\xE2\x80z \xED\xA0\x80 \xC0\x8A \xF5"),
+            "\\xE2\\x80z \\xED\\xA0\\x80 \\xC0\\x8A \\xF5");
+}
+
 TEST(StandardErrorLogTest, leavesEveryOtherTextAlone) {
-  const std::string text = "\"\\n\" 100% \xC2\xA9 \xC3\xA4\xE4\xB8\xAD\xF0\x9F\x98\x80 \xC2";
+  const std::string text =
+      "\"\\n\" 100% \u00A9 \u00E4\u4E2D\U0001F600 \u0645\u06CC\u200C\u062E \uFFFD";
   EXPECT_EQ(escapedForLog(text), text);
 }
 

@@ -21,5 +21,14 @@ TEST(WordingTest, numbersAreWrittenTheSameInEveryLocale) {
   EXPECT_EQ(sizeText(1234.5, -0.25), "1234.5 x -0.25");
 }
 
+TEST(WordingTest, hiddenCharactersAreBlanks) {
+  EXPECT_EQ(inQuotes("a\nb\x1B[31m\u009Bc\u202Ed\xFF"), "\"a b [31m c d \"");
+}
+
+TEST(WordingTest, aLongTextIsCutBetweenCharacters) {
+  EXPECT_EQ(printable(std::string(79, 'a') + "\u4E2D"), std::string(79, 'a') + "\u4E2D");
+  EXPECT_EQ(printable(std::string(79, 'a') + "\u4E2Db"), std::string(79, 'a') + "\u4E2D...");
+}
+
 }  // namespace
 }  // namespace qorix::tools

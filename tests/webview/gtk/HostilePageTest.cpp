@@ -2,6 +2,10 @@
 
 #include <gmock/gmock.h>
 
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
 #include "webview/gtk/ControllerTest.h"
 
 namespace qorix::test {
@@ -11,6 +15,9 @@ namespace {
 using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+
+namespace fs = std::filesystem;
 
 class HostilePageTest : public ControllerTest {
  protected:
@@ -19,6 +26,30 @@ class HostilePageTest : public ControllerTest {
     return "<script>var told = 'nothing'; function cocoa_obtain_promo_app_ids() {" + list +
            "} function cocoa_post_promo_app_info(host, ids, flags) {"
            " told = ids.length + ' ' + flags.length; }</script>";
+  }
+
+  /// Those of the user's own folders, which lie side by side.
+  static std::vector<std::string> filesWith(const std::string& text) {
+    std::vector<std::string> found;
+    for (const auto& entry :
+         fs::recursive_directory_iterator(fs::path(g_get_home_dir()).parent_path())) {
+      std::ifstream file(entry.path(), std::ios::binary);
+      if (entry.is_regular_file() &&
+          std::string(std::istreambuf_iterator<char>(file), {}).find(text) != std::string::npos) {
+        found.push_back(entry.path());
+      }
+    }
+    return found;
+  }
+
+  static int visibleWindows() {
+    const std::unique_ptr<GList, decltype(&g_list_free)> all(gtk_window_list_toplevels(),
+                                                             g_list_free);
+    int count = 0;
+    for (GList* each = all.get(); each != nullptr; each = each->next) {
+      count += gtk_widget_get_visible(GTK_WIDGET(each->data)) != FALSE ? 1 : 0;
+    }
+    return count;
   }
 
   /// Counts how often the host's loop gets its turn.
@@ -53,6 +84,7 @@ TEST_F(HostilePageTest, aListThatNeverEndsIsGivenUpWhileTheHostIsServed) {
   ASSERT_TRUE(waitFor([&] { return evaluate("'awake'") == "awake"; }));
   ASSERT_TRUE(waitFor([&] { return evaluate("'awake'").empty(); }));
   EXPECT_GT(ticks.count, 20);
+  killWebProcesses();
 }
 
 TEST_F(HostilePageTest, aListThatThrowsIsAnEmptyOne) {
@@ -97,6 +129,134 @@ TEST_F(HostilePageTest, aPageMayNavigateWhileItIsAsked) {
 TEST_F(HostilePageTest, dialogsOpenedWhileItIsAskedDoNotStopTheExchange) {
   show(pageWithList("alert('a'); confirm('b'); prompt('c'); return 'com.example.a';"));
   EXPECT_EQ(evaluate("told"), "1 1");
+}
+
+// Each one waits for the host.
+TEST_F(HostilePageTest, dialogsWithoutEndAreAnsweredUnseenAndLeaveTheHostItsTime) {
+  host.show();
+  const Ticks ticks;
+  host.view()->addSubview(controller->view());
+  controller->view()->setFrame({{0, 0}, {400, 300}});
+  controller->loadDataWithTitle(std::nullopt,
+                                "<script>for (let count = 1;; ++count) {"
+                                "  alert('a'); prompt('b'); confirm('c');"
+                                "  if (count === 100) { navigator.sendBeacon('" +
+                                    server.url("/hundred") + "'); } }</script>");
+  ASSERT_TRUE(waitFor([&] { return server.requests().size() == 1 && ticks.count > 100; }));
+  EXPECT_EQ(visibleWindows(), 1);
+  killWebProcesses();  // left alone, it keeps a processor busy for ten seconds more
+}
+
+TEST_F(HostilePageTest, aFrameFromElsewhereReachesNothingOfThePage) {
+  server.setAnswer(
+      "/frame",
+      {.headers = {{"Content-Type", "text/html"}},
+       .body = {"<script>const reached = []; const attempt = (name, act) => {"
+                "  try { if (act() !== undefined) { reached.push(name); } } catch (refused) {} };"
+                "attempt('document', () => parent.document.title);"
+                "attempt('functions', () => parent.cocoa_obtain_promo_app_ids);"
+                "attempt('told', () => parent.told);"
+                "attempt('messages', () => window.webkit.messageHandlers.qorix);"
+                "attempt('files', () => { const request = new XMLHttpRequest();"
+                "  request.open('GET', 'file:///etc/hostname', false); request.send();"
+                "  return request.responseText; });"
+                "parent.postMessage('reached: ' + reached.join(), '*');</script>"}});
+  show(pageWithList("return 'com.example.a';") +
+       "<script>var heard = ''; addEventListener('message', (event) => { heard = event.data; });"
+       "</script><iframe src='" +
+       server.url("/frame") + "'></iframe>");
+  ASSERT_TRUE(waitFor([&] { return evaluate("heard") != ""; }));
+  EXPECT_EQ(evaluate("heard"), "reached: ");
+}
+
+// What was clicked is told by the library's script, in a world of its own.
+TEST_F(HostilePageTest, aPageCannotTellOfAClickThatWasNone) {
+  server.setAnswer("/next", {.body = {"another page"}});
+  show("<a id='a' style='display:block;height:60px' href='" + server.url("/next") +
+       "'>x</a><script>const link = document.getElementById('a');"
+       "const forge = () => {"
+       "  const click = {event: 'click', key: Math.random(), link: link.href, id: 'b',"
+       "    className: 'zamopenout', isMainFrame: true, isScripted: false, isSeenToEnd: true,"
+       "    isText: false, isHtmlElement: true};"
+       "  document.dispatchEvent(new MouseEvent('qorixclick', {relatedTarget: link}));"
+       "  document.dispatchEvent(new CustomEvent('message', {detail: click}));"
+       "  postMessage(click, '*');"
+       "  try { window.webkit.messageHandlers.qorix.postMessage(click); } catch (none) {} };"
+       "forge(); for (const name of ['pointerdown', 'mousedown', 'mouseup', 'click']) {"
+       "  addEventListener(name, forge, true); link.addEventListener(name, forge); }"
+       "</script>");
+  EXPECT_EQ(acts(), 0U);
+  EXPECT_THAT(announced, IsEmpty());
+  click("a");
+  ASSERT_TRUE(waitForActs(1));
+  EXPECT_THAT(workspace->opened, IsEmpty());
+  EXPECT_EQ(server.requests().size(), 1U);
+  EXPECT_THAT(announced, ElementsAre("{(idName is a)}"));
+}
+
+TEST_F(HostilePageTest, theUsersClickLetsNoPageReadTheClipboard) {
+  gtk_clipboard_set_text(gtk_clipboard_get(GDK_SELECTION_CLIPBOARD), "secret", -1);
+  show(
+      "<button id='b' style='width:200px;height:80px'>press</button><textarea id='text'></textarea>"
+      "<script>var pressed = ''; document.getElementById('b').onclick = () => {"
+      "  document.getElementById('text').focus();"
+      "  const pasted = document.execCommand('paste');"
+      "  const done = (text) => { pressed = pasted + ' ' + text; };"
+      "  navigator.clipboard.readText().then(done, () => done('refused')); };</script>");
+  click("b");
+  ASSERT_TRUE(waitFor([&] { return evaluate("pressed") != ""; }));
+  EXPECT_EQ(evaluate("pressed"), "false refused");
+  EXPECT_EQ(evaluate("document.getElementById('text').value"), "");
+}
+
+// The user's machine reaches servers that the page's maker does not.
+TEST_F(HostilePageTest, aPageReadsNoOtherServersAnswers) {
+  server.setAnswer("/inside", {.headers = {{"Content-Type", "text/html"}}, .body = {"secret"}});
+  server.setAnswer("/redirected",
+                   {.status = 302, .headers = {{"Location", "file:///etc/hostname"}}, .body = {}});
+  show(
+      "<script>var read = []; var left = 4;"
+      "const attempt = (name, get) => get().then((text) => { read.push(name + ' ' + text); },"
+      "  () => {}).finally(() => --left);"
+      "const inside = '" +
+      server.url("/inside") + "'; const redirected = '" + server.url("/redirected") +
+      "';"
+      "attempt('fetch', () => fetch(inside).then((answer) => answer.text()));"
+      "attempt('redirected', () => fetch(redirected).then((answer) => answer.text()));"
+      "attempt('request', () => new Promise((done, failed) => {"
+      "  const request = new XMLHttpRequest(); request.open('GET', inside);"
+      "  request.onload = () => done(request.responseText); request.onerror = failed;"
+      "  request.send(); }));"
+      "attempt('frame', () => new Promise((done, failed) => {"
+      "  const frame = document.createElement('iframe'); frame.src = inside;"
+      "  frame.onload = () => { try { done(frame.contentDocument.body.textContent); }"
+      "    catch (refused) { failed(); } }; document.body.append(frame); }));"
+      "</script>");
+  ASSERT_TRUE(waitFor([&] { return evaluate("left") == "0"; }));
+  EXPECT_EQ(evaluate("read.join()"), "");
+  EXPECT_GE(server.requests().size(), 4U);
+}
+
+TEST_F(HostilePageTest, whatAPageStoresIsNotOnTheDisk) {
+  server.setAnswer(
+      "/store",
+      {.headers = {{"Content-Type", "text/html"}, {"Set-Cookie", "left=cookie; Max-Age=9999"}},
+       .body = {
+           "<title>storing</title><script>const left = 'a-page-left-this';"
+           "try { localStorage.setItem('left', left.repeat(1000)); } catch (refused) {}"
+           "const end = () => { document.title = 'stored'; };"
+           "const open = indexedDB.open('a-page-left-this');"
+           "open.onupgradeneeded = () => open.result.createObjectStore('left');"
+           "open.onsuccess = () => { const change = open.result.transaction('left', 'readwrite');"
+           "  change.objectStore('left').put(left.repeat(100000), 1);"
+           "  change.oncomplete = end; change.onabort = end; };"
+           "open.onerror = end;</script>"}});
+  show("");
+  evaluate("location.href = '" + server.url("/store") + "'; 1");
+  ASSERT_TRUE(waitForTitle("stored"));
+  EXPECT_EQ(evaluate("document.cookie + ' ' + localStorage.length"), "left=cookie 1");
+  EXPECT_THAT(filesWith("a-page-left-this"), IsEmpty());
+  EXPECT_THAT(filesWith("cookie"), IsEmpty());
 }
 
 TEST_F(HostilePageTest, whatNeedsPermissionIsRefused) {
