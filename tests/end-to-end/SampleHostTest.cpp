@@ -10,7 +10,6 @@ namespace qorix::test {
 namespace {
 
 using ::testing::ElementsAre;
-using ::testing::PrintToString;
 
 TEST_F(SampleHostTest, showsTheBannerOfAFetchedDocument) {
   serve({.embed = "1", .width = "300", .height = "60"});

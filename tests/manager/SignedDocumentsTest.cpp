@@ -82,9 +82,8 @@ TEST_F(SignedDocumentsTest, wrongKeysAreLoggedOnceAndRefuseEverything) {
   EXPECT_THAT(
       fakes_.log->lines(),
       ElementsAre(
-          "ZAM documentPublicKeys: \"wrong\" is no Ed25519 public key in base64, and counts "
-          "for nothing",
-          "ZAM The ad document is refused: its signature is by none of the public keys",
+          "ZAM documentPublicKeys holds what is no Ed25519 public key in base64: wrong",
+"ZAM The ad document is refused: its signature is by none of the public keys",
           "ZAM dError rty"));
   fakes_.log->takeLines();
   manager().downloadSuccessfullyWithString(makeDocument());

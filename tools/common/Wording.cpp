@@ -19,7 +19,8 @@ std::string printable(std::string_view text) {
   std::size_t at = 0;
   while (at < std::min(text.size(), kLongest)) {
     const auto [size, isHidden] = leadingCharacter(text.substr(at));
-    shown += isHidden ? " " : text.substr(at, size);
+    const bool isUtf8 = !isHidden || size > 1 || static_cast<unsigned char>(text[at]) < 0x80U;
+    shown += !isUtf8 ? "\uFFFD" : isHidden ? " " : text.substr(at, size);
     at += size;
   }
   return at < text.size() ? shown + "..." : shown;

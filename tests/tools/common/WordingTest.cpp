@@ -22,7 +22,7 @@ TEST(WordingTest, numbersAreWrittenTheSameInEveryLocale) {
 }
 
 TEST(WordingTest, hiddenCharactersAreBlanks) {
-  EXPECT_EQ(inQuotes("a\nb\x1B[31m\u009Bc\u202Ed\xFF"), "\"a b [31m c d \"");
+  EXPECT_EQ(inQuotes("a\nb\x1B[31m\u009Bc\u202Ed\xFF"), "\"a b [31m c d\uFFFD\"");
 }
 
 TEST(WordingTest, aLongTextIsCutBetweenCharacters) {
