@@ -1,3 +1,4 @@
+#include <string>
 #include <utility>
 
 #include <qorix/MyPushAdManager.h>
@@ -17,9 +18,10 @@ void logWrongKeys(const std::vector<std::string>& keys) {
   if (std::exchange(isLogged, true)) {
     return;
   }
-  for (const std::string& key : keys) {
-    if (!PublicKey::fromBase64(key)) {
-      logLine("ZAM documentPublicKeys holds what is no Ed25519 public key in base64: " + key);
+  for (std::size_t i = 0; i < keys.size(); ++i) {
+    if (!PublicKey::fromBase64(keys[i])) {  // not shown: it may be a private one
+      logLine("ZAM No Ed25519 public key in base64: number " + std::to_string(i + 1) +
+              " of the documentPublicKeys");
     }
   }
 }

@@ -1,4 +1,5 @@
 #include <exception>
+#include <new>
 
 #include <qorix/MyPushAdCloudManager.h>
 #include <qorix/MyPushAdManager.h>
@@ -242,9 +243,11 @@ void MyPushAdManager::startSource(MyPushAdFileHostMode fileHostMode,
 void MyPushAdManager::downloadSuccessfullyWithString(const std::string& text) {
   try {
     handleDocument(text);
-  } catch (...) {
+  } catch (const std::bad_alloc&) {
     logStoppedException();
     retryDownload();
+  } catch (...) {
+    logStoppedException();
   }
 }
 

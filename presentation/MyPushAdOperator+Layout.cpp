@@ -47,11 +47,12 @@ void MyPushAdOperator::handleWindowWillCloseNotification(const Notification& not
   }
 }
 
-/// The window keeps the page of the first presenter. That of a later one, which nobody has seen,
+/// The window keeps the page of the first presenter. That of a later one, which lies in no window,
 /// would go on for as long as the process.
 void MyPushAdOperator::endUnseenPage() {
   const auto ad = pushAdViewController_ == nullptr ? nullptr : adView();
-  if (ad != nullptr && !isAdShownAsBanner() && popupAdWindow_->contentView() != ad) {
+  if (hasShownPopup_ && ad != nullptr && ad->superview() == nullptr &&
+      popupAdWindow_->contentView() != ad) {
     endPageForGood();
   }
 }

@@ -216,6 +216,7 @@ void MyPushAdOperator::showPopup(const std::optional<std::string>& title,
   if (pushAdViewController_ != nullptr) {
     pushAdViewController_->loadDataWithTitle(title, html);
   }
+  hasShownPopup_ = true;
 }
 
 bool MyPushAdOperator::isAdShownAsBanner() const {

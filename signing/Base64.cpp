@@ -2,28 +2,28 @@
 
 #include <openssl/evp.h>
 
+#include "signing/Bytes.h"
+
 namespace qorix {
 
 namespace {
 
-unsigned char* asBytes(std::string& text) { return reinterpret_cast<unsigned char*>(text.data()); }
-
-const unsigned char* asBytes(std::string_view text) {
-  return reinterpret_cast<const unsigned char*>(text.data());
+unsigned char* asWritableBytes(std::string& text) {
+  return reinterpret_cast<unsigned char*>(text.data());
 }
 
 }  // namespace
 
 std::string base64(std::string_view bytes) {
   std::string text((bytes.size() + 2) / 3 * 4 + 1, '\0');  // OpenSSL ends it with a NUL
-  EVP_EncodeBlock(asBytes(text), asBytes(bytes), static_cast<int>(bytes.size()));
+  EVP_EncodeBlock(asWritableBytes(text), asBytes(bytes), static_cast<int>(bytes.size()));
   text.pop_back();
   return text;
 }
 
 std::optional<std::string> bytesOfBase64(std::string_view text) {
   std::string bytes(text.size() / 4 * 3, '\0');
-  if (EVP_DecodeBlock(asBytes(bytes), asBytes(text), static_cast<int>(text.size())) < 0) {
+  if (EVP_DecodeBlock(asWritableBytes(bytes), asBytes(text), static_cast<int>(text.size())) < 0) {
     return std::nullopt;
   }
   // OpenSSL decodes the padding to zeros, and skips blanks around the text.

@@ -4,7 +4,9 @@
 
 #include <memory>
 #include <optional>
+#include <string>
 #include <string_view>
+#include <vector>
 
 namespace qorix {
 
@@ -26,5 +28,8 @@ class PublicKey {
 
   std::unique_ptr<EVP_PKEY, Free> key_;
 };
+
+/// Whether each of them is the text of a key.
+bool arePublicKeys(const std::vector<std::string>& texts);
 
 }  // namespace qorix

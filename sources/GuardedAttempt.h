@@ -1,6 +1,6 @@
 #pragma once
 
-#include <utility>
+#include <new>
 
 #include <qorix/platform/Error.h>
 
@@ -8,15 +8,18 @@
 
 namespace qorix {
 
-/// Calls `attempt`. What it throws is logged, and `fail` is called with an error, so that a source
-/// tells its delegate of each attempt. The error is short enough to need no memory.
+/// Calls `attempt`. What it throws is logged. If there was no memory for it, `fail` is called with
+/// an error, so that a source tells its delegate of each attempt; the error is short enough to need
+/// none. What else is thrown comes from the delegate, which has been told.
 template <class Attempt, class Fail>
 void attemptGuarded(Attempt&& attempt, Fail&& fail) noexcept {
   try {
     attempt();
-  } catch (...) {
+  } catch (const std::bad_alloc&) {
     logStoppedException();
     callGuarded([&fail] { fail(Error{"exception", 1, ""}); });
+  } catch (...) {
+    logStoppedException();
   }
 }
 

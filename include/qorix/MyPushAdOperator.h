@@ -144,6 +144,7 @@ class QORIX_EXPORT MyPushAdOperator : public MyPushAdViewControllerDelegate,
   std::shared_ptr<View> adView() const;
 
   bool isProcessShowAdRequested_ = false;
+  bool hasShownPopup_ = false;
   std::weak_ptr<View> hostView_;
   std::shared_ptr<MyPushAdViewController> pushAdViewController_;
   std::shared_ptr<Window> popupAdWindow_;

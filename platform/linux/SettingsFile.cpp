@@ -162,12 +162,12 @@ int SettingsFile::connect(const std::string& path, int patience) {
 /// Writes nothing before it is certain that the file is new or ours.
 int SettingsFile::openTable() {
   bool isNew = false;
-  int code = checkForTables(isNew);
-  if (code == SQLITE_OK && !isNew) {
-    code = prepareStatements();
+  int code = checkContents();
+  if (code == SQLITE_OK) {
+    code = checkForTables(isNew);
   }
   if (code == SQLITE_OK && !isNew) {
-    code = checkContents();
+    code = prepareStatements();
   }
   if (code == SQLITE_OK) {
     code = execute("PRAGMA journal_mode = WAL; PRAGMA synchronous = FULL");
@@ -198,11 +198,14 @@ int SettingsFile::checkContents() {
   if (code != SQLITE_ROW) {
     return code;
   }
-  if (const std::string verdict = columnBytes(statement.get(), 0); verdict != "ok") {
-    lastFault_ = verdict;
-    return SQLITE_CORRUPT;
+  const std::string verdict = columnBytes(statement.get(), 0);
+  if (verdict == "ok") {
+    return SQLITE_OK;
   }
-  return SQLITE_OK;
+  lastFault_ = verdict;
+  // "unable to get the page. error code=7": without memory, or from a disk that fails, a file
+  // cannot be judged.
+  return verdict.find("error code=") == verdict.npos ? SQLITE_CORRUPT : SQLITE_IOERR;
 }
 
 int SettingsFile::prepareStatements() {

@@ -106,17 +106,15 @@ bool SqliteUserDefaults::synchronize() {
       !perform(kSettingsPatience, [this](SettingsFile& file) { return commit(file); })) {
     return false;
   }
+  if (decisions_ > 0) {
+    reserve();  // the commit has let the others in
+  }
   return !std::exchange(hasGivenWay_, false);
 }
 
-// Two processes that decide at once would count one showing for both. A file that cannot be had in
-// time is decided upon all the same: a host never waits longer.
 void SqliteUserDefaults::beginDecision() {
   if (decisions_ == 0) {
-    perform(isInTrouble_ ? 0 : kSettingsPatience, [this](SettingsFile& file) {
-      file.reserve();
-      return read(file);
-    });
+    reserve();
   }
   ++decisions_;
 }
@@ -126,6 +124,15 @@ void SqliteUserDefaults::endDecision() {
   if (decisions_ == 0 && file_ != nullptr) {
     file_->release();
   }
+}
+
+/// Two processes that decide at once would count one showing for both. A file that cannot be had in
+/// time is decided upon all the same.
+void SqliteUserDefaults::reserve() {
+  perform(isInTrouble_ ? 0 : kSettingsPatience, [this](SettingsFile& file) {
+    file.reserve();
+    return read(file);
+  });
 }
 
 void SqliteUserDefaults::look(int patience) {
@@ -149,16 +156,21 @@ SqliteUserDefaults::Result SqliteUserDefaults::read(SettingsFile& file) {
 
 SqliteUserDefaults::Result SqliteUserDefaults::commit(SettingsFile& file) {
   Result result = read(file);
+  Settings written;  // made before the commit: after it, nothing may fail
+  for (const auto& [key, setting] : pending_) {
+    if (setting) {
+      written.emplace(key, *setting);
+    }
+  }
   if (result == Result::done && !pending_.empty()) {
     result = file.write(pending_);
   }
   if (result == Result::done) {
-    for (auto& [key, setting] : std::exchange(pending_, {})) {
+    for (const auto& [key, setting] : pending_) {
       held_->erase(key);
-      if (setting) {
-        held_->emplace(key, std::move(*setting));
-      }
     }
+    held_->merge(written);
+    pending_.clear();
   }
   return result;
 }

@@ -61,6 +61,7 @@ class SqliteUserDefaults : public UserDefaults {
   template <class T>
   std::optional<T> valueForKey(const std::string& key);
   void set(Setting setting, const std::string& key);
+  void reserve();
   void look(int patience);
   Result read(SettingsFile& file);
   Result commit(SettingsFile& file);

@@ -81,10 +81,9 @@ TEST_F(SignedDocumentsTest, wrongKeysAreLoggedOnceAndRefuseEverything) {
   land(signer_.signedText(makeDocument()));
   EXPECT_THAT(
       fakes_.log->lines(),
-      ElementsAre(
-          "ZAM documentPublicKeys holds what is no Ed25519 public key in base64: wrong",
-"ZAM The ad document is refused: its signature is by none of the public keys",
-          "ZAM dError rty"));
+      ElementsAre("ZAM No Ed25519 public key in base64: number 1 of the documentPublicKeys",
+                  "ZAM The ad document is refused: its signature is by none of the public keys",
+                  "ZAM dError rty"));
   fakes_.log->takeLines();
   manager().downloadSuccessfullyWithString(makeDocument());
   EXPECT_THAT(fakes_.log->lines(), SizeIs(2));

@@ -1,4 +1,5 @@
 #include <gmock/gmock.h>
+#include <openssl/err.h>
 
 #include "signing/Base64.h"
 #include "signing/DocumentSignature.h"
@@ -60,6 +61,31 @@ TEST(DocumentSignatureTest, aKeyIsThirtyTwoBytesInPlainBase64) {
         std::string(44, 'A'), std::string(43, '*') + "="}) {
     EXPECT_FALSE(PublicKey::fromBase64(wrong)) << wrong;
   }
+}
+
+// With them anybody can sign.
+TEST(DocumentSignatureTest, keysOfSmallOrderAreNone) {
+  for (const char last : {'\x00', '\x80'}) {
+    for (const char first : {'\x00', '\x01'}) {
+      EXPECT_FALSE(PublicKey::fromBase64(base64(first + std::string(30, '\0') + last)));
+    }
+  }
+  for (const char first : {'\xEC', '\xED', '\xEE'}) {
+    EXPECT_FALSE(PublicKey::fromBase64(base64(first + std::string(31, '\xFF'))));
+  }
+  EXPECT_FALSE(PublicKey::fromBase64(
+      base64(bytesOfHex("c7176a703d4dd84fba3c0b760d10670f2a2053fa2c39ccc64ec7fd7792ac03fa"))));
+  EXPECT_FALSE(PublicKey::fromBase64(
+      base64(bytesOfHex("26e8958fc2b227b045c3f489f2ef98f0d5dfac05d3c63339b13802886d53fc05"))));
+}
+
+TEST(DocumentSignatureTest, theHostsOwnErrorsOfOpensslStay) {
+  ERR_clear_error();
+  const test::Signer signer;
+  EXPECT_FALSE(PublicKey::fromBase64("QQ=="));
+  EXPECT_NE(signatureFault(signer.signedText("a") + "b", {signer.publicKey()}), std::nullopt);
+  EXPECT_NE(signatureFault(test::Signer().signedText("a"), {signer.publicKey()}), std::nullopt);
+  EXPECT_EQ(ERR_peek_error(), 0U);
 }
 
 TEST(DocumentSignatureTest, base64IsReadBackExactly) {

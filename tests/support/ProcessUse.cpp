@@ -30,7 +30,9 @@ long numberIn(const fs::path& file, const std::string& label) {
   return 0;
 }
 
-long kilobytesOf(const fs::path& process) { return numberIn(process / "smaps_rollup", "Pss:"); }
+long kilobytesOf(const fs::path& process) {
+  return numberIn(process / "smaps_rollup", "Private_Dirty:");
+}
 
 std::string nameOf(const fs::path& process) {
   std::string name;

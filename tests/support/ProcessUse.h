@@ -7,7 +7,7 @@ namespace qorix::test {
 
 /// What this process and those that it has started use now.
 struct ProcessUse {
-  long kilobytes = 0;  // of this process alone, what it shares counted in part (PSS)
+  long kilobytes = 0;  // of memory that this process alone has written
   long descriptors = 0;
   long threads = 0;
   long webProcesses = 0;

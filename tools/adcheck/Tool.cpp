@@ -20,7 +20,6 @@
 #include "tools/adcheck/report/SarifReport.h"
 #include "tools/adcheck/report/TextReport.h"
 #include "tools/common/Streams.h"
-#include "tools/common/Wording.h"
 
 namespace qorix::tools::adcheck {
 
@@ -131,10 +130,8 @@ int runTool(int argc, char** argv) {
     return failWithError((options.file == "-" ? "standard input" : options.file) +
                          " cannot be read");
   }
-  for (const std::string& key : options.publicKeys) {
-    if (!PublicKey::fromBase64(key)) {
-      return fail(inQuotes(key) + " is no Ed25519 public key in base64");
-    }
+  if (!arePublicKeys(options.publicKeys)) {
+    return fail("a --public-key is no Ed25519 public key in base64");
   }
   if (!isSignedAsAsked(options, *document)) {
     return kRefused;

@@ -6,6 +6,8 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
+#include <system_error>
 
 #include "tools/common/Streams.h"
 
@@ -21,9 +23,15 @@ mode_t usualMode() {
 
 }  // namespace
 
-std::optional<std::string> replaceFile(const std::string& file, const std::string& text) {
+std::optional<std::string> replaceFile(const std::string& name, const std::string& text) {
+  std::error_code isNew;
+  const auto target = std::filesystem::canonical(name, isNew);  // what a link leads to
+  const std::string file = isNew ? name : target.string();
   struct stat status {};
-  const mode_t mode = ::stat(file.c_str(), &status) == 0 ? status.st_mode & 07777 : usualMode();
+  if (!isNew && ::stat(file.c_str(), &status) == 0 && !S_ISREG(status.st_mode)) {
+    return "it is no ordinary file";
+  }
+  const mode_t mode = isNew ? usualMode() : status.st_mode & 07777;
   std::string temporary = file + ".XXXXXX";
   const int descriptor = ::mkstemp(temporary.data());
   if (descriptor < 0) {

@@ -89,10 +89,8 @@ int signDocument(const Options& options) {
 }
 
 int verifyDocument(const Options& options) {
-  for (const std::string& key : options.publicKeys) {
-    if (!PublicKey::fromBase64(key)) {
-      return fail("'" + key + "' is no Ed25519 public key in base64");
-    }
+  if (!arePublicKeys(options.publicKeys)) {
+    return fail("a --public-key is no Ed25519 public key in base64");
   }
   const auto document = readFile(options.file);
   if (!document) {

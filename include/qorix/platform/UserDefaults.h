@@ -52,7 +52,9 @@ class QORIX_EXPORT UserDefaults {
 
   /// From here to `endDecision`, reads rest on one look at the store, and so does what is set:
   /// @{
-  /// values that belong together are read together. Decisions may be nested.
+  /// values that belong together are read together. A store that several processes share lets none
+  /// of them write meanwhile, as far as that takes no long wait. After a `synchronize` inside of a
+  /// decision, reads rest on a new look. Decisions may be nested.
   virtual void beginDecision() {}
   virtual void endDecision() {}
   /// @}

@@ -96,8 +96,9 @@ TEST_F(SettingsFaultsTest, aKilledProcessLosesNoCommittedValue) {
   std::printf("%d kills, %lld commits\n", many, static_cast<long long>(last));
 }
 
-/// Decides `times` that a showing is due, as a host does.
-[[noreturn]] void decideInChild(const std::string& path, int times, int start) {
+/// Decides `times` that a showing of that version is due, as a host does.
+[[noreturn]] void decideInChild(const std::string& path, const char* version, int times,
+                                int start) {
   char byte = 0;
   static_cast<void>(::read(start, &byte, 1));  // all begin when the last one is there
   Platform services;
@@ -107,7 +108,7 @@ TEST_F(SettingsFaultsTest, aKilledProcessLosesNoCommittedValue) {
   installPlatform(services);
   MyPushAdInfo info;
   info.setEnable(true);
-  info.setVersion("1");
+  info.setVersion(version);
   info.setCount(1'000'000'000);
   for (int i = 0; i < times; ++i) {
     if (!isDue(decideAndCount(info))) {
@@ -118,7 +119,7 @@ TEST_F(SettingsFaultsTest, aKilledProcessLosesNoCommittedValue) {
 }
 
 /// Returns the count that is stored after `processes` have decided `times` each, all at once.
-std::int64_t countOf(const std::string& path, int processes, int times) {
+std::int64_t countOf(const std::string& path, const char* version, int processes, int times) {
   int start[2];
   EXPECT_EQ(::pipe(start), 0);
   std::vector<pid_t> children;
@@ -126,7 +127,7 @@ std::int64_t countOf(const std::string& path, int processes, int times) {
     children.push_back(::fork());
     if (children.back() == 0) {
       ::close(start[1]);
-      decideInChild(path, times, start[0]);
+      decideInChild(path, version, times, start[0]);
     }
   }
   ::close(start[0]);
@@ -149,7 +150,8 @@ TEST_F(SettingsFaultsTest, severalProcessesAtOnceCountEachShowingOnce) {
     for (const int processes : {2, 10}) {
       const std::string path =
           folder + "/" + std::to_string(round) + "-" + std::to_string(processes);
-      ASSERT_EQ(countOf(path, processes, kTimes), processes * kTimes);
+      ASSERT_EQ(countOf(path, "1", processes, kTimes), processes * kTimes);
+      ASSERT_EQ(countOf(path, "2", processes, 1), processes) << "a new version";
     }
   }
   fs::remove_all(folder);

@@ -7,6 +7,7 @@
 #include <qorix/platform/Platform.h>
 
 #include "support/CheckLines.h"
+#include "support/Repeated.h"
 #include "tools/adcheck/AdcheckTest.h"
 #include "tools/adcheck/HostRun.h"
 
@@ -222,8 +223,9 @@ TEST_F(AdcheckJsonTest, theLogGoesAsFarAsAHostDoes) {
 
 TEST_F(AdcheckJsonTest, twentyMegabytesAreRead) {
   AdDocument document;
+  const std::string text = repeated("Fast, small &amp; friendly: \xE6\x97\xA5. ", 1000);
   while (document.page.size() < 20'000'000) {
-    document.page += "<p class=\"x\">Fast, small &amp; friendly: \xE6\x97\xA5.</p>\n";
+    document.page += "<p class=\"x\">" + text + "</p>\n";
   }
   EXPECT_EQ(json(document.text())["localizedHtmlString"], document.page);
   const auto report = run({"-"}, {.input = document.text()});

@@ -111,6 +111,20 @@ TEST_F(SignTest, theDocumentKeepsItsModeAndMayGoElsewhere) {
   EXPECT_EQ(std::distance(fs::directory_iterator(folder_.path()), {}), 3) << "nothing is left";
 }
 
+TEST_F(SignTest, linksStayAndWhatIsNoFileIsRefused) {
+  makeKey();
+  const std::string file = write("ads.xml", makeDocument());
+  const std::string link = folder_ / "link.xml";
+  fs::create_symlink(file, link);
+  EXPECT_EQ(sign({"sign", "--key", key_, link}).status, 0);
+  EXPECT_TRUE(fs::is_symlink(link));
+  EXPECT_TRUE(dividedDocument(contentsOf(file)));
+  const std::string folder = folder_ / "folder";
+  fs::create_directory(folder);
+  EXPECT_EQ(sign({"sign", "--key", key_, "--output", folder, file}).status, 2);
+  EXPECT_TRUE(fs::is_directory(folder));
+}
+
 TEST_F(SignTest, whatIsNoDocumentIsNotSigned) {
   makeKey();
   for (const char* text : {"", "<a>", "<a/><!--", "<a><![CDATA[</a>"}) {
