@@ -34,6 +34,7 @@ using Answer = LoopbackServer::Answer;
 using Ending = LoopbackServer::Ending;
 using Security = LoopbackServer::Security;
 using ::testing::ElementsAre;
+using ::testing::EndsWith;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using namespace std::string_literals;
@@ -210,6 +211,22 @@ TEST_F(CloudKitContainersTest, theContainersNameIsEscaped) {
   ASSERT_TRUE(pending.wait());
   EXPECT_THAT(cloud_.server().requests().at(0).target,
               HasSubstr("/1/iCloud.a%2Fb%3Fc%20d%C3%A9/production/"));
+}
+
+// Whoever gives it cannot add a line to the request, or another parameter.
+TEST_F(CloudKitContainersTest, theTokenIsEscaped) {
+  options_.apiToken = "a\r\nInjected: b\r\n\r\n&c=d#e /../f";
+  const auto container =
+      CloudKitContainerFactory(options_).containerWithIdentifier("iCloud.com.example.ads");
+  ASSERT_NE(container, nullptr);
+  PendingQuery pending;
+  container->publicCloudDatabase()->performQuery(CloudServer::adFileQuery(), pending.completion());
+  ASSERT_TRUE(pending.wait());
+  const auto requests = cloud_.server().requests();
+  ASSERT_EQ(requests.size(), 1U);
+  EXPECT_THAT(requests[0].target,
+              EndsWith("?ckAPIToken=a%0D%0AInjected%3A%20b%0D%0A%0D%0A%26c%3Dd%23e%20%2F..%2Ff"));
+  EXPECT_EQ(requests[0].headers.count("Injected"), 0U);
 }
 
 // Containers that cannot be made.

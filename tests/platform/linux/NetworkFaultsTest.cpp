@@ -160,6 +160,7 @@ TEST_F(NetworkFaultsTest, whatHasNoEndIsOneFailure) {
   const std::string piece(1'000, 'x');
   expectFailure(endless("HTTP/1.1 200 OK\r\n", "X: " + piece + "\r\n"));
   expectFailure(endless("HTTP/1.1 200 OK\r\nX: ", piece));
+  expectFailure(endless("", "HTTP/1.1 103 Early Hints\r\nX: " + piece + "\r\n\r\n"));
   expectFailure(endless(answerWith("", ""), piece));
   expectFailure(
       endless(answerWith("Transfer-Encoding: chunked\r\n", ""), "3e8\r\n" + piece + "\r\n"));
