@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstddef>
 #include <iostream>
-#include <ranges>
 #include <vector>
 
 #include <qorix/MyPushAdManager.h>
@@ -57,8 +56,10 @@ class ManyShowingsTest : public GtkTest {
   long mostIn(std::size_t third, long ProcessUse::*number) const {
     const auto size = static_cast<std::ptrdiff_t>(uses_.size() / 3);
     const auto begin = uses_.begin() + static_cast<std::ptrdiff_t>(third) * size;
-    return std::ranges::max(std::ranges::subrange(begin, begin + size) |
-                            std::views::transform(number));
+    const auto most = std::max_element(begin, begin + size, [number](const auto& a, const auto& b) {
+      return a.*number < b.*number;
+    });
+    return (*most).*number;
   }
 
   void expectLevel(const char* what, long ProcessUse::*number, long tolerance) const {
