@@ -394,9 +394,9 @@ QORIX_EXPORT gchar* qorix_ad_info_dup_localized_html(QorixAdInfo* self);
 /**
  * QorixInstallOptions:document-public-keys:
  *
- * Whose documents are accepted: Ed25519 public keys, each 32 bytes in base64, as `qorix-sign keygen`
- * prints them. %NULL or empty: everybody's. A document that none of them has signed is a failed
- * fetch, with one log line that says why.
+ * Whose documents are accepted: Ed25519 public keys, each 32 bytes in base64, as `qorix-sign
+ * keygen` prints them. %NULL or empty: everybody's. A document that none of them has signed is a
+ * failed fetch, with one log line that says why.
  */
 
 #define QORIX_TYPE_INSTALL_OPTIONS (qorix_install_options_get_type())

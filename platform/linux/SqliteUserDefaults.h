@@ -24,9 +24,9 @@ std::string defaultSettingsPath(const std::string& bundleIdentifier);
 /// Reads are served from memory, which is renewed after another process has committed. They never
 /// wait; while the file cannot be read they return what it held last. Changes are pending, and seen
 /// by reads, until `synchronize` writes all of them in one durable commit; while the file cannot be
-/// written they stay pending. Opening the file, each commit and the begin of a decision wait at most
-/// a quarter of a second for another process. Of several processes that decide at once, one decides
-/// after the other.
+/// written they stay pending. Opening the file, each commit and the begin of a decision wait at
+/// most a quarter of a second for another process. Of several processes that decide at once, one
+/// decides after the other.
 ///
 /// A value that was set before the file could be read at all assumes that the file is empty: it is
 /// dropped if the file turns out to hold one for its key. Every other change stands.

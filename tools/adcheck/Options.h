@@ -28,7 +28,7 @@ struct Options {
   bool allHosts = false;
   Format format = Format::text;
   std::vector<std::string> publicKeys;  // of those whose signature the hosts ask for
-  bool isStrict = false;  // warnings change the exit status
+  bool isStrict = false;                // warnings change the exit status
 };
 
 /// Reads the command line. Ends the process as CommandLine does.

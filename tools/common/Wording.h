@@ -6,8 +6,8 @@
 
 namespace qorix::tools {
 
-/// A text of the document for people: in quotes, with a blank for each hidden character and U+FFFD for
-/// each byte that is not UTF-8, cut if it is long.
+/// A text of the document for people: in quotes, with a blank for each hidden character and U+FFFD
+/// for each byte that is not UTF-8, cut if it is long.
 std::string inQuotes(std::string_view text);
 
 /// The same without quotes.

@@ -74,17 +74,19 @@ class SettingsMemoryTest : public ::testing::Test {
 };
 
 TEST_F(SettingsMemoryTest, noCountIsLostOrDoubledWithoutOurMemory) {
-  countWithEachFailure(1, [](long allocation) { test::failAllocations(allocation, 1); },
-                       [] { return test::stopFailingAllocations(); });
+  countWithEachFailure(
+      1, [](long allocation) { test::failAllocations(allocation, 1); },
+      [] { return test::stopFailingAllocations(); });
 }
 
 TEST_F(SettingsMemoryTest, noCountIsLostOrDoubledWithoutSqlitesMemory) {
-  countWithEachFailure(test::rounds(9, 1), [](long allocation) { sqliteAllocationsLeft = allocation; },
-                       [] {
-                         const bool hasFailed = sqliteAllocationsLeft == -1;
-                         sqliteAllocationsLeft = -1;
-                         return hasFailed;
-                       });
+  countWithEachFailure(
+      test::rounds(9, 1), [](long allocation) { sqliteAllocationsLeft = allocation; },
+      [] {
+        const bool hasFailed = sqliteAllocationsLeft == -1;
+        sqliteAllocationsLeft = -1;
+        return hasFailed;
+      });
 }
 
 }  // namespace
