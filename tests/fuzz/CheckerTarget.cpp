@@ -19,8 +19,24 @@ namespace qorix::fuzz {
 
 namespace {
 
-using namespace tools;
-using namespace tools::adcheck;
+using tools::SourceDocument;
+using tools::adcheck::allHostsJson;
+using tools::adcheck::allHostsText;
+using tools::adcheck::Finding;
+using tools::adcheck::Findings;
+using tools::adcheck::findInPage;
+using tools::adcheck::HtmlPage;
+using tools::adcheck::Json;
+using tools::adcheck::Options;
+using tools::adcheck::Problems;
+using tools::adcheck::problemsForAllHosts;
+using tools::adcheck::problemsForHost;
+using tools::adcheck::reportText;
+using tools::adcheck::runHost;
+using tools::adcheck::sarifText;
+using tools::adcheck::textOf;
+using tools::adcheck::TextReport;
+using tools::adcheck::toJson;
 
 void expectPlain(std::string_view report) {
   while (!report.empty()) {

@@ -28,7 +28,7 @@ std::shared_ptr<RecordingLog> installHost(unsigned choice) {
   static const std::vector<std::string> kLanguages[] = {
       {}, {"en"}, {"de-AT", "fr"}, {"zh-Hant-TW"}, {"sr-Latn-RS", "de"}};
   Platform services;
-  const auto log = std::make_shared<RecordingLog>();
+  auto log = std::make_shared<RecordingLog>();
   services.log = log;
   services.standardUserDefaults = std::make_shared<MemoryUserDefaults>();
   services.standardUserDefaults->setStringArray(kLanguages[choice / 3 % 5], kAppleLanguagesKey);
@@ -53,17 +53,16 @@ Reading read(const std::string& text, unsigned choice) {
 }
 
 std::string describe(const Reading& reading) {
-  using namespace tools::adcheck;
   if (reading.record == nullptr) {
     return "";
   }
-  HostRun run;
+  tools::adcheck::HostRun run;
   run.record = reading.record;
   return textOf(toJson(run));
 }
 
 Reading expectOneReading(const std::string& text, unsigned choice) {
-  const Reading reading = read(text, choice);
+  Reading reading = read(text, choice);
   expect(reading.record != nullptr || reading.lines.size() == 1, "a refusal is logged in one line");
   const Reading again = read(text, choice);
   expect(describe(reading) == describe(again) && reading.lines == again.lines,

@@ -25,8 +25,8 @@ class PrivateKey {
   /// What hosts are given: the public key in base64.
   std::string publicKey() const;
 
-  /// The signature, 64 bytes.
-  std::string sign(std::string_view bytes) const;
+  /// The signature, 64 bytes; nullopt if the system cannot sign.
+  std::optional<std::string> sign(std::string_view bytes) const;
 
  private:
   struct Free {

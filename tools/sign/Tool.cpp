@@ -4,6 +4,7 @@
 #include <csignal>
 #include <cstdio>
 #include <cstring>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -57,14 +58,15 @@ int printPublicKey(const Options& options) {
   return key ? print(key->publicKey()) : fail(options.file + " cannot be used: " + fault);
 }
 
-/// The document with its new signature in place of the old one.
-std::string signedText(const std::string& document, const PrivateKey& key) {
+/// The document with its new signature in place of the old one; nullopt if the system cannot sign.
+std::optional<std::string> signedText(const std::string& document, const PrivateKey& key) {
   const auto divided = dividedDocument(document);
   std::string text(divided ? divided->text : document);
   if (!text.ends_with('\n')) {
     text += '\n';
   }
-  return text + signatureComment(key.sign(text)) + "\n";
+  const auto signature = key.sign(text);
+  return signature ? std::optional(text + signatureComment(*signature) + "\n") : std::nullopt;
 }
 
 int signDocument(const Options& options) {
@@ -77,12 +79,15 @@ int signDocument(const Options& options) {
   if (!document) {
     return fail(options.file + " cannot be read: " + std::strerror(errno));
   }
-  const std::string text = signedText(*document, *key);
-  if (!XmlDocument::parse(text)) {
+  const auto text = signedText(*document, *key);
+  if (!text) {
+    return fail("the system cannot sign");
+  }
+  if (!XmlDocument::parse(*text)) {
     return fail(options.file + " is not well-formed XML: nothing is signed");
   }
   const std::string& output = options.output.empty() ? options.file : options.output;
-  if (const auto trouble = replaceFile(output, text)) {
+  if (const auto trouble = replaceFile(output, *text)) {
     return fail(output + " cannot be written: " + *trouble);
   }
   return kDone;
@@ -100,6 +105,21 @@ int verifyDocument(const Options& options) {
     return fail(options.file + ": " + *fault, kNotSigned);
   }
   return print(options.file + ": signed");
+}
+
+/// What is wrong with the options of this command; nullopt if nothing is.
+std::optional<std::string> usageFault(const Options& options) {
+  const bool isSign = options.command == "sign";
+  const bool isVerify = options.command == "verify";
+  if (isSign == options.keyFile.empty()) {
+    return isSign ? "--key is missing" : "--key is for sign alone";
+  }
+  if (isVerify == options.publicKeys.empty()) {
+    return isVerify ? "--public-key is missing" : "--public-key is for verify alone";
+  }
+  return isSign || options.output.empty()
+             ? std::nullopt
+             : std::optional<std::string>("--output is for sign alone");
 }
 
 Options parseOptions(int argc, char** argv) {
@@ -131,19 +151,6 @@ Options parseOptions(int argc, char** argv) {
   line.footer(
       "Exit status: 0 done, 1 the document is not signed by one of the keys, 2 wrong usage, or a\n"
       "file cannot be read or written.");
-  line.callback([&options] {
-    const auto need = [&options](const char* command, bool isGiven, const char* option) {
-      if ((options.command == command) != isGiven) {
-        throw CLI::ValidationError(
-            option, isGiven ? std::string("is for ") + command + " alone" : "is missing");
-      }
-    };
-    need("sign", !options.keyFile.empty(), "--key");
-    need("verify", !options.publicKeys.empty(), "--public-key");
-    if (options.command != "sign" && !options.output.empty()) {
-      throw CLI::ValidationError("--output", "is for sign alone");
-    }
-  });
   line.parseOrExit(argc, argv);
   return options;
 }
@@ -153,6 +160,9 @@ Options parseOptions(int argc, char** argv) {
 int runTool(int argc, char** argv) {
   std::signal(SIGPIPE, SIG_IGN);  // a reader that goes away is a failing write
   const Options options = parseOptions(argc, argv);
+  if (const auto fault = usageFault(options)) {
+    return fail(*fault + "\nTry --help.");
+  }
   return options.command == "keygen"   ? generateKey(options)
          : options.command == "public" ? printPublicKey(options)
          : options.command == "sign"   ? signDocument(options)

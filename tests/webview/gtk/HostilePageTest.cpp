@@ -165,7 +165,7 @@ TEST_F(HostilePageTest, aFrameFromElsewhereReachesNothingOfThePage) {
        "<script>var heard = ''; addEventListener('message', (event) => { heard = event.data; });"
        "</script><iframe src='" +
        server.url("/frame") + "'></iframe>");
-  ASSERT_TRUE(waitFor([&] { return evaluate("heard") != ""; }));
+  ASSERT_TRUE(waitFor([&] { return !evaluate("heard").empty(); }));
   EXPECT_EQ(evaluate("heard"), "reached: ");
 }
 
@@ -204,7 +204,7 @@ TEST_F(HostilePageTest, theUsersClickLetsNoPageReadTheClipboard) {
       "  const done = (text) => { pressed = pasted + ' ' + text; };"
       "  navigator.clipboard.readText().then(done, () => done('refused')); };</script>");
   click("b");
-  ASSERT_TRUE(waitFor([&] { return evaluate("pressed") != ""; }));
+  ASSERT_TRUE(waitFor([&] { return !evaluate("pressed").empty(); }));
   EXPECT_EQ(evaluate("pressed"), "false refused");
   EXPECT_EQ(evaluate("document.getElementById('text').value"), "");
 }
