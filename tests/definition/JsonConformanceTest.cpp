@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "definition/Json.h"
@@ -282,11 +283,14 @@ const std::vector<JsonCase> kEncodings = {
     {"8.1 UTF-16", "\0[\0]"s, false},
 };
 
-void expectReadings(const std::vector<JsonCase>& cases, const std::string& before,
-                    const std::string& behind) {
+void expectJson(const char* section, const std::string& text, bool isRead) {
+  EXPECT_EQ(parseJson(text).has_value(), isRead) << "section " << section << ": " << text;
+}
+
+void expectReadings(const std::vector<JsonCase>& cases, std::string_view before,
+                    std::string_view behind) {
   for (const auto& [section, text, isRead] : cases) {
-    EXPECT_EQ(parseJson(before + text + behind).has_value(), isRead)
-        << "section " << section << ": " << before << text << behind;
+    expectJson(section, std::string(before).append(text).append(behind), isRead);
   }
 }
 

@@ -1,5 +1,6 @@
 #include "definition/differential/Reading.h"
 
+#include <algorithm>
 #include <iomanip>
 #include <sstream>
 
@@ -49,12 +50,25 @@ class ValueWriter {
     const Value* value = nullptr;  // written behind the text, unless null
   };
 
+  /// What stands at the end of `steps` is written first.
   static void push(std::vector<Step>& steps, const Dictionary& dictionary) {
-    steps.push_back({"}"});
-    for (auto member = dictionary.rbegin(); member != dictionary.rend(); ++member) {
-      steps.push_back({quoted(member->first) + "=", &member->second});
-    }
+    const auto before = static_cast<std::ptrdiff_t>(steps.size());
     steps.push_back({"{"});
+    for (const auto& [name, value] : dictionary) {
+      steps.push_back({quoted(name) + "=", &value});
+    }
+    steps.push_back({"}"});
+    std::reverse(steps.begin() + before, steps.end());
+  }
+
+  static void push(std::vector<Step>& steps, const Array& array) {
+    const auto before = static_cast<std::ptrdiff_t>(steps.size());
+    steps.push_back({"["});
+    for (const Value& element : array) {
+      steps.push_back({"", &element});
+    }
+    steps.push_back({"]"});
+    std::reverse(steps.begin() + before, steps.end());
   }
 
   void write(const Value& value, std::vector<Step>& steps) {
@@ -69,11 +83,7 @@ class ValueWriter {
     } else if (const auto* dictionary = value.as<Dictionary>()) {
       push(steps, *dictionary);
     } else if (const auto* array = value.as<Array>()) {
-      steps.push_back({"]"});
-      for (auto element = array->rbegin(); element != array->rend(); ++element) {
-        steps.push_back({"", &*element});
-      }
-      steps.push_back({"["});
+      push(steps, *array);
     } else {
       out_ << (value.isNull() ? "null " : "? ");
     }

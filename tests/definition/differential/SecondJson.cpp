@@ -157,7 +157,7 @@ class GrammarReader {
 
   std::string takeDigits() {
     const auto end = rest_.find_first_not_of("0123456789");
-    const std::string digits(rest_.substr(0, end));
+    std::string digits(rest_.substr(0, end));
     require(!digits.empty());
     rest_.remove_prefix(digits.size());
     return digits;

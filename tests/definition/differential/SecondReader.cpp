@@ -118,7 +118,9 @@ class SecondReader {
     context_->node = from;
     const PathResult result(xmlXPathCompiledEval(expression.get(), context_.get()));
     std::vector<xmlNodePtr> found;
-    for (int index = 0; index < xmlXPathNodeSetGetLength(result->nodesetval); ++index) {
+    const int count = xmlXPathNodeSetGetLength(result->nodesetval);
+    found.reserve(static_cast<std::size_t>(count));
+    for (int index = 0; index < count; ++index) {
       found.push_back(xmlXPathNodeSetItem(result->nodesetval, index));
     }
     return found;

@@ -341,7 +341,7 @@ TEST_F(SqliteUserDefaultsTest, aFileWithAGoodBeginningIsKeptAside) {
 TEST_F(SqliteUserDefaultsTest, aFileWhoseIndexIsDamagedIsKeptAside) {
   makeFile();
   std::string contents = contentsOf(path_);
-  constexpr std::size_t kEndOfIndex = 3 * 4'096;  // the third page, behind schema and table
+  constexpr std::size_t kEndOfIndex = 3UL * 4'096;  // the third page, behind schema and table
   contents.replace(kEndOfIndex - 100, 100, std::string(100, '\0'));
   expectFreshStartOver(contents);
 }
