@@ -9,21 +9,14 @@
 
 #include "definition/XmlDocument.h"
 #include "support/Repeated.h"
+#include "support/Sanitizer.h"
 
 namespace qorix {
 namespace {
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr bool kIsSanitized = true;
-#elif defined(__has_feature)
-constexpr bool kIsSanitized = __has_feature(address_sanitizer) || __has_feature(thread_sanitizer);
-#else
-constexpr bool kIsSanitized = false;
-#endif
-// A sanitizer needs memory itself, and keeps memory that was freed.
-constexpr long kMebibytes = kIsSanitized ? 512 : 64;
+constexpr long kMebibytes = test::kIsSanitized ? 512 : 64;
 // Of the processor's time, as the tests share the machine.
-constexpr double kSeconds = kIsSanitized ? 10 : 1;
+constexpr double kSeconds = test::kIsSanitized ? 10 : 1;
 
 double processorSeconds() { return static_cast<double>(std::clock()) / CLOCKS_PER_SEC; }
 

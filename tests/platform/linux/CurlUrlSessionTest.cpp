@@ -20,6 +20,7 @@
 #include "support/LoopbackServer.h"
 #include "support/NoThreads.h"
 #include "support/RecordingUrlSessionDelegate.h"
+#include "support/Sanitizer.h"
 
 namespace qorix {
 namespace {
@@ -882,15 +883,7 @@ TEST_F(CurlUrlSessionTest, exitMayBeCalledInsideACallOfTheDelegate) {
 }
 
 // A sanitizer keeps books that no limit on addresses leaves room for.
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr bool kLimitsMemory = false;
-#elif !defined(__has_feature)
-constexpr bool kLimitsMemory = true;
-#elif __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
-constexpr bool kLimitsMemory = false;
-#else
-constexpr bool kLimitsMemory = true;
-#endif
+constexpr bool kLimitsMemory = !test::kIsSanitized;
 
 /// From now on the process can allocate `bytes` bytes more.
 void limitMemory(::rlim_t bytes) {
