@@ -1,199 +1,233 @@
-// What reading an ad configuration document costs beside expat alone, which parses the same bytes
-// with handlers that do nothing. The last table gives the ratio for each document and host.
+// What reading an ad configuration document costs, in time and in memory, beside expat with empty
+// handlers (the limit of a strict reader) and libxml2 building its tree, on the same bytes.
 
-#include <benchmark/benchmark.h>
 #include <expat.h>
+#include <libxml/parser.h>
 
-#include <algorithm>
-#include <cstddef>
 #include <cstdio>
-#include <map>
+#include <cstdlib>
+#include <fstream>
 #include <memory>
 #include <string>
-#include <vector>
+#include <string_view>
 
 #include <qorix/MyPushAdUtil.h>
 #include <qorix/platform/Platform.h>
 
+#include "support/Measuring.h"
+
+namespace qorix::bench {
 namespace {
 
-struct Document {
-  std::string name;
-  std::string text;
-  std::string firstHost;
-  std::string lastHost;
+struct Shape {
+  const char* name;
+  int ads;
+  int lines;
+  std::size_t pageBytes;  // of each of the six languages
+  int rounds;
+};
+constexpr Shape kShapes[] = {
+    {"S", 2, 10, 3'800, 301},
+    {"M", 50, 500, 6'400, 31},
+    {"L", 500, 20'000, 12'300, 7},
 };
 
-std::string hostName(std::size_t index) { return "com.example.host" + std::to_string(index); }
+std::string hostName(int index) { return "com.example.host" + std::to_string(index); }
 
-std::string tableLine(std::size_t index) {
+std::string tableLine(int index, int ads) {
   return "    <push_ad_config>\n      <appid>" + hostName(index) + "</appid>\n      <adid>" +
-         std::to_string(index + 1) + "</adid>\n    </push_ad_config>\n";
+         std::to_string(index % ads + 1) + "</adid>\n    </push_ad_config>\n";
 }
 
-std::string page(std::size_t index) {
-  return "<!DOCTYPE html>\n<html><head><title>Offer " + std::to_string(index) +
-         "</title></head>\n<body style=\"margin:0\">\n<a href=\"https://www.example.com/"
-         "app?zamopenout=1\">Try our viewer &amp; converter</a>\n<p>Fast, small, friendly.</p>\n"
-         "</body></html>\n";
+std::string page(std::size_t bytes) {
+  std::string html = "<!DOCTYPE html>\n<html><head><title>Offer</title></head>\n<body>\n";
+  while (html.size() < bytes) {
+    html +=
+        "<div class=\"offer\">\n<a href=\"https://www.example.com/app?zamopenout=1&id=7\">Try our "
+        "viewer &amp; converter</a>\n<p>Fast, small, friendly: it opens every picture that you "
+        "have, and some that you had forgotten.</p>\n</div>\n";
+  }
+  return html + "</body></html>\n";
 }
 
-std::string ad(std::size_t index, const std::string& html) {
+std::string escaped(std::string_view text) {
+  std::string result;
+  for (const char c : text) {
+    result += c == '<'   ? std::string("&lt;")
+              : c == '>' ? std::string("&gt;")
+              : c == '&' ? std::string("&amp;")
+                         : std::string(1, c);
+  }
+  return result;
+}
+
+std::string ad(int index, const std::string& html) {
+  std::string titles;
+  std::string pages;
+  for (const std::string language : {"en", "de", "fr", "ja", "pt-BR", "default"}) {
+    titles += "      <" + language + ">Try our viewer</" + language + ">\n";
+    pages += "      <" + language + ">" + html + "</" + language + ">\n";
+  }
   return "  <push_ad>\n    <adid>" + std::to_string(index + 1) +
          "</adid>\n    <enable>1</enable>\n    <version>2a1</version>\n    <embed>1</embed>\n"
          "    <width>728</width>\n    <height>90</height>\n    <count>10</count>\n"
          "    <delay>0</delay>\n    <advance>{\"com.example.editor\":{\"offsety\":12}}</advance>\n"
-         "    <notes>autumn offer</notes>\n    <title>\n      <en>Try our viewer</en>\n"
-         "      <default>Try our viewer</default>\n    </title>\n    <html_contents>\n"
-         "      <en><![CDATA[" +
-         html + "]]></en>\n      <default>Try our viewer &amp;amp; converter</default>\n" +
+         "    <notes>autumn offer</notes>\n    <title>\n" +
+         titles + "    </title>\n    <html_contents>\n" + pages +
          "    </html_contents>\n  </push_ad>\n";
 }
 
-std::string documentText(const std::string& table, const std::string& ads) {
-  return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<rootcfg>\n  <data>\n"
-         "    <file_version>1</file_version>\n" +
-         table + "  </data>\n" + ads + "</rootcfg>\n";
-}
-
-Document documentOfSize(std::string name, std::size_t size) {
-  std::string table;
-  std::string ads;
-  std::size_t count = 0;
-  while (table.size() + ads.size() < size) {
-    table += tableLine(count);
-    ads += ad(count, page(count));
-    ++count;
+std::string document(const Shape& shape, bool isEscaped) {
+  std::string text =
+      "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<rootcfg>\n  <data>\n"
+      "    <file_version>1</file_version>\n";
+  for (int line = 0; line < shape.lines; ++line) {
+    text += tableLine(line, shape.ads);
   }
-  return {std::move(name), documentText(table, ads), hostName(0), hostName(count - 1)};
-}
-
-Document documentWithPage(std::string name, std::size_t size) {
-  std::string html;
-  while (html.size() < size) {
-    html += page(html.size());
+  text += "  </data>\n";
+  // Escaped, it is longer: the documents are about as long.
+  const std::string html = isEscaped ? escaped(page(shape.pageBytes * 9 / 10))
+                                     : "<![CDATA[" + page(shape.pageBytes) + "]]>";
+  for (int index = 0; index < shape.ads; ++index) {
+    text += ad(index, html);
   }
-  return {std::move(name), documentText(tableLine(0), ad(0, html)), hostName(0), hostName(0)};
+  return text + "</rootcfg>\n";
 }
 
-const std::vector<Document>& documents() {
-  static const std::vector<Document> kAll = {
-      documentOfSize("52 KB", 52'000), documentOfSize("2.1 MB", 2'100'000),
-      documentOfSize("41 MB", 41'000'000), documentWithPage("20 MB page", 20'000'000)};
-  return kAll;
-}
-
-void parseWithExpatAlone(benchmark::State& state, const Document& document) {
-  for (auto _ : state) {
-    XML_Parser parser = XML_ParserCreate("UTF-8");
-    XML_SetElementHandler(
-        parser, [](void*, const XML_Char*, const XML_Char**) {}, [](void*, const XML_Char*) {});
-    XML_SetCharacterDataHandler(parser, [](void*, const XML_Char*, int) {});
-    if (XML_Parse(parser, document.text.data(), static_cast<int>(document.text.size()), 1) !=
-        XML_STATUS_OK) {
-      state.SkipWithError("expat refused the document");
-    }
-    XML_ParserFree(parser);
+void require(bool condition, const char* what) {
+  if (!condition) {
+    std::fprintf(stderr, "%s\n", what);
+    std::exit(EXIT_FAILURE);
   }
+}
+
+void readWithExpat(const std::string& text) {
+  XML_Parser parser = XML_ParserCreate("UTF-8");
+  XML_SetElementHandler(
+      parser, [](void*, const XML_Char*, const XML_Char**) {}, [](void*, const XML_Char*) {});
+  XML_SetCharacterDataHandler(parser, [](void*, const XML_Char*, int) {});
+  require(XML_Parse(parser, text.data(), static_cast<int>(text.size()), 1) == XML_STATUS_OK,
+          "expat refused the document");
+  XML_ParserFree(parser);
+}
+
+void readWithLibxml2(const std::string& text) {
+  xmlDocPtr tree = xmlReadMemory(text.data(), static_cast<int>(text.size()), nullptr, "UTF-8",
+                                 XML_PARSE_HUGE | XML_PARSE_NONET);
+  require(tree != nullptr, "libxml2 refused the document");
+  xmlFreeDoc(tree);
 }
 
 void installHost(const std::string& identifier) {
-  qorix::Platform platform;
-  platform.mainBundle =
-      std::make_shared<const qorix::Bundle>(identifier, qorix::Url::fileUrl("/host"));
-  qorix::installPlatform(platform);
+  Platform platform;
+  platform.mainBundle = std::make_shared<const Bundle>(identifier, Url::fileUrl("/host"));
+  installPlatform(platform);
 }
 
-void readDocument(benchmark::State& state, const Document& document, const std::string& host) {
+void readAsHost(const std::optional<std::string>& text, const std::string& host) {
   installHost(host);
-  const std::optional<std::string> text = document.text;
-  for (auto _ : state) {
-    if (qorix::MyPushAdUtil::parseXMLWithString(text) == nullptr) {
-      state.SkipWithError("the document was refused");
-    }
-  }
+  require(MyPushAdUtil::parseXMLWithString(text) != nullptr, "the document was refused");
 }
 
-constexpr const char* kExpatAlone = "expat alone";
-constexpr const char* kFirstLine = "host at the first line";
-constexpr const char* kLastLine = "host at the last line";
-constexpr const char* kNoLine = "host without a line";
-const std::vector<std::string> kReaders = {kFirstLine, kLastLine, kNoLine};
-
-std::string benchmarkName(const Document& document, const std::string& reader) {
-  return document.name + ", " + reader;
-}
-
-/// Shows the median of each benchmark's repetitions and keeps the shortest processor time, which a
-/// busy machine disturbs least.
-class TableReporter : public benchmark::ConsoleReporter {
- public:
-  void ReportRuns(const std::vector<Run>& runs) override {
-    std::vector<Run> shown;
-    for (const Run& run : runs) {
-      if (run.error_occurred || run.aggregate_name == "median") {
-        shown.push_back(run);
-      } else if (run.run_type == Run::RT_Iteration) {
-        const double time = run.GetAdjustedCPUTime();
-        const auto [entry, isNew] = shortest_.try_emplace(run.run_name.function_name, time);
-        entry->second = std::min(entry->second, time);
-      }
-    }
-    ConsoleReporter::ReportRuns(shown);
-  }
-
-  void printRatios() const {
-    std::printf("\nTime to read a document / time of expat alone (shortest of the repetitions)\n");
-    for (const Document& document : documents()) {
-      const auto alone = shortest_.find(benchmarkName(document, kExpatAlone));
-      for (const std::string& reader : kReaders) {
-        const auto read = shortest_.find(benchmarkName(document, reader));
-        if (alone != shortest_.end() && read != shortest_.end()) {
-          std::printf("%-12s %10zu bytes   %-24s %.2f\n", document.name.c_str(),
-                      document.text.size(), reader.c_str(), read->second / alone->second);
-        }
-      }
-    }
-  }
-
- private:
-  std::map<std::string, double> shortest_;
+struct Host {
+  const char* name;
+  int line;
 };
 
-template <class Function>
-void add(const std::string& name, Function function) {
-  benchmark::RegisterBenchmark(name.c_str(), function)
-      ->Unit(benchmark::kMillisecond)
-      ->Repetitions(9);
+/// Hosts whose line comes first, last and not at all.
+std::vector<Host> hostsOf(const Shape& shape) {
+  return {{"first line", 0}, {"last line", shape.lines - 1}, {"no line", shape.lines}};
 }
 
-void addBenchmarks() {
-  for (const Document& document : documents()) {
-    add(benchmarkName(document, kExpatAlone),
-        [&](benchmark::State& state) { parseWithExpatAlone(state, document); });
-    add(benchmarkName(document, kFirstLine),
-        [&](benchmark::State& state) { readDocument(state, document, document.firstHost); });
-    add(benchmarkName(document, kLastLine),
-        [&](benchmark::State& state) { readDocument(state, document, document.lastHost); });
-    add(benchmarkName(document, kNoLine),
-        [&](benchmark::State& state) { readDocument(state, document, "com.example.unknown"); });
+void compareTimes(bool isEscaped) {
+  printHeading(
+      isEscaped ? "Reading a document, pages escaped" : "Reading a document, pages in CDATA", "ms");
+  for (const Shape& shape : kShapes) {
+    const std::optional<std::string> text = document(shape, isEscaped);
+    std::vector<Work> works = {[&] { readWithExpat(*text); }, [&] { readWithLibxml2(*text); }};
+    for (const Host& host : hostsOf(shape)) {
+      works.emplace_back([&text, host] { readAsHost(text, hostName(host.line)); });
+    }
+    const auto medians = inTurns(rounds(shape.rounds), works, processorMicrosecondsOf);
+    std::size_t index = 2;
+    for (const Host& host : hostsOf(shape)) {
+      const std::string what = std::string(shape.name) + ", " + host.name;
+      const double ours = medians.at(index++) / 1000;
+      printRow({what, ours, "expat, empty handlers", medians[0] / 1000, isEscaped ? 1.1 : 0.7});
+      printRow({what, ours, "libxml2, its tree", medians[1] / 1000, 0.25});
+    }
+  }
+}
+
+/// A number in kilobytes from /proc/self/status.
+double kilobytes(std::string_view label) {
+  std::ifstream lines("/proc/self/status");
+  for (std::string line; std::getline(lines, line);) {
+    if (line.starts_with(label)) {
+      return std::stod(line.substr(label.size()));
+    }
+  }
+  return 0;
+}
+
+/// Prints by how many kilobytes the work makes this process grow for a while.
+void printGrowth(const Work& work) {
+  const double before = kilobytes("VmRSS:");
+  std::ofstream("/proc/self/clear_refs") << "5";  // the peak starts anew
+  work();
+  printNumbers({kilobytes("VmHWM:") - before});
+}
+
+/// One run, by `reader`: "expat", "libxml2" or "QORIX".
+void measureMemory(const Shape& shape, bool isEscaped, const std::string& reader, int line) {
+  const auto read = [&](const std::optional<std::string>& text) {
+    if (reader == "expat") {
+      readWithExpat(*text);
+    } else if (reader == "libxml2") {
+      readWithLibxml2(*text);
+    } else {
+      readAsHost(text, hostName(line));
+    }
+  };
+  read(document({"", 1, 1, 100, 1}, isEscaped));  // so that code and first tables are there
+  const std::optional<std::string> text = document(shape, isEscaped);
+  printGrowth([&] { read(text); });
+}
+
+void compareMemory() {
+  printHeading("Reading a document, peak memory above the document", "KB");
+  for (const bool isEscaped : {false, true}) {
+    for (std::size_t index = 0; index < std::size(kShapes); ++index) {
+      const Shape& shape = kShapes[index];
+      const auto run = [&](const std::string& reader, int line) {
+        return Arguments{"--memory", std::to_string(index), isEscaped ? "escaped" : "CDATA", reader,
+                         std::to_string(line)};
+      };
+      const auto use =
+          runsInTurns(rounds(5), {run("QORIX", 0), run("QORIX", shape.lines - 1),
+                                  run("QORIX", shape.lines), run("expat", 0), run("libxml2", 0)});
+      const double most = std::max({use[0][0], use[1][0], use[2][0]});
+      const double size = static_cast<double>(document(shape, isEscaped).size()) / 1024;
+      const std::string what =
+          std::string(shape.name) + (isEscaped ? ", escaped" : ", CDATA") + ", the dearest host";
+      printRow({what, most, "the document", size, 0.5});
+      printRow({what, most, "libxml2, its tree", use[4][0], {}});
+      printRow({"expat alone", use[3][0], "the document", size, {}});
+    }
   }
 }
 
 }  // namespace
+}  // namespace qorix::bench
 
 int main(int argc, char** argv) {
-  // What is compared takes turns, so that a busy machine slows both down alike.
-  std::string interleaving = "--benchmark_enable_random_interleaving=true";
-  std::vector<char*> arguments(argv, argv + argc);
-  arguments.insert(arguments.begin() + 1, interleaving.data());
-  int count = static_cast<int>(arguments.size());
-  benchmark::Initialize(&count, arguments.data());
-  if (benchmark::ReportUnrecognizedArguments(count, arguments.data())) {
-    return 1;
+  using namespace qorix::bench;
+  if (argc == 6 && std::string_view(argv[1]) == "--memory") {
+    measureMemory(kShapes[std::atoi(argv[2])], std::string_view(argv[3]) == "escaped", argv[4],
+                  std::atoi(argv[5]));
+    return EXIT_SUCCESS;
   }
-  addBenchmarks();
-  TableReporter reporter;
-  benchmark::RunSpecifiedBenchmarks(&reporter);
-  reporter.printRatios();
+  compareTimes(false);
+  compareTimes(true);
+  compareMemory();
 }

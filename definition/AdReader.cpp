@@ -175,6 +175,14 @@ LocalizedTexts textsOf(const std::vector<XmlElement>& languages) {
   return texts;
 }
 
+/// Which advertisement the table names for the host; empty if it names none.
+std::string identifierForHost(XmlElement root, const std::optional<std::string>& host) {
+  AdReader reader;
+  reader.readTable(root, host);
+  const auto line = reader.takeReading().tableLine;
+  return std::string(line ? childText(*line, tag::kAdId) : std::string_view());
+}
+
 }  // namespace
 
 AdReading readAdForHost(const XmlDocument& document, const std::optional<std::string>& host) {
@@ -184,6 +192,20 @@ AdReading readAdForHost(const XmlDocument& document, const std::optional<std::st
     reader.readChosenAd();
   }
   return reader.takeReading();
+}
+
+XmlOmission pagesOfOtherAds(std::optional<std::string> host) {
+  // The table stands before the advertisements, as a rule: it is read once.
+  auto isNeeded = [host = std::move(host), isTableRead = false, identifier = std::string()](
+                      XmlElement root, XmlElement ad) mutable {
+    if (!isTableRead) {
+      isTableRead = true;
+      identifier = identifierForHost(root, host);
+    }
+    return identifier.empty() ? ad == root.firstChildNamed(tag::kAd)
+                              : childText(ad, tag::kAdId) == identifier;
+  };
+  return {tag::kAd, tag::kPages, std::move(isNeeded)};
 }
 
 AdReading readAd(XmlElement ad) {

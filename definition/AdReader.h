@@ -45,6 +45,11 @@ struct AdReading {
 /// `html_contents` has no usable language is found last, after all else has been read.
 AdReading readAdForHost(const XmlDocument& document, const std::optional<std::string>& host);
 
+/// The pages of the advertisements that the host does not get, so far as the elements before them
+/// tell: usually all of them. Where `AdReading::ad` is not whole, they told wrong. For one
+/// document.
+XmlOmission pagesOfOtherAds(std::optional<std::string> host);
+
 /// Reads one advertisement in the same way, for no particular host.
 AdReading readAd(XmlElement ad);
 

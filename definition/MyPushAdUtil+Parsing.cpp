@@ -23,11 +23,18 @@ std::shared_ptr<MyPushAdInfo> MyPushAdUtil::parseXMLWithString(
   if (!text) {
     return refuse(refusal::noText);
   }
-  const auto document = XmlDocument::parse(*text);
+  auto document = XmlDocument::parse(*text, pagesOfOtherAds(host));
   if (!document) {
     return refuse(refusal::notWellFormed);
   }
-  const AdReading reading = readAdForHost(*document, host);
+  AdReading reading = readAdForHost(*document, host);
+  if (reading.ad && !reading.ad->isWhole()) {
+    document = XmlDocument::parse(*text);
+    if (!document) {
+      return refuse(refusal::notWellFormed);  // for want of memory
+    }
+    reading = readAdForHost(*document, host);
+  }
   const bool areAllInstalled =
       reading.promotedNames && areAllPromoAppsAlreadyInstalled(reading.promotedNames);
   if (reading.defect) {

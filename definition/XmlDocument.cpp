@@ -7,12 +7,17 @@
 namespace qorix {
 
 std::optional<XmlDocument> XmlDocument::parse(std::string_view text, std::size_t pieceSize) {
-  return readXml(text, nullptr, std::clamp(pieceSize, std::size_t{1}, kLargestPiece));
+  return readXml(text, nullptr, nullptr, std::clamp(pieceSize, std::size_t{1}, kLargestPiece));
+}
+
+std::optional<XmlDocument> XmlDocument::parse(std::string_view text, const XmlOmission& omission,
+                                              std::size_t pieceSize) {
+  return readXml(text, nullptr, &omission, std::clamp(pieceSize, std::size_t{1}, kLargestPiece));
 }
 
 std::optional<XmlDocument> XmlDocument::parse(std::string_view text, XmlSourceMap& sourceMap,
                                               std::size_t pieceSize) {
-  return readXml(text, &sourceMap, std::clamp(pieceSize, std::size_t{1}, kLargestPiece));
+  return readXml(text, &sourceMap, nullptr, std::clamp(pieceSize, std::size_t{1}, kLargestPiece));
 }
 
 XmlElement XmlDocument::root() const { return {*this, 0}; }
@@ -40,6 +45,12 @@ XmlElement::Children XmlElement::childrenNamed(std::string_view name) const {
 std::optional<XmlElement> XmlElement::firstChildNamed(std::string_view name) const {
   const Children children = childrenNamed(name);
   return children.empty() ? std::nullopt : std::optional(*children.begin());
+}
+
+bool XmlElement::isWhole() const {
+  const auto& leftOut = document_->leftOut_;
+  const auto next = std::ranges::lower_bound(leftOut, index_);
+  return next == leftOut.end() || *next >= document_->elements_[index_].subtreeEnd;
 }
 
 XmlElement::Children::Children(const XmlDocument& document, std::size_t parent,

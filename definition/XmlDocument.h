@@ -2,15 +2,18 @@
 
 #include <cstddef>
 #include <deque>
+#include <functional>
 #include <iterator>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace qorix {
 
 class XmlElement;
 class XmlSourceMap;
+struct XmlOmission;
 
 /// A well-formed XML document, read-only. Names are taken as they are written (a prefix is part of
 /// the name); attributes, comments and processing instructions are dropped.
@@ -26,7 +29,12 @@ class XmlDocument {
   static std::optional<XmlDocument> parse(std::string_view text,
                                           std::size_t pieceSize = kLargestPiece);
 
-  /// The same, more slowly: notes in `sourceMap`, which must be new, where everything stands.
+  /// The same, without the texts that `omission` leaves out.
+  static std::optional<XmlDocument> parse(std::string_view text, const XmlOmission& omission,
+                                          std::size_t pieceSize = kLargestPiece);
+
+  /// The same as the first, more slowly: notes in `sourceMap`, which must be new, where everything
+  /// stands.
   static std::optional<XmlDocument> parse(std::string_view text, XmlSourceMap& sourceMap,
                                           std::size_t pieceSize = kLargestPiece);
 
@@ -37,7 +45,7 @@ class XmlDocument {
   friend class XmlReader;
   friend class XmlSourceMap;
 
-  static constexpr std::size_t kLargestPiece = std::size_t{1} << 30;
+  static constexpr std::size_t kLargestPiece = std::size_t{1} << 16;  // the parser copies it
 
   struct Element {
     std::size_t nameBegin;
@@ -50,7 +58,8 @@ class XmlDocument {
   // is a run of the text. The names lie side by side: each ends where the next begins.
   std::string text_;
   std::string names_;
-  std::deque<Element> elements_;  // grows without being copied
+  std::deque<Element> elements_;      // grows without being copied
+  std::vector<std::size_t> leftOut_;  // the elements whose texts are, in document order
 };
 
 /// One element of a document, which must outlive it and must not be moved. Cheap to copy.
@@ -68,8 +77,14 @@ class XmlElement {
   Children childrenNamed(std::string_view name) const;
   std::optional<XmlElement> firstChildNamed(std::string_view name) const;
 
+  /// Whether none of the text in it was left out.
+  bool isWhole() const;
+
+  bool operator==(const XmlElement&) const = default;
+
  private:
   friend class XmlDocument;
+  friend class XmlReader;
   friend class XmlSourceMap;
   XmlElement(const XmlDocument& document, std::size_t index)
       : document_(&document), index_(index) {}
@@ -107,6 +122,15 @@ class XmlElement::Children {
   std::string_view name_;
   std::size_t end_;
   std::size_t first_;
+};
+
+/// What a reader can do without: the texts in those grandchildren of the root that have this name,
+/// and a parent of that name, unless they are needed. Their bytes are checked all the same.
+struct XmlOmission {
+  std::string_view parentName;
+  std::string_view name;
+  /// Asked where such an element begins; `root` and `parent` end there for the time being.
+  std::function<bool(XmlElement root, XmlElement parent)> isNeeded;
 };
 
 }  // namespace qorix

@@ -13,7 +13,7 @@
 #include <utility>
 #include <vector>
 
-#include "definition/XmlSection.h"
+#include "definition/XmlText.h"
 
 namespace qorix {
 
@@ -46,10 +46,11 @@ class XmlReader {
   using ParserPointer = std::unique_ptr<std::remove_pointer_t<XML_Parser>, ParserDeleter>;
 
  public:
-  XmlReader(std::string_view text, XmlSourceMap* sourceMap)
+  XmlReader(std::string_view text, XmlSourceMap* sourceMap, const XmlOmission* omission)
       : parser_(XML_ParserCreate(kEncoding)),
         input_(text),
         sourceMap_(sourceMap),
+        omission_(omission),
         mostElements_(text.size() / kSmallestElement + kEntityElements),
         mostDefaultAttributes_(text.size() + kDefaultAttributes) {}
 
@@ -111,43 +112,80 @@ class XmlReader {
     XML_SetBillionLaughsAttackProtectionMaximumAmplification(parser, 1);
   }
 
-  // Pages stand in CDATA sections. As only "]]>" ends a section, its inside need not pass through
-  // the parser, which would take several times as long as the check of the characters here.
+  // Pages stand in CDATA sections, or escaped between two tags. Only "]]>" ends a section and only
+  // "<" such a text, so their insides need not pass through the parser.
   bool parse() {
-    constexpr std::string_view kSectionStart = "[CDATA[";
-    constexpr std::size_t kWorthIt = 1024;
     std::string_view rest = input_;
     std::size_t from = 0;
-    while (true) {
-      const std::size_t start = rest.find(kSectionStart, from);
-      const std::size_t end = rest.find("]]>", start);
-      if (end == rest.npos) {
-        return feed(rest, XML_TRUE);
-      }
-      const std::size_t begin = start + kSectionStart.size();
-      if (end < begin + kWorthIt) {
-        from = end;
-        continue;
-      }
+    while (const auto passage = nextPassage(rest, from)) {
+      const auto [begin, end, isSection] = *passage;
       if (!feed(rest.substr(0, begin), XML_FALSE)) {
         return false;
       }
-      if (!isInSection_) {
+      rest.remove_prefix(begin);
+      const std::string_view inside = rest.substr(0, end - begin);
+      if (!(isSection ? isInSection_ : isBehindTag())) {
         // It is part of a comment, say, which the parser may reread each time: look less often.
-        rest.remove_prefix(begin);
         from = 2 * begin;
-        continue;
-      }
-      if (!appendSection(document_.text_, rest.substr(begin, end - begin))) {
+      } else if (take(inside, isSection)) {
+        rest.remove_prefix(inside.size());
+        from = 0;
+      } else if (isSection) {
         return false;
+      } else {
+        from = inside.size();
       }
-      rest.remove_prefix(end);
-      from = 0;
+    }
+    return feed(rest, XML_TRUE);
+  }
+
+  /// What may be the inside of a section, or text between two tags.
+  struct Passage {
+    std::size_t begin;
+    std::size_t end;
+    bool isSection;
+  };
+
+  /// The first that is long enough to be worth the detour, of those that begin behind `from`.
+  static std::optional<Passage> nextPassage(std::string_view text, std::size_t from) {
+    constexpr std::string_view kSection = "<![CDATA[";
+    constexpr std::size_t kWorthIt = 1024;
+    while (true) {
+      const std::size_t start = text.find('<', from);
+      if (start == text.npos) {
+        return std::nullopt;
+      }
+      const bool isSection = text.substr(start).starts_with(kSection);
+      const std::size_t mark =
+          isSection ? start + kSection.size() - 1 : text.find('>', start);  // its last byte
+      const std::size_t end = isSection ? text.find("]]>", mark) : text.find('<', mark);
+      if (end == text.npos) {
+        return std::nullopt;
+      }
+      if (end > mark + kWorthIt) {
+        return Passage{mark + 1, end, isSection};
+      }
+      from = end;
     }
   }
 
+  /// False if the parser has to read it instead, or if no document may have it in a section.
+  bool take(std::string_view inside, bool isSection) {
+    std::string& text = document_.text_;
+    const std::size_t size = text.size();
+    const bool isTaken = isSection ? appendSection(text, inside) : appendBetweenTags(text, inside);
+    if (!isTaken || isLeavingOut_) {
+      text.resize(size);
+    }
+    return isTaken;
+  }
+
+  /// Whether the last byte that the parser got ends a tag, inside the root element.
+  bool isBehindTag() const { return endOfLastTag_ == bytesFed_ && !open_.empty(); }
+
   bool feed(std::string_view text, XML_Bool isLast) {
     const auto feedPiece = [this](std::string_view piece, XML_Bool isFinal) {
+      bytesFed_ += piece.size();
       return XML_Parse(parser_.get(), piece.data(), static_cast<int>(piece.size()), isFinal) ==
              XML_STATUS_OK;
     };
@@ -186,16 +224,47 @@ class XmlReader {
     }
   }
 
+  void noteEndOfTag() {
+    endOfLastTag_ =
+        sourceOffset() + static_cast<std::size_t>(XML_GetCurrentByteCount(parser_.get()));
+  }
+
   void addElement(const XML_Char* name, const XML_Char** attributes) {
+    noteEndOfTag();
     countDefaultAttributes(attributes);
     if (document_.elements_.size() == mostElements_ ||
         defaultAttributes_ > mostDefaultAttributes_) {
       stop("entities or default attributes add too much");
       return;
     }
+    if (omission_ != nullptr && open_.size() == 2 && name == omission_->name && canBeLeftOut()) {
+      isLeavingOut_ = true;
+      document_.leftOut_.push_back(document_.elements_.size());
+      XML_SetCharacterDataHandler(parser_.get(), nullptr);
+    }
     open_.push_back(document_.elements_.size());
     document_.elements_.push_back({document_.names_.size(), document_.text_.size(), 0, 0});
     document_.names_ += name;
+  }
+
+  bool canBeLeftOut() {
+    for (const std::size_t index : open_) {
+      document_.elements_[index].subtreeEnd = document_.elements_.size();
+    }
+    const XmlElement parent(document_, open_.back());
+    return parent.name() == omission_->parentName && !omission_->isNeeded(document_.root(), parent);
+  }
+
+  void closeElement() {
+    noteEndOfTag();
+    XmlDocument::Element& element = document_.elements_[open_.back()];
+    open_.pop_back();
+    element.textEnd = document_.text_.size();
+    element.subtreeEnd = document_.elements_.size();
+    if (isLeavingOut_ && open_.size() == 2) {
+      isLeavingOut_ = false;
+      XML_SetCharacterDataHandler(parser_.get(), characterData);
+    }
   }
 
   static XmlReader& reader(void* userData) { return *static_cast<XmlReader*>(userData); }
@@ -206,13 +275,7 @@ class XmlReader {
   }
 
   static void XMLCALL endElement(void* userData, const XML_Char* /*name*/) {
-    handle(userData, [](XmlReader& self) {
-      XmlDocument& document = self.document_;
-      XmlDocument::Element& element = document.elements_[self.open_.back()];
-      self.open_.pop_back();
-      element.textEnd = document.text_.size();
-      element.subtreeEnd = document.elements_.size();
-    });
+    handle(userData, [](XmlReader& self) { self.closeElement(); });
   }
 
   static void XMLCALL characterData(void* userData, const XML_Char* text, int length) {
@@ -273,21 +336,25 @@ class XmlReader {
 
   const ParserPointer parser_;
   const std::string_view input_;
-  XmlSourceMap* const sourceMap_;  // null if nobody wants it
+  XmlSourceMap* const sourceMap_;      // null if nobody wants it
+  const XmlOmission* const omission_;  // the same
   const std::size_t mostElements_;
   const std::size_t mostDefaultAttributes_;
   std::size_t pieceSize_ = 0;
+  std::size_t bytesFed_ = 0;
+  std::size_t endOfLastTag_ = 0;  // in the bytes fed
   std::size_t defaultAttributes_ = 0;
   bool isInSection_ = false;
+  bool isLeavingOut_ = false;
   const char* stopReason_ = nullptr;  // null unless we stopped the parser
   XmlDocument document_;
   std::vector<std::size_t> open_;
 };
 
 std::optional<XmlDocument> readXml(std::string_view text, XmlSourceMap* sourceMap,
-                                   std::size_t pieceSize) {
+                                   const XmlOmission* omission, std::size_t pieceSize) {
   try {
-    return XmlReader(text, sourceMap).read(pieceSize);
+    return XmlReader(text, sourceMap, omission).read(pieceSize);
   } catch (const std::bad_alloc&) {
     return std::nullopt;
   }

@@ -9,8 +9,8 @@
 
 namespace qorix {
 
-/// Does the work of `XmlDocument::parse`. `sourceMap` is null if nobody wants it.
+/// Does the work of `XmlDocument::parse`. `sourceMap` and `omission` are null if nobody wants them.
 std::optional<XmlDocument> readXml(std::string_view text, XmlSourceMap* sourceMap,
-                                   std::size_t pieceSize);
+                                   const XmlOmission* omission, std::size_t pieceSize);
 
 }  // namespace qorix

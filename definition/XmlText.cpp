@@ -1,8 +1,9 @@
-#include "definition/XmlSection.h"
+#include "definition/XmlText.h"
 
 #include <utf8.h>
 
 #include <algorithm>
+#include <array>
 
 namespace qorix {
 
@@ -16,6 +17,13 @@ bool isRunOfCharacters(std::string_view run) {
   return utf8::is_valid(run.begin(), run.end()) && run.find("\xEF\xBF\xBE") == run.npos &&
          run.find("\xEF\xBF\xBF") == run.npos;
 }
+
+struct Reference {
+  std::string_view written;
+  char character;
+};
+constexpr std::array<Reference, 5> kReferences = {
+    {{"&lt;", '<'}, {"&gt;", '>'}, {"&amp;", '&'}, {"&quot;", '"'}, {"&apos;", '\''}}};
 
 }  // namespace
 
@@ -43,6 +51,29 @@ bool appendSection(std::string& text, std::string_view section) {
       return false;
     }
     text += run;
+  }
+}
+
+bool appendBetweenTags(std::string& text, std::string_view between) {
+  if (between.find("]]>") != between.npos) {
+    return false;
+  }
+  while (true) {
+    const std::size_t plain = std::min(between.find('&'), between.size());
+    if (!appendSection(text, between.substr(0, plain))) {
+      return false;
+    }
+    between.remove_prefix(plain);
+    if (between.empty()) {
+      return true;
+    }
+    const auto* const reference = std::ranges::find_if(
+        kReferences, [&](const Reference& each) { return between.starts_with(each.written); });
+    if (reference == kReferences.end()) {
+      return false;
+    }
+    text += reference->character;
+    between.remove_prefix(reference->written.size());
   }
 }
 

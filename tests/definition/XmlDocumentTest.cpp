@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "definition/XmlDocument.h"
+#include "support/Repeated.h"
 
 namespace qorix {
 namespace {
@@ -232,6 +233,96 @@ TEST(XmlDocumentTest, whatOnlyLooksLikeALongSectionIsNone) {
   EXPECT_EQ(textOf("<!DOCTYPE r [<!ENTITY e '" + section + "'>]><r>&e;</r>"),
             "no" + std::string(2000, '.'));
   EXPECT_EQ(textOf("<r a='[CDATA[" + std::string(2000, '.') + "]]>'>b</r>"), "b");
+}
+
+TEST(XmlDocumentTest, aLongTextBetweenTagsIsReadLikeAShortOne) {
+  const std::string dots(2000, '.');
+  const std::vector<TextCase> texts = {
+      {"a\r\nb\rc\n\r", "a\nb\nc\n\n"},
+      {"&lt;p&gt;&amp;amp;&quot;&apos;", "<p>&amp;\"'"},
+      {"\t\x7F > ]] ]> \xC3\xA9\xF0\x9D\x84\x9E", "\t\x7F > ]] ]> \xC3\xA9\xF0\x9D\x84\x9E"},
+      {"&#65;&#x42;&lt;", "AB<"},
+      {"&e;&lt;", "<e><"},
+  };
+  const std::string declarations = "<!DOCTYPE r [<!ENTITY e '&#38;lt;e>'>]>";
+  for (const auto& [written, text] : texts) {
+    const std::string between = written + dots;
+    EXPECT_EQ(
+        textOf(declarations + "<r><a>" + between + "</a>" + between + "<b/>" + between + "</r>"),
+        repeated(text + dots, 3))
+        << written;
+  }
+  for (const auto* between : {"\x01", "\x80", "\xC3(", "\xEF\xBF\xBF", "]]>", "&", "& ",
+                              "&unknown;", "&lt", "&LT;", "&#0;", "&amp ;"}) {
+    EXPECT_EQ(textOf("<r>" + dots + between + "</r>"), "<refused>") << between;
+    EXPECT_EQ(textOf("<r>" + (between + dots) + "</r>"), "<refused>") << between;
+  }
+}
+
+TEST(XmlDocumentTest, whatOnlyLooksLikeALongTextBetweenTagsIsNone) {
+  const std::string bad = "& ]]> " + std::string(2000, '.');
+  EXPECT_EQ(textOf("<r>a<!-- <b>" + bad + "<c> -->b</r>"), "ab");
+  EXPECT_EQ(textOf("<r>a<!-- <b>" + bad + "<c>" + bad + "<c> -->b<b>c</b></r>"), "abc");
+  EXPECT_EQ(textOf("<r>a<?p <b>" + bad + "<c> ?>b</r>"), "ab");
+  const std::string inside = "<b>& ." + std::string(2000, '.');
+  EXPECT_EQ(textOf("<r><![CDATA[" + inside + "<c> ]]></r>"), inside + "<c> ");
+  const std::string dots(2000, '.');
+  EXPECT_EQ(textOf("<r a='>" + dots + "&lt;'>b</r>"), "b");
+  EXPECT_EQ(textOf("<r a='>" + dots + "&'>b</r>"), "<refused>");
+  EXPECT_EQ(textOf("<!DOCTYPE r [<!ENTITY e '<b>" + dots + "</b>'>]><r>&e;</r>"), dots);
+  EXPECT_EQ(textOf("<r></r>" + dots + "<!-- c -->"), "<refused>");
+  EXPECT_EQ(textOf("<?p?>" + dots + "<r></r>"), "<refused>");
+  EXPECT_EQ(textOf("<r" + dots + "<"), "<refused>");
+  EXPECT_EQ(textOf("<" + dots + "<r/>"), "<refused>");
+}
+
+/// The pages of the advertisements, but for the one that is "wanted".
+XmlOmission unwantedPages() {
+  return {"ad", "pages", [](XmlElement root, XmlElement ad) {
+            EXPECT_EQ(root.name(), "list");
+            const auto id = ad.firstChildNamed("id");
+            return id && id->text() == "wanted";
+          }};
+}
+
+TEST(XmlDocumentTest, textsThatAreNotNeededAreLeftOut) {
+  const std::string dots(2000, '.');
+  for (const std::string& page : {std::string("page"), "<en>&lt;" + dots + "</en>",
+                                  "<en>" + longSection("") + "</en>", "&#65;" + dots}) {
+    const std::string pages = "<pages>" + page + "</pages>";
+    const auto document = XmlDocument::parse(
+        "<list><ad><id>other</id>" + pages + "<notes>n</notes></ad><ad><id>wanted</id>" + pages +
+            "</ad>" + pages + "<x><pages>kept</pages></x><ad><y>" + pages + "</y></ad><ad>" +
+            pages + "</ad></list>",
+        unwantedPages());
+    ASSERT_TRUE(document);
+    const std::string text = textOf(pages);
+    EXPECT_EQ(document->root().text(),
+              "othern"
+              "wanted" +
+                  text + text + "kept" + text)
+        << page;
+    std::vector<bool> areWhole;
+    for (const XmlElement child : document->root().children()) {
+      areWhole.push_back(child.isWhole());
+    }
+    EXPECT_EQ(areWhole, (std::vector<bool>{false, true, true, true, true, false}));
+    EXPECT_FALSE(document->root().isWhole());
+  }
+}
+
+TEST(XmlDocumentTest, textsThatAreLeftOutAreCheckedAllTheSame) {
+  const std::string dots(2000, '.');
+  for (const std::string& text :
+       std::vector<std::string>{"]]>", "\x01", "&", "&unknown;", "</x>", "<en>"}) {
+    for (const std::string& page : {text, text + dots, dots + text}) {
+      EXPECT_FALSE(
+          XmlDocument::parse("<list><ad><pages>" + page + "</pages></ad></list>", unwantedPages()))
+          << page;
+    }
+  }
+  EXPECT_FALSE(XmlDocument::parse(
+      "<list><ad><pages>" + longSection("\x01") + "</pages></ad></list>", unwantedPages()));
 }
 
 std::vector<std::string> names(const XmlElement::Children& children) {

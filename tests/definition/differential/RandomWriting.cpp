@@ -120,6 +120,10 @@ class XmlWriter {
     while (random_.happens(12)) {
       text_ += random_.pick(kBetween);
     }
+    if (random_.happens(1)) {
+      // What looks like a long text between tags.
+      text_ += "<!-- <b>" + repeated("& ]]> ", random_.between(100, 600)) + "<c> -->";
+    }
   }
 
   void doctype(const std::string& name) {
@@ -175,6 +179,9 @@ class XmlWriter {
     if (isFault()) {
       text_ += random_.pick(kWrongReferences);
     }
+    if (random_.happens(3)) {
+      longCharacters();
+    }
     if (random_.happens(20) && text.find("]]>") == std::string::npos) {
       section(text);
     } else {
@@ -182,7 +189,16 @@ class XmlWriter {
     }
   }
 
-  // Long sections are read in another way than short ones.
+  // Long texts between tags, and long sections, are read in another way than short ones.
+  void longCharacters() {
+    text_ += repeated(random_.pick(std::array{"&lt;p&gt;\xC3\xA9\r\n", "]] &gt;&amp;&quot;&apos;",
+                                              "\xE6\x97\xA5\t\r", "plain > text"}),
+                      random_.between(100, 600));
+    if (isFault()) {
+      text_ += random_.pick(std::array{"\x02", "\xFF", "\xEF\xBF\xBF", "]]>", "&", "&lt"});
+    }
+  }
+
   void section(const std::string& text) {
     text_ += "<![CDATA[" + text;
     if (random_.happens(10)) {
