@@ -6,7 +6,6 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <fstream>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -15,6 +14,7 @@
 #include <qorix/platform/Platform.h>
 
 #include "support/Measuring.h"
+#include "support/ProcessMemory.h"
 
 namespace qorix::bench {
 namespace {
@@ -159,25 +159,6 @@ void compareTimes(bool isEscaped) {
   }
 }
 
-/// A number in kilobytes from /proc/self/status.
-double kilobytes(std::string_view label) {
-  std::ifstream lines("/proc/self/status");
-  for (std::string line; std::getline(lines, line);) {
-    if (line.starts_with(label)) {
-      return std::stod(line.substr(label.size()));
-    }
-  }
-  return 0;
-}
-
-/// Prints by how many kilobytes the work makes this process grow for a while.
-void printGrowth(const Work& work) {
-  const double before = kilobytes("VmRSS:");
-  std::ofstream("/proc/self/clear_refs") << "5";  // the peak starts anew
-  work();
-  printNumbers({kilobytes("VmHWM:") - before});
-}
-
 /// One run, by `reader`: "expat", "libxml2" or "QORIX".
 void measureMemory(const Shape& shape, bool isEscaped, const std::string& reader, int line) {
   const auto read = [&](const std::optional<std::string>& text) {
@@ -191,7 +172,9 @@ void measureMemory(const Shape& shape, bool isEscaped, const std::string& reader
   };
   read(document({"", 1, 1, 100, 1}, isEscaped));  // so that code and first tables are there
   const std::optional<std::string> text = document(shape, isEscaped);
-  printGrowth([&] { read(text); });
+  const ProcessMemory memory;
+  read(text);
+  printNumbers({memory.peakGrowth()});
 }
 
 void compareMemory() {

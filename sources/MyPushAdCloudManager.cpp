@@ -1,5 +1,3 @@
-#include <utf8.h>
-
 #include <array>
 #include <fstream>
 
@@ -8,6 +6,7 @@
 #include <qorix/platform/Platform.h>
 
 #include "sources/GuardedAttempt.h"
+#include "text/Utf8.h"
 
 namespace qorix {
 
@@ -36,7 +35,7 @@ std::optional<std::string> readUtf8File(const Url& url) {
     text.append(piece.data(), static_cast<std::size_t>(file.gcount()));
   }
   // A file that is not there, and a folder, have failed before their end.
-  return file.eof() && utf8::is_valid(text) ? std::optional(std::move(text)) : std::nullopt;
+  return file.eof() && isUtf8(text) ? std::optional(std::move(text)) : std::nullopt;
 }
 
 /// The text in the record's asset; nothing, after one log line, when there is none.

@@ -1,11 +1,10 @@
-#include <utf8.h>
-
 #include <utility>
 
 #include <qorix/MyPushAdWebServerManager.h>
 #include <qorix/platform/Platform.h>
 
 #include "sources/GuardedAttempt.h"
+#include "text/Utf8.h"
 
 namespace qorix {
 
@@ -22,7 +21,7 @@ void MyPushAdWebServerManager::openSession() {
 void MyPushAdWebServerManager::downloadAdFileAsync() {
   {
     const std::lock_guard lock(receivedDataMutex_);
-    receivedData_ = std::string();
+    receivedData_ = std::make_shared<std::string>();
   }
   if (!fileUrlString_) {
     return;
@@ -44,7 +43,10 @@ void MyPushAdWebServerManager::retryDownloadAdFileWithDelay(double delay) {
 
 void MyPushAdWebServerManager::urlSessionDidReceiveData(std::string_view data) {
   const std::lock_guard lock(receivedDataMutex_);
-  if (receivedData_) {
+  if (receivedData_ != nullptr) {
+    if (receivedData_.use_count() > 1) {
+      receivedData_ = std::make_shared<std::string>(*receivedData_);
+    }
     receivedData_->append(data);
   }
 }
@@ -54,12 +56,12 @@ void MyPushAdWebServerManager::urlSessionDidCompleteWithError(const std::optiona
   if (self == nullptr) {
     return;
   }
-  auto text = error ? std::nullopt : receivedText();
+  auto text = error ? nullptr : receivedText();
   platform().mainRunLoop->dispatchAsync([self, error, text = std::move(text)] {
     const auto fail = [&self](const Error& failure) { self->handleWithError(failure); };
     if (error) {
       callGuarded([&] { fail(*error); });
-    } else if (text && !text->empty()) {
+    } else if (text != nullptr && !text->empty()) {
       attemptGuarded([&] { self->handleWithFetchedString(*text); }, fail);
     } else {
       attemptGuarded([&] { fail(noTextError()); }, fail);
@@ -67,9 +69,9 @@ void MyPushAdWebServerManager::urlSessionDidCompleteWithError(const std::optiona
   });
 }
 
-std::optional<std::string> MyPushAdWebServerManager::receivedText() {
+std::shared_ptr<const std::string> MyPushAdWebServerManager::receivedText() {
   const std::lock_guard lock(receivedDataMutex_);
-  return receivedData_ && utf8::is_valid(*receivedData_) ? receivedData_ : std::nullopt;
+  return receivedData_ != nullptr && isUtf8(*receivedData_) ? receivedData_ : nullptr;
 }
 
 void MyPushAdWebServerManager::handleWithError(const Error& error) {

@@ -65,14 +65,14 @@ class QORIX_EXPORT MyPushAdWebServerManager
 
  private:
   void openSession();
-  /// What has arrived, when it is UTF-8.
-  std::optional<std::string> receivedText();
+  /// What has arrived, when it is UTF-8; else null.
+  std::shared_ptr<const std::string> receivedText();
 
   std::weak_ptr<MyPushAdDownloadDelegate> delegate_;
   std::optional<std::string> fileUrlString_;
   std::shared_ptr<UrlSession> session_;
   std::mutex receivedDataMutex_;  // the session's thread appends, a new attempt starts afresh
-  std::optional<std::string> receivedData_;
+  std::shared_ptr<std::string> receivedData_;  // copied before it changes where others hold it
 };
 
 }  // namespace qorix
