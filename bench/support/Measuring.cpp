@@ -28,6 +28,7 @@ std::vector<double> numbersOf(const Arguments& arguments) {
     command += " " + quoted(argument);
   }
   std::string output;
+  command += " 2>/dev/null";  // the log, and what engines complain about
   FILE* run = popen(command.c_str(), "re");
   if (run != nullptr) {
     char part[4096];
