@@ -41,6 +41,7 @@ void measure(const std::string& settings) {
   installTimedServices(stretches);
 
   numbers.push_back(stretches.timed([&] { host.requestAd(host.overlay()); }));
+  numbers.push_back(stretches.longest("commit"));
   const double webView = stretches.engineMicroseconds();
   stretches.forget();
   ScreenWatch watch(kPageColor);
@@ -79,6 +80,7 @@ struct Stretch {
 constexpr Stretch kStretches[] = {
     {"installing", 1000},
     {"the first show request", 500},
+    {"of it the durable commit", 1000},
     {"the longest task of the showing", 1000},
     {"a finished load", 1000},
     {"the second show request", 1000},
@@ -89,7 +91,7 @@ constexpr Stretch kStretches[] = {
 
 void compare() {
   const BenchDesktop desktop(kBanner);
-  const auto medians = runsInTurns(rounds(15), {{desktop.settings()}}).front();
+  const auto medians = runsInTurns(rounds(7), {{desktop.settings()}}).front();
   const double webView = medians.back();
   printHeading("Stretches of the main thread, beside the web engine", "us");
   for (std::size_t index = 0; index < std::size(kStretches); ++index) {

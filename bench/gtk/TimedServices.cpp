@@ -129,6 +129,41 @@ class TimedInterfaceLoader : public InterfaceLoader {
   std::vector<std::shared_ptr<TimedDelegate>> delegates_;
 };
 
+class TimedUserDefaults : public UserDefaults {
+ public:
+  TimedUserDefaults(std::shared_ptr<UserDefaults> next, Stretches& stretches)
+      : next_(std::move(next)), stretches_(stretches) {}
+
+  std::optional<std::string> stringForKey(const std::string& key) override {
+    return next_->stringForKey(key);
+  }
+  std::optional<std::vector<std::string>> stringArrayForKey(const std::string& key) override {
+    return next_->stringArrayForKey(key);
+  }
+  std::int64_t integerForKey(const std::string& key) override { return next_->integerForKey(key); }
+  void setString(const std::string& value, const std::string& key) override {
+    next_->setString(value, key);
+  }
+  void setStringArray(const std::vector<std::string>& value, const std::string& key) override {
+    next_->setStringArray(value, key);
+  }
+  void setInteger(std::int64_t value, const std::string& key) override {
+    next_->setInteger(value, key);
+  }
+  void removeObjectForKey(const std::string& key) override { next_->removeObjectForKey(key); }
+  bool synchronize() override {
+    bool isStored = false;
+    stretches_.note("commit", [&] { isStored = next_->synchronize(); });
+    return isStored;
+  }
+  void beginDecision() override { next_->beginDecision(); }
+  void endDecision() override { next_->endDecision(); }
+
+ private:
+  const std::shared_ptr<UserDefaults> next_;
+  Stretches& stretches_;
+};
+
 class NoWorkspace : public Workspace {
  public:
   void openUrl(const Url& /*url*/) override {}
@@ -161,6 +196,8 @@ void Stretches::forget() {
 
 void installTimedServices(Stretches& stretches) {
   Platform services = platform();
+  services.standardUserDefaults =
+      std::make_shared<TimedUserDefaults>(services.standardUserDefaults, stretches);
   services.mainRunLoop = std::make_shared<TimedRunLoop>(services.mainRunLoop, stretches);
   services.interfaceLoader =
       std::make_shared<TimedInterfaceLoader>(services.interfaceLoader, stretches);

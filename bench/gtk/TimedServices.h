@@ -29,7 +29,8 @@ class Stretches {
 };
 
 /// From now on every task of the run loop is noted as "task", and what the web view reports as
-/// "finished load" and "click"; `stretches` must live on. Links lead nowhere.
+/// "finished load" and "click", and flushed settings as "commit"; `stretches` must live on. Links
+/// lead nowhere.
 void installTimedServices(Stretches& stretches);
 
 }  // namespace qorix::bench

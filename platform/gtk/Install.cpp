@@ -1,5 +1,6 @@
 #include <gtk/gtk.h>
 
+#include <future>
 #include <utility>
 
 #include <qorix/gtk3.h>
@@ -49,13 +50,15 @@ CloudKitContainerFactory::Options cloudOptions(const InstallOptions& options) {
 }
 
 void installServices(const InstallOptions& options) {
+  const std::shared_ptr<Log> log = std::make_shared<StandardErrorLog>();
+  // Opening the file takes as long as preparing the transfers: both go on at once.
+  auto settings = std::async([&] { return settingsFor(options, log); });
   // Before the run loop: when the process ends, what was made last goes first, and the threads that
   // fetch can only be ended once none of them waits for the loop any more.
   HttpQueue::prepare();
   const auto runLoop = std::make_shared<MainContextRunLoop>();
   Platform services;
-  services.log = std::make_shared<StandardErrorLog>();
-  services.standardUserDefaults = settingsFor(options, services.log);
+  services.log = log;
   services.mainRunLoop = runLoop;
   services.mainBundle = hostBundle(options.bundleIdentifier);
   services.libraryBundle = libraryBundle();
@@ -67,6 +70,7 @@ void installServices(const InstallOptions& options) {
   services.workspace = std::make_shared<DesktopWorkspace>();
   services.windows = std::make_shared<ToplevelWindowFactory>();
   services.interfaceLoader = std::make_shared<ResourceInterfaceLoader>(runLoop);
+  services.standardUserDefaults = settings.get();
   services.defaultAdFileUrl = options.defaultAdFileUrl;
   services.defaultCloudContainerIdentifier = options.defaultCloudContainerIdentifier;
   services.documentPublicKeys = options.documentPublicKeys;
