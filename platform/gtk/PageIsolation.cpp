@@ -1,7 +1,9 @@
 #include "platform/gtk/PageIsolation.h"
 
+#include <sys/wait.h>
 #include <webkit2/webkit2.h>
 
+#include <cerrno>
 #include <memory>
 
 #include <qorix/platform/Log.h>
@@ -21,42 +23,62 @@ WebKitMemoryPressureSettings* newMemoryLimit() {
   return settings;
 }
 
-// The engine ends the host if it cannot make the sandbox that it was told to use. So the same is
-// tried first, with the engine's own tools.
-bool canMakeSandbox() {
-  const std::unique_ptr<char, decltype(&g_free)> proxy(g_find_program_in_path("xdg-dbus-proxy"),
-                                                       &g_free);
-  if (proxy == nullptr) {
-    return false;
+/// The engine ends the host if it cannot make the sandbox that it was told to use. So the same is
+/// tried first, with the engine's own tools, in a process of its own: the host goes on meanwhile.
+class SandboxTrial {
+ public:
+  SandboxTrial() {
+    const std::unique_ptr<char, decltype(&g_free)> proxy(g_find_program_in_path("xdg-dbus-proxy"),
+                                                         &g_free);
+    if (proxy == nullptr) {
+      return;
+    }
+    const char* command[] = {"bwrap",
+                             "--die-with-parent",
+                             "--unshare-uts",
+                             "--unshare-pid",
+                             "--unshare-ipc",
+                             "--unshare-cgroup-try",
+                             "--ro-bind",
+                             "/",
+                             "/",
+                             "--proc",
+                             "/proc",
+                             "--dev",
+                             "/dev",
+                             "--tmpfs",
+                             "/tmp",
+                             "true",
+                             nullptr};
+    const auto flags =
+        static_cast<GSpawnFlags>(G_SPAWN_SEARCH_PATH | G_SPAWN_STDOUT_TO_DEV_NULL |
+                                 G_SPAWN_STDERR_TO_DEV_NULL | G_SPAWN_DO_NOT_REAP_CHILD);
+    isStarted_ = g_spawn_async(nullptr, const_cast<char**>(command), nullptr, flags, nullptr,
+                               nullptr, &process_, nullptr) != FALSE;
   }
-  const char* command[] = {"bwrap",
-                           "--die-with-parent",
-                           "--unshare-uts",
-                           "--unshare-pid",
-                           "--unshare-ipc",
-                           "--unshare-cgroup-try",
-                           "--ro-bind",
-                           "/",
-                           "/",
-                           "--proc",
-                           "/proc",
-                           "--dev",
-                           "/dev",
-                           "--tmpfs",
-                           "/tmp",
-                           "true",
-                           nullptr};
-  int status = -1;
-  const auto flags = static_cast<GSpawnFlags>(G_SPAWN_SEARCH_PATH | G_SPAWN_STDOUT_TO_DEV_NULL |
-                                              G_SPAWN_STDERR_TO_DEV_NULL);
-  return g_spawn_sync(nullptr, const_cast<char**>(command), nullptr, flags, nullptr, nullptr,
-                      nullptr, nullptr, &status, nullptr) != FALSE &&
-         g_spawn_check_wait_status(status, nullptr) != FALSE;
-}
+
+  /// Waits for its end. Call it once.
+  bool isSuccess() const {
+    if (!isStarted_) {
+      return false;
+    }
+    int status = -1;
+    pid_t ended = -1;
+    do {
+      ended = ::waitpid(process_, &status, 0);
+    } while (ended < 0 && errno == EINTR);
+    return ended == process_ && g_spawn_check_wait_status(status, nullptr) != FALSE;
+  }
+
+ private:
+  bool isStarted_ = false;
+  GPid process_ = 0;
+};
 
 }  // namespace
 
 WebKitWebContext* newIsolatedWebContext() {
+  const SandboxTrial sandbox;
   const std::unique_ptr<WebKitWebsiteDataManager, Unref> storesNothing(
       webkit_website_data_manager_new_ephemeral());
   WebKitMemoryPressureSettings* memoryLimit = newMemoryLimit();
@@ -64,7 +86,7 @@ WebKitWebContext* newIsolatedWebContext() {
                                                   storesNothing.get(), "memory-pressure-settings",
                                                   memoryLimit, nullptr));
   webkit_memory_pressure_settings_free(memoryLimit);
-  if (canMakeSandbox()) {
+  if (sandbox.isSuccess()) {
     webkit_web_context_set_sandbox_enabled(context, TRUE);
   } else {
     logLine("ZAM Ad pages run without a sandbox: this system cannot make one");

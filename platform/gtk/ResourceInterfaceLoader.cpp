@@ -9,6 +9,7 @@
 #include "platform/gtk/Accessibility.h"
 #include "platform/gtk/AdWebContext.h"
 #include "platform/gtk/Desktop.h"
+#include "platform/gtk/FileFilter.h"
 #include "platform/gtk/Unref.h"
 #include "platform/gtk/WebKitView.h"
 #include "platform/gtk/WidgetView.h"
@@ -41,6 +42,7 @@ std::optional<Interface> ResourceInterfaceLoader::load(const std::string& name,
   if (!hasDisplay("view")) {
     return std::nullopt;
   }
+  FileFilter::ofLibrary();  // the engine makes it while the web view is made here
   g_type_ensure(WEBKIT_TYPE_WEB_VIEW);
   g_type_ensure(WEBKIT_TYPE_SETTINGS);
   const std::unique_ptr<GtkBuilder, Unref> builder(gtk_builder_new());
