@@ -83,4 +83,4 @@ void compare() {
 }  // namespace
 }  // namespace qorix::bench
 
-int main() { qorix::bench::compare(); }
+int main() { return qorix::bench::report(qorix::bench::compare); }

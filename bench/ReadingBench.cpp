@@ -13,6 +13,7 @@
 #include <qorix/MyPushAdUtil.h>
 #include <qorix/platform/Platform.h>
 
+#include "support/Documents.h"
 #include "support/Measuring.h"
 #include "support/ProcessMemory.h"
 
@@ -64,9 +65,9 @@ std::string escaped(std::string_view text) {
 std::string ad(int index, const std::string& html) {
   std::string titles;
   std::string pages;
-  for (const std::string language : {"en", "de", "fr", "ja", "pt-BR", "default"}) {
-    titles += "      <" + language + ">Try our viewer</" + language + ">\n";
-    pages += "      <" + language + ">" + html + "</" + language + ">\n";
+  for (const char* language : {"en", "de", "fr", "ja", "pt-BR", "default"}) {
+    titles += element(language, "Try our viewer");
+    pages += element(language, html);
   }
   return "  <push_ad>\n    <adid>" + std::to_string(index + 1) +
          "</adid>\n    <enable>1</enable>\n    <version>2a1</version>\n    <embed>1</embed>\n"
@@ -159,8 +160,13 @@ void compareTimes(bool isEscaped) {
   }
 }
 
-/// One run, by `reader`: "expat", "libxml2" or "QORIX".
-void measureMemory(const Shape& shape, bool isEscaped, const std::string& reader, int line) {
+/// One run: the number of the shape, "escaped" or "CDATA", the reader ("expat", "libxml2" or
+/// "QORIX"), and the line of its host.
+void measureMemory(const Arguments& arguments) {
+  const Shape& shape = kShapes[std::stoul(arguments[1])];
+  const bool isEscaped = arguments[2] == "escaped";
+  const std::string& reader = arguments[3];
+  const int line = std::stoi(arguments[4]);
   const auto read = [&](const std::optional<std::string>& text) {
     if (reader == "expat") {
       readWithExpat(*text);
@@ -200,17 +206,19 @@ void compareMemory() {
   }
 }
 
+void compare() {
+  compareTimes(false);
+  compareTimes(true);
+  compareMemory();
+}
+
 }  // namespace
 }  // namespace qorix::bench
 
 int main(int argc, char** argv) {
-  using namespace qorix::bench;
-  if (argc == 6 && std::string_view(argv[1]) == "--memory") {
-    measureMemory(kShapes[std::atoi(argv[2])], std::string_view(argv[3]) == "escaped", argv[4],
-                  std::atoi(argv[5]));
+  if (argc == 6) {
+    qorix::bench::measureMemory({argv + 1, argv + argc});
     return EXIT_SUCCESS;
   }
-  compareTimes(false);
-  compareTimes(true);
-  compareMemory();
+  return qorix::bench::report(qorix::bench::compare);
 }

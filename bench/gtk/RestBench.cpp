@@ -102,7 +102,8 @@ void compare() {
                         {"bare", number, time, "", ""}});
     const std::string views = count == 1 ? "1 bare view" : "20 bare views";
     const std::string banners = count == 1 ? "1 banner" : "20 banners";
-    printRow({banners + ", wake-ups in " + time + " s", found[0][0], views, found[1][0]});
+    const std::string wakeUps = ", wake-ups in " + time + " s";
+    printRow({banners + wakeUps, found[0][0], views, found[1][0]});
     printRow({banners + ", threads", found[0][1], views, found[1][1]});
     printRow({banners + ", descriptors", found[0][2], views, found[1][2]});
     printRow({banners + ", MB (PSS)", found[0][3], views, found[1][3]});

@@ -5,7 +5,9 @@
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
+#include <exception>
 #include <filesystem>
+#include <iterator>
 #include <memory>
 #include <sstream>
 #include <utility>
@@ -53,15 +55,24 @@ std::vector<double> mediansOf(const std::vector<std::vector<double>>& runs) {
   std::vector<double> medians;
   for (std::size_t i = 0; i < runs.front().size(); ++i) {
     std::vector<double> values;
-    for (const auto& run : runs) {
-      values.push_back(run.at(i));
-    }
+    std::ranges::transform(runs, std::back_inserter(values),
+                           [i](const auto& run) { return run.at(i); });
     medians.push_back(medianOf(std::move(values)));
   }
   return medians;
 }
 
 }  // namespace
+
+int report(void (*compare)()) {
+  try {
+    compare();
+    return EXIT_SUCCESS;
+  } catch (const std::exception& exception) {
+    std::fprintf(stderr, "%s\n", exception.what());
+    return EXIT_FAILURE;
+  }
+}
 
 int rounds(int many) { return std::getenv("QORIX_BENCH_TRIAL") != nullptr ? 1 : many; }
 

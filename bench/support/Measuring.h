@@ -7,6 +7,9 @@
 
 namespace qorix::bench {
 
+/// What the programs do: prints the tables. Returns the exit status of the program.
+int report(void (*compare)());
+
 using Work = std::function<void()>;
 
 /// How often something is measured: once where QORIX_BENCH_TRIAL is set, which only shows that a

@@ -200,15 +200,16 @@ TEST_F(ParsingTest, theTableIsReadFromEveryDataElementAndTheFirstMatchingLineCou
 // What may be left out while the document is read is known only behind them.
 TEST_F(ParsingTest, theOrderOfTableAndAdvertisementsMakesNoDifference) {
   const auto ad = [](const std::string& adid) {
-    const std::string page = "<html_contents><en>page " + adid + "</en></html_contents>";
+    const std::string page = element("html_contents", element("en", "page " + adid));
     return AdElements{.adid = page + element("adid", adid), .htmlContents = {}}.text();
   };
   const std::string ads = adText("20") + ad("21") + ad("22");
   const std::string version = "<data><file_version>1</file_version></data>";
   const std::string table = "<data>" + tableLine(kEditor, "22") + "</data>";
-  for (const std::string& document :
-       {version + table + ads, version + ads + table, ads + table + version}) {
-    const auto info = parse("<rootcfg>" + document + "</rootcfg>");
+  const std::vector<std::string> documents = {version + table + ads, version + ads + table,
+                                              ads + table + version};
+  for (const std::string& document : documents) {
+    const auto info = parse(element("rootcfg", document));
     ASSERT_NE(info, nullptr);
     EXPECT_EQ(info->adId(), 22);
     EXPECT_EQ(info->htmlContentsDict(), (LocalizedTexts{{"en", "page 22"}}));

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "definition/XmlDocument.h"
+#include "support/Documents.h"
 #include "support/Repeated.h"
 
 namespace qorix {
@@ -246,10 +247,8 @@ TEST(XmlDocumentTest, aLongTextBetweenTagsIsReadLikeAShortOne) {
   };
   const std::string declarations = "<!DOCTYPE r [<!ENTITY e '&#38;lt;e>'>]>";
   for (const auto& [written, text] : texts) {
-    const std::string between = written + dots;
-    EXPECT_EQ(
-        textOf(declarations + "<r><a>" + between + "</a>" + between + "<b/>" + between + "</r>"),
-        repeated(text + dots, 3))
+    const std::string between = element("a", written + dots);
+    EXPECT_EQ(textOf(declarations + element("r", repeated(between, 3))), repeated(text + dots, 3))
         << written;
   }
   for (const auto* between : {"\x01", "\x80", "\xC3(", "\xEF\xBF\xBF", "]]>", "&", "& ",
@@ -285,22 +284,24 @@ XmlOmission unwantedPages() {
           }};
 }
 
+/// A list in which `pages` stand where they can be left out and where they cannot.
+std::string listWithPages(const std::string& pages) {
+  return element("list", element("ad", "<id>other</id>" + pages + "<notes>n</notes>") +
+                             element("ad", "<id>wanted</id>" + pages) + pages +
+                             "<x><pages>kept</pages></x>" + element("ad", element("y", pages)) +
+                             element("ad", pages));
+}
+
 TEST(XmlDocumentTest, textsThatAreNotNeededAreLeftOut) {
   const std::string dots(2000, '.');
   for (const std::string& page : {std::string("page"), "<en>&lt;" + dots + "</en>",
                                   "<en>" + longSection("") + "</en>", "&#65;" + dots}) {
-    const std::string pages = "<pages>" + page + "</pages>";
-    const auto document = XmlDocument::parse(
-        "<list><ad><id>other</id>" + pages + "<notes>n</notes></ad><ad><id>wanted</id>" + pages +
-            "</ad>" + pages + "<x><pages>kept</pages></x><ad><y>" + pages + "</y></ad><ad>" +
-            pages + "</ad></list>",
-        unwantedPages());
+    const std::string pages = element("pages", page);
+    const auto document = XmlDocument::parse(listWithPages(pages), unwantedPages());
     ASSERT_TRUE(document);
     const std::string text = textOf(pages);
     EXPECT_EQ(document->root().text(),
-              "othern"
-              "wanted" +
-                  text + text + "kept" + text)
+              std::string("othernwanted").append(text).append(text).append("kept").append(text))
         << page;
     std::vector<bool> areWhole;
     for (const XmlElement child : document->root().children()) {

@@ -347,17 +347,19 @@ class Promises(Tree):
     def faults_for(self, named):
         self.write("tests/a/SomeTest.cpp", "TEST_F(SomeTest, endsWell) {}\n")
         self.write("tests/a/CMakeLists.txt", "add_test(NAME tools.script COMMAND x)\n")
+        self.write("bench/CMakeLists.txt", "qorix_add_bench(first Some.cpp)\nqorix_try_bench(second)\n")
         for guide in ("docs/testing.md", "docs/reliability.md"):
             self.write(guide, "")
         self.write(self.guide, f"| promise | tests |\n|---|---|\n| it holds | {named} |\n")
         return list(promises.faults(self.root))
 
     def test_a_test_that_exists(self):
-        for named in ("`SomeTest`", "`SomeTest.endsWell`", "`SomeTest.ends…`, `Some…`", "`tools.script`", "`tools.…`"):
+        for named in ("`SomeTest`", "`SomeTest.endsWell`", "`SomeTest.ends…`, `Some…`", "`tools.script`", "`tools.…`",
+                      "`bench.first`", "`bench.second`"):
             self.assertEqual(self.faults_for(named), [])
 
     def test_a_test_that_is_gone(self):
-        for named in ("`OtherTest`", "`Some`", "`SomeTest.endsBadly`", "`SomeTest.ends`", "`tools.other`",
+        for named in ("`OtherTest`", "`Some`", "`SomeTest.endsBadly`", "`SomeTest.ends`", "`tools.other`", "`bench.other`",
                       "`SomeTest`, `SomeTest.begins…`"):
             self.assertEqual(len(self.faults_for(named)), 1)
 

@@ -9,15 +9,16 @@ import sys
 from pathlib import Path
 
 TEST = re.compile(r"^TEST(?:_F|_P)?\(\s*(\w+),\s*(\w+)\s*\)|"
-                  r"NAME (build|docs|examples|house|tools)\.([\w-]*)", re.MULTILINE)
+                  r"NAME (build|docs|examples|house|tools)\.([\w-]*)|"
+                  r"^qorix_(?:add|try)_(bench)\((\w[\w-]*)", re.MULTILINE)
 
 
 def tests(root):
     """Every test as "Suite.name"."""
-    for path in sorted((root / "tests").rglob("*")):
+    for path in sorted([*(root / "tests").rglob("*"), root / "bench" / "CMakeLists.txt"]):
         if path.name == "CMakeLists.txt" or path.suffix == ".cpp":
-            for suite, name, group, script in TEST.findall(path.read_text()):
-                yield f"{suite or group}.{name or script}"
+            for suite, name, group, script, bench, program in TEST.findall(path.read_text()):
+                yield f"{suite or group or bench}.{name or script or program}"
 
 
 def faults(root):
