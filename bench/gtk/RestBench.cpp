@@ -12,6 +12,7 @@
 #include <fstream>
 #include <iterator>
 #include <string>
+#include <vector>
 
 #include <qorix/MyPushAdManager.h>
 #include <qorix/gtk3.h>
@@ -82,10 +83,12 @@ void measure(const Arguments& arguments) {
     }
   }
   serveFor(rounds(count == 1 ? 5 : 15));  // what follows a load has been done by then
-  const double waits = waitsOfThreads();
+  const double atFirst = waitsOfThreads();
   serveFor(seconds);
-  printNumbers({waitsOfThreads() - waits, entriesOf("/proc/self/task"), entriesOf("/proc/self/fd"),
-                kilobytesOfShare() / 1024});
+  const double then = waitsOfThreads();
+  serveFor(seconds);
+  printNumbers({then - atFirst, waitsOfThreads() - then, entriesOf("/proc/self/task"),
+                entriesOf("/proc/self/fd"), kilobytesOfShare() / 1024});
 }
 
 void compare() {
@@ -102,11 +105,12 @@ void compare() {
                         {"bare", number, time, "", ""}});
     const std::string views = count == 1 ? "1 bare view" : "20 bare views";
     const std::string banners = count == 1 ? "1 banner" : "20 banners";
-    const std::string wakeUps = ", wake-ups in " + time + " s";
-    printRow({banners + wakeUps, found[0][0], views, found[1][0]});
-    printRow({banners + ", threads", found[0][1], views, found[1][1]});
-    printRow({banners + ", descriptors", found[0][2], views, found[1][2]});
-    printRow({banners + ", MB (PSS)", found[0][3], views, found[1][3]});
+    const std::vector<std::string> numbers = {"wake-ups in the first " + time + " s",
+                                              "wake-ups in the next " + time + " s", "threads",
+                                              "descriptors", "MB (PSS)"};
+    for (std::size_t i = 0; i < numbers.size(); ++i) {
+      printRow({banners + ", " + numbers[i], found[0][i], views, found[1][i]});
+    }
   }
 }
 

@@ -1,73 +1,79 @@
 #include "platform/gtk/PageWatchdog.h"
 
-#include <webkit2/webkit2.h>
-
+#include <algorithm>
 #include <utility>
-
-#include "platform/Guarded.h"
 
 namespace qorix::gtk {
 
 namespace {
 
-constexpr unsigned kTicks = 2;  // for which a question may wait
+// Shorter than the time limit: after a while in which the main loop did not run, an answer that has
+// come is handled before the next look.
+constexpr int kLookInterval = PageWatchdog::kTimeLimit / 2;
 
 }  // namespace
 
-struct PageWatchdog::Question {
-  bool isAnswered = false;
-  unsigned ticks = 0;
-};
+PageWatchdog::PageWatchdog(std::shared_ptr<RunLoop> runLoop, Ask ask,
+                           std::function<void()> onSilence)
+    : runLoop_(std::move(runLoop)), ask_(std::move(ask)), onSilence_(std::move(onSilence)) {}
 
-PageWatchdog::PageWatchdog(WebKitWebView* webView, std::function<void()> onSilence)
-    : webView_(webView), onSilence_(std::move(onSilence)) {}
-
-PageWatchdog::~PageWatchdog() { stop(); }
-
-// The timer has a low priority: an answer that has come is handled before it.
 void PageWatchdog::start() {
-  if (timer_ == 0) {
-    timer_ = g_timeout_add_seconds_full(G_PRIORITY_LOW, kTimeLimit / kTicks,
-                                        guarded<onTick, G_SOURCE_CONTINUE>, this, nullptr);
+  pause_ = 0;
+  if (state_ != State::waiting) {
     ask();
+  }
+}
+
+void PageWatchdog::pageIsUsed() {
+  if (state_ == State::waiting) {
+    pause_ = 0;
+  } else if (state_ == State::pausing && pause_ > kShortestPause) {
+    pause_ = kShortestPause;
+    pause();
   }
 }
 
 void PageWatchdog::stop() {
-  if (timer_ != 0) {
-    g_source_remove(std::exchange(timer_, 0));
-  }
+  ++turn_;
+  state_ = State::stopped;
 }
 
-// Only the page's process knows whether something could be copied, and asking changes nothing.
 void PageWatchdog::ask() {
-  const auto finish = [](GObject* /*webView*/, GAsyncResult* /*result*/, gpointer data) {
-    const std::unique_ptr<std::shared_ptr<Question>> answered(
-        static_cast<std::shared_ptr<Question>*>(data));
-    (*answered)->isAnswered = true;
+  ++turn_;
+  state_ = State::waiting;
+  waited_ = 0;
+  runLoop_->performAfterDelay(kLookInterval, inThisTurn(&PageWatchdog::checkSilence));
+  ask_(inThisTurn(&PageWatchdog::noticeAnswer));
+}
+
+void PageWatchdog::noticeAnswer() {
+  pause_ = std::clamp(2 * pause_, kShortestPause, kLongestPause);
+  pause();
+}
+
+void PageWatchdog::pause() {
+  ++turn_;
+  state_ = State::pausing;
+  runLoop_->performAfterDelay(pause_, inThisTurn(&PageWatchdog::ask));
+}
+
+void PageWatchdog::checkSilence() {
+  waited_ += kLookInterval;
+  if (waited_ < kTimeLimit) {
+    runLoop_->performAfterDelay(kLookInterval, inThisTurn(&PageWatchdog::checkSilence));
+  } else {
+    stop();
+    onSilence_();
+  }
+}
+
+std::function<void()> PageWatchdog::inThisTurn(void (PageWatchdog::*step)()) {
+  return [weak = weak_from_this(), turn = turn_, step] {
+    const auto self = weak.lock();
+    if (self != nullptr && self->turn_ == turn) {
+      (*self.*step)();
+    }
   };
-  question_ = std::make_shared<Question>();
-  webkit_web_view_can_execute_editing_command(webView_, WEBKIT_EDITING_COMMAND_COPY, nullptr,
-                                              finish, new std::shared_ptr<Question>(question_));
-}
-
-bool PageWatchdog::isSilent() {
-  if (question_->isAnswered) {
-    ask();
-    return false;
-  }
-  return ++question_->ticks >= kTicks;
-}
-
-int PageWatchdog::onTick(void* self) {
-  auto* watchdog = static_cast<PageWatchdog*>(self);
-  if (!watchdog->isSilent()) {
-    return G_SOURCE_CONTINUE;
-  }
-  watchdog->timer_ = 0;
-  const auto onSilence = watchdog->onSilence_;  // the call may destroy the watchdog
-  callGuarded(onSilence);
-  return G_SOURCE_REMOVE;
 }
 
 }  // namespace qorix::gtk

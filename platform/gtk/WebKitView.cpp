@@ -54,6 +54,17 @@ void addScript(WebKitUserContentManager* manager, const char* path, const char* 
   g_bytes_unref(source);
 }
 
+// Only the page's process knows whether something could be copied, and asking changes nothing.
+void askPage(WebKitWebView* webView, std::function<void()> onAnswer) {
+  using OnAnswer = std::function<void()>;
+  const auto finish = [](GObject* /*webView*/, GAsyncResult* /*result*/, gpointer data) {
+    const std::unique_ptr<OnAnswer> answered(static_cast<OnAnswer*>(data));
+    callGuarded(*answered);
+  };
+  webkit_web_view_can_execute_editing_command(webView, WEBKIT_EDITING_COMMAND_COPY, nullptr, finish,
+                                              new OnAnswer(std::move(onAnswer)));
+}
+
 }  // namespace
 
 std::shared_ptr<WebKitView> WebKitView::create(WebKitWebView* webView,
@@ -73,12 +84,16 @@ WebKitView::WebKitView(WebKitWebView* webView, std::shared_ptr<MainContextRunLoo
           [this](const WebFrame& frame) { reportFinishedLoad(frame); })),
       navigation_(GTK_WIDGET(webView), delegate_),
       focus_(GTK_WIDGET(webView)),
-      watchdog_(webView, [this] { replaceSilentPage(); }) {
+      watchdog_(std::make_shared<PageWatchdog>(
+          runLoop_, [webView](auto onAnswer) { askPage(webView, std::move(onAnswer)); },
+          [this] { replaceSilentPage(); })) {
   g_signal_connect(webView, "load-changed", G_CALLBACK(guarded<onLoadChanged>), this);
   g_signal_connect(webView, "load-failed", G_CALLBACK((guarded<onLoadFailed, TRUE>)), this);
   g_signal_connect(webView, "decide-policy", G_CALLBACK(guarded<onDecidePolicy>), this);
   g_signal_connect(webView, "web-process-terminated", G_CALLBACK(guarded<onProcessTerminated>),
                    this);
+  g_signal_connect(webView, "notify::is-web-process-responsive",
+                   G_CALLBACK(guarded<onResponsivenessChanged>), this);
   correctPainting(webView);
   refuseRequests(webView);
   watchPage();
@@ -96,7 +111,7 @@ void WebKitView::watchPage() {
 
 void WebKitView::widgetWillBeDestroyed() {
   scripts_.endPage();
-  watchdog_.stop();
+  watchdog_->stop();
   navigation_.stop(widget());
   focus_.stop();
   g_signal_handlers_disconnect_by_data(widget(), this);
@@ -128,6 +143,7 @@ void WebKitView::loadWantedPage(WebKitUserContentFilter* fileFilter) {
                                            fileFilter);
   }
   setHolderHidden(false);
+  watchdog_->pageIsUsed();
   scripts_.beginPage();
   webkit_web_view_load_html(
       webView(), wantedPage_->html.c_str(),
@@ -190,6 +206,7 @@ void WebKitView::setDrawsBackground(bool draws) {
 
 std::string WebKitView::stringByEvaluatingJavaScriptFromString(const std::string& script) {
   const auto held = self();
+  watchdog_->pageIsUsed();
   return webView() == nullptr ? std::string() : scripts_.evaluate(webView(), script);
 }
 
@@ -224,7 +241,7 @@ void WebKitView::onLoadChanged(WebKitWebView* /*webView*/, int event, void* data
     if (view->wantedPage_ && view->wantedPage_->isAskedFor) {
       view->wantedPage_.reset();
     }
-    view->watchdog_.start();
+    view->watchdog_->start();
   } else if (event == WEBKIT_LOAD_FINISHED && !view->hasLoadFailed_) {
     view->loadReports_->add({.isMainFrame = true});
   }
@@ -260,12 +277,18 @@ void WebKitView::onMessage(WebKitUserContentManager* /*manager*/, WebKitJavascri
   }
 }
 
+// The engine notices a page that lets its user's clicks and keys wait.
+void WebKitView::onResponsivenessChanged(WebKitWebView* /*webView*/, void* /*property*/,
+                                         void* data) {
+  static_cast<WebKitView*>(data)->watchdog_->pageIsUsed();
+}
+
 void WebKitView::onProcessTerminated(WebKitWebView* /*webView*/, int reason, void* data) {
   auto* view = static_cast<WebKitView*>(data);
   const auto held = view->self();
   view->scripts_.endPage();
   view->navigation_.endPage();
-  view->watchdog_.stop();
+  view->watchdog_->stop();
   if (!view->isPageToEnd_) {
     logLine("ZAM Ad page's web process ended: " +
             (view->endReason_.empty()

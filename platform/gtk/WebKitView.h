@@ -30,8 +30,8 @@ namespace qorix::gtk {
 /// Loads are reported when the page answers, and never while a script is being evaluated. The
 /// delegate's methods for mouse moves and the start of a load are never called: nobody uses them.
 ///
-/// A page that does not answer for PageWatchdog::kTimeLimit is ended. While there is no page, the
-/// view that holds this one is hidden, so that it does not take the pointer.
+/// A page that the PageWatchdog finds silent is ended. While there is no page, the view that holds
+/// this one is hidden, so that it does not take the pointer.
 class WebKitView : public WidgetView<WebView> {
  public:
   /// The View of `webView`, into which nothing has been loaded yet.
@@ -74,6 +74,7 @@ class WebKitView : public WidgetView<WebView> {
                                  void* self);
   static void onMessage(WebKitUserContentManager* manager, WebKitJavascriptResult* message,
                         void* self);
+  static void onResponsivenessChanged(WebKitWebView* webView, void* property, void* self);
   static void onProcessTerminated(WebKitWebView* webView, int reason, void* self);
 
   const std::shared_ptr<MainContextRunLoop> runLoop_;
@@ -87,7 +88,7 @@ class WebKitView : public WidgetView<WebView> {
   bool isHolderHidden_ = false;
   NavigationQuestions navigation_;
   PageFocus focus_;
-  PageWatchdog watchdog_;
+  const std::shared_ptr<PageWatchdog> watchdog_;
 };
 
 }  // namespace qorix::gtk
