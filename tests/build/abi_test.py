@@ -14,7 +14,7 @@ import tempfile
 import xml.etree.ElementTree as ElementTree
 from pathlib import Path
 
-CLASS = re.compile(r"^(?:class|struct) (?:QORIX_EXPORT )?(?:\[\[\w+\]\] )?(\w+)(?: : [^;{]*)? {", re.MULTILINE)
+CLASS = re.compile(r"^(?:class|struct) (?:QORIX_EXPORT )?(?:\[\[\w+\]\] )?(\w+)(?:\s+: [^;{]*)? {", re.MULTILINE)
 TEMPLATE = re.compile(r"^template <.*>\n(?:class|struct) ", re.MULTILINE)
 DESCRIBE = ["abidw", "--exported-interfaces-only", "--no-show-locs", "--no-corpus-path",
             "--no-comp-dir-path", "--no-elf-needed"]
