@@ -92,8 +92,9 @@ WebKitView::WebKitView(WebKitWebView* webView, std::shared_ptr<MainContextRunLoo
   g_signal_connect(webView, "decide-policy", G_CALLBACK(guarded<onDecidePolicy>), this);
   g_signal_connect(webView, "web-process-terminated", G_CALLBACK(guarded<onProcessTerminated>),
                    this);
-  g_signal_connect(webView, "notify::is-web-process-responsive",
-                   G_CALLBACK(guarded<onResponsivenessChanged>), this);
+  for (const char* act : {"button-press-event", "key-press-event", "touch-event"}) {
+    g_signal_connect(webView, act, G_CALLBACK(guarded<onUserAct>), this);
+  }
   correctPainting(webView);
   refuseRequests(webView);
   watchPage();
@@ -277,10 +278,9 @@ void WebKitView::onMessage(WebKitUserContentManager* /*manager*/, WebKitJavascri
   }
 }
 
-// The engine notices a page that lets its user's clicks and keys wait.
-void WebKitView::onResponsivenessChanged(WebKitWebView* /*webView*/, void* /*property*/,
-                                         void* data) {
+gboolean WebKitView::onUserAct(WebKitWebView* /*webView*/, GdkEvent* /*event*/, void* data) {
   static_cast<WebKitView*>(data)->watchdog_->pageIsUsed();
+  return GDK_EVENT_PROPAGATE;
 }
 
 void WebKitView::onProcessTerminated(WebKitWebView* /*webView*/, int reason, void* data) {

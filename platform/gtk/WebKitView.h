@@ -16,6 +16,7 @@
 #include "platform/gtk/WidgetView.h"
 
 using gboolean = int;
+using GdkEvent = union _GdkEvent;
 using GError = struct _GError;
 using WebKitJavascriptResult = struct _WebKitJavascriptResult;
 using WebKitPolicyDecision = struct _WebKitPolicyDecision;
@@ -74,7 +75,7 @@ class WebKitView : public WidgetView<WebView> {
                                  void* self);
   static void onMessage(WebKitUserContentManager* manager, WebKitJavascriptResult* message,
                         void* self);
-  static void onResponsivenessChanged(WebKitWebView* webView, void* property, void* self);
+  static gboolean onUserAct(WebKitWebView* webView, GdkEvent* event, void* self);
   static void onProcessTerminated(WebKitWebView* webView, int reason, void* self);
 
   const std::shared_ptr<MainContextRunLoop> runLoop_;

@@ -98,9 +98,9 @@ std::vector<pid_t> ControllerTest::webProcesses() {
   return candidates;
 }
 
-void ControllerTest::killWebProcesses() {
+void ControllerTest::signalWebProcesses(int signal) {
   for (const pid_t process : webProcesses()) {
-    kill(process, SIGKILL);
+    kill(process, signal);
   }
 }
 

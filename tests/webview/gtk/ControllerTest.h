@@ -36,7 +36,7 @@ class ControllerTest : public GtkTest {
 
   /// The engine's processes of pages, which are descendants of this one.
   static std::vector<pid_t> webProcesses();
-  static void killWebProcesses();
+  static void signalWebProcesses(int signal);
 
   /// Waits until the user's acts have caused that many reports, openings and requests in total.
   bool waitForActs(std::size_t count);
@@ -55,12 +55,16 @@ class ControllerTest : public GtkTest {
     int pages = 0;
   };
 
+  static std::shared_ptr<WatchedController> newController() {
+    return MyPushAdViewController::createInstanceWithPushAdMode<WatchedController>(
+        MyPushAdModeBanner);
+  }
+
   LoopbackServer server;
   HostWindow host{400, 300};
   std::shared_ptr<FakeControllerDelegate> delegate = std::make_shared<FakeControllerDelegate>();
   std::shared_ptr<FakeWorkspace> workspace = std::make_shared<FakeWorkspace>();
-  std::shared_ptr<WatchedController> controller =
-      MyPushAdViewController::createInstanceWithPushAdMode<WatchedController>(MyPushAdModeBanner);
+  std::shared_ptr<WatchedController> controller = newController();
   std::vector<std::string> announced;  // the elements, described
 };
 

@@ -1,6 +1,7 @@
 // Hostile pages. The host must continue to work.
 
 #include <gmock/gmock.h>
+#include <signal.h>
 
 #include <filesystem>
 #include <fstream>
@@ -84,7 +85,7 @@ TEST_F(HostilePageTest, aListThatNeverEndsIsGivenUpWhileTheHostIsServed) {
   ASSERT_TRUE(waitFor([&] { return evaluate("'awake'") == "awake"; }));
   ASSERT_TRUE(waitFor([&] { return evaluate("'awake'").empty(); }));
   EXPECT_GT(ticks.count, 20);
-  killWebProcesses();
+  signalWebProcesses(SIGKILL);
 }
 
 TEST_F(HostilePageTest, aListThatThrowsIsAnEmptyOne) {
@@ -144,7 +145,7 @@ TEST_F(HostilePageTest, dialogsWithoutEndAreAnsweredUnseenAndLeaveTheHostItsTime
                                     server.url("/hundred") + "'); } }</script>");
   ASSERT_TRUE(waitFor([&] { return server.requests().size() == 1 && ticks.count > 100; }));
   EXPECT_EQ(visibleWindows(), 1);
-  killWebProcesses();  // left alone, it keeps a processor busy for ten seconds more
+  signalWebProcesses(SIGKILL);  // left alone, it keeps a processor busy for ten seconds more
 }
 
 TEST_F(HostilePageTest, aFrameFromElsewhereReachesNothingOfThePage) {
@@ -315,7 +316,7 @@ TEST_F(HostilePageTest, aPageThatClosesItselfStays) {
 TEST_F(HostilePageTest, aCrashedWebProcessIsOneLogLineAndABlankBanner) {
   show("<body style='background:#f00'>");
   log->takeLines();
-  killWebProcesses();
+  signalWebProcesses(SIGKILL);
   ASSERT_TRUE(waitFor([&] { return !log->lines().empty(); }));
   settle();
   EXPECT_THAT(log->lines(), ElementsAre("ZAM Ad page's web process ended: crashed"));
@@ -332,7 +333,7 @@ TEST_F(HostilePageTest, aWebProcessThatDiesWhileItIsAskedIsNotWaitedFor) {
     g_timeout_add(
         10,
         [](gpointer) -> gboolean {
-          killWebProcesses();
+          signalWebProcesses(SIGKILL);
           return G_SOURCE_REMOVE;
         },
         nullptr);

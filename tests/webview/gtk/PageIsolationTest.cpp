@@ -1,9 +1,11 @@
 // What the pages of advertisements cannot do to the user and the host.
 
 #include <gmock/gmock.h>
+#include <signal.h>
 
 #include <filesystem>
 #include <fstream>
+#include <utility>
 
 #include "platform/gtk/FileFilter.h"
 #include "platform/gtk/PageIsolation.h"
@@ -17,6 +19,7 @@ namespace qorix::test {
 namespace {
 
 using ::testing::Contains;
+using ::testing::Each;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
@@ -233,6 +236,33 @@ TEST_F(PageIsolationTest, aPageThatIsBusyForAWhileIsLetBe) {
   EXPECT_THAT(log->lines(), Not(Contains(HasSubstr("ended"))));
 }
 
+TEST_F(PageIsolationTest, aPageThatIsUsedAfterARestIsEndedSooner) {
+  const auto page = [this](const std::string& color) {
+    return "<div style='position:fixed; inset:0; background:" + color +
+           "'></div><script>setTimeout(() => { new Image().src = '" + server.url("/hasRested") +
+           "'; }, 36000)</script>";
+  };
+  show(page("#ff0000"));
+  const auto unused = std::exchange(controller, newController());
+  show(page("blue"));
+  const auto clicked = std::exchange(controller, newController());
+  show(page("blue"));
+  unused->view()->setFrame({{0, 0}, {100, 300}});
+  clicked->view()->setFrame({{100, 0}, {100, 300}});
+  controller->view()->setFrame({{200, 0}, {200, 300}});
+  ASSERT_TRUE(waitFor([this] { return server.requests().size() == 3; }, 200));
+  log->takeLines();
+  signalWebProcesses(SIGSTOP);
+  const GdkRectangle place = host.overlayOnScreen();
+  clickOn(place.x + 150, place.y + 150);
+  evaluate("1");
+  EXPECT_TRUE(waitFor([this] { return log->lines().size() == 2; }, 200));
+  EXPECT_THAT(log->lines(), Each(HasSubstr("no answer for 10 seconds")));
+  EXPECT_TRUE(waitFor([] { return placeOf(kBlue).width == 0; })) << "both are ended";
+  EXPECT_EQ(placeOf(kRed).width, 100);
+  signalWebProcesses(SIGKILL);
+}
+
 TEST_F(PageIsolationTest, aBannerWithoutAPageLetsThePointerThrough) {
   int presses = 0;
   GtkWidget* behind = gtk_bin_get_child(GTK_BIN(host.overlay()));
@@ -248,7 +278,7 @@ TEST_F(PageIsolationTest, aBannerWithoutAPageLetsThePointerThrough) {
   ASSERT_TRUE(waitFor([&] { return evaluate("clicks") == "1"; }));
   EXPECT_EQ(presses, 0);
   log->takeLines();
-  killWebProcesses();
+  signalWebProcesses(SIGKILL);
   ASSERT_TRUE(waitFor([&] { return !log->lines().empty(); }));
   EXPECT_THAT(log->lines(), SizeIs(1));
   gtk_widget_show_all(GTK_WIDGET(host.window()));  // as hosts may at any time
