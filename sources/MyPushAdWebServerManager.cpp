@@ -22,6 +22,7 @@ void MyPushAdWebServerManager::downloadAdFileAsync() {
   {
     const std::lock_guard lock(receivedDataMutex_);
     receivedData_ = std::make_shared<std::string>();
+    isHandedOver_ = false;
   }
   if (!fileUrlString_) {
     return;
@@ -44,8 +45,9 @@ void MyPushAdWebServerManager::retryDownloadAdFileWithDelay(double delay) {
 void MyPushAdWebServerManager::urlSessionDidReceiveData(std::string_view data) {
   const std::lock_guard lock(receivedDataMutex_);
   if (receivedData_ != nullptr) {
-    if (receivedData_.use_count() > 1) {
+    if (isHandedOver_) {
       receivedData_ = std::make_shared<std::string>(*receivedData_);
+      isHandedOver_ = false;
     }
     receivedData_->append(data);
   }
@@ -71,7 +73,11 @@ void MyPushAdWebServerManager::urlSessionDidCompleteWithError(const std::optiona
 
 std::shared_ptr<const std::string> MyPushAdWebServerManager::receivedText() {
   const std::lock_guard lock(receivedDataMutex_);
-  return receivedData_ != nullptr && isUtf8(*receivedData_) ? receivedData_ : nullptr;
+  if (receivedData_ == nullptr || !isUtf8(*receivedData_)) {
+    return nullptr;
+  }
+  isHandedOver_ = true;
+  return receivedData_;
 }
 
 void MyPushAdWebServerManager::handleWithError(const Error& error) {

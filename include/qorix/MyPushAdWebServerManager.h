@@ -72,7 +72,8 @@ class QORIX_EXPORT MyPushAdWebServerManager
   std::optional<std::string> fileUrlString_;
   std::shared_ptr<UrlSession> session_;
   std::mutex receivedDataMutex_;  // the session's thread appends, a new attempt starts afresh
-  std::shared_ptr<std::string> receivedData_;  // copied before it changes where others hold it
+  std::shared_ptr<std::string> receivedData_;  // copied before it changes once it is handed over
+  bool isHandedOver_ = false;
 };
 
 }  // namespace qorix
