@@ -57,8 +57,8 @@ class SandboxTrial {
                                nullptr, &process_, nullptr) != FALSE;
   }
 
-  /// Waits for its end. Call it once.
-  bool isSuccess() const {
+  /// Waits for its end. To be called once.
+  bool waitForSuccess() {
     if (!isStarted_) {
       return false;
     }
@@ -78,7 +78,7 @@ class SandboxTrial {
 }  // namespace
 
 WebKitWebContext* newIsolatedWebContext() {
-  const SandboxTrial sandbox;
+  SandboxTrial sandbox;
   const std::unique_ptr<WebKitWebsiteDataManager, Unref> storesNothing(
       webkit_website_data_manager_new_ephemeral());
   WebKitMemoryPressureSettings* memoryLimit = newMemoryLimit();
@@ -86,7 +86,7 @@ WebKitWebContext* newIsolatedWebContext() {
                                                   storesNothing.get(), "memory-pressure-settings",
                                                   memoryLimit, nullptr));
   webkit_memory_pressure_settings_free(memoryLimit);
-  if (sandbox.isSuccess()) {
+  if (sandbox.waitForSuccess()) {
     webkit_web_context_set_sandbox_enabled(context, TRUE);
   } else {
     logLine("ZAM Ad pages run without a sandbox: this system cannot make one");

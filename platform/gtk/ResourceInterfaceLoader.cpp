@@ -42,11 +42,11 @@ std::optional<Interface> ResourceInterfaceLoader::load(const std::string& name,
   if (!hasDisplay("view")) {
     return std::nullopt;
   }
-  FileFilter::ofLibrary();  // the engine makes it while the web view is made here
   g_type_ensure(WEBKIT_TYPE_WEB_VIEW);
   g_type_ensure(WEBKIT_TYPE_SETTINGS);
   const std::unique_ptr<GtkBuilder, Unref> builder(gtk_builder_new());
   gtk_builder_expose_object(builder.get(), "adContext", G_OBJECT(adWebContext()));
+  FileFilter::ofLibrary();  // the engine makes it while the web view is made here
   GError* error = nullptr;
   const std::string path = "/qorix/" + name + ".ui";
   if (gtk_builder_add_from_resource(builder.get(), path.c_str(), &error) == 0) {
