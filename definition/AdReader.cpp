@@ -196,14 +196,13 @@ AdReading readAdForHost(const XmlDocument& document, const std::optional<std::st
 
 XmlOmission pagesOfOtherAds(std::optional<std::string> host) {
   // The table stands before the advertisements, as a rule: it is read once.
-  auto isNeeded = [host = std::move(host), isTableRead = false, identifier = std::string()](
+  auto isNeeded = [host = std::move(host), isFirst = true, identifier = std::string()](
                       XmlElement root, XmlElement ad) mutable {
-    if (!isTableRead) {
-      isTableRead = true;
+    const bool isFirstAd = std::exchange(isFirst, false);
+    if (isFirstAd) {
       identifier = identifierForHost(root, host);
     }
-    return identifier.empty() ? ad == root.firstChildNamed(tag::kAd)
-                              : childText(ad, tag::kAdId) == identifier;
+    return identifier.empty() ? isFirstAd : childText(ad, tag::kAdId) == identifier;
   };
   return {tag::kAd, tag::kPages, std::move(isNeeded)};
 }

@@ -29,6 +29,7 @@ std::shared_ptr<MyPushAdInfo> MyPushAdUtil::parseXMLWithString(
   }
   AdReading reading = readAdForHost(*document, host);
   if (reading.ad && !reading.ad->isWhole()) {
+    document.reset();  // its memory first
     document = XmlDocument::parse(*text);
     if (!document) {
       return refuse(refusal::notWellFormed);  // for want of memory

@@ -129,7 +129,8 @@ class XmlElement::Children {
 struct XmlOmission {
   std::string_view parentName;
   std::string_view name;
-  /// Asked where such an element begins; `root` and `parent` end there for the time being.
+  /// Asked once for each parent, where its first such element begins; `root` and `parent` end there
+  /// for the time being.
   std::function<bool(XmlElement root, XmlElement parent)> isNeeded;
 };
 

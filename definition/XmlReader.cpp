@@ -107,9 +107,14 @@ class XmlReader {
     XML_SetEndDoctypeDeclHandler(parser, endDoctype);
     XML_SetSkippedEntityHandler(parser, skippedEntity);
     // No default handler: with one, internal entities would not be expanded.
-    XML_SetBillionLaughsAttackProtectionActivationThreshold(
-        parser, kEntityFactor * input_.size() + kEntityBytes);
+    limitEntities();
     XML_SetBillionLaughsAttackProtectionMaximumAmplification(parser, 1);
+  }
+
+  // The parser holds the bytes that it has seen and those that entities added against the limit.
+  void limitEntities() {
+    XML_SetBillionLaughsAttackProtectionActivationThreshold(
+        parser_.get(), kEntityFactor * input_.size() + kEntityBytes - bytesTaken_);
   }
 
   // Pages stand in CDATA sections, or escaped between two tags. Only "]]>" ends a section and only
@@ -173,9 +178,14 @@ class XmlReader {
   bool take(std::string_view inside, bool isSection) {
     std::string& text = document_.text_;
     const std::size_t size = text.size();
-    const bool isTaken = isSection ? appendSection(text, inside) : appendBetweenTags(text, inside);
+    const bool isTaken =
+        isSection ? appendCharacters(text, inside) : appendBetweenTags(text, inside);
     if (!isTaken || isLeavingOut_) {
       text.resize(size);
+    }
+    if (isTaken) {
+      bytesTaken_ += inside.size();
+      limitEntities();
     }
     return isTaken;
   }
@@ -248,11 +258,18 @@ class XmlReader {
   }
 
   bool canBeLeftOut() {
-    for (const std::size_t index : open_) {
-      document_.elements_[index].subtreeEnd = document_.elements_.size();
-    }
     const XmlElement parent(document_, open_.back());
-    return parent.name() == omission_->parentName && !omission_->isNeeded(document_.root(), parent);
+    if (parent.name() != omission_->parentName) {
+      return false;
+    }
+    if (lastParent_ != open_.back()) {
+      lastParent_ = open_.back();
+      for (const std::size_t index : open_) {
+        document_.elements_[index].subtreeEnd = document_.elements_.size();
+      }
+      isLastParentNeeded_ = omission_->isNeeded(document_.root(), parent);
+    }
+    return !isLastParentNeeded_;
   }
 
   void closeElement() {
@@ -343,9 +360,12 @@ class XmlReader {
   std::size_t pieceSize_ = 0;
   std::size_t bytesFed_ = 0;
   std::size_t endOfLastTag_ = 0;  // in the bytes fed
+  std::size_t bytesTaken_ = 0;    // that the parser did not get
   std::size_t defaultAttributes_ = 0;
   bool isInSection_ = false;
   bool isLeavingOut_ = false;
+  std::size_t lastParent_ = 0;  // of an element that could be left out; the root is none
+  bool isLastParentNeeded_ = false;
   const char* stopReason_ = nullptr;  // null unless we stopped the parser
   XmlDocument document_;
   std::vector<std::size_t> open_;

@@ -4,13 +4,18 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
+#include <cstdint>
+#include <iterator>
+#include <optional>
+
+#include "text/Utf8.h"
 
 namespace qorix {
 
 namespace {
 
-bool isPlainCharacter(char c) { return c >= ' ' || c == '\n' || c == '\t'; }
-bool isAscii(char c) { return c >= 0; }
+bool isPlainCharacter(char c) { return (isAscii(c) && c >= ' ') || c == '\n' || c == '\t'; }
 
 /// Whether a run of bytes beyond ASCII is a run of characters that XML allows.
 bool isRunOfCharacters(std::string_view run) {
@@ -20,14 +25,40 @@ bool isRunOfCharacters(std::string_view run) {
 
 struct Reference {
   std::string_view written;
-  char character;
+  char32_t character;
 };
 constexpr std::array<Reference, 5> kReferences = {
     {{"&lt;", '<'}, {"&gt;", '>'}, {"&amp;", '&'}, {"&quot;", '"'}, {"&apos;", '\''}}};
 
+bool isBasicCharacter(std::uint16_t number) {
+  return number < ' ' ? number == '\t' || number == '\n' || number == '\r' : number < 0xD800;
+}
+
+/// The reference by number with which `text` begins, if it is to a character below the surrogates.
+std::optional<Reference> numericReference(std::string_view text) {
+  const std::string_view mark = text.starts_with("&#x") ? "&#x" : "&#";
+  if (!text.starts_with(mark)) {
+    return std::nullopt;
+  }
+  std::uint16_t number = 0;
+  const char* const textEnd = text.data() + text.size();
+  const auto [end, error] =
+      std::from_chars(text.data() + mark.size(), textEnd, number, mark == "&#x" ? 16 : 10);
+  if (error != std::errc() || end == textEnd || *end != ';' || !isBasicCharacter(number)) {
+    return std::nullopt;
+  }
+  return Reference{text.substr(0, static_cast<std::size_t>(end + 1 - text.data())), number};
+}
+
+std::optional<Reference> firstReference(std::string_view text) {
+  const auto* const named = std::ranges::find_if(
+      kReferences, [&](const Reference& each) { return text.starts_with(each.written); });
+  return named != kReferences.end() ? std::optional(*named) : numericReference(text);
+}
+
 }  // namespace
 
-bool appendSection(std::string& text, std::string_view section) {
+bool appendCharacters(std::string& text, std::string_view section) {
   const auto takeRun = [&](auto isEnd) {
     const auto end = std::find_if(section.begin(), section.end(), isEnd);
     const auto run = section.substr(0, static_cast<std::size_t>(end - section.begin()));
@@ -60,19 +91,18 @@ bool appendBetweenTags(std::string& text, std::string_view between) {
   }
   while (true) {
     const std::size_t plain = std::min(between.find('&'), between.size());
-    if (!appendSection(text, between.substr(0, plain))) {
+    if (!appendCharacters(text, between.substr(0, plain))) {
       return false;
     }
     between.remove_prefix(plain);
     if (between.empty()) {
       return true;
     }
-    const auto* const reference = std::ranges::find_if(
-        kReferences, [&](const Reference& each) { return between.starts_with(each.written); });
-    if (reference == kReferences.end()) {
+    const auto reference = firstReference(between);
+    if (!reference) {
       return false;
     }
-    text += reference->character;
+    utf8::append(reference->character, std::back_inserter(text));
     between.remove_prefix(reference->written.size());
   }
 }

@@ -10,8 +10,6 @@ namespace qorix {
 
 namespace {
 
-bool isAscii(char c) { return static_cast<unsigned char>(c) < 0x80; }
-
 bool isWordOfAscii(const char* bytes) {
   std::uint64_t word = 0;
   std::memcpy(&word, bytes, sizeof word);

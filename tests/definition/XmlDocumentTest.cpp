@@ -242,7 +242,10 @@ TEST(XmlDocumentTest, aLongTextBetweenTagsIsReadLikeAShortOne) {
       {"a\r\nb\rc\n\r", "a\nb\nc\n\n"},
       {"&lt;p&gt;&amp;amp;&quot;&apos;", "<p>&amp;\"'"},
       {"\t\x7F > ]] ]> \xC3\xA9\xF0\x9D\x84\x9E", "\t\x7F > ]] ]> \xC3\xA9\xF0\x9D\x84\x9E"},
-      {"&#65;&#x42;&lt;", "AB<"},
+      {"&#65;&#x42;&#0067;&#39;&lt;&#x20ac;&#x20AC;", "ABC'<\xE2\x82\xAC\xE2\x82\xAC"},
+      {"&#9;&#10;&#13;\n&#x7F;&#x80;&#55295;", "\t\n\r\n\x7F\xC2\x80\xED\x9F\xBF"},
+      {"&#57344;&#xFFFD;&#65536;&#x10FFFF;",
+       "\xEE\x80\x80\xEF\xBF\xBD\xF0\x90\x80\x80\xF4\x8F\xBF\xBF"},
       {"&e;&lt;", "<e><"},
   };
   const std::string declarations = "<!DOCTYPE r [<!ENTITY e '&#38;lt;e>'>]>";
@@ -251,8 +254,12 @@ TEST(XmlDocumentTest, aLongTextBetweenTagsIsReadLikeAShortOne) {
     EXPECT_EQ(textOf(declarations + element("r", repeated(between, 3))), repeated(text + dots, 3))
         << written;
   }
-  for (const auto* between : {"\x01", "\x80", "\xC3(", "\xEF\xBF\xBF", "]]>", "&", "& ",
-                              "&unknown;", "&lt", "&LT;", "&#0;", "&amp ;"}) {
+  for (const auto* between :
+       {"\x01",   "\x80",      "\xC3(",    "\xEF\xBF\xBF", "]]>",      "&",
+        "& ",     "&unknown;", "&lt",      "&LT;",         "&#0;",     "&amp ;",
+        "&#8;",   "&#31;",     "&#xD800;", "&#57343;",     "&#xFFFE;", "&#x110000;",
+        "&#",     "&#;",       "&#x;",     "&#65",         "&#65 ;",   "&# 65;",
+        "&#+65;", "&#-65;",    "&#X41;",   "&#x4G;",       "&#6A;",    "&#4294967361;"}) {
     EXPECT_EQ(textOf("<r>" + dots + between + "</r>"), "<refused>") << between;
     EXPECT_EQ(textOf("<r>" + (between + dots) + "</r>"), "<refused>") << between;
   }
@@ -310,6 +317,19 @@ TEST(XmlDocumentTest, textsThatAreNotNeededAreLeftOut) {
     EXPECT_EQ(areWhole, (std::vector<bool>{false, true, true, true, true, false}));
     EXPECT_FALSE(document->root().isWhole());
   }
+}
+
+TEST(XmlDocumentTest, whetherTextsAreNeededIsAskedOnceForEachParent) {
+  int asked = 0;
+  const XmlOmission omission = {"ad", "pages", [&asked](XmlElement root, XmlElement ad) {
+                                  ++asked;
+                                  return ad == root.firstChildNamed("ad");
+                                }};
+  const std::string ad = element("ad", "<pages>a</pages><id>b</id><pages>c</pages>");
+  const auto document = XmlDocument::parse(element("list", ad + "<x/>" + ad), omission);
+  ASSERT_TRUE(document);
+  EXPECT_EQ(document->root().text(), "abcb");
+  EXPECT_EQ(asked, 2);
 }
 
 TEST(XmlDocumentTest, textsThatAreLeftOutAreCheckedAllTheSame) {
