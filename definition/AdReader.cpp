@@ -195,14 +195,17 @@ AdReading readAdForHost(const XmlDocument& document, const std::optional<std::st
 }
 
 XmlOmission pagesOfOtherAds(std::optional<std::string> host) {
-  // The table stands before the advertisements, as a rule: it is read once.
-  auto isNeeded = [host = std::move(host), isFirst = true, identifier = std::string()](
-                      XmlElement root, XmlElement ad) mutable {
+  // The table stands before the advertisements, as a rule: it is read once. Behind them it tells
+  // nothing yet.
+  auto isNeeded = [host = std::move(host), isFirst = true, isTableThere = false,
+                   identifier = std::string()](XmlElement root, XmlElement ad) mutable {
     const bool isFirstAd = std::exchange(isFirst, false);
     if (isFirstAd) {
+      isTableThere = root.firstChildNamed(tag::kData).has_value();
       identifier = identifierForHost(root, host);
     }
-    return identifier.empty() ? isFirstAd : childText(ad, tag::kAdId) == identifier;
+    const bool isMeant = identifier.empty() ? isFirstAd : childText(ad, tag::kAdId) == identifier;
+    return isMeant || !isTableThere;
   };
   return {tag::kAd, tag::kPages, std::move(isNeeded)};
 }

@@ -102,7 +102,11 @@ bool appendBetweenTags(std::string& text, std::string_view between) {
     if (!reference) {
       return false;
     }
-    utf8::append(reference->character, std::back_inserter(text));
+    if (reference->character < 0x80) {
+      text += static_cast<char>(reference->character);
+    } else {
+      utf8::append(reference->character, std::back_inserter(text));
+    }
     between.remove_prefix(reference->written.size());
   }
 }
