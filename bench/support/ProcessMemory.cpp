@@ -1,5 +1,7 @@
 #include "support/ProcessMemory.h"
 
+#include <malloc.h>
+
 #include <fstream>
 #include <string>
 #include <string_view>
@@ -21,7 +23,9 @@ double kilobytes(std::string_view label) {
 
 }  // namespace
 
-ProcessMemory::ProcessMemory() : before_(kilobytes("VmRSS:")) {
+ProcessMemory::ProcessMemory() {
+  ::malloc_trim(0);  // what was freed before must not be used unseen
+  before_ = kilobytes("VmRSS:");
   std::ofstream("/proc/self/clear_refs") << "5";  // the kernel's peak starts anew
 }
 

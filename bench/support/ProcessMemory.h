@@ -11,7 +11,7 @@ class ProcessMemory {
   double peakGrowth() const;
 
  private:
-  double before_;
+  double before_ = 0;
 };
 
 }  // namespace qorix::bench
