@@ -146,11 +146,11 @@ TEST(HostileXmlTest, manyPagesOfOneAdAreNotQuadratic) {
 }
 
 TEST(HostileXmlTest, whatIsReadWithoutTheParserCountsAgainstTheLimitOfEntities) {
-  const auto document = [](int uses) {
+  const auto document = [](std::size_t uses) {
     return "<!DOCTYPE r [<!ENTITY e '" + std::string(1024, 'x') + "'>]>" +
            element("r", element("a", std::string(1 << 20, '.')) + repeated("&e;", uses));
   };
-  for (const int uses : {11'000, 11'500}) {
+  for (const std::size_t uses : {std::size_t{11'000}, std::size_t{11'500}}) {
     XmlSourceMap everyByteIsParsed;
     EXPECT_EQ(XmlDocument::parse(document(uses)).has_value(), uses == 11'000);
     EXPECT_EQ(XmlDocument::parse(document(uses), everyByteIsParsed).has_value(), uses == 11'000);
