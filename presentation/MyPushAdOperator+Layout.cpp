@@ -54,6 +54,7 @@ void MyPushAdOperator::endUnseenPage() {
   if (hasShownPopup_ && ad != nullptr && ad->superview() == nullptr &&
       popupAdWindow_->contentView() != ad) {
     endPageForGood();
+    hasShownPopup_ = false;  // every later closing of the window comes here too
   }
 }
 

@@ -2,6 +2,10 @@
 
 #include <gmock/gmock.h>
 
+#include <array>
+#include <memory>
+#include <vector>
+
 #include "presentation/OperatorTest.h"
 
 namespace qorix {
@@ -76,6 +80,20 @@ TEST_F(OperatorClosingTest, everyClosingOfTheWindowIsReportedByAllWhoKnowIt) {
   ASSERT_EQ(notifications_.size(), 2U) << "for the first one it is the second closing";
   EXPECT_EQ(notifications_[0]->object(), first->pushAdViewController()->view());
   EXPECT_EQ(notifications_[1]->object(), second->pushAdViewController()->view());
+}
+
+TEST_F(OperatorClosingTest, thePageOfALaterPopupIsEndedOnce) {
+  const std::array presenters{makeOperator(), makeOperator(), makeOperator()};
+  std::vector<std::shared_ptr<FakeWebView>> pages;
+  for (const auto& presenter : presenters) {
+    presenter->processShowAdIfNeededWithPushAdInfo(makeRecord({.version = "", .embed = 0}));
+    pages.push_back(fakes_.interfaceLoader->webViews.back().lock());
+    fakes_.runLoop->runUntilIdle();
+    popupWindow().close();
+  }
+  EXPECT_EQ(pages[0]->endedPages, 0) << "the window keeps it";
+  EXPECT_EQ(pages[1]->endedPages, 1);
+  EXPECT_EQ(pages[2]->endedPages, 1);
 }
 
 TEST_F(OperatorClosingTest, aNotificationWithoutSenderIsNobodys) {

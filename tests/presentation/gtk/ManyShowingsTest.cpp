@@ -103,10 +103,13 @@ TEST_F(ManyShowingsTest, bannersTakeNoMoreAndMore) {
 TEST_F(ManyShowingsTest, popupsTakeNoMoreAndMore) {
   for (int round = 0; round < rounds(9, 500); ++round) {
     const int before = shown_;
+    const int closedBefore = closed_;
     request({.embed = 0});
     ASSERT_TRUE(waitFor([&] { return shown_ == before + 1; }));
     ASSERT_TRUE(waitFor([] { return placeOf(kRed).width == 300; }));
     lastPresenter().popupAdWindow()->close();
+    // Every presenter of the window reports it, one in each turn of the loop.
+    ASSERT_TRUE(waitFor([&] { return closed_ == closedBefore + round + 1; }));
     ASSERT_TRUE(waitFor([] { return placeOf(kRed).width == 0; }));
     sample(round);
   }
