@@ -91,6 +91,23 @@ SettingsFile::Result SettingsFile::read(std::optional<Settings>& settings) {
   return resultOf(code);
 }
 
+std::optional<Settings> SettingsFile::contentsAt(const std::string& path) {
+  SettingsFile file;
+  std::optional<Settings> settings;
+  int code = file.connect(path, 0);
+  file.leaveAsIs();
+  if (code == SQLITE_OK) {
+    code = file.execute("PRAGMA locking_mode = EXCLUSIVE");
+  }
+  if (code == SQLITE_OK) {
+    code = file.checkContents();
+  }
+  if (code == SQLITE_OK && file.prepareStatements() == SQLITE_OK) {
+    file.read(settings);
+  }
+  return settings;
+}
+
 SettingsFile::Result SettingsFile::write(const SettingChanges& changes) {
   int code = isReserved() ? SQLITE_OK : execute("BEGIN IMMEDIATE");
   if (code != SQLITE_OK) {
@@ -278,7 +295,9 @@ int SettingsFile::writeOne(const std::string& key, const std::optional<Setting>&
 }
 
 int SettingsFile::checked(int code) {
-  if (code != SQLITE_OK && code != SQLITE_ROW && code != SQLITE_DONE) {
+  if (code == SQLITE_IOERR_SHMSIZE) {
+    lastFault_ = "no room for its shared memory";  // SQLite calls a full disk an error of it here
+  } else if (code != SQLITE_OK && code != SQLITE_ROW && code != SQLITE_DONE) {
     lastFault_ = database_ == nullptr ? sqlite3_errstr(code) : sqlite3_errmsg(database_.get());
   }
   return code;

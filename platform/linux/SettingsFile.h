@@ -39,6 +39,10 @@ class SettingsFile {
   /// has changed the file since the last call.
   Result read(std::optional<Settings>& settings);
 
+  /// All that the file at `path` holds, read without the shared memory that `open` needs beside it,
+  /// for which a full disk has no room. Absent if it cannot be read, or if another process has it.
+  static std::optional<Settings> contentsAt(const std::string& path);
+
   /// Makes the changes durable, all of them or none. Ends what `reserve` has begun.
   Result write(const SettingChanges& changes);
 

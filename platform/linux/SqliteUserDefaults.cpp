@@ -206,6 +206,9 @@ bool SqliteUserDefaults::performOnFile(int patience,
     }
     if (opening != Result::done) {
       file_.reset();
+      if (!held_) {
+        held_ = SettingsFile::contentsAt(path_);
+      }
     }
     reportTrouble("Settings file " + path_ + " cannot be used (" + why +
                   "); settings are kept in memory for now.");

@@ -1,4 +1,3 @@
-#include <errno.h>
 #include <gmock/gmock.h>
 #include <sqlite3.h>
 #include <sys/stat.h>
@@ -501,29 +500,6 @@ TEST_F(SqliteUserDefaultsTest, whileTheFileCannotBeReadReadsAnswerWhatItLastHeld
   fs::remove(path_);
   EXPECT_TRUE(store->synchronize());
   EXPECT_EQ(open()->integerForKey("count"), 4);
-}
-
-TEST_F(SqliteUserDefaultsTest, aFullDiskKeepsValuesPendingAndIsNotDamage) {
-  makeFile();
-  const auto store = open();
-  EXPECT_EQ(store->integerForKey("count"), 3);
-  sqlite3_vfs* system = sqlite3_vfs_find(nullptr);
-  const auto full = +[](int, const void*, size_t, off_t) -> ssize_t {
-    errno = ENOSPC;
-    return -1;
-  };
-  for (const char* call : {"pwrite", "pwrite64", "write"}) {
-    system->xSetSystemCall(system, call, reinterpret_cast<sqlite3_syscall_ptr>(full));
-  }
-  store->setInteger(4, "count");
-  EXPECT_FALSE(store->synchronize());
-  EXPECT_FALSE(store->synchronize());
-  EXPECT_EQ(store->integerForKey("count"), 4);
-  EXPECT_THAT(log_->lines(), ElementsAre(AllOf(HasSubstr(path_), HasSubstr("full"))));
-  system->xSetSystemCall(system, nullptr, nullptr);
-  EXPECT_TRUE(store->synchronize());
-  EXPECT_EQ(open()->integerForKey("count"), 4);
-  EXPECT_FALSE(fs::exists(path_ + ".damaged-1"));
 }
 
 }  // namespace
