@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <variant>
 
 #include "fakes/RecordingLog.h"
@@ -16,6 +17,7 @@
 #include "platform/linux/DesktopEntryRegistry.h"
 #include "platform/linux/LinuxApplicationsFolder.h"
 #include "platform/linux/PreferredLanguages.h"
+#include "platform/linux/SettingsFile.h"
 #include "platform/linux/SqliteUserDefaults.h"
 #include "text/AsciiCase.h"
 
@@ -49,6 +51,11 @@ const fs::path& scratchFolder() {
 void write(const fs::path& file, std::string_view bytes) {
   std::ofstream(file, std::ios::binary)
       .write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+}
+
+std::string bytesOf(const fs::path& file) {
+  std::ifstream stream(file, std::ios::binary);
+  return {std::istreambuf_iterator<char>(stream), {}};
 }
 
 struct Decoded {
@@ -155,6 +162,8 @@ void settingsFile(std::string_view bytes) {
   fs::create_directories(folder);
   const fs::path file = folder / "host.sqlite";
   write(file, bytes);
+  const auto contents = SettingsFile::contentsAt(file);
+  expect(bytesOf(file) == bytes, "what is read on a full disk stays as it is");
   const auto log = std::make_shared<RecordingLog>();
   std::vector<std::string> list;
   bool isSaved = false;
@@ -169,6 +178,12 @@ void settingsFile(std::string_view bytes) {
     list = settings.stringArrayForKey("list").value_or(list);
   }
   const std::size_t lines = log->takeLines().size();
+  if (contents && lines == 0) {
+    const auto entry = contents->find("list");
+    const auto* held =
+        entry == contents->end() ? nullptr : std::get_if<std::vector<std::string>>(&entry->second);
+    expect(held == nullptr ? list.empty() : *held == list, "both readings are the same");
+  }
   expect(lines <= 1 && (isSaved || lines == 1), "a file is set aside or left with one line");
   if (isSaved) {
     SqliteUserDefaults settings(file, log);
