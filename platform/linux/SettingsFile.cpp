@@ -62,7 +62,11 @@ SettingsFile::Result SettingsFile::open(const std::string& path, int patience) {
   if (code == SQLITE_OK) {
     code = connect(path, patience);
   }
-  return resultOf(code == SQLITE_OK ? openTable() : code);
+  const Result result = resultOf(code == SQLITE_OK ? openTable() : code);
+  if (result == Result::unusable) {
+    disconnect();  // its locks must be in nobody's way
+  }
+  return result;
 }
 
 void SettingsFile::setPatience(int milliseconds) {
@@ -142,6 +146,13 @@ void SettingsFile::leaveAsIs() {
   if (database_ != nullptr) {
     sqlite3_db_config(database_.get(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
   }
+}
+
+void SettingsFile::disconnect() {
+  for (Statement* each : {&version_, &readAll_, &write_, &remove_}) {
+    each->reset();
+  }
+  database_.reset();
 }
 
 int SettingsFile::create(const std::string& path) {

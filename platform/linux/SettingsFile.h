@@ -40,7 +40,8 @@ class SettingsFile {
   Result read(std::optional<Settings>& settings);
 
   /// All that the file at `path` holds, read without the shared memory that `open` needs beside it,
-  /// for which a full disk has no room. Absent if it cannot be read, or if another process has it.
+  /// for which a full disk has no room. Absent if it cannot be read, is damaged, or another process
+  /// has it open. May leave an empty log beside the file. To be called in the locked folder.
   static std::optional<Settings> contentsAt(const std::string& path);
 
   /// Makes the changes durable, all of them or none. Ends what `reserve` has begun.
@@ -66,6 +67,8 @@ class SettingsFile {
     void operator()(sqlite3_stmt* statement) const;
   };
   using Statement = std::unique_ptr<sqlite3_stmt, Close>;
+
+  void disconnect();
 
   // These return an SQLite result code.
   int create(const std::string& path);

@@ -144,14 +144,19 @@ void SqliteUserDefaults::look(int patience) {
 SqliteUserDefaults::Result SqliteUserDefaults::read(SettingsFile& file) {
   const Result result = file.read(held_);
   if (result == Result::done) {
-    for (const std::string& key : std::exchange(blind_, {})) {
-      if (held_->contains(key)) {
-        pending_.erase(key);
-        hasGivenWay_ = true;
-      }
-    }
+    giveWay();
   }
   return result;
+}
+
+/// What was set blindly gives way to what the file turns out to hold.
+void SqliteUserDefaults::giveWay() {
+  for (const std::string& key : std::exchange(blind_, {})) {
+    if (held_->contains(key)) {
+      pending_.erase(key);
+      hasGivenWay_ = true;
+    }
+  }
 }
 
 SqliteUserDefaults::Result SqliteUserDefaults::commit(SettingsFile& file) {
@@ -206,9 +211,6 @@ bool SqliteUserDefaults::performOnFile(int patience,
     }
     if (opening != Result::done) {
       file_.reset();
-      if (!held_) {
-        held_ = SettingsFile::contentsAt(path_);
-      }
     }
     reportTrouble("Settings file " + path_ + " cannot be used (" + why +
                   "); settings are kept in memory for now.");
@@ -230,7 +232,14 @@ SqliteUserDefaults::Result SqliteUserDefaults::open(int patience) {
   g_mkdir_with_parents(std::filesystem::path(path_).parent_path().c_str(), 0700);
   // SQLite waits for nobody while it gives a new file its form.
   const SettingsFolderLock lock(path_, patience);
-  return file_->open(path_, patience);
+  const Result result = file_->open(path_, patience);
+  if (result == Result::unusable && !held_ && lock.isHeld()) {
+    held_ = SettingsFile::contentsAt(path_);
+    if (held_) {
+      giveWay();
+    }
+  }
+  return result;
 }
 
 void SqliteUserDefaults::close() {

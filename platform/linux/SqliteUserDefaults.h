@@ -64,6 +64,7 @@ class SqliteUserDefaults : public UserDefaults {
   void reserve();
   void look(int patience);
   Result read(SettingsFile& file);
+  void giveWay();
   Result commit(SettingsFile& file);
   bool perform(int patience, const std::function<Result(SettingsFile&)>& operation);
   bool performOnFile(int patience, const std::function<Result(SettingsFile&)>& operation);
