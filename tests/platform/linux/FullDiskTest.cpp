@@ -96,14 +96,15 @@ class FullDiskTest : public ::testing::Test {
     EXPECT_THAT(log_->lines(), ElementsAre("Settings file " + path_ + " cannot be used (" + why +
                                            "); settings are kept in memory for now."));
   }
-  /// Expects that a host which starts now reads 3, counts on, and loses nothing.
-  void expectStart() const {
+  /// Expects that a host which starts now reads `count`, logs why it cannot do more, counts on, and
+  /// loses nothing.
+  void expectStart(int count, const char* why) const {
     const auto store = open();
-    EXPECT_EQ(store->integerForKey("count"), 3);
+    EXPECT_EQ(store->integerForKey("count"), count);
     store->setInteger(4, "count");
     EXPECT_FALSE(store->synchronize());
     EXPECT_EQ(store->integerForKey("count"), 4);
-    expectLine("no room for its shared memory");
+    expectLine(why);
     disk_.empty();
     EXPECT_TRUE(store->synchronize());
     EXPECT_EQ(open()->integerForKey("count"), 4);
@@ -140,7 +141,7 @@ TEST_F(FullDiskTest, aHostThatStartsReadsItsValues) {
     ASSERT_TRUE(store->synchronize());
   }
   disk_.fill();
-  expectStart();
+  expectStart(3, "no room for its shared memory");
 }
 
 TEST_F(FullDiskTest, aHostThatStartsAfterAKillReadsItsValues) {
@@ -153,7 +154,7 @@ TEST_F(FullDiskTest, aHostThatStartsAfterAKillReadsItsValues) {
     }
   }
   disk_.fill();
-  expectStart();
+  expectStart(3, "no room for its shared memory");
 }
 
 TEST_F(FullDiskTest, whatWasSetBlindlyGivesWayToWhatIsRead) {
@@ -179,14 +180,7 @@ TEST_F(FullDiskTest, whatWasSetBlindlyGivesWayToWhatIsRead) {
 
 TEST_F(FullDiskTest, aFirstStartKeepsItsValues) {
   disk_.fill();
-  const auto store = open();
-  store->setInteger(4, "count");
-  EXPECT_FALSE(store->synchronize());
-  EXPECT_EQ(store->integerForKey("count"), 4);
-  expectLine("database or disk is full");
-  disk_.empty();
-  EXPECT_TRUE(store->synchronize());
-  EXPECT_EQ(open()->integerForKey("count"), 4);
+  expectStart(0, "database or disk is full");
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 
+#include <cstdint>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
